@@ -1,0 +1,109 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "RVGit/base/RVChildProcess.h"
+#include "RVGit/base/RVError.h"
+#include "RVGit/base/RVOperation.h"
+#include "RVGit/base/RVStandardInput.h"
+#include "RVGit/base/RVTypes.h"
+
+class RVCommandOperation;
+
+/// Told of the course of a command, on the operation's thread. All operations are optional.
+class RVCommandOperationDelegate {
+public:
+    virtual ~RVCommandOperationDelegate() = default;
+    virtual void commandDidFailToLaunch(RVCommandOperation&) {}
+    virtual void commandDidTerminate(RVCommandOperation&) {}
+    virtual void commandDidReceiveStandardOutputData(RVCommandOperation&, std::string_view) {}
+    virtual void commandDidReceiveStandardErrorData(RVCommandOperation&, std::string_view) {}
+};
+
+/// An operation that runs one child process. Fields are set before it is run; results are read
+/// after it has finished. All hooks run on the operation's thread.
+class RVCommandOperation : public RVOperation {
+public:
+    explicit RVCommandOperation(std::string launchPath,
+                                std::optional<std::string> workingDirectory = std::nullopt,
+                                std::vector<std::string> arguments = {},
+                                RVCommandOperationDelegate* delegate = nullptr);
+    ~RVCommandOperation() override;
+
+    [[nodiscard]] const std::string& launchPath() const { return launchPath_; }
+    /// Absent: that of this process.
+    [[nodiscard]] const std::optional<std::string>& workingDirectory() const {
+        return workingDirectory_;
+    }
+    void setWorkingDirectory(std::optional<std::string> path) {
+        workingDirectory_ = std::move(path);
+    }
+    /// Without the executable itself.
+    [[nodiscard]] const std::vector<std::string>& arguments() const { return arguments_; }
+    void setArguments(std::vector<std::string> arguments) { arguments_ = std::move(arguments); }
+    /// The child's environment. Until it is set it is what this process inherited, without
+    /// LANGUAGE, which would beat LC_ALL.
+    [[nodiscard]] const RVEnvironment& environment() const { return environment_; }
+    void setEnvironment(RVEnvironment environment) { environment_ = std::move(environment); }
+    /// Not owned; must live as long as the command runs.
+    void setDelegate(RVCommandOperationDelegate* delegate) { delegate_ = delegate; }
+    void setStandardInput(RVStandardInput input) { standardInput_ = std::move(input); }
+
+    /// The exit status, or 128 + N for a child that was killed by signal N. Valid from
+    /// commandDidTerminate() on.
+    [[nodiscard]] int exitCode() const { return process_.exitCode(); }
+    /// All bytes of that stream so far. The view holds while the command lives, once the child
+    /// has exited.
+    [[nodiscard]] std::string_view standardOutputData() const {
+        return process_.standardOutput().view();
+    }
+    [[nodiscard]] std::string_view standardErrorData() const {
+        return process_.standardError().view();
+    }
+    /// The same bytes, for whoever keeps views into them beyond the life of the command.
+    [[nodiscard]] std::shared_ptr<const RVDataBuffer> standardOutputBuffer() const {
+        return process_.sharedStandardOutput();
+    }
+
+    /// The executable and the arguments as a shell would take them, for display.
+    [[nodiscard]] std::string commandCall() const;
+
+    /// The stored record; absent if there is none.
+    [[nodiscard]] const std::optional<RVError>& error() const { return error_; }
+    void setError(std::optional<RVError> error) { error_ = std::move(error); }
+
+    /// Ends a running child, which then still reaches commandDidTerminate().
+    void cancel() override;
+
+protected:
+    /// Called once, immediately before the launch; may change the fields. An exception leaves the
+    /// child unlaunched and reaches whoever waits.
+    virtual void commandWillExecute() {}
+    /// Called instead of commandDidTerminate() when the process could not start, with errno's
+    /// value.
+    virtual void commandDidFailToLaunch(int errorNumber);
+    /// Called once after the child has exited and both streams are drained.
+    virtual void commandDidTerminate() {}
+    /// Called while the child runs, each time that standardOutputData() has grown.
+    virtual void commandDidReceiveStandardOutput(std::string_view bytes);
+    virtual void commandDidReceiveStandardError(std::string_view bytes);
+
+    /// Stores the record; the operation finishes when the calling hook returns.
+    void finishWithError(RVError error) { error_ = std::move(error); }
+
+    void main() override;
+
+private:
+    std::string launchPath_;
+    std::optional<std::string> workingDirectory_;
+    std::vector<std::string> arguments_;
+    RVEnvironment environment_;
+    RVStandardInput standardInput_;
+    RVCommandOperationDelegate* delegate_;
+    std::optional<RVError> error_;
+    RVChildProcess process_;
+};

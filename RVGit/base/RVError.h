@@ -1,0 +1,75 @@
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "RVGit/base/RVTypes.h"
+
+/// User-info keys under which the composed texts of an error record stand.
+inline constexpr char RVLocalizedDescriptionErrorKey[] = "RVLocalizedDescriptionErrorKey";
+inline constexpr char RVLocalizedFailureReasonErrorKey[] = "RVLocalizedFailureReasonErrorKey";
+
+/// The domain of errors that come from the operating system; their codes are errno values.
+inline constexpr char RVPOSIXErrorDomain[] = "RVPOSIXErrorDomain";
+
+/// A failure as a value: a domain, a code within it, and what is known of the circumstances.
+class RVError {
+public:
+    RVError(std::string domain, std::int64_t code, RVUserInfo userInfo = {})
+        : domain_(std::move(domain)), code_(code), userInfo_(std::move(userInfo)) {}
+
+    [[nodiscard]] const std::string& domain() const { return domain_; }
+    [[nodiscard]] std::int64_t code() const { return code_; }
+    [[nodiscard]] const RVUserInfo& userInfo() const { return userInfo_; }
+
+    /// The title and the reason for a person to read; absent where the catalogue has none.
+    [[nodiscard]] std::optional<std::string> localizedDescription() const;
+    [[nodiscard]] std::optional<std::string> localizedFailureReason() const;
+
+    /// The text under a user-info key; absent if there is none or it is no text.
+    [[nodiscard]] std::optional<std::string> userInfoString(std::string_view key) const;
+
+    friend bool operator==(const RVError&, const RVError&) = default;
+
+private:
+    std::string domain_;
+    std::int64_t code_;
+    RVUserInfo userInfo_;
+};
+
+/// Where an operation leaves its error; null if the caller does not ask for one.
+using RVErrorPlace = std::optional<RVError>*;
+
+/// Empties the place, if there is one: the operation failed to find something, which is no error.
+inline void clearErrorPlace(RVErrorPlace error) {
+    if (error)
+        error->reset();
+}
+
+inline void fillErrorPlace(RVErrorPlace error, RVError record) {
+    if (error)
+        *error = std::move(record);
+}
+
+/// A failure of the operating system, with errno's value as the code and its text as the reason.
+[[nodiscard]] RVError posixError(int errorNumber, std::string_view path = {});
+
+/// A caller broke a precondition: "Invalid parameter not satisfying: " and the condition.
+class RVInvalidParameterException : public std::invalid_argument {
+public:
+    explicit RVInvalidParameterException(const std::string& condition)
+        : std::invalid_argument("Invalid parameter not satisfying: " + condition) {}
+};
+
+/// The library's own state contradicts itself.
+class RVInternalInconsistencyException : public std::logic_error {
+public:
+    using std::logic_error::logic_error;
+};
+
+/// Throws RVInvalidParameterException with the condition's text unless `holds`.
+inline void requireParameter(bool holds, const char* condition) {
+    if (!holds)
+        throw RVInvalidParameterException(condition);
+}

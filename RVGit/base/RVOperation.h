@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <exception>
+#include <memory>
+
+/// A piece of work that runs once, on a queue or on a thread of its own. It is made by
+/// std::make_shared. All public operations may be called on any thread.
+class RVOperation : public std::enable_shared_from_this<RVOperation> {
+public:
+    virtual ~RVOperation();
+    RVOperation(const RVOperation&) = delete;
+    RVOperation& operator=(const RVOperation&) = delete;
+
+    /// Runs the work on a thread of its own, without any queue, and returns at once.
+    void start();
+
+    /// Asks the work to end early. Work that has not begun never does and counts as finished.
+    virtual void cancel();
+    [[nodiscard]] bool isCancelled() const { return cancelled_.load(std::memory_order_acquire); }
+    [[nodiscard]] bool isFinished() const {
+        return state_.load(std::memory_order_acquire) == State::Finished;
+    }
+
+    /// Blocks until the work has finished, and rethrows the exception that ended it, if any. On
+    /// a thread of the queue that the operation still waits in, it is run there and then, so that
+    /// a queue cannot wait for itself.
+    void waitUntilFinished();
+
+protected:
+    RVOperation() = default;
+
+    /// The work itself. An exception ends it and is rethrown to whoever waits.
+    virtual void main() = 0;
+
+private:
+    friend class RVOperationQueue;
+    enum class State { Ready, Executing, Finished };
+
+    /// Runs main() unless the operation was cancelled or run before; never throws.
+    void execute();
+    void finish();
+
+    std::atomic<State> state_ = State::Ready;
+    std::atomic<bool> cancelled_ = false;
+    std::exception_ptr exception_;
+};

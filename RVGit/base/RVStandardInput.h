@@ -1,0 +1,29 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "RVGit/base/RVTypes.h"
+
+/// What a child process reads on its standard input: bytes that are fed through a pipe as fast
+/// as the child takes them, after which the pipe is closed; or a file, opened for reading when
+/// the child is launched. By default there is nothing to read.
+class RVStandardInput {
+public:
+    RVStandardInput() = default;
+    [[nodiscard]] static RVStandardInput data(RVData bytes) {
+        return RVStandardInput(Source(std::in_place_index<1>, std::move(bytes)));
+    }
+    [[nodiscard]] static RVStandardInput file(std::string path) {
+        return RVStandardInput(Source(std::in_place_index<2>, std::move(path)));
+    }
+
+    [[nodiscard]] const RVData* bytes() const { return std::get_if<1>(&source_); }
+    [[nodiscard]] const std::string* filePath() const { return std::get_if<2>(&source_); }
+
+private:
+    using Source = std::variant<std::monostate, RVData, std::string>;
+    explicit RVStandardInput(Source source) : source_(std::move(source)) {}
+    Source source_;
+};

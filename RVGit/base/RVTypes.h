@@ -1,0 +1,77 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+/// Bytes in any encoding, as a child process wrote them.
+using RVData = std::string;
+
+/// An instant in whole seconds since 1970, UTC.
+using RVDate = std::chrono::sys_seconds;
+
+/// The value of counts and indexes that stand for "not found".
+inline constexpr std::int64_t RVNotFound = std::numeric_limits<std::int64_t>::max();
+
+/// One value of an option map or of an error's user info: a closed set of types, converted
+/// implicitly from the natural C++ types. A string literal becomes text, never a boolean.
+class RVValue {
+public:
+    using StringList = std::vector<std::string>;
+    using StringMap = std::map<std::string, std::string, std::less<>>;
+
+    RVValue(std::string value) : storage_(std::move(value)) {}
+    RVValue(std::string_view value) : storage_(std::string(value)) {}
+    RVValue(const char* value) : storage_(std::string(value)) {}
+    RVValue(StringList value) : storage_(std::move(value)) {}
+    RVValue(StringMap value) : storage_(std::move(value)) {}
+    RVValue(RVDate value) : storage_(value) {}
+    RVValue(double value) : storage_(value) {}
+    template <typename T>
+    requires std::is_same_v<T, bool> RVValue(T value) : storage_(value) {}
+    template <typename T>
+    requires(std::is_integral_v<T> && !std::is_same_v<T, bool>) RVValue(T value)
+        : storage_(static_cast<std::int64_t>(value)) {}
+    template <typename T>
+    requires std::is_enum_v<T> RVValue(T value) : storage_(static_cast<std::int64_t>(value)) {}
+
+    /// The value if it is of exactly that type, else null.
+    [[nodiscard]] const std::string* string() const { return std::get_if<std::string>(&storage_); }
+    [[nodiscard]] const StringList* stringList() const {
+        return std::get_if<StringList>(&storage_);
+    }
+    [[nodiscard]] const StringMap* stringMap() const { return std::get_if<StringMap>(&storage_); }
+    [[nodiscard]] const RVDate* date() const { return std::get_if<RVDate>(&storage_); }
+
+    /// Numbers and booleans read as each other (a number is true unless it is 0); text is read
+    /// as a decimal number at its start. Anything else is false or 0.
+    [[nodiscard]] bool boolValue() const;
+    [[nodiscard]] std::int64_t integerValue() const;
+    [[nodiscard]] std::uint64_t unsignedValue() const;
+
+    /// The value as text, as it is shown in messages: lists joined with ", ", maps as
+    /// "name=value" pairs, dates in RFC 3339 form.
+    [[nodiscard]] std::string displayString() const;
+
+    friend bool operator==(const RVValue&, const RVValue&) = default;
+
+private:
+    std::variant<std::int64_t, bool, double, std::string, StringList, StringMap, RVDate> storage_;
+};
+
+/// A map from option constants to values. An absent map is not an empty one.
+using RVOptions = std::map<std::string, RVValue, std::less<>>;
+
+/// What an error record carries beside its code, by user-info key.
+using RVUserInfo = std::map<std::string, RVValue, std::less<>>;
+
+/// The environment of a child process.
+using RVEnvironment = RVValue::StringMap;

@@ -1,0 +1,264 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "RVGit/base/RVCommandOperation.h"
+#include "RVGit/base/RVError.h"
+#include "RVGit/base/RVTypes.h"
+#include "RVGit/command/RVGitErrorRow.h"
+
+class RVGitBinary;
+class RVGitCommandProgress;
+class RVGitRepository;
+
+/// Raised when a command line counts more than 4096 arguments: a programming error, since lists of
+/// paths are cut by RVGitCommand::filePathsForGitCommand().
+class RVGitCommandArgumentsOverflowException : public std::length_error {
+public:
+    RVGitCommandArgumentsOverflowException(const std::string& reason, RVUserInfo userInfo)
+        : std::length_error(reason), userInfo_(std::move(userInfo)) {}
+    [[nodiscard]] static const char* name() { return "RVGitCommandArgumentsOverflowException"; }
+    [[nodiscard]] std::string reason() const { return what(); }
+    [[nodiscard]] const RVUserInfo& userInfo() const { return userInfo_; }
+
+private:
+    RVUserInfo userInfo_;
+};
+
+class RVGitCommandCancelling {
+public:
+    virtual ~RVGitCommandCancelling() = default;
+    virtual void cancel() = 0;
+};
+
+using RVGitCommandProgressHandler = std::function<void(RVGitCommandProgress&)>;
+
+class RVGitCommandProgressObserving {
+public:
+    virtual ~RVGitCommandProgressObserving() = default;
+    virtual void setProgressHandler(RVGitCommandProgressHandler handler) = 0;
+    [[nodiscard]] virtual const RVGitCommandProgressHandler& progressHandler() const = 0;
+    [[nodiscard]] virtual std::shared_ptr<RVGitCommandProgress> commandProgress() const = 0;
+};
+
+/// One invocation of git, used for one run: it is made, filled with options, run on the shared
+/// queue, and turned into parsed data or an error record. A subclass fills the hooks and nothing
+/// else. Fields are set on one thread before the run and results read after it; hooks, parsing
+/// and the completion handler run on the operation's thread, and the progress handler on that
+/// thread too, while the child runs. cancel() may be called on any thread.
+class RVGitCommand : public RVCommandOperation,
+                     public RVGitCommandCancelling,
+                     public RVGitCommandProgressObserving,
+                     private RVCommandOperationDelegate {
+public:
+    using CompletionHandler = std::function<void(RVGitCommand&)>;
+
+    /// The binary is required. `repositoryPath` is the child's working directory; the other two
+    /// become "--git-dir" and "--work-tree".
+    RVGitCommand(std::shared_ptr<RVGitBinary> gitBinary,
+                 std::optional<std::string> repositoryPath = std::nullopt,
+                 std::optional<std::string> gitDirectoryPath = std::nullopt,
+                 std::optional<std::string> workingTreeDirectoryPath = std::nullopt);
+    /// The default binary, in the given working directory.
+    explicit RVGitCommand(std::optional<std::string> repositoryPath);
+    /// The default binary, with the repository's three paths. The repository is required.
+    explicit RVGitCommand(const std::shared_ptr<RVGitRepository>& repository);
+    /// The default binary, with no working directory.
+    RVGitCommand(std::optional<std::string> gitDirectoryPath,
+                 std::optional<std::string> workingTreeDirectoryPath);
+    ~RVGitCommand() override;
+
+    [[nodiscard]] static std::shared_ptr<RVGitCommand> gitCommandWithGitBinary(
+        std::shared_ptr<RVGitBinary> gitBinary);
+    [[nodiscard]] static std::shared_ptr<RVGitCommand> gitCommandWithGitBinary(
+        std::shared_ptr<RVGitBinary> gitBinary, std::optional<std::string> repositoryPath);
+    [[nodiscard]] static std::shared_ptr<RVGitCommand> gitCommandWithGitBinary(
+        std::shared_ptr<RVGitBinary> gitBinary, std::optional<std::string> gitDirectoryPath,
+        std::optional<std::string> workingTreeDirectoryPath);
+    [[nodiscard]] static std::shared_ptr<RVGitCommand> gitCommandWithRepositoryPath(
+        std::optional<std::string> repositoryPath);
+    [[nodiscard]] static std::shared_ptr<RVGitCommand> gitCommandWithRepository(
+        const std::shared_ptr<RVGitRepository>& repository);
+
+    // Building.
+    void addGitOption(std::string option);
+    void addGitOptions(const std::vector<std::string>& options);
+    void addGitCommandOption(std::string option);
+    void addGitCommandOptions(const std::vector<std::string>& options);
+    void addGitCommandArgument(std::string argument);
+    void addGitCommandArguments(const std::vector<std::string>& arguments);
+    /// Merges the variables over the environment.
+    void addEnvironmentVariables(const RVEnvironment& variables);
+    /// An absent value removes the variable.
+    void setValueForEnvironmentVariable(std::optional<std::string> value, const std::string& name);
+    void sanitizeEnvironment();
+
+    // Running.
+
+    /// Runs the command on the shared queue and waits for it. False and a filled place if it
+    /// failed; a cancelled command has not failed. Throws what was raised while it was prepared,
+    /// RVGitCommandArgumentsOverflowException above all.
+    bool run(RVErrorPlace error = nullptr);
+    /// Puts the command on the shared queue and returns; the result arrives through the completion
+    /// handler and error(). Throws nothing of the command's own: waitUntilFinished() does.
+    void enqueueCommand();
+    void cancel() override { RVCommandOperation::cancel(); }
+
+    // Fields.
+    [[nodiscard]] const std::shared_ptr<RVGitBinary>& gitBinary() const { return gitBinary_; }
+    [[nodiscard]] const std::optional<std::string>& repositoryPath() const {
+        return repositoryPath_;
+    }
+    [[nodiscard]] const std::optional<std::string>& gitDirectoryPath() const {
+        return gitDirectoryPath_;
+    }
+    [[nodiscard]] const std::optional<std::string>& workingTreeDirectoryPath() const {
+        return workingTreeDirectoryPath_;
+    }
+    void setRepositoryPath(std::optional<std::string> path) { repositoryPath_ = std::move(path); }
+    void setGitDirectoryPath(std::optional<std::string> path) {
+        gitDirectoryPath_ = std::move(path);
+    }
+    void setWorkingTreeDirectoryPath(std::optional<std::string> path) {
+        workingTreeDirectoryPath_ = std::move(path);
+    }
+    /// The word behind git's own options: "log".
+    [[nodiscard]] const std::optional<std::string>& gitCommand() const { return gitCommand_; }
+    void setGitCommand(std::optional<std::string> name) { gitCommand_ = std::move(name); }
+    /// The word behind that: "show" of "reflog show".
+    [[nodiscard]] const std::optional<std::string>& gitSubCommand() const { return gitSubCommand_; }
+    void setGitSubCommand(std::optional<std::string> name) { gitSubCommand_ = std::move(name); }
+    /// Options ahead of the command word.
+    [[nodiscard]] const std::vector<std::string>& gitOptions() const { return gitOptions_; }
+    void setGitOptions(std::vector<std::string> options) { gitOptions_ = std::move(options); }
+    /// Options behind the command words.
+    [[nodiscard]] const std::vector<std::string>& gitCommandOptions() const {
+        return gitCommandOptions_;
+    }
+    void setGitCommandOptions(std::vector<std::string> options) {
+        gitCommandOptions_ = std::move(options);
+    }
+    /// Positional arguments, placed last.
+    [[nodiscard]] const std::vector<std::string>& gitCommandArguments() const {
+        return gitCommandArguments_;
+    }
+    void setGitCommandArguments(std::vector<std::string> arguments) {
+        gitCommandArguments_ = std::move(arguments);
+    }
+
+    void setProgressHandler(RVGitCommandProgressHandler handler) override {
+        progressHandler_ = std::move(handler);
+    }
+    [[nodiscard]] const RVGitCommandProgressHandler& progressHandler() const override {
+        return progressHandler_;
+    }
+    /// Absent unless the command supports progress and has been prepared.
+    [[nodiscard]] std::shared_ptr<RVGitCommandProgress> commandProgress() const override {
+        return commandProgress_;
+    }
+    /// Called once when the command has run, whatever the outcome, and dropped afterwards. Not
+    /// called for a command that was cancelled before its launch or could not be launched.
+    [[nodiscard]] const CompletionHandler& completionHandler() const { return completionHandler_; }
+    void setCompletionHandler(CompletionHandler handler) {
+        completionHandler_ = std::move(handler);
+    }
+    /// Whether variables that would redirect git are removed from the environment first.
+    [[nodiscard]] bool sanitizesEnvironment() const { return sanitizesEnvironment_; }
+    void setSanitizesEnvironment(bool sanitizes) { sanitizesEnvironment_ = sanitizes; }
+    [[nodiscard]] bool isSupportingProgressOutput() const { return supportsProgressOutput_; }
+    void setSupportsProgressOutput(bool supports) { supportsProgressOutput_ = supports; }
+    /// Stored for callers; the library neither sets nor reads it.
+    [[nodiscard]] bool isAuthenticationPassed() const { return authenticationPassed_; }
+    void setAuthenticationPassed(bool passed) { authenticationPassed_ = passed; }
+
+    /// The decoded output, cached on first request: not to be read before the child has exited.
+    [[nodiscard]] const std::string& standardOutputString();
+    [[nodiscard]] const std::string& standardErrorString();
+
+    // Error rows.
+
+    /// The rows that apply to every command.
+    [[nodiscard]] static const RVGitErrorTable& sharedGitErrorDefinitions();
+    /// The rows of a command class; none here.
+    [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
+
+    // Lists of paths.
+
+    /// How many paths one command line takes; 4000 at first. Any thread.
+    [[nodiscard]] static std::size_t maximumNumberOfAllowedFilePathArguments();
+    static void setMaximumNumberOfAllowedFilePathArguments(std::size_t number);
+    /// The first paths, as many as one command line takes: at most the maximum number, and fewer
+    /// where so many long paths would exceed what the system accepts in bytes. `exceeded`, if not
+    /// null, is set to whether any were left out.
+    [[nodiscard]] static std::vector<std::string> filePathsForGitCommand(
+        const std::vector<std::string>& filePaths, bool* exceedsArgumentsLimit);
+    /// The paths that filePathsForGitCommand() left out of the same list.
+    [[nodiscard]] static std::vector<std::string> remainingFilePathsFromFilePaths(
+        const std::vector<std::string>& filePaths);
+
+    [[nodiscard]] static RVGitCommandArgumentsOverflowException
+    gitCommandArgumentsOverflowExceptionWithGitCommand(RVGitCommand& command, RVUserInfo userInfo);
+
+protected:
+    // Hooks, in the order of their calls.
+
+    /// Turns fields into options and arguments, in the order in which they must stand.
+    virtual void gitCommandWillInitialize() {}
+    /// A last look at arguments().
+    virtual void gitCommandDidInitialize() {}
+    /// Called while the child runs, each time that standardOutputData() has grown; for parsing
+    /// ahead. What it makes of it must be dropped where the run fails.
+    virtual void gitCommandDidReceiveStandardOutput() {}
+    /// The child has exited; errors have not been mapped yet.
+    virtual void gitCommandDidTerminate() {}
+    /// Whether a non-zero exit is a failure; false has the output parsed as after a success.
+    virtual bool gitCommandShouldHandleError(const RVError&) { return true; }
+    /// Adds the keys that the reasons of the command's errors name.
+    virtual RVUserInfo gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) { return userInfo; }
+    /// Parses the output into the command's results; false and a filled place fail the command.
+    virtual bool gitCommandWillParseOutput(RVErrorPlace) { return true; }
+
+    /// For gitCommandDidInitialize(): each takes the one such argument out of arguments().
+    void removeGitDirOption();
+    void removeWorkTreeOption();
+
+    [[nodiscard]] RVError makeGitError();
+    [[nodiscard]] RVUserInfo makeGitErrorUserInfo();
+
+    void commandWillExecute() final;
+    void commandDidFailToLaunch(int errorNumber) final;
+    void commandDidTerminate() final;
+    void commandDidReceiveStandardOutput(std::string_view bytes) final;
+
+private:
+    void commandDidReceiveStandardOutputData(RVCommandOperation&, std::string_view bytes) override;
+    void commandDidReceiveStandardErrorData(RVCommandOperation&, std::string_view bytes) override;
+    void didUpdateProgressWithData(std::string_view bytes);
+    [[nodiscard]] std::vector<std::string> makeArguments() const;
+    void applyBinaryToEnvironment();
+    void removeArgumentWithPrefix(std::string_view prefix);
+
+    std::shared_ptr<RVGitBinary> gitBinary_;
+    std::optional<std::string> repositoryPath_;
+    std::optional<std::string> gitDirectoryPath_;
+    std::optional<std::string> workingTreeDirectoryPath_;
+    std::optional<std::string> gitCommand_;
+    std::optional<std::string> gitSubCommand_;
+    std::vector<std::string> gitOptions_;
+    std::vector<std::string> gitCommandOptions_;
+    std::vector<std::string> gitCommandArguments_;
+    RVGitCommandProgressHandler progressHandler_;
+    CompletionHandler completionHandler_;
+    std::shared_ptr<RVGitCommandProgress> commandProgress_;
+    std::optional<std::string> standardOutputString_;
+    std::optional<std::string> standardErrorString_;
+    bool sanitizesEnvironment_ = false;
+    bool supportsProgressOutput_ = false;
+    bool authenticationPassed_ = false;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include "RVGit/base/RVError.h"
+
+class RVGitCommand;
+class RVOperationQueue;
+
+/// The one queue that every git process of the library runs on, bounded by
+/// RVGitConfiguration's maxConcurrentCommands when it is made. It lives as long as the process.
+class RVGitCommandQueue {
+public:
+    [[nodiscard]] static RVGitCommandQueue& sharedQueue();
+
+    [[nodiscard]] RVOperationQueue& queue() { return *queue_; }
+
+    /// Does not block. The command is required.
+    void enqueueCommand(const std::shared_ptr<RVGitCommand>& command);
+    /// Waits until the command has finished; true exactly when it has no error, which is otherwise
+    /// left in the place. Throws what was raised while the command was prepared.
+    bool executeCommand(const std::shared_ptr<RVGitCommand>& command, RVErrorPlace error = nullptr);
+    void cancelAllCommands();
+    void waitUntilAllCommandsFinished();
+
+private:
+    RVGitCommandQueue();
+    std::unique_ptr<RVOperationQueue> queue_;
+};
