@@ -1,13 +1,13 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "RVGit/command/RVGitValues.h"
+
 class RVGitRepository;
-enum RVGitFileMode : std::uint64_t;
 
 /// A path with the mode and the object that stand there: base of the entries of trees, of the
 /// index, of the working tree and of merge results. A snapshot, readable on any thread.

@@ -1,15 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "RVGit/command/RVGitValues.h"
+
 class RVGitRepository;
-enum RVGitObjectType : std::uint64_t;
-enum RVGitFileMode : std::uint64_t;
 
 /// Base of what has an object hash: commits, tags, blobs and trees. A snapshot that holds its
 /// repository strongly; immutable here, so any thread may read it.
