@@ -73,8 +73,3 @@ const RVGitErrorTable& RVGitCommand::sharedGitErrorDefinitions() {
     };
     return table;
 }
-
-const RVGitErrorTable& RVGitCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table;
-    return table;
-}
