@@ -26,9 +26,10 @@ class RVErrorManager {
 public:
     [[nodiscard]] static RVErrorManager& sharedManager();
 
+    /// A code that is already known keeps its definition.
     void addErrorDefinitions(std::vector<RVErrorDefinition> definitions, const std::string& domain);
 
-    /// The definition of a code, or null.
+    /// The definition of a code, or null. It holds for the life of the manager.
     [[nodiscard]] const RVErrorDefinition* definition(std::string_view domain,
                                                       std::int64_t code) const;
 
