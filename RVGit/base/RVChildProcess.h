@@ -1,6 +1,6 @@
 #pragma once
 
-#include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -23,6 +23,9 @@ class RVChildProcess {
 public:
     static constexpr std::chrono::milliseconds outputGrace{250};
     static constexpr std::chrono::milliseconds outputLimit{10'000};
+    /// What exitCode() is where the system does not tell: this process ignores SIGCHLD, or somebody
+    /// else in it has waited for the child.
+    static constexpr int unknownExitCode = 255;
     /// How long a cancelled child may take to end after SIGTERM before SIGKILL follows.
     static constexpr std::chrono::milliseconds cancelGrace{2'000};
 
@@ -63,10 +66,11 @@ public:
 
 private:
     class Pump;
+    class WakeRegistration;
     std::shared_ptr<RVDataBuffer> standardOutput_ = std::make_shared<RVDataBuffer>();
     std::shared_ptr<RVDataBuffer> standardError_ = std::make_shared<RVDataBuffer>();
     int exitCode_ = 0;
     std::mutex wakeMutex_;
     int wakeDescriptor_ = -1;
-    std::atomic<bool> terminated_ = false;
+    bool terminated_ = false;
 };

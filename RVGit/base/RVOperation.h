@@ -39,7 +39,6 @@ private:
 
     /// Runs main() unless the operation was cancelled or run before; never throws.
     void execute();
-    void finish();
 
     std::atomic<State> state_ = State::Ready;
     std::atomic<bool> cancelled_ = false;

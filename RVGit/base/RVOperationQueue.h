@@ -44,9 +44,8 @@ public:
 private:
     friend class RVOperation;
     struct State;
-    /// Takes a waiting operation out of the queue on whose thread this is called; false if there
-    /// is no such queue, or the operation is not waiting in it.
-    static bool removeFromCurrentQueue(const RVOperation& operation);
+    /// If the calling thread runs an operation of the queue that the given one waits in, runs it.
+    static void runIfWaitingInCurrentQueue(const RVOperation& operation);
 
     std::shared_ptr<State> state_;
 };

@@ -241,7 +241,8 @@ private:
     void commandDidReceiveStandardErrorData(RVCommandOperation&, std::string_view bytes) override;
     void didUpdateProgressWithData(std::string_view bytes);
     [[nodiscard]] std::vector<std::string> makeArguments() const;
-    void applyBinaryToEnvironment();
+    void applyBinary();
+    void mapResult();
     void removeArgumentWithPrefix(std::string_view prefix);
 
     std::shared_ptr<RVGitBinary> gitBinary_;

@@ -1,0 +1,439 @@
+#include "RVGit/base/RVChildProcess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/eventfd.h>
+#include <sys/pidfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <utility>
+
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+// What a pipe holds by default, and what it is enlarged to once a child has filled it: fewer
+// switches between the child and the reader.
+constexpr std::size_t pipeCapacity = std::size_t{64} << 10;
+constexpr int largePipeCapacity = 1 << 20;
+
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~Descriptor() { close(); }
+
+    int number() const { return number_; }
+    bool isOpen() const { return number_ >= 0; }
+    void close() {
+        if (isOpen())
+            ::close(std::exchange(number_, -1));
+    }
+
+private:
+    int number_ = -1;
+};
+
+// A process that runs without descriptors 0, 1 or 2 gets them for its own files, where those of the
+// child would overwrite them.
+int moveAboveStandardStreams(Descriptor& descriptor) {
+    if (descriptor.number() > STDERR_FILENO)
+        return 0;
+    const int moved = fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (moved < 0)
+        return errno;
+    descriptor = Descriptor(moved);
+    return 0;
+}
+
+struct Pipe {
+    Descriptor readEnd;
+    Descriptor writeEnd;
+
+    // 0 or errno's value.
+    int open() {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0)
+            return errno;
+        readEnd = Descriptor(ends[0]);
+        writeEnd = Descriptor(ends[1]);
+        const int error = moveAboveStandardStreams(readEnd);
+        return error ? error : moveAboveStandardStreams(writeEnd);
+    }
+};
+
+int openForReading(const std::string& path, Descriptor& descriptor) {
+    descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return descriptor.isOpen() ? moveAboveStandardStreams(descriptor) : errno;
+}
+
+void makeNonBlocking(const Descriptor& descriptor) {
+    fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) | O_NONBLOCK);
+}
+
+// Keeps SIGPIPE from this thread while a pipe is written, and takes back the one that a reader who
+// went away has caused. The process's own settings are never touched.
+class BrokenPipeSignalBlock {
+public:
+    BrokenPipeSignalBlock() {
+        sigemptyset(&brokenPipe_);
+        sigaddset(&brokenPipe_, SIGPIPE);
+        sigset_t pending;
+        sigpending(&pending);
+        wasPending_ = sigismember(&pending, SIGPIPE) == 1;
+        pthread_sigmask(SIG_BLOCK, &brokenPipe_, &previous_);
+    }
+    ~BrokenPipeSignalBlock() {
+        const timespec now{};
+        if (!wasPending_)
+            while (sigtimedwait(&brokenPipe_, nullptr, &now) < 0 && errno == EINTR) {
+            }
+        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+    }
+    BrokenPipeSignalBlock(const BrokenPipeSignalBlock&) = delete;
+    BrokenPipeSignalBlock& operator=(const BrokenPipeSignalBlock&) = delete;
+
+private:
+    sigset_t brokenPipe_;
+    sigset_t previous_;
+    bool wasPending_;
+};
+
+class SpawnSettings {
+public:
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+
+    SpawnSettings() {
+        posix_spawn_file_actions_init(&actions);
+        posix_spawnattr_init(&attributes);
+    }
+    ~SpawnSettings() {
+        posix_spawn_file_actions_destroy(&actions);
+        posix_spawnattr_destroy(&attributes);
+    }
+    SpawnSettings(const SpawnSettings&) = delete;
+    SpawnSettings& operator=(const SpawnSettings&) = delete;
+};
+
+std::vector<char*> pointersToStrings(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    pointers.reserve(strings.size() + 1);
+    for (const std::string& string : strings)
+        pointers.push_back(const_cast<char*>(string.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::vector<std::string> environmentStrings(const RVEnvironment& environment) {
+    std::vector<std::string> strings;
+    strings.reserve(environment.size());
+    for (const auto& [name, value] : environment)
+        strings.push_back(name + '=' + value);
+    return strings;
+}
+
+// The descriptors are all above 2, so that dup2 onto 0, 1 and 2 in turn overwrites none of them.
+int spawn(const RVChildProcess::Launch& launch, const Descriptor& input, const Descriptor& output,
+          const Descriptor& error, pid_t& pid) {
+    SpawnSettings settings;
+    posix_spawn_file_actions_t* actions = &settings.actions;
+    if (input.isOpen())
+        posix_spawn_file_actions_adddup2(actions, input.number(), STDIN_FILENO);
+    else
+        posix_spawn_file_actions_addopen(actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(actions, output.number(), STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(actions, error.number(), STDERR_FILENO);
+    posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
+    if (launch.workingDirectory)
+        posix_spawn_file_actions_addchdir_np(actions, launch.workingDirectory->c_str());
+
+    sigset_t signals;
+    sigfillset(&signals);
+    posix_spawnattr_setsigdefault(&settings.attributes, &signals);
+    sigemptyset(&signals);
+    posix_spawnattr_setsigmask(&settings.attributes, &signals);
+    posix_spawnattr_setflags(&settings.attributes,
+                             POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+
+    std::vector<std::string> arguments;
+    arguments.reserve(launch.arguments.size() + 1);
+    arguments.push_back(launch.path);
+    arguments.insert(arguments.end(), launch.arguments.begin(), launch.arguments.end());
+    const std::vector<std::string> environment = environmentStrings(launch.environment);
+    return posix_spawn(&pid, launch.path.c_str(), actions, &settings.attributes,
+                       pointersToStrings(arguments).data(), pointersToStrings(environment).data());
+}
+
+}  // namespace
+
+// Feeds and drains one child until it has exited and its output is read.
+class RVChildProcess::Pump {
+public:
+    Pump(pid_t pid, Descriptor input, std::string_view inputBytes, int wakeDescriptor)
+        : pid_(pid),
+          exitWatch_(pidfd_open(pid, 0)),
+          input_(std::move(input)),
+          inputBytes_(inputBytes),
+          wakeDescriptor_(wakeDescriptor) {
+        if (input_.isOpen())
+            makeNonBlocking(input_);
+    }
+    // An exception of a handler leaves the loop early: the child goes with it.
+    ~Pump() {
+        if (reaped_)
+            return;
+        kill(-pid_, SIGKILL);
+        reap();
+    }
+    Pump(const Pump&) = delete;
+    Pump& operator=(const Pump&) = delete;
+
+    void addOutput(Descriptor descriptor, RVDataBuffer& buffer, const OutputHandler& handler) {
+        makeNonBlocking(descriptor);
+        outputs_[outputCount_++] = Output{std::move(descriptor), &buffer, &handler};
+    }
+
+    void run() {
+        while (!isDone()) {
+            waitForEvents();
+            const Clock::time_point now = Clock::now();
+            if (wakeEvents_ && !cancelledAt_)
+                beginTermination(now);
+            if (cancelledAt_ && !killed_ && now >= *cancelledAt_ + cancelGrace) {
+                kill(-pid_, SIGKILL);
+                killed_ = true;
+            }
+            if (inputEvents_)
+                feedInput();
+            for (Output& output : outputs_)
+                if (output.events)
+                    drain(output);
+            if (!exitedAt_ && hasExited())
+                exitedAt_ = lastByteAt_ = now;
+        }
+        // What a cancelled child has started goes with it. The child is not reaped yet, so the
+        // process group cannot be anybody else's.
+        if (cancelledAt_)
+            kill(-pid_, SIGKILL);
+        reap();
+    }
+
+    int exitCode() const { return exitCode_; }
+
+private:
+    struct Output {
+        Descriptor descriptor;
+        RVDataBuffer* buffer = nullptr;
+        const OutputHandler* handler = nullptr;
+        short events = 0;
+        bool pipeEnlarged = false;
+    };
+
+    bool hasOpenOutputs() const {
+        return outputs_[0].descriptor.isOpen() || outputs_[1].descriptor.isOpen();
+    }
+
+    bool isDone() const {
+        if (!exitedAt_)
+            return false;
+        if (!hasOpenOutputs())
+            return true;
+        const Clock::time_point now = Clock::now();
+        return now >= lastByteAt_ + outputGrace || now >= *exitedAt_ + outputLimit;
+    }
+
+    void waitForEvents() {
+        // A closed descriptor is -1, which poll ignores.
+        pollfd events[] = {{input_.number(), POLLOUT, 0},
+                           {outputs_[0].descriptor.number(), POLLIN, 0},
+                           {outputs_[1].descriptor.number(), POLLIN, 0},
+                           {exitedAt_ ? -1 : exitWatch_.number(), POLLIN, 0},
+                           {cancelledAt_ ? -1 : wakeDescriptor_, POLLIN, 0}};
+        const int count = poll(events, std::size(events), pollTimeout());
+        if (count < 0)
+            for (pollfd& event : events)
+                event.revents = 0;
+        inputEvents_ = events[0].revents;
+        outputs_[0].events = events[1].revents;
+        outputs_[1].events = events[2].revents;
+        exitEvents_ = events[3].revents;
+        wakeEvents_ = events[4].revents;
+    }
+
+    int pollTimeout() const {
+        using std::chrono::milliseconds;
+        std::optional<Clock::time_point> deadline;
+        if (exitedAt_)
+            deadline = std::min(lastByteAt_ + outputGrace, *exitedAt_ + outputLimit);
+        else if (cancelledAt_ && !killed_)
+            deadline = *cancelledAt_ + cancelGrace;
+        int timeout = -1;
+        if (deadline) {
+            const auto left = std::chrono::ceil<milliseconds>(*deadline - Clock::now());
+            timeout = static_cast<int>(std::max(left, milliseconds(0)).count());
+        }
+        // Where the system has no descriptor for a process, its exit is looked for.
+        constexpr int exitPollInterval = 10;
+        if (!exitedAt_ && !exitWatch_.isOpen())
+            timeout = timeout < 0 ? exitPollInterval : std::min(timeout, exitPollInterval);
+        return timeout;
+    }
+
+    void beginTermination(Clock::time_point now) {
+        cancelledAt_ = now;
+        kill(-pid_, SIGTERM);
+    }
+
+    void feedInput() {
+        while (!inputBytes_.empty()) {
+            const ssize_t written = write(input_.number(), inputBytes_.data(), inputBytes_.size());
+            if (written >= 0) {
+                inputBytes_.remove_prefix(static_cast<std::size_t>(written));
+            } else if (errno == EAGAIN) {
+                return;
+            } else if (errno != EINTR) {
+                // The reader went away, which is its right: its exit code says what it thinks.
+                break;
+            }
+        }
+        input_.close();
+    }
+
+    // Takes what one read gives, so that both outputs and the input have their turn.
+    void drain(Output& output) {
+        const std::size_t room = output.pipeEnlarged ? largePipeCapacity : pipeCapacity;
+        char* tail = output.buffer->reserveTail(room);
+        const ssize_t count = read(output.descriptor.number(), tail, room);
+        if (count < 0 && (errno == EAGAIN || errno == EINTR))
+            return;
+        if (count <= 0) {
+            output.descriptor.close();
+            return;
+        }
+        output.buffer->commitTail(static_cast<std::size_t>(count));
+        if (exitedAt_)
+            lastByteAt_ = Clock::now();
+        if (!output.pipeEnlarged && static_cast<std::size_t>(count) == room) {
+            fcntl(output.descriptor.number(), F_SETPIPE_SZ, largePipeCapacity);
+            output.pipeEnlarged = true;
+        }
+        if (*output.handler)
+            (*output.handler)({tail, static_cast<std::size_t>(count)});
+    }
+
+    bool hasExited() const {
+        if (exitWatch_.isOpen())
+            return exitEvents_ != 0;
+        siginfo_t info{};
+        return waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+               info.si_pid == pid_;
+    }
+
+    void reap() {
+        reaped_ = true;
+        int status = 0;
+        pid_t reaped;
+        while ((reaped = waitpid(pid_, &status, 0)) < 0 && errno == EINTR) {
+        }
+        if (reaped == pid_)
+            exitCode_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    }
+
+    const pid_t pid_;
+    Descriptor exitWatch_;
+    Descriptor input_;
+    std::string_view inputBytes_;
+    const int wakeDescriptor_;
+    Output outputs_[2];
+    std::size_t outputCount_ = 0;
+    short inputEvents_ = 0;
+    short exitEvents_ = 0;
+    short wakeEvents_ = 0;
+    std::optional<Clock::time_point> cancelledAt_;
+    std::optional<Clock::time_point> exitedAt_;
+    Clock::time_point lastByteAt_;
+    bool killed_ = false;
+    bool reaped_ = false;
+    int exitCode_ = unknownExitCode;
+};
+
+// Lets terminate() reach the pump while it runs.
+class RVChildProcess::WakeRegistration {
+public:
+    WakeRegistration(RVChildProcess& process, int wakeDescriptor) : process_(process) {
+        std::lock_guard lock(process_.wakeMutex_);
+        process_.wakeDescriptor_ = wakeDescriptor;
+        if (process_.terminated_)
+            eventfd_write(wakeDescriptor, 1);
+    }
+    ~WakeRegistration() {
+        std::lock_guard lock(process_.wakeMutex_);
+        process_.wakeDescriptor_ = -1;
+    }
+    WakeRegistration(const WakeRegistration&) = delete;
+    WakeRegistration& operator=(const WakeRegistration&) = delete;
+
+private:
+    RVChildProcess& process_;
+};
+
+int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutputHandler,
+                        const OutputHandler& standardErrorHandler) {
+    Pipe output;
+    Pipe error;
+    Pipe input;
+    int failure = output.open();
+    if (!failure)
+        failure = error.open();
+    const RVData* inputBytes = launch.standardInput.bytes();
+    if (!failure && inputBytes)
+        failure = input.open();
+    if (!failure && launch.standardInput.filePath())
+        failure = openForReading(*launch.standardInput.filePath(), input.readEnd);
+    Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!failure && !wake.isOpen())
+        failure = errno;
+    pid_t pid = 0;
+    if (!failure)
+        failure = spawn(launch, input.readEnd, output.writeEnd, error.writeEnd, pid);
+    if (failure)
+        return failure;
+    input.readEnd.close();
+    output.writeEnd.close();
+    error.writeEnd.close();
+
+    std::optional<BrokenPipeSignalBlock> signalBlock;
+    if (inputBytes)
+        signalBlock.emplace();
+    {
+        Pump pump(pid, std::move(input.writeEnd), inputBytes ? *inputBytes : std::string_view(),
+                  wake.number());
+        pump.addOutput(std::move(output.readEnd), *standardOutput_, standardOutputHandler);
+        pump.addOutput(std::move(error.readEnd), *standardError_, standardErrorHandler);
+        const WakeRegistration registration(*this, wake.number());
+        pump.run();
+        exitCode_ = pump.exitCode();
+    }
+    standardOutput_->shrinkToFit();
+    standardError_->shrinkToFit();
+    return 0;
+}
+
+void RVChildProcess::terminate() {
+    std::lock_guard lock(wakeMutex_);
+    terminated_ = true;
+    if (wakeDescriptor_ >= 0)
+        eventfd_write(wakeDescriptor_, 1);
+}

@@ -1,0 +1,105 @@
+#include "RVGit/base/RVCommandOperation.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+RVEnvironment inheritedEnvironment() {
+    RVEnvironment environment;
+    for (char** entry = environ; entry && *entry; ++entry) {
+        const std::string_view text(*entry);
+        const std::size_t end = text.find('=');
+        if (end == std::string_view::npos)
+            continue;
+        environment.emplace(text.substr(0, end), text.substr(end + 1));
+    }
+    environment.erase("LANGUAGE");
+    return environment;
+}
+
+bool isPlainInShell(char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') ||
+           std::string_view("-_./=:,@%+^").find(character) != std::string_view::npos;
+}
+
+void appendQuotedForShell(std::string& text, std::string_view word) {
+    if (!word.empty() && std::all_of(word.begin(), word.end(), isPlainInShell)) {
+        text += word;
+        return;
+    }
+    text += '\'';
+    for (const char character : word) {
+        if (character == '\'')
+            text += "'\\''";
+        else
+            text += character;
+    }
+    text += '\'';
+}
+
+}  // namespace
+
+RVCommandOperation::RVCommandOperation(std::string launchPath,
+                                       std::optional<std::string> workingDirectory,
+                                       std::vector<std::string> arguments,
+                                       RVCommandOperationDelegate* delegate)
+    : launchPath_(std::move(launchPath)),
+      workingDirectory_(std::move(workingDirectory)),
+      arguments_(std::move(arguments)),
+      environment_(inheritedEnvironment()),
+      delegate_(delegate) {}
+
+RVCommandOperation::~RVCommandOperation() = default;
+
+std::string RVCommandOperation::commandCall() const {
+    std::string call;
+    appendQuotedForShell(call, launchPath_);
+    for (const std::string& argument : arguments_) {
+        call += ' ';
+        appendQuotedForShell(call, argument);
+    }
+    return call;
+}
+
+void RVCommandOperation::cancel() {
+    RVOperation::cancel();
+    process_.terminate();
+}
+
+void RVCommandOperation::main() {
+    commandWillExecute();
+    if (isCancelled())
+        return;
+    const RVChildProcess::Launch launch{launchPath_, arguments_, environment_, workingDirectory_,
+                                        std::move(standardInput_)};
+    const int launchError = process_.run(
+        launch, [this](std::string_view bytes) { commandDidReceiveStandardOutput(bytes); },
+        [this](std::string_view bytes) { commandDidReceiveStandardError(bytes); });
+    if (launchError != 0) {
+        commandDidFailToLaunch(launchError);
+        if (delegate_)
+            delegate_->commandDidFailToLaunch(*this);
+        return;
+    }
+    commandDidTerminate();
+    if (delegate_)
+        delegate_->commandDidTerminate(*this);
+}
+
+void RVCommandOperation::commandDidFailToLaunch(int errorNumber) {
+    finishWithError(posixError(errorNumber, launchPath_));
+}
+
+void RVCommandOperation::commandDidReceiveStandardOutput(std::string_view bytes) {
+    if (delegate_)
+        delegate_->commandDidReceiveStandardOutputData(*this, bytes);
+}
+
+void RVCommandOperation::commandDidReceiveStandardError(std::string_view bytes) {
+    if (delegate_)
+        delegate_->commandDidReceiveStandardErrorData(*this, bytes);
+}

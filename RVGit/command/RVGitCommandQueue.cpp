@@ -1,0 +1,40 @@
+#include "RVGit/command/RVGitCommandQueue.h"
+
+#include "RVGit/base/RVOperationQueue.h"
+#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitConfiguration.h"
+#include "RVGit/command/RVGitValues.h"
+
+RVGitCommandQueue& RVGitCommandQueue::sharedQueue() {
+    // Never destroyed: commands may still run while the process ends.
+    static RVGitCommandQueue& queue = *new RVGitCommandQueue();
+    return queue;
+}
+
+RVGitCommandQueue::RVGitCommandQueue()
+    : queue_(RVOperationQueue::queueWithMaxConcurrentOperationCount(
+          RVGitMakeQueueName("CommandQueue"),
+          RVGitConfiguration::sharedConfiguration().maxConcurrentCommands())) {}
+
+void RVGitCommandQueue::enqueueCommand(const std::shared_ptr<RVGitCommand>& command) {
+    requireParameter(command != nullptr, "command");
+    queue_->addOperation(command);
+}
+
+bool RVGitCommandQueue::executeCommand(const std::shared_ptr<RVGitCommand>& command,
+                                       RVErrorPlace error) {
+    requireParameter(command != nullptr, "command");
+    queue_->runOperation(command);
+    if (!command->error())
+        return true;
+    fillErrorPlace(error, *command->error());
+    return false;
+}
+
+void RVGitCommandQueue::cancelAllCommands() {
+    queue_->cancelAllOperations();
+}
+
+void RVGitCommandQueue::waitUntilAllCommandsFinished() {
+    queue_->waitUntilAllOperationsAreFinished();
+}
