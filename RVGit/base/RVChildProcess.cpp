@@ -4,7 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/eventfd.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -183,7 +183,7 @@ class RVChildProcess::Pump {
 public:
     Pump(pid_t pid, Descriptor input, std::string_view inputBytes, int wakeDescriptor)
         : pid_(pid),
-          exitWatch_(pidfd_open(pid, 0)),
+          exitWatch_(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))),
           input_(std::move(input)),
           inputBytes_(inputBytes),
           wakeDescriptor_(wakeDescriptor) {

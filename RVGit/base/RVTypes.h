@@ -70,6 +70,21 @@ private:
 /// A map from option constants to values. An absent map is not an empty one.
 using RVOptions = std::map<std::string, RVValue, std::less<>>;
 
+/// The value under a key; null if there is none.
+[[nodiscard]] inline const RVValue* valueForOption(const std::optional<RVOptions>& options,
+                                                   std::string_view key) {
+    if (!options)
+        return nullptr;
+    auto found = options->find(key);
+    return found == options->end() ? nullptr : &found->second;
+}
+/// Whether the option is given, and true.
+[[nodiscard]] inline bool optionIsSet(const std::optional<RVOptions>& options,
+                                      std::string_view key) {
+    const RVValue* value = valueForOption(options, key);
+    return value && value->boolValue();
+}
+
 /// What an error record carries beside its code, by user-info key.
 using RVUserInfo = std::map<std::string, RVValue, std::less<>>;
 

@@ -246,12 +246,11 @@ void RVGitCommand::applyBinary() {
     const std::string binaryDirectory = pathByDeletingLastComponent(gitBinary_->path());
     if (std::find(directories.begin(), directories.end(), binaryDirectory) == directories.end())
         directories.insert(directories.begin(), binaryDirectory);
-    if (const auto& additional = gitBinary_->additionalPaths())
-        directories.insert(directories.begin(), additional->begin(), additional->end());
+    const std::vector<std::string>& additional = gitBinary_->additionalPaths();
+    directories.insert(directories.begin(), additional.begin(), additional.end());
     changed["PATH"] = stringByJoiningComponents(directories, ":");
 
-    if (const auto& options = gitBinary_->defaultOptions())
-        addGitOptions(*options);
+    addGitOptions(gitBinary_->defaultOptions());
     changed["LANG"] = "en_US.UTF-8";
     changed["LC_ALL"] = "en_US.UTF-8";
     setEnvironment(std::move(changed));

@@ -1,0 +1,156 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+class RVGitRefSpec;
+
+enum RVGitObjectType : std::uint64_t {
+    RVGitObjectTypeNone = 0,
+    RVGitObjectTypeTree = 1,
+    RVGitObjectTypeBlob = 2,
+    RVGitObjectTypeCommit = 3,
+    RVGitObjectTypeTag = 4,
+};
+
+/// Git's modes, but for RVGitFileModeExecutable, which is octal 100775 and not 100755: kept for
+/// compatibility.
+enum RVGitFileMode : std::uint64_t {
+    RVGitFileModeNone = 0,
+    RVGitFileModeDirectory = 16384,
+    RVGitFileModeRegular = 33188,
+    RVGitFileModeExecutable = 33277,
+    RVGitFileModeSymbolicLink = 40960,
+    RVGitFileModeSubmodule = 57344,
+};
+
+enum RVGitFileStatus : std::uint64_t {
+    RVGitFileStatusNone = 0,
+    RVGitFileStatusUntracked = 1,
+    RVGitFileStatusIgnored = 2,
+    RVGitFileStatusUnchanged = 3,
+    RVGitFileStatusAdded = 4,
+    RVGitFileStatusCopied = 5,
+    RVGitFileStatusModified = 6,
+    RVGitFileStatusRenamed = 7,
+    RVGitFileStatusTypeChanged = 8,
+    RVGitFileStatusDeleted = 9,
+    RVGitFileStatusUnmerged = 10,
+};
+
+enum RVGitIndexStage : std::uint64_t {
+    RVGitIndexStageDefault = 0,
+    RVGitIndexStageBase = 1,
+    RVGitIndexStageOurs = 2,
+    RVGitIndexStageTheirs = 3,
+};
+
+enum RVGitRefType : std::uint64_t {
+    RVGitRefTypeNone = 0,
+    RVGitRefTypeBranch = 1,
+    RVGitRefTypeRemoteBranch = 2,
+    RVGitRefTypeTag = 3,
+    RVGitRefTypeStash = 4,
+};
+
+inline constexpr char RVGitHEADRevision[] = "HEAD";
+inline constexpr char RVGitNullObjectHash[] = "0000000000000000000000000000000000000000";
+inline constexpr char RVGitNullFile[] = "/dev/null";
+inline constexpr char RVGitOriginRemoteName[] = "origin";
+/// The remote that stands for the repository itself.
+inline constexpr char RVGitLocalRemoteName[] = ".";
+inline constexpr char RVGitMainBranchName[] = "main";
+inline constexpr char RVGitMasterBranchName[] = "master";
+
+// Enumerations from and to text.
+
+/// "commit" and its like, in any case; anything else is None.
+[[nodiscard]] RVGitObjectType RVGitObjectTypeFromString(std::string_view text);
+/// "Commit"; "None" for a value that is not listed, here and below.
+[[nodiscard]] std::string RVGitStringForObjectType(RVGitObjectType objectType);
+
+/// "100644"; anything unknown is Regular.
+[[nodiscard]] RVGitFileMode RVGitFileModeFromString(std::string_view text);
+/// The same, but absent for a text that is none of git's modes.
+[[nodiscard]] std::optional<RVGitFileMode> RVGitKnownFileModeFromString(std::string_view text);
+/// "Regular".
+[[nodiscard]] std::string RVGitStringForFileMode(RVGitFileMode fileMode);
+
+/// "1" to "3"; anything else is Default.
+[[nodiscard]] RVGitIndexStage RVGitIndexStageFromString(std::string_view text);
+/// "Base"; "Default" for a value that is not listed.
+[[nodiscard]] std::string RVGitStringForIndexStage(RVGitIndexStage stage);
+
+/// A status letter, as git prints it; anything unknown is Unchanged.
+[[nodiscard]] RVGitFileStatus RVGitFileStatusFromString(std::string_view text);
+/// "Type Changed".
+[[nodiscard]] std::string RVGitStringForFileStatus(RVGitFileStatus status);
+/// The letter; absent for None.
+[[nodiscard]] std::optional<std::string> RVGitShortStringForFileStatus(RVGitFileStatus status);
+
+// Hashes.
+
+/// Forty hexadecimal digits, in either case.
+[[nodiscard]] bool isValidCommitHash(std::string_view text);
+[[nodiscard]] bool RVGitValidateCommitHash(std::string_view hash);
+/// The first 8 characters; a shorter hash comes back whole, an absent one absent.
+[[nodiscard]] std::optional<std::string> RVGitShortenHash(const std::optional<std::string>& hash);
+/// The first characters; absent for an absent hash and for one that has fewer.
+[[nodiscard]] std::optional<std::string> RVGitShortenHashWithLength(
+    const std::optional<std::string>& hash, std::size_t length);
+
+// Ref names.
+
+/// Puts the prefix of the type in front of a name that has none; "HEAD" stays.
+[[nodiscard]] std::string RVGitMakeFullRefName(std::string_view refName, RVGitRefType refType);
+/// Cuts the length of the type's prefix off a name that begins with "refs/".
+[[nodiscard]] std::string RVGitMakeShortRefName(std::string_view refName, RVGitRefType refType);
+/// The full name, on this side, of a remote's branch: "refs/remotes/origin/x".
+[[nodiscard]] std::string RVGitMakeFullRemoteRefName(const std::optional<std::string>& remoteName,
+                                                     std::string_view refName);
+/// The reverse: the full name on the remote's side. Absent for a name that is not of the remote.
+[[nodiscard]] std::optional<std::string> RVGitMakeFullRefNameForRemote(
+    const std::optional<std::string>& remoteName, std::string_view refName);
+[[nodiscard]] std::shared_ptr<RVGitRefSpec> RVGitMakeRefSpec(
+    std::optional<std::string> localRefName, std::optional<std::string> remoteRefName);
+/// Asks git whether the name is well formed, which costs a child process. False for an absent one.
+[[nodiscard]] bool RVGitValidateRefName(const std::optional<std::string>& refName);
+
+// Revisions.
+
+/// "revision:path"; an absent part counts as empty.
+[[nodiscard]] std::string RVGitMakeObjectReference(const std::optional<std::string>& revision,
+                                                   const std::optional<std::string>& filePath);
+/// "second..first": the arguments are turned round on purpose.
+[[nodiscard]] std::string RVGitMakeRevisionRange(std::string_view first, std::string_view second);
+/// "first...second", in order.
+[[nodiscard]] std::string RVGitMakeRevisionComparisonString(std::string_view first,
+                                                            std::string_view second);
+
+// Names of configuration sections and keys: "branch.NAME" and "branch.NAME.KEY".
+
+[[nodiscard]] std::string RVGitMakeBranchConfigSection(std::string_view branch);
+[[nodiscard]] std::string RVGitMakeBranchConfigKey(std::string_view branch, std::string_view key);
+[[nodiscard]] std::string RVGitMakeRemoteConfigSection(std::string_view remote);
+[[nodiscard]] std::string RVGitMakeRemoteConfigKey(std::string_view remote, std::string_view key);
+[[nodiscard]] std::string RVGitMakeSVNRemoteConfigSection(std::string_view remote);
+[[nodiscard]] std::string RVGitMakeSVNRemoteConfigKey(std::string_view remote,
+                                                      std::string_view key);
+[[nodiscard]] std::string RVGitMakeSubmoduleConfigSection(std::string_view submodule);
+[[nodiscard]] std::string RVGitMakeSubmoduleConfigKey(std::string_view submodule,
+                                                      std::string_view key);
+
+/// The full name of one of the library's queues.
+[[nodiscard]] std::string RVGitMakeQueueName(std::string_view label);
+
+// Text.
+
+/// A path as git quotes it, with its quotes and backslash escapes resolved. Text that does not
+/// begin with a quote comes back unchanged; quoted text that is not ASCII only loses its first and
+/// last character.
+[[nodiscard]] std::string unquotedCString(std::string_view text);
+/// The text with a backslash in front of each of "![]?#*".
+[[nodiscard]] std::string stringByEscapingReservedGitPatternCharacters(std::string_view text);

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+#include "RVGit/base/RVTypes.h"
+
+/// Adds what a reference such as "HEAD:file" or a hash tells to the user info of an error: the
+/// reference itself; revision and path, if exactly one colon parts them; without a colon, the
+/// reference as an object hash.
+void addObjectReferenceToErrorUserInfo(const std::string& objectReference, RVUserInfo& userInfo);

@@ -1,0 +1,56 @@
+#include "RVGit/objects/RVGitShowCommand.h"
+
+#include <utility>
+
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/objects/RVGitObject.h"
+#include "RVGit/objects/RVGitObjectReference.h"
+
+RVGitShowCommand::RVGitShowCommand(const std::shared_ptr<RVGitRepository>& repository,
+                                   std::string objectReference)
+    : RVGitCommand(repository), objectReference_(std::move(objectReference)) {}
+
+std::shared_ptr<RVGitShowCommand> RVGitShowCommand::gitShowCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, const std::string& objectHash) {
+    return std::make_shared<RVGitShowCommand>(repository, objectHash);
+}
+
+std::shared_ptr<RVGitShowCommand> RVGitShowCommand::gitShowCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<std::string>& revision,
+    const std::optional<std::string>& filePath) {
+    return std::make_shared<RVGitShowCommand>(
+        repository, RVGitObject::objectReferenceWithRevision(revision, filePath));
+}
+
+const RVGitErrorTable& RVGitShowCommand::gitErrorDefinitions() {
+    // The first row names a key of the patch errors; without a group it captures nothing.
+    static const RVGitErrorTable table = {
+        {.errorCode = RVGitBlobNotFoundError,
+         .commandNames = {"show"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"unknown revision or path not in the working tree"},
+         .standardErrorMatchedComponentNames = {RVGitPatchLineNumberErrorKey}},
+        {.errorCode = RVGitBlobNotFoundError,
+         .commandNames = {"show"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"Path '(.+)' does not exist in '(.+)'"},
+         .standardErrorMatchedComponentNames = {RVGitFilePathErrorKey, RVGitRevisionErrorKey}},
+        {.errorCode = RVGitBlobNotFoundError,
+         .commandNames = {"show"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"Invalid object name '(.+)'"},
+         .standardErrorMatchedComponentNames = {RVGitObjectHashErrorKey}},
+    };
+    return table;
+}
+
+void RVGitShowCommand::gitCommandWillInitialize() {
+    setGitCommand("show");
+    addGitCommandOption("--no-color");
+    addGitCommandArgument(objectReference_);
+}
+
+RVUserInfo RVGitShowCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
+    addObjectReferenceToErrorUserInfo(objectReference_, userInfo);
+    return userInfo;
+}

@@ -1,0 +1,198 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/base/RVTypes.h"
+#include "RVGit/base/RVURL.h"
+
+class RVGitConfig;
+class RVOperationQueue;
+
+/// Where a repository lies and of what kind it is. Validity and the three paths are set once, when
+/// the object is made, and do not follow the disk. An object is made by its factories or by
+/// std::make_shared and lives as long as a caller keeps it; it may be used on any thread.
+///
+/// Paths are absent for an invalid repository, which has no git directory; those below the working
+/// tree, and those of files that belong to work in one, are absent for a bare repository.
+class RVGitRepository : public std::enable_shared_from_this<RVGitRepository> {
+public:
+    /// Asks git (up to four child processes) where the repository is that the path lies in. Never
+    /// fails: the object is valid or not. If not, `path` is the given one. Not to be done on a
+    /// thread of the command queue.
+    explicit RVGitRepository(const std::string& path);
+    /// Takes the paths as they are, without running git. Valid exactly when there is a git
+    /// directory. `path` is the working tree as given, or else the git directory as given.
+    RVGitRepository(const std::optional<std::string>& workingTreeDirectoryPath,
+                    const std::optional<std::string>& gitDirectoryPath);
+    ~RVGitRepository();
+    RVGitRepository(const RVGitRepository&) = delete;
+    RVGitRepository& operator=(const RVGitRepository&) = delete;
+
+    // Opening.
+
+    [[nodiscard]] static std::shared_ptr<RVGitRepository> repositoryWithPath(
+        const std::string& path);
+    [[nodiscard]] static std::shared_ptr<RVGitRepository> bareRepositoryWithGitDirectoryPath(
+        const std::optional<std::string>& gitDirectoryPath);
+    [[nodiscard]] static std::shared_ptr<RVGitRepository> repositoryWithWorkingTreeDirectoryPath(
+        const std::string& workingTreeDirectoryPath,
+        const std::optional<std::string>& gitDirectoryPath);
+    /// Whether the path is an absolute one of a directory in which git finds a repository.
+    [[nodiscard]] static bool isGitRepositoryAtPath(const std::string& path);
+    /// The root of the repository that the path lies in; absent if there is none.
+    [[nodiscard]] static std::optional<std::string> rootPathForRepositoryAtPath(
+        const std::string& path);
+    /// Runs `git init` with the options of RVGitInitCommand; the result is a new object on the
+    /// path. Null with code 1102 for a path that is not absolute, 1100 for one of something that
+    /// is no directory, or the command's error.
+    [[nodiscard]] static std::shared_ptr<RVGitRepository> createRepositoryAtPath(
+        const std::string& path, const std::optional<RVOptions>& options,
+        RVErrorPlace error = nullptr);
+
+    // Identity.
+
+    [[nodiscard]] bool isValid() const { return valid_; }
+    /// Absent when `path` is.
+    [[nodiscard]] std::optional<RVURL> fileURL() const;
+    /// The root: the working tree, or the git directory when bare. Empty only for an object made
+    /// of no path at all.
+    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] const std::optional<std::string>& gitDirectoryPath() const {
+        return gitDirectoryPath_;
+    }
+    /// Absent for a bare repository.
+    [[nodiscard]] const std::optional<std::string>& workingTreeDirectoryPath() const {
+        return workingTreeDirectoryPath_;
+    }
+    /// The last component of `path`.
+    [[nodiscard]] std::string name() const;
+
+    /// Git's merged view of the configuration for this repository, made on first access. The
+    /// pointer shares the ownership of the repository, so whoever keeps it keeps both alive, while
+    /// the repository's own config refers back weakly.
+    [[nodiscard]] std::shared_ptr<RVGitConfig> config();
+
+    // Kind.
+
+    [[nodiscard]] bool isBare() const { return valid_ && !workingTreeDirectoryPath_; }
+    /// Whether the configuration has a value for "core.worktree".
+    [[nodiscard]] bool isDetachedWorkingTree();
+    /// Kept for compatibility: true for every git directory, be it a directory, a file or missing.
+    /// gitDirectoryPathFromGitDirectoryFileLink() tells them apart.
+    [[nodiscard]] bool isGitDirectoryFileLink() const;
+    /// Whether `gitDirectoryPath` is a link file into ".git/worktrees/". An opened path is resolved
+    /// to the directory behind the link, so this holds only for an object made with the link.
+    [[nodiscard]] bool isGitWorktreeRepository() const;
+    /// The same for ".git/modules/".
+    [[nodiscard]] bool isSubmoduleRepository() const;
+    /// Whether there is no branch yet. False also if git fails.
+    [[nodiscard]] bool isEmpty();
+    [[nodiscard]] bool isGitSVNRepository() const;
+    /// False also if the HEAD file cannot be read.
+    [[nodiscard]] bool isHEADBranchDetached() const;
+
+    // Named paths, which need not exist.
+
+    [[nodiscard]] std::optional<std::string> configFilePath() const;
+    [[nodiscard]] std::optional<std::string> HEADFilePath() const;
+    [[nodiscard]] std::optional<std::string> cherryPickHEADFilePath() const;
+    [[nodiscard]] std::optional<std::string> mergeHEADFilePath() const;
+    [[nodiscard]] std::optional<std::string> rebaseDirectoryPath() const;
+    [[nodiscard]] std::optional<std::string> descriptionPath() const;
+    [[nodiscard]] std::optional<std::string> defaultIgnoresPath() const;
+    [[nodiscard]] std::optional<std::string> defaultExcludesPath() const;
+    [[nodiscard]] std::optional<std::string> mergeCommitMessagePath() const;
+    [[nodiscard]] std::optional<std::string> squashCommitMessagePath() const;
+    [[nodiscard]] std::optional<std::string> submodulesFilePath() const;
+    [[nodiscard]] std::optional<std::string> clonedSubmodulesDirectory() const;
+    [[nodiscard]] std::optional<std::string> SVNDirectoryPath() const;
+    [[nodiscard]] std::optional<std::string> SVNMetadatapath() const;
+
+    // HEAD.
+
+    /// The full name of the ref that HEAD names, or the hash on a detached HEAD; absent if the
+    /// HEAD file cannot be read.
+    [[nodiscard]] std::optional<std::string> HEADRefName() const;
+    /// The hash of the branch that HEAD names, from `git show-ref`; "" if the branch is unborn or
+    /// HEAD is detached, absent if git fails.
+    [[nodiscard]] std::optional<std::string> HEADRevision();
+
+    // Description file.
+
+    /// Absent with code 300 if the file cannot be read.
+    [[nodiscard]] std::optional<std::string> description(RVErrorPlace error = nullptr) const;
+    /// Code 301 if the file cannot be written. False with an empty place if it does not exist and
+    /// cannot be created.
+    [[nodiscard]] bool setDescription(const std::string& description,
+                                      RVErrorPlace error = nullptr) const;
+
+    // The ".git" file that stands for a git directory elsewhere.
+
+    /// What a git directory that is a text file refers to. Absent with the read error if it cannot
+    /// be read, which is usual, since most are directories; absent with an empty place if it is no
+    /// link.
+    [[nodiscard]] std::optional<std::string> gitDirectoryPathFromGitDirectoryFileLink(
+        RVErrorPlace error = nullptr) const;
+    /// Writes ".git" in the working tree (in `path` if there is none), as a link to `path`.
+    [[nodiscard]] bool updateGitDirectoryFileLinkWithPath(const std::string& path,
+                                                          RVErrorPlace error = nullptr) const;
+    /// Writes ".git" in a directory, only if it is there and no directory; otherwise false with no
+    /// error.
+    [[nodiscard]] static bool updateGitDirectoryFileForRepositoryAtPath(
+        const std::string& path, const std::string& gitDirectoryPath, RVErrorPlace error = nullptr);
+
+    /// Whether a git directory is that of a linked worktree.
+    [[nodiscard]] static bool isAlternateWorktreeGitDirectoryAtURL(const RVURL& url);
+    /// The linked worktree of such a git directory; absent if its "gitdir" file cannot be read.
+    [[nodiscard]] static std::optional<RVURL> workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(
+        const RVURL& url);
+
+    // Allowed signers, for the verification of SSH signatures.
+
+    /// The file that the configuration names, if it is found, or else the temporary one; absent if
+    /// that cannot be made.
+    [[nodiscard]] std::optional<std::string> allowedSignersFileFullPath();
+    /// The lookups of that file: each tries the path as given, without leading white space, and
+    /// trimmed, and returns the first spelling that exists. This one takes them as they are.
+    [[nodiscard]] std::optional<std::string> existingFileAt(const std::string& path) const;
+    /// Takes them relative to the repository's `path`.
+    [[nodiscard]] std::optional<std::string> existingFileRelativeToRepoWith(
+        const std::string& path) const;
+    /// Expands a leading tilde.
+    [[nodiscard]] std::optional<std::string> existingFileWithTildeExpandedWithPath(
+        const std::string& path) const;
+    [[nodiscard]] std::string removeLeadingWhitespace(const std::string& text) const;
+    [[nodiscard]] std::string trimWhitespacesFor(const std::string& text) const;
+
+    /// An empty file, one for the process, made on first use and again if it has vanished; absent
+    /// if it cannot be made. Safe on any thread: concurrent callers get the same file.
+    [[nodiscard]] static std::optional<std::string> temporaryAllowedSignersFilePath();
+    [[nodiscard]] static std::optional<std::string> temporaryFilePath();
+    static void setTemporaryFilePath(const std::optional<std::string>& path);
+    /// The serial queue that guards the temporary file.
+    [[nodiscard]] static RVOperationQueue& temporaryAllowedSignersFileLock();
+
+private:
+    void initializeWithPath(const std::string& path);
+    [[nodiscard]] static bool isBareRepositoryAtPath(const std::string& path,
+                                                     RVErrorPlace error = nullptr);
+    [[nodiscard]] std::optional<std::string> normalizedRepositoryPath(const std::string& path,
+                                                                      bool isBareRepository);
+    [[nodiscard]] std::optional<std::string> gitDirectoryComponent(
+        std::string_view component) const;
+    [[nodiscard]] std::optional<std::string> workingTreeComponent(std::string_view component) const;
+    [[nodiscard]] std::optional<std::string> gitDirectoryComponentUnlessBare(
+        std::string_view component) const;
+
+    bool valid_ = false;
+    std::string path_;
+    std::optional<std::string> gitDirectoryPath_;
+    std::optional<std::string> workingTreeDirectoryPath_;
+    std::once_flag configOnce_;
+    std::unique_ptr<RVGitConfig> config_;
+};

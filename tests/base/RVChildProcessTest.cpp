@@ -1,0 +1,371 @@
+#include "RVGit/base/RVChildProcess.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+namespace {
+
+using std::chrono::milliseconds;
+using Clock = std::chrono::steady_clock;
+
+RVChildProcess::Launch shell(const std::string& script) {
+    RVChildProcess::Launch launch;
+    launch.path = "/bin/sh";
+    launch.arguments = {"-c", script};
+    launch.environment = {{"PATH", "/usr/bin:/bin"}};
+    return launch;
+}
+
+struct Result {
+    int launchError;
+    int exitCode;
+    std::string output;
+    std::string error;
+};
+
+Result run(const RVChildProcess::Launch& launch) {
+    RVChildProcess process;
+    const int launchError = process.run(launch);
+    return {launchError, process.exitCode(), std::string(process.standardOutput().view()),
+            std::string(process.standardError().view())};
+}
+
+std::size_t numberOfEntries(const std::string& directory) {
+    const std::filesystem::directory_iterator entries(directory);
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// Gone, or dead and waiting for a parent elsewhere.
+bool isRunning(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    if (!std::getline(status, line))
+        return false;
+    return line[line.rfind(')') + 2] != 'Z';
+}
+
+bool endsSoon(pid_t pid) {
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        if (!isRunning(pid))
+            return true;
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    return false;
+}
+
+TEST(RVChildProcessTest, KeepsBothOutputsApartAndTheExitCode) {
+    const Result result = run(shell("printf out; printf err >&2; exit 3"));
+    EXPECT_EQ(result.launchError, 0);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.output, "out");
+    EXPECT_EQ(result.error, "err");
+}
+
+TEST(RVChildProcessTest, PassesArgumentsAndEnvironmentUnchanged) {
+    RVChildProcess::Launch launch = shell("printf '%s|' \"$@\"; printf %s \"$VALUE\"");
+    launch.arguments.insert(launch.arguments.end(), {"sh", "", "a b", "new\nline", "\xff", "$x"});
+    launch.environment["VALUE"] = "two\nlines=\xc3\xa4";
+    EXPECT_EQ(run(launch).output, "|a b|new\nline|\xff|$x|two\nlines=\xc3\xa4");
+}
+
+TEST(RVChildProcessTest, GivesTheChildNothingOfItsOwnEnvironment) {
+    setenv("RVGIT_TEST_LEAK", "1", 1);
+    const Result result = run(shell("printf '%s' \"${RVGIT_TEST_LEAK-none}\""));
+    unsetenv("RVGIT_TEST_LEAK");
+    EXPECT_EQ(result.output, "none");
+}
+
+TEST(RVChildProcessTest, RunsInTheWorkingDirectory) {
+    RVChildProcess::Launch launch = shell("pwd");
+    launch.workingDirectory = "/usr";
+    EXPECT_EQ(run(launch).output, "/usr\n");
+}
+
+TEST(RVChildProcessTest, StandardInputIsEmptyUnlessGiven) {
+    EXPECT_EQ(run(shell("wc -c")).output, "0\n");
+}
+
+TEST(RVChildProcessTest, FeedsGivenBytesAndClosesThePipe) {
+    RVChildProcess::Launch launch = shell("cat");
+    launch.standardInput = RVStandardInput::data(std::string("a\0b\xff\n", 5));
+    EXPECT_EQ(run(launch).output, std::string("a\0b\xff\n", 5));
+}
+
+TEST(RVChildProcessTest, EmptyGivenInputIsEndOfFile) {
+    RVChildProcess::Launch launch = shell("wc -c");
+    launch.standardInput = RVStandardInput::data({});
+    EXPECT_EQ(run(launch).output, "0\n");
+}
+
+TEST(RVChildProcessTest, ReadsAFileAsStandardInput) {
+    RVChildProcess::Launch launch = shell("head -n 1");
+    launch.standardInput = RVStandardInput::file("/proc/self/comm");
+    EXPECT_FALSE(run(launch).output.empty());
+}
+
+TEST(RVChildProcessTest, AMissingInputFileIsALaunchFailure) {
+    RVChildProcess::Launch launch = shell("exit 0");
+    launch.standardInput = RVStandardInput::file("/nonexistent/input");
+    EXPECT_EQ(run(launch).launchError, ENOENT);
+}
+
+TEST(RVChildProcessTest, AChildThatWritesAllBeforeItReadsDoesNotDeadlock) {
+    constexpr std::size_t size = 100'000'000;
+    RVChildProcess::Launch launch = shell(
+        "head -c 100000000 /dev/zero; head -c 100000000 /dev/zero >&2; wc -c | tr -d ' \\n' >&2");
+    launch.standardInput = RVStandardInput::data(std::string(size, 'x'));
+    RVChildProcess process;
+    ASSERT_EQ(process.run(launch), 0);
+    EXPECT_EQ(process.exitCode(), 0);
+    EXPECT_EQ(process.standardOutput().size(), size);
+    ASSERT_EQ(process.standardError().size(), size + 9);
+    EXPECT_EQ(process.standardError().view().substr(size), "100000000");
+}
+
+TEST(RVChildProcessTest, AChildThatDoesNotReadItsInputReportsItsExitCode) {
+    RVChildProcess::Launch launch = shell("exit 7");
+    launch.standardInput = RVStandardInput::data(std::string(1'000'000, 'x'));
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        const Result result = run(launch);
+        ASSERT_EQ(result.launchError, 0);
+        ASSERT_EQ(result.exitCode, 7);
+    }
+}
+
+TEST(RVChildProcessTest, ABrokenPipeLeavesTheSignalSettingsOfTheProcessAlone) {
+    struct sigaction before;
+    sigaction(SIGPIPE, nullptr, &before);
+    RVChildProcess::Launch launch = shell("exec <&-; sleep 0.1");
+    launch.standardInput = RVStandardInput::data(std::string(1'000'000, 'x'));
+    EXPECT_EQ(run(launch).exitCode, 0);
+    struct sigaction after;
+    sigaction(SIGPIPE, nullptr, &after);
+    EXPECT_EQ(before.sa_handler, after.sa_handler);
+    sigset_t signals;
+    pthread_sigmask(SIG_BLOCK, nullptr, &signals);
+    EXPECT_EQ(sigismember(&signals, SIGPIPE), 0);
+    sigpending(&signals);
+    EXPECT_EQ(sigismember(&signals, SIGPIPE), 0);
+}
+
+TEST(RVChildProcessTest, AReaderThatGoesAwayDoesNotStopTheDraining) {
+    RVChildProcess::Launch launch = shell("exec <&-; head -c 1000000 /dev/zero; exit 4");
+    launch.standardInput = RVStandardInput::data(std::string(1'000'000, 'x'));
+    const Result result = run(launch);
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(result.output.size(), 1'000'000u);
+}
+
+TEST(RVChildProcessTest, AGrandchildOnThePipesDelaysTheEndByAGraceOnly) {
+    const Clock::time_point start = Clock::now();
+    const Result result = run(shell("sleep 30 & echo $!; exit 5"));
+    EXPECT_LT(Clock::now() - start, milliseconds(10'000));
+    EXPECT_EQ(result.exitCode, 5);
+    const pid_t grandchild = std::stoi(result.output);
+    EXPECT_TRUE(isRunning(grandchild)) << "a run that was not cancelled ends nobody else";
+    kill(grandchild, SIGKILL);
+}
+
+TEST(RVChildProcessTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
+    EXPECT_EQ(run(shell("(sleep 0.1; printf late) & printf early")).output, "earlylate");
+}
+
+TEST(RVChildProcessTest, AChildKilledBySignalNHasTheExitCode128PlusN) {
+    EXPECT_EQ(run(shell("kill -9 $$")).exitCode, 128 + SIGKILL);
+    EXPECT_EQ(run(shell("kill -15 $$")).exitCode, 128 + SIGTERM);
+}
+
+TEST(RVChildProcessTest, TheChildHasNoTerminalToAskOn) {
+    EXPECT_EQ(run(shell("(: < /dev/tty) 2>/dev/null && echo asked || echo none")).output, "none\n");
+}
+
+TEST(RVChildProcessTest, TheChildSeesTheThreeStandardDescriptorsAlone) {
+    const int leaked = open("/dev/null", O_RDONLY);
+    // One that close-on-exec would not catch.
+    const int high = fcntl(leaked, F_DUPFD, 200);
+    RVChildProcess::Launch launch = shell("");
+    launch.path = "/bin/ls";
+    launch.arguments = {"/proc/self/fd"};
+    // The fourth is the directory that ls itself reads.
+    EXPECT_EQ(run(launch).output, "0\n1\n2\n3\n");
+    close(leaked);
+    close(high);
+}
+
+TEST(RVChildProcessTest, TheChildHasDefaultSignals) {
+    struct sigaction ignore {};
+    struct sigaction before;
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGINT, &ignore, &before);
+    sigset_t blocked;
+    sigset_t previous;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &blocked, &previous);
+    const std::string output = run(shell("grep -E '^Sig(Blk|Ign)' /proc/self/status")).output;
+    pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    sigaction(SIGINT, &before, nullptr);
+    // Signals 32 and 33 are the C library's own, which leaves them ignored.
+    EXPECT_THAT(output, testing::MatchesRegex("SigBlk:\t0+\nSigIgn:\t0*(0|180000000)\n"));
+}
+
+TEST(RVChildProcessTest, WorksInAProcessWithoutStandardDescriptors) {
+    EXPECT_EXIT(
+        {
+            close(0);
+            close(1);
+            close(2);
+            RVChildProcess::Launch launch = shell("cat; printf err >&2");
+            launch.standardInput = RVStandardInput::data("in");
+            const Result result = run(launch);
+            _exit(result.exitCode == 0 && result.output == "in" && result.error == "err" ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(RVChildProcessTest, LaunchFailuresGiveTheSystemsReason) {
+    RVChildProcess::Launch launch = shell("exit 0");
+    launch.path = "/nonexistent/git";
+    EXPECT_EQ(run(launch).launchError, ENOENT);
+    launch.path = "/etc/passwd";
+    EXPECT_EQ(run(launch).launchError, EACCES);
+    launch = shell("exit 0");
+    launch.workingDirectory = "/nonexistent";
+    EXPECT_EQ(run(launch).launchError, ENOENT);
+    launch.workingDirectory = "/etc/passwd";
+    EXPECT_EQ(run(launch).launchError, ENOTDIR);
+}
+
+TEST(RVChildProcessTest, TerminateEndsTheChildAndWhatItStarted) {
+    RVChildProcess process;
+    std::string output;
+    ASSERT_EQ(process.run(shell("sleep 60 & echo $!; wait"),
+                          [&](std::string_view bytes) {
+                              output += bytes;
+                              process.terminate();
+                          }),
+              0);
+    EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
+    EXPECT_TRUE(endsSoon(std::stoi(output)));
+}
+
+TEST(RVChildProcessTest, TerminateIsHeardOnAnotherThread) {
+    RVChildProcess process;
+    std::thread canceller([&] {
+        std::this_thread::sleep_for(milliseconds(50));
+        process.terminate();
+    });
+    ASSERT_EQ(process.run(shell("sleep 60")), 0);
+    canceller.join();
+    EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
+}
+
+TEST(RVChildProcessTest, TerminateBeforeTheLaunchEndsTheChildAtOnce) {
+    RVChildProcess process;
+    process.terminate();
+    ASSERT_EQ(process.run(shell("sleep 60")), 0);
+    EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
+}
+
+TEST(RVChildProcessTest, AChildThatIgnoresSIGTERMIsKilled) {
+    RVChildProcess process;
+    std::string output;
+    ASSERT_EQ(process.run(shell("trap '' TERM; sleep 60 & echo $!; while :; do sleep 1; done"),
+                          [&](std::string_view bytes) {
+                              output += bytes;
+                              process.terminate();
+                          }),
+              0);
+    EXPECT_EQ(process.exitCode(), 128 + SIGKILL);
+    EXPECT_TRUE(endsSoon(std::stoi(output)));
+}
+
+TEST(RVChildProcessTest, TerminateAfterTheEndDoesNothing) {
+    RVChildProcess process;
+    ASSERT_EQ(process.run(shell("exit 0")), 0);
+    process.terminate();
+    EXPECT_EQ(process.exitCode(), 0);
+}
+
+TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsTheChildAndIsPassedOn) {
+    RVChildProcess process;
+    pid_t pid = 0;
+    EXPECT_THROW(static_cast<void>(process.run(shell("echo $$; sleep 60"),
+                                               [&](std::string_view bytes) {
+                                                   pid = std::stoi(std::string(bytes));
+                                                   throw std::runtime_error("no");
+                                               })),
+                 std::runtime_error);
+    EXPECT_FALSE(isRunning(pid));
+}
+
+TEST(RVChildProcessTest, HandlersReceiveTheBytesAsTheyArrive) {
+    RVChildProcess process;
+    std::vector<std::string> chunks;
+    ASSERT_EQ(process.run(shell("printf one; sleep 0.2; printf two"),
+                          [&](std::string_view bytes) { chunks.emplace_back(bytes); }),
+              0);
+    EXPECT_THAT(chunks, testing::ElementsAre("one", "two"));
+    EXPECT_EQ(process.standardOutput().view(), "onetwo");
+}
+
+TEST(RVChildProcessTest, OneLineOf50MegabytesAndNULBytesArriveWhole) {
+    const Result result = run(shell("head -c 50000000 /dev/zero"));
+    EXPECT_EQ(result.output, std::string(50'000'000, '\0'));
+}
+
+TEST(RVChildProcessTest, AnUnknownExitStatusIsNotSuccess) {
+    EXPECT_EXIT(
+        {
+            signal(SIGCHLD, SIG_IGN);
+            const Result result = run(shell("printf out"));
+            _exit(result.exitCode == RVChildProcess::unknownExitCode && result.output == "out" ? 0
+                                                                                               : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(RVChildProcessTest, TwoThousandRunsLeaveNoDescriptorThreadOrZombie) {
+    ASSERT_EQ(run(shell("exit 0")).exitCode, 0);
+    const std::size_t descriptors = numberOfEntries("/proc/self/fd");
+    const std::size_t threads = numberOfEntries("/proc/self/task");
+    RVChildProcess::Launch launch = shell("");
+    launch.path = "/bin/true";
+    launch.standardInput = RVStandardInput::data("input");
+    for (int count = 0; count < 2000; ++count)
+        ASSERT_EQ(run(launch).exitCode, 0);
+    EXPECT_EQ(numberOfEntries("/proc/self/fd"), descriptors);
+    EXPECT_EQ(numberOfEntries("/proc/self/task"), threads);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(RVChildProcessTest, ManyThreadsRunChildrenAtOnce) {
+    std::vector<std::thread> threads;
+    std::atomic<int> right = 0;
+    for (int number = 0; number < 16; ++number)
+        threads.emplace_back([&right, number] {
+            for (int count = 0; count < 20; ++count) {
+                const std::string text = std::to_string(number) + "." + std::to_string(count);
+                RVChildProcess::Launch launch = shell("cat; exit 9");
+                launch.standardInput = RVStandardInput::data(text);
+                const Result result = run(launch);
+                right += result.exitCode == 9 && result.output == text;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(right, 320);
+}
+
+}  // namespace

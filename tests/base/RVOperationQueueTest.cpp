@@ -1,0 +1,221 @@
+#include "RVGit/base/RVOperationQueue.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+class FunctionOperation : public RVOperation {
+public:
+    explicit FunctionOperation(std::function<void()> function) : function_(std::move(function)) {}
+
+private:
+    void main() override { function_(); }
+    std::function<void()> function_;
+};
+
+std::shared_ptr<RVOperation> operation(std::function<void()> function) {
+    return std::make_shared<FunctionOperation>(std::move(function));
+}
+
+// Holds operations until the test lets them go.
+class Gate {
+public:
+    void open() {
+        std::lock_guard lock(mutex_);
+        open_ = true;
+        changed_.notify_all();
+    }
+    void pass() {
+        std::unique_lock lock(mutex_);
+        ++arrived_;
+        changed_.notify_all();
+        changed_.wait(lock, [this] { return open_; });
+    }
+    void waitForArrivals(int count) {
+        std::unique_lock lock(mutex_);
+        changed_.wait(lock, [this, count] { return arrived_ >= count; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool open_ = false;
+    int arrived_ = 0;
+};
+
+TEST(RVOperationQueueTest, RunsOperationsInOrderOneAtATimeOnASerialQueue) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    std::vector<int> order;
+    for (int number = 0; number < 100; ++number)
+        queue->addOperation(operation([&order, number] { order.push_back(number); }));
+    queue->waitUntilAllOperationsAreFinished();
+    std::vector<int> expected(100);
+    for (int number = 0; number < 100; ++number)
+        expected[static_cast<std::size_t>(number)] = number;
+    EXPECT_EQ(order, expected);
+}
+
+TEST(RVOperationQueueTest, NeverRunsMoreThanTheLimit) {
+    RVOperationQueue queue("bounded", 4);
+    std::atomic<int> running = 0;
+    std::atomic<int> most = 0;
+    std::atomic<int> done = 0;
+    const auto work = [&] {
+        const int now = ++running;
+        for (int seen = most; now > seen && !most.compare_exchange_weak(seen, now);) {
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+        --running;
+        ++done;
+    };
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 8; ++caller)
+        callers.emplace_back([&] {
+            for (int count = 0; count < 50; ++count) {
+                queue.addOperation(operation(work));
+                queue.runOperation(operation(work));
+            }
+        });
+    for (std::thread& caller : callers)
+        caller.join();
+    queue.waitUntilAllOperationsAreFinished();
+    EXPECT_EQ(done, 800);
+    EXPECT_LE(most, 4);
+    EXPECT_GE(most, 2);
+}
+
+TEST(RVOperationQueueTest, ARunOnAThreadOfTheQueueTakesNoSecondSlot) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    bool ran = false;
+    queue->runBlock([&] {
+        EXPECT_TRUE(queue->isCurrent());
+        queue->runBlock([&] { ran = true; });
+    });
+    EXPECT_TRUE(ran);
+    EXPECT_FALSE(queue->isCurrent());
+}
+
+TEST(RVOperationQueueTest, NestingAcrossTwoQueuesIsSeenThrough) {
+    const auto first = RVOperationQueue::serialQueue("first");
+    const auto second = RVOperationQueue::serialQueue("second");
+    bool ran = false;
+    first->runBlock([&] { second->runBlock([&] { first->runBlock([&] { ran = true; }); }); });
+    EXPECT_TRUE(ran);
+}
+
+TEST(RVOperationQueueTest, AnOperationMayWaitForOneThatIsQueuedBehindIt) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    bool ran = false;
+    auto outer = operation([&] {
+        auto inner = operation([&] { ran = true; });
+        queue->addOperation(inner);
+        inner->waitUntilFinished();
+        EXPECT_TRUE(ran);
+    });
+    queue->addOperation(outer);
+    outer->waitUntilFinished();
+    EXPECT_TRUE(ran);
+}
+
+TEST(RVOperationQueueTest, AnExceptionReachesWhoeverWaitsAndTheQueueGoesOn) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    EXPECT_THROW(queue->runBlock([] { throw std::runtime_error("no"); }), std::runtime_error);
+    auto failing = operation([] { throw std::runtime_error("no"); });
+    queue->addOperation(failing);
+    EXPECT_THROW(failing->waitUntilFinished(), std::runtime_error);
+    EXPECT_THROW(failing->waitUntilFinished(), std::runtime_error);
+    bool ran = false;
+    queue->runBlock([&] { ran = true; });
+    EXPECT_TRUE(ran);
+}
+
+TEST(RVOperationQueueTest, ACancelledOperationThatWaitsIsFinishedAtOnceAndNeverRuns) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    Gate gate;
+    queue->addOperation(operation([&] { gate.pass(); }));
+    bool ran = false;
+    auto waiting = operation([&] { ran = true; });
+    queue->addOperation(waiting);
+    gate.waitForArrivals(1);
+    waiting->cancel();
+    EXPECT_TRUE(waiting->isFinished());
+    waiting->waitUntilFinished();
+    gate.open();
+    queue->waitUntilAllOperationsAreFinished();
+    EXPECT_FALSE(ran);
+}
+
+TEST(RVOperationQueueTest, CancellingAllReachesWaitingAndRunningOperations) {
+    RVOperationQueue queue("bounded", 2);
+    Gate gate;
+    std::vector<std::shared_ptr<RVOperation>> operations;
+    for (int number = 0; number < 6; ++number)
+        operations.push_back(operation([&] { gate.pass(); }));
+    for (const auto& each : operations)
+        queue.addOperation(each);
+    gate.waitForArrivals(2);
+    queue.cancelAllOperations();
+    gate.open();
+    queue.waitUntilAllOperationsAreFinished();
+    for (const auto& each : operations)
+        EXPECT_TRUE(each->isCancelled() && each->isFinished());
+}
+
+TEST(RVOperationQueueTest, WaitingForAllOnAThreadOfTheQueueLeavesItselfOut) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    bool returned = false;
+    queue->runBlock([&] {
+        queue->waitUntilAllOperationsAreFinished();
+        returned = true;
+    });
+    EXPECT_TRUE(returned);
+}
+
+TEST(RVOperationQueueTest, WorkOutlivesTheQueue) {
+    Gate gate;
+    std::atomic<bool> ran = false;
+    auto late = operation([&] {
+        gate.pass();
+        ran = true;
+    });
+    {
+        RVOperationQueue queue("short-lived", 1);
+        queue.addOperation(late);
+        gate.waitForArrivals(1);
+    }
+    gate.open();
+    late->waitUntilFinished();
+    EXPECT_TRUE(ran);
+}
+
+TEST(RVOperationTest, StartRunsWithoutAQueueAndReturns) {
+    Gate gate;
+    auto started = operation([&] { gate.pass(); });
+    started->start();
+    gate.waitForArrivals(1);
+    EXPECT_FALSE(started->isFinished());
+    gate.open();
+    started->waitUntilFinished();
+    EXPECT_TRUE(started->isFinished());
+}
+
+TEST(RVOperationTest, RunsOnceOnly) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    int runs = 0;
+    auto once = operation([&] { ++runs; });
+    queue->runOperation(once);
+    queue->runOperation(once);
+    EXPECT_EQ(runs, 1);
+}
+
+}  // namespace
