@@ -17,7 +17,7 @@ struct RVErrorDefinition {
     std::string_view description;
     /// A format with "%@" places, filled in order by the user-info values of the keys.
     std::string_view failureReason;
-    std::vector<std::string_view> failureReasonKeys;
+    std::vector<std::string_view> failureReasonKeys = {};
 };
 
 /// Composes the texts of error records from the catalogue of their domain. Safe on any thread;
