@@ -279,7 +279,7 @@ TEST_F(RVGitRefTest, AnUnbornBranchBesideOthersComesLast) {
 
 TEST_F(RVGitRefTest, HeadThatNamesNoBranchAndNoCommitGivesNothingOnlyToWhoAsksForErrors) {
     std::string hash = makeCommit();
-    writeFile(repositoryPath() + "/.git/HEAD", std::string(40, '1') + "\n");
+    writeFile(repositoryPath() + "/.git/HEAD", someHash + "\n");
     EXPECT_THAT(allRefs(), ElementsAre("refs/heads/main " + hash));
     auto error = filledPlace();
     EXPECT_EQ(RVGitRef::allRefsForRepository(repository(), nullopt, &error), nullopt);
