@@ -1,13 +1,13 @@
 #include "RVGit/repository/RVGitRef.h"
 
 #include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/history/RVGitCommit.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 using std::nullopt;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -200,6 +200,42 @@ TEST_F(RVGitRefTest, IsUsedThroughTheProtocol) {
     EXPECT_EQ(ref->fullRefName(), "refs/tags/v1");
     EXPECT_EQ(ref->refName(), "v1");
     EXPECT_EQ(ref->commitHash(), someHash);
+}
+
+TEST_F(RVGitRefTest, ACommitIsLoadedOnceAndKept) {
+    std::string hash = makeCommit("A message");
+    auto ref = RVGitRef::refWithRepository(repository(), "refs/heads/main", hash);
+    auto recorder = useRecordingGit();
+    auto commit = ref->commit();
+    ASSERT_NE(commit, nullptr);
+    EXPECT_EQ(commit->commitHash(), hash);
+    EXPECT_EQ(commit->message(), "A message");
+    ref->setCommitHash(someHash);
+    EXPECT_EQ(ref->commit(), commit);
+    EXPECT_EQ(recorder.invocations().size(), 1u);
+}
+
+TEST_F(RVGitRefTest, ThereIsNoCommitWithoutAHashOrWhereItCannotBeLoaded) {
+    auto recorder = useRecordingGit();
+    EXPECT_EQ(RVGitRef::refWithRepository(repository(), "refs/heads/x", nullopt)->commit(),
+              nullptr);
+    EXPECT_TRUE(recorder.invocations().empty());
+    EXPECT_EQ(makeRef("refs/heads/x")->commit(), nullptr);
+}
+
+TEST_F(RVGitRefTest, ARefMadeOfACommitHasItAndItsHash) {
+    std::string hash = makeCommit();
+    auto commit = RVGitCommit::commitForCommitHash(hash, repository());
+    auto ref = RVGitRef::refWithRepository(repository(), "refs/heads/main", commit);
+    auto recorder = useRecordingGit();
+    EXPECT_EQ(ref->commitHash(), hash);
+    EXPECT_EQ(ref->commit(), commit);
+    EXPECT_TRUE(recorder.invocations().empty());
+
+    ref = RVGitRef::refWithRepository(repository(), "refs/heads/main",
+                                      std::shared_ptr<RVGitCommit>());
+    EXPECT_EQ(ref->commitHash(), nullopt);
+    EXPECT_EQ(ref->commit(), nullptr);
 }
 
 // Validity.
