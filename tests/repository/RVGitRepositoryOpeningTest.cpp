@@ -152,13 +152,6 @@ TEST_F(RVGitRepositoryOpeningTest, AConfiguredTreeOfABareRepositoryDoesNotCount)
     const std::string main = repositoryPath();
     git({"config", "core.worktree", scratchDirectory()}, main);
     git({"config", "core.bare", "true"}, main);
-    expectInvalid(main);  // Git refuses the two together.
-    useFakeGit().setAnswer("--is-bare-repository", {.standardOutput = "true\n"});
-    RVFakeGit fake = fakeGit("both");
-    fake.setAnswer("--is-bare-repository", {.standardOutput = "true\n"});
-    fake.setAnswer("--git-dir", {.standardOutput = ".git\n"});
-    fake.setAnswer("core.worktree", {.standardOutput = scratchDirectory() + "\n"});
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(fake.path()));
     expectPaths(main, main + "/.git", main + "/.git", std::nullopt);
 }
 
