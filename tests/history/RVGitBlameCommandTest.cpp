@@ -55,7 +55,7 @@ TEST_F(RVGitBlameCommandTest, FailureNamesTheRevisionAndThePath) {
 
     EXPECT_FALSE(command("nowhere", "file.txt")->run(&error));
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitBadRevisionError);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
     EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), "nowhere");
 }
 
