@@ -6,7 +6,7 @@
 
 #include "RVGit/base/RVTypes.h"
 
-/// "2024-01-01T10:00:00Z".
+/// "2024-01-01T10:00:00Z". A date outside the years 0 to 9999 gives the nearest one within.
 [[nodiscard]] std::string rfc3339DateString(RVDate date);
 
 /// Reads "2024-01-01T10:00:00+01:00", with "Z" and "+0100" also accepted as the zone; absent for

@@ -12,6 +12,8 @@ inline constexpr char RVLocalizedFailureReasonErrorKey[] = "RVLocalizedFailureRe
 
 /// The domain of errors that come from the operating system; their codes are errno values.
 inline constexpr char RVPOSIXErrorDomain[] = "RVPOSIXErrorDomain";
+/// User-info key of the path at which the operating system failed.
+inline constexpr char RVFilePathErrorKey[] = "RVFilePathErrorKey";
 
 /// A failure as a value: a domain, a code within it, and what is known of the circumstances.
 class RVError {
@@ -52,7 +54,8 @@ inline void fillErrorPlace(RVErrorPlace error, RVError record) {
         *error = std::move(record);
 }
 
-/// A failure of the operating system, with errno's value as the code and its text as the reason.
+/// A failure of the operating system, with errno's value as the code and its text as the reason;
+/// with a path, also that and a title that names it.
 [[nodiscard]] RVError posixError(int errorNumber, std::string_view path = {});
 
 /// A caller broke a precondition: "Invalid parameter not satisfying: " and the condition.

@@ -17,7 +17,7 @@ struct RVErrorDefinition {
     std::string_view description;
     /// A format with "%@" places, filled in order by the user-info values of the keys.
     std::string_view failureReason;
-    std::vector<std::string_view> failureReasonKeys;
+    std::vector<std::string_view> failureReasonKeys = {};
 };
 
 /// Composes the texts of error records from the catalogue of their domain. Safe on any thread;
@@ -26,9 +26,10 @@ class RVErrorManager {
 public:
     [[nodiscard]] static RVErrorManager& sharedManager();
 
+    /// A code that is already known keeps its definition.
     void addErrorDefinitions(std::vector<RVErrorDefinition> definitions, const std::string& domain);
 
-    /// The definition of a code, or null.
+    /// The definition of a code, or null. It holds for the life of the manager.
     [[nodiscard]] const RVErrorDefinition* definition(std::string_view domain,
                                                       std::int64_t code) const;
 

@@ -8,7 +8,8 @@
 #include "RVGit/base/RVError.h"
 
 /// The file-system operations that the library needs, with error records for failures. All
-/// operations are free of state and safe on any thread.
+/// operations are free of state and safe on any thread. Errors are those of posixError(), with the
+/// path.
 class RVFileManager {
 public:
     [[nodiscard]] static bool fileExistsAtPath(const std::string& path);
@@ -21,6 +22,7 @@ public:
     [[nodiscard]] static bool isExecutableFileAtPath(const std::string& path);
     [[nodiscard]] static bool isEmptyDirectoryAtPath(const std::string& path,
                                                      RVErrorPlace error = nullptr);
+    /// Sorted by bytes, without "." and "..".
     [[nodiscard]] static std::vector<std::string> namesInDirectoryAtPath(
         const std::string& path, RVErrorPlace error = nullptr);
 
@@ -39,6 +41,7 @@ public:
                                                   std::string_view contents,
                                                   unsigned permissions = 0644,
                                                   RVErrorPlace error = nullptr);
+    /// Removes a file, a link (not what it points at), or a directory with all that is in it.
     [[nodiscard]] static bool removeItemAtPath(const std::string& path,
                                                RVErrorPlace error = nullptr);
 

@@ -11,7 +11,9 @@
 class RVObservable {
 public:
     using Handler = std::function<void(std::string_view field)>;
-    /// Keeps its handler registered while it lives. It may outlive the object.
+    /// Keeps its handler registered while it lives. It may outlive the object. While handlers run,
+    /// observations may come and go: a new one is first told of the next change, and one that is
+    /// gone is told no more.
     class Observation;
 
     /// The handler is called with `field` each time it, or a field that it depends on, is set.

@@ -9,6 +9,10 @@
 
 /// A compiled regular expression in ICU's syntax and semantics, matched against UTF-8 in place.
 /// Immutable: one object may be used by any number of threads.
+///
+/// Bytes that are not UTF-8 match as U+FFFD; views into the text stay exact. Matching is bounded in
+/// steps (in proportion to the text's length) and in memory, so that no text can hang it: a search
+/// that goes beyond the bound has no match.
 class RVRegularExpression {
 public:
     enum Options : unsigned {
@@ -39,7 +43,9 @@ public:
     /// The first match at or after `offset`; empty if there is none.
     [[nodiscard]] Components firstMatch(std::string_view text, std::size_t offset = 0) const;
     [[nodiscard]] std::vector<Components> allMatches(std::string_view text) const;
-    /// The text with each match replaced by `replacement`, in which "$1" stands for a group.
+    /// The text with each match replaced by `replacement`, in which "$1" stands for a group (for
+    /// nothing, if there is no such group or it took no part), "$0" for the match, and a backslash
+    /// makes the character after it literal.
     [[nodiscard]] std::string stringByReplacingMatches(std::string_view text,
                                                        std::string_view replacement) const;
 

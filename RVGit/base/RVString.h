@@ -14,17 +14,20 @@ class RVRegularExpression;
 
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
-/// Text of unknown encoding: UTF-8 where the bytes are valid UTF-8, UTF-16 behind a byte-order
-/// mark, and otherwise Windows-1252, in which every byte means something, so that nothing is lost.
+/// Text of unknown encoding: UTF-8 where the bytes are valid UTF-8, well-formed UTF-16 behind a
+/// byte-order mark, and otherwise Windows-1252, in which every byte means something, so that
+/// nothing is lost.
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes);
 
 /// Text in UTF-8; each invalid sequence becomes U+FFFD.
 [[nodiscard]] std::string stringUsingUTF8Encoding(std::string_view bytes);
 
-/// The pieces between NUL bytes, as views into `bytes`; a final NUL gives a final empty piece.
+/// The pieces between NUL bytes, as views into `bytes`; a final NUL gives a final empty piece, and
+/// no bytes at all give one empty piece. So do the other operations that split.
 [[nodiscard]] std::vector<std::string_view> componentsSeparatedByNULByte(std::string_view bytes);
 
-/// The pieces between occurrences of `sequence`, each decoded as text by itself.
+/// The pieces between occurrences of `sequence`, each decoded by itself with
+/// stringUsingBestEncoding().
 [[nodiscard]] std::vector<std::string> componentsSeparatedByStringSequence(
     std::string_view bytes, std::string_view sequence);
 
@@ -44,12 +47,15 @@ class RVRegularExpression;
 [[nodiscard]] std::string stringByTrimmingWhitespaceAndNewline(std::string_view text);
 
 /// Equality of names and paths: the same text after canonical composition, so that a letter with
-/// an accent equals its decomposed form.
+/// an accent equals its decomposed form. Bytes that are not UTF-8 equal only themselves.
 [[nodiscard]] bool isEqualToUnicodeString(std::string_view left, std::string_view right);
+/// Whether the text contains the other in any case of the letters. Every text contains the empty
+/// one.
 [[nodiscard]] bool containsStringSearchingInsensitive(std::string_view text,
                                                       std::string_view searched);
-/// The canonically composed form (NFC).
+/// The canonically composed form (NFC); bytes that are not UTF-8 come back as they are.
 [[nodiscard]] std::string precomposedString(std::string_view text);
+/// In lower case, by the same rules in every locale; of bytes that are not UTF-8, ASCII alone.
 [[nodiscard]] std::string lowercaseString(std::string_view text);
 
 /// Compares dotted versions by numeric components, a missing component counting as 0. Each
@@ -58,8 +64,8 @@ class RVRegularExpression;
 [[nodiscard]] bool isGreaterThanOrEqualToVersion(std::string_view version,
                                                  std::string_view required);
 
-/// Lines as an editor counts them: a final newline adds none, an unterminated last line counts,
-/// the empty text has none.
+/// Lines, ended by "\n", as an editor counts them: a final newline adds none, an unterminated last
+/// line counts, the empty text has none.
 [[nodiscard]] std::size_t lineCount(std::string_view text);
 
 /// Numbers at the start of a text, after white space: what does not begin with one is 0, and

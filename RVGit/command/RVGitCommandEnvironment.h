@@ -19,7 +19,7 @@ public:
     /// An absent value removes the variable.
     void setValueForEnvironmentVariable(std::optional<std::string> value,
                                         const std::string& environmentVariable);
-    void unsetValueForEnvironmentVariable(std::string_view environmentVariable);
+    void unsetValueForEnvironmentVariable(const std::string& environmentVariable);
     /// Merges the variables over those that are there.
     void setValuesFromDictionary(const RVEnvironment& environment);
     void replaceValuesWithDictionary(RVEnvironment environment);

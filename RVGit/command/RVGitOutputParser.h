@@ -16,12 +16,18 @@ class RVRegularExpression;
 /// one output, once. The bytes are not copied and must outlive the parser.
 class RVGitOutputParser {
 public:
+    enum class Delimiter { Newline, NULByte };
+
     virtual ~RVGitOutputParser();
     RVGitOutputParser(const RVGitOutputParser&) = delete;
     RVGitOutputParser& operator=(const RVGitOutputParser&) = delete;
 
     /// The lines as text, empty ones included; absent when there was no output.
     [[nodiscard]] std::optional<std::vector<std::string>> outputLines() const;
+    /// Whether lines end at NUL bytes instead of newlines.
+    [[nodiscard]] bool usesNULByteAsNewlineDelimiter() const {
+        return delimiter_ == Delimiter::NULByte;
+    }
 
     /// Hands every non-empty line to parseOutputLine(), in order, then calls parsingDidFinish().
     /// False, with code 11 in the place (the parser's class name and the line in its user info),
@@ -30,8 +36,8 @@ public:
     bool parse(RVErrorPlace error = nullptr);
 
 protected:
-    enum class Delimiter { Newline, NULByte };
-
+    /// No output.
+    RVGitOutputParser();
     /// With newlines, all of the output is decoded by stringUsingBestEncoding() and a carriage
     /// return stays in its line. With NUL bytes, each piece is decoded by itself, so that one in
     /// another encoding does not spoil the others.
@@ -43,12 +49,18 @@ protected:
     /// Whether the line could be read. The view holds during the call, and beyond it as long as
     /// the bytes do only where they are valid UTF-8: keep strings.
     virtual bool parseOutputLine(std::string_view line) = 0;
+    /// Called behind the last line; not for output that is absent or was not wholly read.
     virtual void parsingDidFinish() {}
+
+    /// Compiles on each call: an expression that is needed often is kept by the parser's class.
+    /// Throws RVInternalInconsistencyException if the pattern does not compile.
+    [[nodiscard]] static RVRegularExpression regularExpressionWithPattern(std::string_view pattern,
+                                                                          unsigned options = 0);
 
 private:
     std::string_view outputData_;
     std::string decodedData_;
-    std::vector<std::string> givenLines_;
+    std::optional<std::vector<std::string>> givenLines_;
     Delimiter delimiter_ = Delimiter::Newline;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -188,6 +189,8 @@ private:
     [[nodiscard]] std::optional<std::string> workingTreeComponent(std::string_view component) const;
     [[nodiscard]] std::optional<std::string> gitDirectoryComponentUnlessBare(
         std::string_view component) const;
+    [[nodiscard]] std::optional<std::string> contentsOfHEADFile() const;
+    [[nodiscard]] std::array<std::string, 3> spellingsOfPath(const std::string& path) const;
 
     bool valid_ = false;
     std::string path_;

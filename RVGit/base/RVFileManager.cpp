@@ -1,0 +1,251 @@
+#include "RVGit/base/RVFileManager.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+
+namespace {
+
+/// Fills the place with errno's failure, for a caller that returns false or nothing.
+std::nullopt_t failWithErrno(const std::string& path, RVErrorPlace error) {
+    fillErrorPlace(error, posixError(errno, path));
+    return std::nullopt;
+}
+
+class Descriptor {
+public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() {
+        if (number_ >= 0)
+            ::close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int number() const { return number_; }
+    /// False, with errno set, if bytes that were written earlier could not be kept.
+    [[nodiscard]] bool close() {
+        const int result = ::close(std::exchange(number_, -1));
+        // The descriptor is gone after an interruption too.
+        return result == 0 || errno == EINTR;
+    }
+
+private:
+    int number_;
+};
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count >= 0)
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+        else if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
+/// Opens a new file whose path is the template with its last six characters, "XXXXXX", filled in.
+int openUniqueFile(std::string& pathTemplate) {
+    return ::mkostemp(pathTemplate.data(), O_CLOEXEC);
+}
+
+std::string temporaryPathTemplate() {
+    return pathByAppendingComponent(RVFileManager::temporaryDirectory(), "rvgit-XXXXXX");
+}
+
+std::optional<struct stat> statusOfFile(const std::string& path) {
+    struct stat status;
+    if (::stat(path.c_str(), &status) != 0)
+        return std::nullopt;
+    return status;
+}
+
+bool hasAccess(const std::string& path, int mode) {
+    return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
+}  // namespace
+
+bool RVFileManager::fileExistsAtPath(const std::string& path) {
+    return statusOfFile(path).has_value();
+}
+
+bool RVFileManager::isDirectoryAtPath(const std::string& path) {
+    const auto status = statusOfFile(path);
+    return status && S_ISDIR(status->st_mode);
+}
+
+bool RVFileManager::isSymbolicLinkAtPath(const std::string& path) {
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+bool RVFileManager::isReadableFileAtPath(const std::string& path) {
+    return hasAccess(path, R_OK);
+}
+
+bool RVFileManager::isWritableFileAtPath(const std::string& path) {
+    return hasAccess(path, W_OK);
+}
+
+bool RVFileManager::isExecutableFileAtPath(const std::string& path) {
+    const auto status = statusOfFile(path);
+    return status && S_ISREG(status->st_mode) && hasAccess(path, X_OK);
+}
+
+bool RVFileManager::isEmptyDirectoryAtPath(const std::string& path, RVErrorPlace error) {
+    std::optional<RVError> failure;
+    const auto names = namesInDirectoryAtPath(path, &failure);
+    if (failure)
+        fillErrorPlace(error, *std::move(failure));
+    return !failure && names.empty();
+}
+
+std::vector<std::string> RVFileManager::namesInDirectoryAtPath(const std::string& path,
+                                                               RVErrorPlace error) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
+    if (!directory) {
+        failWithErrno(path, error);
+        return {};
+    }
+    std::vector<std::string> names;
+    errno = 0;
+    while (const dirent* entry = ::readdir(directory.get())) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+        errno = 0;
+    }
+    if (errno != 0) {
+        failWithErrno(path, error);
+        return {};
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::optional<RVData> RVFileManager::contentsOfFileAtPath(const std::string& path,
+                                                          RVErrorPlace error) {
+    // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (file.number() < 0 || ::fstat(file.number(), &status) != 0)
+        return failWithErrno(path, error);
+    constexpr std::size_t leastRoom = 4096;
+    RVData contents;
+    std::size_t size = 0;
+    // One byte more than the size, so that the end is found without growing.
+    contents.resize(S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) + 1
+                                            : leastRoom);
+    for (;;) {
+        const auto count = ::read(file.number(), contents.data() + size, contents.size() - size);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            return failWithErrno(path, error);
+        if (count == 0)
+            break;
+        size += static_cast<std::size_t>(count);
+        if (size == contents.size())
+            contents.resize(std::max(leastRoom, size * 2));
+    }
+    contents.resize(size);
+    return contents;
+}
+
+std::optional<std::string> RVFileManager::UTF8ContentsOfFileAtPath(const std::string& path,
+                                                                   RVErrorPlace error) {
+    auto contents = contentsOfFileAtPath(path, error);
+    if (contents && !isValidUTF8(*contents)) {
+        fillErrorPlace(error, posixError(EILSEQ, path));
+        return std::nullopt;
+    }
+    return contents;
+}
+
+std::optional<std::string> RVFileManager::destinationOfSymbolicLinkAtPath(const std::string& path,
+                                                                          RVErrorPlace error) {
+    std::string destination(256, '\0');
+    for (;;) {
+        const auto length = ::readlink(path.c_str(), destination.data(), destination.size());
+        if (length < 0)
+            return failWithErrno(path, error);
+        if (static_cast<std::size_t>(length) < destination.size()) {
+            destination.resize(static_cast<std::size_t>(length));
+            return destination;
+        }
+        destination.resize(destination.size() * 2);
+    }
+}
+
+bool RVFileManager::writeFileAtomically(const std::string& path, std::string_view contents,
+                                        unsigned permissions, RVErrorPlace error) {
+    // A short name of its own, since the target's may be as long as a name can be.
+    std::string temporaryPath =
+        pathByAppendingComponent(pathByDeletingLastComponent(path), ".rvgit-XXXXXX");
+    Descriptor file(openUniqueFile(temporaryPath));
+    if (file.number() < 0) {
+        failWithErrno(path, error);
+        return false;
+    }
+    if (writeAll(file.number(), contents) && ::fchmod(file.number(), permissions) == 0 &&
+        file.close() && ::rename(temporaryPath.c_str(), path.c_str()) == 0)
+        return true;
+    failWithErrno(path, error);
+    ::unlink(temporaryPath.c_str());
+    return false;
+}
+
+bool RVFileManager::removeItemAtPath(const std::string& path, RVErrorPlace error) {
+    std::error_code failure;
+    if (std::filesystem::remove_all(path, failure) > 0 && !failure)
+        return true;
+    fillErrorPlace(error, posixError(failure ? failure.value() : ENOENT, path));
+    return false;
+}
+
+std::string RVFileManager::temporaryDirectory() {
+    const char* directory = std::getenv("TMPDIR");
+    std::string path(directory && *directory ? directory : "/tmp");
+    while (path.size() > 1 && path.back() == '/')
+        path.pop_back();
+    return path;
+}
+
+std::string RVFileManager::temporaryFilePath() {
+    std::random_device source;
+    std::string path;
+    do {
+        path = pathByAppendingComponent(temporaryDirectory(), "rvgit-");
+        for (int count = 0; count < 16; ++count)
+            path += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
+    } while (fileExistsAtPath(path) || isSymbolicLinkAtPath(path));
+    return path;
+}
+
+std::optional<std::string> RVFileManager::createEmptyTemporaryFile(RVErrorPlace error) {
+    std::string path = temporaryPathTemplate();
+    const Descriptor file(openUniqueFile(path));
+    if (file.number() < 0)
+        return failWithErrno(temporaryDirectory(), error);
+    return path;
+}
+
+std::optional<std::string> RVFileManager::createTemporaryDirectory(RVErrorPlace error) {
+    std::string path = temporaryPathTemplate();
+    if (!::mkdtemp(path.data()))
+        return failWithErrno(temporaryDirectory(), error);
+    return path;
+}

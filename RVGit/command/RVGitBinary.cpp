@@ -1,0 +1,77 @@
+#include "RVGit/command/RVGitBinary.h"
+
+#include <mutex>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCommand.h"
+
+namespace {
+
+struct DefaultBinary {
+    std::mutex mutex;
+    std::shared_ptr<RVGitBinary> gitBinary;
+};
+
+DefaultBinary& defaultBinary() {
+    static auto& binary = *new DefaultBinary;
+    return binary;
+}
+
+}  // namespace
+
+RVGitBinary::RVGitBinary(std::string path, std::optional<std::string> libexecPath)
+    : path_(std::move(path)), libexecPath_(std::move(libexecPath)) {
+    if (libexecPath_) {
+        std::string prefix =
+            pathByDeletingLastComponent(pathByDeletingLastComponent(*libexecPath_));
+        perlLibraryPath_ = pathByAppendingComponent(prefix, "lib/perl5/site_perl");
+        templatesDirectoryPath_ = pathByAppendingComponent(prefix, "share/git-core/templates");
+    }
+    version_ = gitBinaryVersion();
+    valid_ = isVersionAtLeast(minimumVersionRequirement());
+}
+
+std::shared_ptr<RVGitBinary> RVGitBinary::gitBinaryWithPath(
+    std::string path, std::optional<std::string> libexecPath) {
+    return std::make_shared<RVGitBinary>(std::move(path), std::move(libexecPath));
+}
+
+bool RVGitBinary::isGitBinaryAtPath(const std::string& path) {
+    return RVFileManager::isExecutableFileAtPath(path) && RVGitBinary(path).isValid();
+}
+
+std::shared_ptr<RVGitBinary> RVGitBinary::defaultGitBinary() {
+    std::lock_guard lock(defaultBinary().mutex);
+    return defaultBinary().gitBinary;
+}
+
+void RVGitBinary::setDefaultGitBinary(std::shared_ptr<RVGitBinary> gitBinary) {
+    std::lock_guard lock(defaultBinary().mutex);
+    defaultBinary().gitBinary = std::move(gitBinary);
+}
+
+std::string RVGitBinary::minimumVersionRequirement() {
+    return "2.1.0";
+}
+
+bool RVGitBinary::isVersionAtLeast(std::string_view required) const {
+    return version_ && isGreaterThanOrEqualToVersion(*version_, required);
+}
+
+std::optional<std::string> RVGitBinary::gitBinaryVersion() {
+    if (!RVFileManager::isExecutableFileAtPath(path_))
+        return std::nullopt;
+    // Not owned: the command is waited for, and the constructor has no owner to name yet.
+    std::shared_ptr<RVGitBinary> self(std::shared_ptr<void>(), this);
+    auto command = RVGitCommand::gitCommandWithGitBinary(self);
+    command->addGitOption("--version");
+    if (!command->run())
+        return std::nullopt;
+    const std::string& output = command->standardOutputString();
+    if (!output.starts_with("git version"))
+        return std::nullopt;
+    return stringByTrimmingWhitespaceAndNewline(
+        stringByReplacingOccurrences(output, "git version", ""));
+}

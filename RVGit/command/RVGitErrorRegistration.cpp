@@ -1,0 +1,13 @@
+#include "RVGit/command/RVGitErrorRegistration.h"
+
+#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitCommandErrorDefinitionManager.h"
+
+void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
+    using Table = const RVGitErrorTable& (*)();
+    static constexpr Table tables[] = {
+        &RVGitCommand::sharedGitErrorDefinitions,
+    };
+    for (Table table : tables)
+        manager.addGitCommandErrorDefinitions(table());
+}

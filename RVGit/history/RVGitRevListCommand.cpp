@@ -1,0 +1,67 @@
+#include "RVGit/history/RVGitRevListCommand.h"
+
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
+
+namespace {
+
+// "Your current branch does not have any commits yet": a row without an entry in the catalogue.
+constexpr std::int64_t noCommitsYetErrorCode = 107;
+
+}  // namespace
+
+RVGitRevListCommand::RVGitRevListCommand(const std::shared_ptr<RVGitRepository>& repository,
+                                         const std::optional<RVOptions>& options)
+    : RVGitCommand(repository) {
+    countsCommits_ = optionIsSet(options, RVGitRevListOptionCount);
+    if (const auto* value = valueForOption(options, RVGitRevListOptionMaxCount))
+        maxCount_ = static_cast<std::uint32_t>(value->unsignedValue());
+    firstParentOnly_ = optionIsSet(options, RVGitRevListOptionFirstParent);
+}
+
+std::shared_ptr<RVGitRevListCommand> RVGitRevListCommand::gitRevListCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options) {
+    return std::make_shared<RVGitRevListCommand>(repository, options);
+}
+
+const RVGitErrorTable& RVGitRevListCommand::gitErrorDefinitions() {
+    static const RVGitErrorTable table = {
+        {.errorCode = RVGitLogNoSuchRevisionError,
+         .commandNames = {"log"},
+         .exitCodes = {128},
+         .standardErrorPatterns =
+             {"fatal: ambiguous argument '(.+)': unknown revision or path not in the working tree"},
+         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+        {.errorCode = RVGitLogNoSuchRevisionError,
+         .commandNames = {"log"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: bad revision '(.+)'"},
+         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+    };
+    return table;
+}
+
+void RVGitRevListCommand::gitCommandWillInitialize() {
+    setGitCommand("rev-list");
+    addGitCommandArguments(revisions_);
+    if (countsCommits_)
+        addGitCommandOption("--count");
+    if (maxCount_ != 0)
+        addGitCommandOption("-" + std::to_string(maxCount_));
+    if (firstParentOnly_)
+        addGitCommandOption("--first-parent");
+}
+
+bool RVGitRevListCommand::gitCommandShouldHandleError(const RVError& error) {
+    if (error.code() != RVGitBadDefaultRevisionError && error.code() != noCommitsYetErrorCode)
+        return true;
+    commitCount_ = 0;
+    return false;
+}
+
+bool RVGitRevListCommand::gitCommandWillParseOutput(RVErrorPlace) {
+    if (countsCommits_)
+        commitCount_ = static_cast<std::uint64_t>(integerValue(standardOutputString()));
+    return true;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+class RVGitRepository;
+
+/// A local branch of a repository. The static operations may be called on any thread.
+class RVGitBranch {
+public:
+    /// Whether the checked-out branch is unborn: the repository has no branch at all, or HEAD names
+    /// no commit. Runs git show-ref and, if there are branches, git rev-list.
+    [[nodiscard]] static bool isInitialCommitOnHeadBranchForRepository(
+        const std::shared_ptr<RVGitRepository>& repository);
+};

@@ -1,0 +1,123 @@
+#include "RVGit/repository/RVGitConfigCommand.h"
+
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/repository/RVGitConfig.h"
+#include "RVGit/repository/RVGitConfigOptionsParser.h"
+
+namespace {
+
+struct ConfigAction {
+    std::string_view name;
+    const char* option;
+    enum { Nothing, Values, Options } output;
+};
+
+constexpr ConfigAction configActions[] = {
+    {RVGitConfigActionAddValue, "--add", ConfigAction::Nothing},
+    {RVGitConfigActionGetAllValues, "--get-all", ConfigAction::Values},
+    {RVGitConfigActionGetAllValuesByRegularExpression, "--get-regexp", ConfigAction::Options},
+    {RVGitConfigActionGetValue, "--get", ConfigAction::Values},
+    {RVGitConfigActionRemoveSection, "--remove-section", ConfigAction::Nothing},
+    {RVGitConfigActionRenameSection, "--rename-section", ConfigAction::Nothing},
+    {RVGitConfigActionReplaceAllValues, "--replace-all", ConfigAction::Nothing},
+    {RVGitConfigActionUnsetAllValues, "--unset-all", ConfigAction::Nothing},
+    {RVGitConfigActionUnsetValue, "--unset", ConfigAction::Nothing},
+    {RVGitConfigActionListValues, "--list", ConfigAction::Options},
+};
+
+const ConfigAction* configActionWithName(const std::optional<std::string>& name) {
+    for (const ConfigAction& action : configActions)
+        if (name == action.name)
+            return &action;
+    return nullptr;
+}
+
+}  // namespace
+
+const RVGitErrorTable& RVGitConfigCommand::gitErrorDefinitions() {
+    static const RVGitErrorTable rows = {
+        {.errorCode = RVGitConfigInvalidFileError,
+         .commandNames = {"config"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"bad config"}},
+        {.errorCode = RVGitConfigKeyNotFoundError,
+         .commandNames = {"config"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {""}},
+        {.errorCode = RVGitConfigKeyNotFoundError,
+         .commandNames = {"config"},
+         .exitCodes = {5},
+         .standardErrorPatterns = {""}},
+        {.errorCode = RVGitConfigMultipleValuesForKeyError,
+         .commandNames = {"config"},
+         .exitCodes = {2},
+         .standardErrorPatterns = {"error: More than one value for the key"}},
+        {.errorCode = RVGitConfigMultipleValuesForKeyError,
+         .commandNames = {"config"},
+         .exitCodes = {5},
+         .standardErrorPatterns = {"has multiple values"}},
+        {.errorCode = RVGitConfigReadError, .commandNames = {"config"}, .exitCodes = {3}},
+        {.errorCode = RVGitConfigSectionNotFoundError,
+         .commandNames = {"config"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: No such section"}},
+        {.errorCode = RVGitConfigWriteError, .commandNames = {"config"}, .exitCodes = {4}},
+    };
+    return rows;
+}
+
+RVGitConfigCommand::RVGitConfigCommand(std::optional<std::string> repositoryPath,
+                                       const std::optional<RVOptions>& options)
+    : RVGitCommand(std::move(repositoryPath)),
+      ensuresBooleanValue_(options && options->contains(RVGitConfigOptionEnsureBooleanValue)),
+      ensuresIntegerValue_(options && options->contains(RVGitConfigOptionEnsureIntegerValue)) {}
+
+std::shared_ptr<RVGitConfigCommand> RVGitConfigCommand::gitConfigCommandWithRepositoryPath(
+    const std::optional<std::string>& repositoryPath, const std::optional<RVOptions>& options) {
+    return std::make_shared<RVGitConfigCommand>(repositoryPath, options);
+}
+
+void RVGitConfigCommand::gitCommandWillInitialize() {
+    setGitCommand("config");
+    addGitCommandOption("-z");
+    if (configFileType_ == RVGitConfigFileTypeSystem)
+        addGitCommandOption("--system");
+    else if (configFileType_ == RVGitConfigFileTypeGlobal)
+        addGitCommandOptions({"--global", "--includes"});
+    if (configFilePath_)
+        addGitCommandOption("--file=" + *configFilePath_);
+    if (const ConfigAction* action = configActionWithName(configAction_))
+        addGitCommandOption(action->option);
+    if (ensuresBooleanValue_)
+        addGitCommandOption("--bool");
+    if (ensuresIntegerValue_)
+        addGitCommandOption("--int");
+
+    for (const auto* argument : {&configKey_, &configValue_, &configValueRegex_})
+        if (*argument)
+            addGitCommandArgument(**argument);
+}
+
+bool RVGitConfigCommand::gitCommandWillParseOutput(RVErrorPlace error) {
+    const ConfigAction* action = configActionWithName(configAction_);
+    if (!action || action->output == ConfigAction::Nothing)
+        return true;
+
+    if (action->output == ConfigAction::Options) {
+        RVGitConfigOptionsParser parser(standardOutputData());
+        if (!parser.parse(error))
+            return false;
+        configOptions_ = parser.configOptions();
+        return true;
+    }
+
+    std::string_view output = standardOutputString();
+    if (output.ends_with('\0'))
+        output.remove_suffix(1);
+    else if (output.empty())
+        return true;
+    for (std::string_view value : componentsSeparatedByNULByte(output))
+        configValues_.emplace_back(value);
+    return true;
+}

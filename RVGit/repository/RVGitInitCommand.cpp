@@ -1,0 +1,33 @@
+#include "RVGit/repository/RVGitInitCommand.h"
+
+#include "RVGit/command/RVGitErrorKeys.h"
+
+RVGitInitCommand::RVGitInitCommand(std::string path, const std::optional<RVOptions>& options)
+    : RVGitCommand(std::optional<std::string>()), path_(std::move(path)) {
+    if (!options)
+        return;
+    if (auto bare = options->find(RVGitInitOptionBare); bare != options->end())
+        bare_ = bare->second.boolValue();
+    if (auto mode = options->find(RVGitInitOptionSharedMode);
+        mode != options->end() && mode->second.string())
+        sharedMode_ = *mode->second.string();
+}
+
+std::shared_ptr<RVGitInitCommand> RVGitInitCommand::gitInitCommandWithPath(
+    const std::string& path, const std::optional<RVOptions>& options) {
+    return std::make_shared<RVGitInitCommand>(path, options);
+}
+
+void RVGitInitCommand::gitCommandWillInitialize() {
+    setGitCommand("init");
+    if (bare_)
+        addGitCommandOption("--bare");
+    if (sharedMode_)
+        addGitCommandOption("--shared=" + *sharedMode_);
+    addGitCommandArgument(path_);
+}
+
+RVUserInfo RVGitInitCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
+    userInfo.insert_or_assign(RVGitRepositoryPathErrorKey, path_);
+    return userInfo;
+}

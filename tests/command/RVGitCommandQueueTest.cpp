@@ -1,0 +1,84 @@
+#include "RVGit/command/RVGitCommandQueue.h"
+
+#include <atomic>
+#include <thread>
+
+#include "RVGit/base/RVOperationQueue.h"
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommand.h"
+#include "tests/support/RVGitTestCase.h"
+
+namespace {
+
+class RVGitCommandQueueTest : public RVGitTestCase {};
+
+TEST_F(RVGitCommandQueueTest, IsNamedAndBoundedByTheConfiguration) {
+    RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
+    EXPECT_EQ(queue.name(), "com.varnelsoft.Git.CommandQueue");
+    EXPECT_EQ(queue.maxConcurrentOperationCount(), 8u);
+}
+
+TEST_F(RVGitCommandQueueTest, ACommandIsRequired) {
+    EXPECT_THAT([] { RVGitCommandQueue::sharedQueue().enqueueCommand(nullptr); },
+                testing::ThrowsMessage<RVInvalidParameterException>(
+                    "Invalid parameter not satisfying: command"));
+    EXPECT_THAT([] { RVGitCommandQueue::sharedQueue().executeCommand(nullptr); },
+                testing::ThrowsMessage<RVInvalidParameterException>(
+                    "Invalid parameter not satisfying: command"));
+}
+
+TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitAndEachCompletesOnce) {
+    // Each child says for how long it lives; overlaps are counted afterwards by a directory that
+    // holds one entry for each child that is alive.
+    const std::string alive = makeDirectory("alive");
+    const std::string path = writeFile("git",
+                                       "#!/bin/sh\n"
+                                       "case \"$*\" in *--version*) echo git version 2.39.5;; "
+                                       "*) : > \"$ALIVE/$$\"; set -- \"$ALIVE\"/*; echo $#; "
+                                       "rm \"$ALIVE/$$\";; esac\n",
+                                       0755);
+    const auto binary = RVGitBinary::gitBinaryWithPath(path);
+    constexpr int count = 1000;
+    std::vector<std::atomic<int>> completions(count);
+    std::atomic<int> most = 0;
+    std::vector<std::shared_ptr<RVGitCommand>> commands;
+    for (int number = 0; number < count; ++number) {
+        auto command = RVGitCommand::gitCommandWithGitBinary(binary);
+        command->setValueForEnvironmentVariable(alive, "ALIVE");
+        command->setCompletionHandler([&, number](RVGitCommand& finished) {
+            ++completions[static_cast<std::size_t>(number)];
+            const int children = std::stoi(finished.standardOutputString());
+            for (int seen = most; children > seen && !most.compare_exchange_weak(seen, children);) {
+            }
+        });
+        commands.push_back(std::move(command));
+    }
+    for (const auto& command : commands)
+        command->enqueueCommand();
+    RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
+    for (const auto& completed : completions)
+        ASSERT_EQ(completed, 1);
+    EXPECT_LE(most, 8);
+    EXPECT_GE(most, 2);
+}
+
+TEST_F(RVGitCommandQueueTest, CancellingAllEndsWhatRunsAndWhatWaits) {
+    const auto binary = RVGitBinary::gitBinaryWithPath(
+        writeFile("git",
+                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5;; "
+                  "*) exec sleep 60;; esac\n",
+                  0755));
+    std::vector<std::shared_ptr<RVGitCommand>> commands;
+    for (int number = 0; number < 20; ++number) {
+        commands.push_back(RVGitCommand::gitCommandWithGitBinary(binary));
+        commands.back()->enqueueCommand();
+    }
+    RVGitCommandQueue::sharedQueue().cancelAllCommands();
+    RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
+    for (const auto& command : commands) {
+        EXPECT_TRUE(command->isFinished());
+        EXPECT_FALSE(command->error());
+    }
+}
+
+}  // namespace

@@ -1,0 +1,616 @@
+#include "RVGit/command/RVGitCommand.h"
+
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <thread>
+
+#include "RVGit/base/RVErrorManager.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommandEnvironment.h"
+#include "RVGit/command/RVGitCommandProgress.h"
+#include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "tests/support/RVGitTestCase.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Pair;
+
+// A command whose hooks are functions, and which counts their calls.
+class HookedCommand : public RVGitCommand {
+public:
+    using RVGitCommand::RVGitCommand;
+
+    std::function<void(HookedCommand&)> willInitialize;
+    std::function<void(HookedCommand&)> didInitialize;
+    std::function<void(HookedCommand&)> didReceive;
+    std::function<void(HookedCommand&)> didTerminate;
+    std::function<bool(const RVError&)> shouldHandle;
+    std::function<RVUserInfo(RVUserInfo)> willUseUserInfo;
+    std::function<bool(RVErrorPlace)> willParse;
+    std::vector<std::string> calls;
+
+    using RVGitCommand::removeGitDirOption;
+    using RVGitCommand::removeWorkTreeOption;
+
+private:
+    void gitCommandWillInitialize() override {
+        calls.push_back("willInitialize");
+        if (willInitialize)
+            willInitialize(*this);
+    }
+    void gitCommandDidInitialize() override {
+        calls.push_back("didInitialize");
+        if (didInitialize)
+            didInitialize(*this);
+    }
+    void gitCommandDidReceiveStandardOutput() override {
+        if (didReceive)
+            didReceive(*this);
+    }
+    void gitCommandDidTerminate() override {
+        calls.push_back("didTerminate");
+        if (didTerminate)
+            didTerminate(*this);
+    }
+    bool gitCommandShouldHandleError(const RVError& error) override {
+        calls.push_back("shouldHandle");
+        return shouldHandle ? shouldHandle(error) : true;
+    }
+    RVUserInfo gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) override {
+        calls.push_back("willUseUserInfo");
+        return willUseUserInfo ? willUseUserInfo(std::move(userInfo)) : userInfo;
+    }
+    bool gitCommandWillParseOutput(RVErrorPlace error) override {
+        calls.push_back("willParse");
+        return willParse ? willParse(error) : true;
+    }
+};
+
+class RVGitCommandTest : public RVGitTestCase {
+protected:
+    void TearDown() override {
+        RVGitCommandEnvironment::sharedEnvironment().replaceValuesWithDictionary({});
+    }
+
+    // A binary that is a shell script; it answers the version probe.
+    std::shared_ptr<RVGitBinary> scriptedGit(const std::string& script) {
+        const std::string path = writeFile(
+            "scripted/git",
+            "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit 0;; esac\n" +
+                script + "\n",
+            0755);
+        return RVGitBinary::gitBinaryWithPath(path);
+    }
+
+    std::shared_ptr<HookedCommand> scripted(const std::string& script) {
+        return std::make_shared<HookedCommand>(scriptedGit(script));
+    }
+
+    std::shared_ptr<RVGitBinary> realGit() { return RVGitBinary::gitBinaryWithPath(gitPath()); }
+};
+
+TEST_F(RVGitCommandTest, ABinaryOrARepositoryIsRequired) {
+    EXPECT_THAT([] { RVGitCommand(std::shared_ptr<RVGitBinary>()); },
+                testing::ThrowsMessage<RVInvalidParameterException>(
+                    "Invalid parameter not satisfying: gitBinary"));
+    EXPECT_THAT([] { RVGitCommand(std::shared_ptr<RVGitRepository>()); },
+                testing::ThrowsMessage<RVInvalidParameterException>(
+                    "Invalid parameter not satisfying: repository"));
+}
+
+TEST_F(RVGitCommandTest, FactoriesFillThePathsThatTheyAreGiven) {
+    const auto binary = realGit();
+    auto command = RVGitCommand::gitCommandWithGitBinary(binary, "/a", "/b");
+    EXPECT_FALSE(command->repositoryPath());
+    EXPECT_EQ(command->gitDirectoryPath(), "/a");
+    EXPECT_EQ(command->workingTreeDirectoryPath(), "/b");
+    command = RVGitCommand::gitCommandWithGitBinary(binary, "/a");
+    EXPECT_EQ(command->repositoryPath(), "/a");
+    EXPECT_EQ(command->workingDirectory(), "/a");
+    EXPECT_FALSE(command->gitDirectoryPath());
+    command = RVGitCommand::gitCommandWithRepositoryPath("/a");
+    EXPECT_EQ(command->gitBinary(), RVGitBinary::defaultGitBinary());
+    EXPECT_EQ(command->repositoryPath(), "/a");
+    const auto repository =
+        RVGitRepository::repositoryWithWorkingTreeDirectoryPath("/tree", "/tree/.git");
+    command = RVGitCommand::gitCommandWithRepository(repository);
+    EXPECT_EQ(command->repositoryPath(), "/tree");
+    EXPECT_EQ(command->gitDirectoryPath(), "/tree/.git");
+    EXPECT_EQ(command->workingTreeDirectoryPath(), "/tree");
+}
+
+TEST_F(RVGitCommandTest, TheCommandLineIsBuiltInItsFixedOrder) {
+    const RVRecordingGit recorder = recordingGit();
+    const auto binary = RVGitBinary::gitBinaryWithPath(recorder.path());
+    binary->setDefaultOptions({"-c", "a.b=default"});
+    const std::string repository = initRepository();
+    auto command =
+        std::make_shared<HookedCommand>(binary, repository, repository + "/.git", repository);
+    command->addGitOption("-c");
+    command->addGitOptions({"a.b=caller"});
+    command->willInitialize = [](HookedCommand& self) {
+        self.setGitCommand("stash");
+        self.setGitSubCommand("list");
+        self.addGitOptions({"-c", "a.b=hook"});
+        self.addGitCommandArguments({"--", "path"});
+        self.addGitCommandOption("-n1");
+        self.addGitCommandOptions({"--oneline"});
+        self.addGitCommandArgument("last");
+    };
+    command->run();
+    EXPECT_THAT(recorder.lastInvocation().arguments,
+                ElementsAre("--git-dir=" + repository + "/.git", "--work-tree=" + repository,
+                            "--no-pager", "-c", "a.b=caller", "-c", "a.b=hook", "-c", "a.b=default",
+                            "stash", "list", "-n1", "--oneline", "--", "path", "last"));
+    EXPECT_EQ(recorder.lastInvocation().workingDirectory, repository);
+}
+
+TEST_F(RVGitCommandTest, ACommandWithoutACommandWordHasItsOptionsAlone) {
+    auto command = std::make_shared<HookedCommand>(realGit());
+    command->addGitOption("--version");
+    EXPECT_TRUE(command->run());
+    EXPECT_THAT(command->arguments(), ElementsAre("--no-pager", "--version"));
+    EXPECT_THAT(command->standardOutputString(), testing::StartsWith("git version"));
+}
+
+TEST_F(RVGitCommandTest, ALibexecPathAddsItsOptionAndVariables) {
+    const auto binary = RVGitBinary::gitBinaryWithPath(gitPath(), "/opt/git/libexec/git-core");
+    auto command = std::make_shared<HookedCommand>(binary);
+    command->addGitOption("--version");
+    command->run();
+    EXPECT_THAT(command->arguments(),
+                ElementsAre("--exec-path=/opt/git/libexec/git-core", "--no-pager", "--version"));
+    EXPECT_EQ(command->environment().at("PERL5LIB"), "/opt/git/lib/perl5/site_perl:$PERL5LIB");
+    EXPECT_EQ(command->environment().at("GIT_TEMPLATE_DIR"), "/opt/git/share/git-core/templates");
+}
+
+TEST_F(RVGitCommandTest, WithoutALibexecPathNeitherVariableIsSet) {
+    auto command = scripted("exit 0");
+    command->run();
+    EXPECT_EQ(command->environment().count("PERL5LIB"), 0u);
+    EXPECT_EQ(command->environment().count("GIT_TEMPLATE_DIR"), 0u);
+}
+
+TEST_F(RVGitCommandTest, TheFrameOverwritesWhatAHookSaysOfPagerPathAndLocale) {
+    auto command = scripted("exit 0");
+    command->willInitialize = [](HookedCommand& self) {
+        self.addEnvironmentVariables({{"GIT_PAGER", "less"},
+                                      {"LANG", "de_DE.UTF-8"},
+                                      {"LC_ALL", "de_DE.UTF-8"},
+                                      {"GIT_EDITOR", "editor"},
+                                      {"SHARED", "hook"}});
+    };
+    RVGitCommandEnvironment::sharedEnvironment().setValuesFromDictionary(
+        {{"SHARED", "shared"}, {"ONLY_SHARED", "shared"}});
+    command->run();
+    const RVEnvironment& environment = command->environment();
+    EXPECT_EQ(environment.at("GIT_PAGER"), "");
+    EXPECT_EQ(environment.at("LANG"), "en_US.UTF-8");
+    EXPECT_EQ(environment.at("LC_ALL"), "en_US.UTF-8");
+    EXPECT_EQ(environment.at("GIT_EDITOR"), "editor");
+    EXPECT_EQ(environment.at("SHARED"), "hook");
+    EXPECT_EQ(environment.at("ONLY_SHARED"), "shared");
+}
+
+TEST_F(RVGitCommandTest, TheBinarysDirectoryGoesToTheFrontOfThePathUnlessItIsThere) {
+    const auto pathFor = [&](const std::string& path, std::vector<std::string> additional) {
+        auto command = scripted("exit 0");
+        command->gitBinary()->setAdditionalPaths(std::move(additional));
+        command->willInitialize = [&](HookedCommand& self) {
+            self.setValueForEnvironmentVariable(path, "PATH");
+        };
+        command->run();
+        return command->environment().at("PATH");
+    };
+    const std::string directory = scratchPath("scripted");
+    EXPECT_EQ(pathFor("/bin:/usr/bin", {}), directory + ":/bin:/usr/bin");
+    EXPECT_EQ(pathFor("/bin:" + directory, {}), "/bin:" + directory);
+    EXPECT_EQ(pathFor("/bin:" + directory, {"/x", "/bin"}), "/x:/bin:/bin:" + directory);
+}
+
+TEST_F(RVGitCommandTest, WithoutAPathTheBinarysDirectoryIsThePath) {
+    auto command = scripted("exit 0");
+    command->willInitialize = [](HookedCommand& self) {
+        self.setValueForEnvironmentVariable(std::nullopt, "PATH");
+    };
+    command->run();
+    EXPECT_EQ(command->environment().at("PATH"), scratchPath("scripted"));
+}
+
+TEST_F(RVGitCommandTest, SanitizingComesBeforeTheSharedVariables) {
+    setEnvironmentVariable("GIT_DIR", "/elsewhere");
+    setEnvironmentVariable("GIT_INDEX_FILE", "/elsewhere/index");
+    RVGitCommandEnvironment::sharedEnvironment().setValueForEnvironmentVariable("/shared",
+                                                                                "GIT_DIR");
+    auto command = scripted("exit 0");
+    command->setSanitizesEnvironment(true);
+    command->run();
+    EXPECT_EQ(command->environment().at("GIT_DIR"), "/shared");
+    EXPECT_EQ(command->environment().count("GIT_INDEX_FILE"), 0u);
+    auto unsanitized = scripted("exit 0");
+    unsanitized->run();
+    EXPECT_EQ(unsanitized->environment().count("GIT_INDEX_FILE"), 1u);
+}
+
+TEST_F(RVGitCommandTest, TheDirectoryOptionsCanBeRemovedFromTheFinalArguments) {
+    auto command = std::make_shared<HookedCommand>(scriptedGit("exit 0"), std::nullopt, "/g", "/w");
+    command->setGitCommand("status");
+    command->didInitialize = [](HookedCommand& self) {
+        self.removeGitDirOption();
+        self.removeWorkTreeOption();
+    };
+    command->run();
+    EXPECT_THAT(command->arguments(), ElementsAre("--no-pager", "status"));
+}
+
+TEST_F(RVGitCommandTest, Exactly4096ArgumentsLaunchAndOneMoreRaises) {
+    auto command = scripted("exit 0");
+    command->setGitCommandArguments(std::vector<std::string>(4095, "x"));
+    EXPECT_TRUE(command->run());
+    EXPECT_EQ(command->arguments().size(), 4096u);
+
+    command = scripted("exit 0");
+    command->setGitCommandArguments(std::vector<std::string>(4096, "x"));
+    try {
+        command->run();
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const RVGitCommandArgumentsOverflowException& exception) {
+        EXPECT_STREQ(exception.name(), "RVGitCommandArgumentsOverflowException");
+        EXPECT_EQ(exception.reason(), "Too many arguments for a Git command (4097).");
+        EXPECT_TRUE(exception.userInfo().contains(RVGitCommandCallErrorKey));
+    }
+    EXPECT_THAT(command->calls, ElementsAre("willInitialize", "didInitialize"));
+}
+
+TEST_F(RVGitCommandTest, TheOverflowsTextCanBeReplaced) {
+    setLocalizedString("GIT_COMMAND_ARGUMENTS_OVERFLOW", "%d Argumente sind zu viele.");
+    auto command = scripted("exit 0");
+    EXPECT_EQ(
+        RVGitCommand::gitCommandArgumentsOverflowExceptionWithGitCommand(*command, {}).reason(),
+        "0 Argumente sind zu viele.");
+    setLocalizedString("GIT_COMMAND_ARGUMENTS_OVERFLOW",
+                       "Too many arguments for a Git command (%d).");
+}
+
+TEST_F(RVGitCommandTest, TheOverflowReachesWhoeverWaitsForAnEnqueuedCommandAndTheQueueGoesOn) {
+    auto command = scripted("exit 0");
+    command->setGitCommandArguments(std::vector<std::string>(5000, "x"));
+    command->enqueueCommand();
+    EXPECT_THROW(command->waitUntilFinished(), RVGitCommandArgumentsOverflowException);
+    auto next = scripted("exit 0");
+    EXPECT_TRUE(next->run());
+}
+
+TEST_F(RVGitCommandTest, FilePathsAreCutAt4000) {
+    bool exceeds = true;
+    const std::vector<std::string> exactly(4000, "path");
+    EXPECT_EQ(RVGitCommand::filePathsForGitCommand(exactly, &exceeds), exactly);
+    EXPECT_FALSE(exceeds);
+    std::vector<std::string> more = exactly;
+    more.push_back("last");
+    EXPECT_EQ(RVGitCommand::filePathsForGitCommand(more, &exceeds), exactly);
+    EXPECT_TRUE(exceeds);
+    EXPECT_THAT(RVGitCommand::remainingFilePathsFromFilePaths(more), ElementsAre("last"));
+    EXPECT_TRUE(RVGitCommand::filePathsForGitCommand({}, &exceeds).empty());
+    EXPECT_FALSE(exceeds);
+}
+
+TEST_F(RVGitCommandTest, FilePathsAreCutAtTheMaximumThatIsSet) {
+    ASSERT_EQ(RVGitCommand::maximumNumberOfAllowedFilePathArguments(), 4000u);
+    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(2);
+    bool exceeds = false;
+    EXPECT_THAT(RVGitCommand::filePathsForGitCommand({"a", "b", "c"}, &exceeds),
+                ElementsAre("a", "b"));
+    EXPECT_TRUE(exceeds);
+    EXPECT_THAT(RVGitCommand::remainingFilePathsFromFilePaths({"a", "b", "c"}), ElementsAre("c"));
+    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(4000);
+}
+
+TEST_F(RVGitCommandTest, LongPathsAreCutEarlierSoThatEveryBatchLaunches) {
+    std::vector<std::string> paths;
+    for (int number = 0; number < 4000; ++number)
+        paths.push_back(std::to_string(number) + std::string(4000, 'x'));
+    auto remaining = paths;
+    std::vector<std::string> seen;
+    bool exceeds = true;
+    int batches = 0;
+    while (exceeds) {
+        const auto batch = RVGitCommand::filePathsForGitCommand(remaining, &exceeds);
+        auto command = scripted("printf %s $#");
+        command->addGitCommandArguments(batch);
+        RVErrorPlace none = nullptr;
+        ASSERT_TRUE(command->run(none));
+        EXPECT_EQ(command->standardOutputString(), std::to_string(batch.size() + 1));
+        seen.insert(seen.end(), batch.begin(), batch.end());
+        if (exceeds)
+            remaining = RVGitCommand::remainingFilePathsFromFilePaths(remaining);
+        ++batches;
+    }
+    EXPECT_GT(batches, 1);
+    EXPECT_EQ(seen, paths);
+}
+
+TEST_F(RVGitCommandTest, OnePathAlwaysGoesHoweverLong) {
+    bool exceeds = true;
+    const std::vector<std::string> huge = {std::string(100'000'000, 'x'), "next"};
+    EXPECT_EQ(RVGitCommand::filePathsForGitCommand(huge, &exceeds).size(), 1u);
+    EXPECT_TRUE(exceeds);
+}
+
+TEST_F(RVGitCommandTest, HooksOfASuccessRunInOrder) {
+    auto command = scripted("printf output");
+    bool completed = false;
+    command->setCompletionHandler([&](RVGitCommand& finished) {
+        EXPECT_EQ(&finished, command.get());
+        EXPECT_EQ(command->calls.back(), "willParse");
+        completed = true;
+    });
+    EXPECT_TRUE(command->run());
+    EXPECT_THAT(command->calls,
+                ElementsAre("willInitialize", "didInitialize", "didTerminate", "willParse"));
+    EXPECT_TRUE(completed);
+    EXPECT_FALSE(command->completionHandler());
+}
+
+TEST_F(RVGitCommandTest, AFailureIsMappedAndNotParsed) {
+    auto command = scripted("printf out; echo nonsense >&2; exit 3");
+    int completions = 0;
+    command->setCompletionHandler([&](RVGitCommand&) { ++completions; });
+    std::optional<RVError> error;
+    EXPECT_FALSE(command->run(&error));
+    EXPECT_THAT(command->calls, ElementsAre("willInitialize", "didInitialize", "didTerminate",
+                                            "willUseUserInfo", "shouldHandle"));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain(), RVGitErrorDomain);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_EQ(error, command->error());
+    EXPECT_EQ(completions, 1);
+}
+
+TEST_F(RVGitCommandTest, ADeclinedFailureIsASuccessAndParsed) {
+    auto command = scripted("exit 1");
+    command->shouldHandle = [](const RVError& error) {
+        EXPECT_EQ(error.code(), RVGitRVGitGenericError);
+        return false;
+    };
+    std::optional<RVError> error;
+    EXPECT_TRUE(command->run(&error));
+    EXPECT_FALSE(error);
+    EXPECT_EQ(command->calls.back(), "willParse");
+}
+
+TEST_F(RVGitCommandTest, StandardErrorTextWithExitCodeZeroIsASuccess) {
+    auto command = scripted("echo 'fatal: Not a git repository' >&2");
+    EXPECT_TRUE(command->run());
+}
+
+TEST_F(RVGitCommandTest, AParserFailsTheCommandOnlyWithARecord) {
+    auto failing = scripted("exit 0");
+    failing->willParse = [](RVErrorPlace error) {
+        fillErrorPlace(error, gitErrorWithCode(RVGitOutputParserError));
+        return false;
+    };
+    std::optional<RVError> error;
+    EXPECT_FALSE(failing->run(&error));
+    EXPECT_EQ(error->code(), RVGitOutputParserError);
+
+    auto silent = scripted("exit 0");
+    silent->willParse = [](RVErrorPlace) { return false; };
+    EXPECT_TRUE(silent->run());
+
+    auto contradictory = scripted("exit 0");
+    contradictory->willParse = [](RVErrorPlace place) {
+        fillErrorPlace(place, gitErrorWithCode(RVGitOutputParserError));
+        return true;
+    };
+    EXPECT_TRUE(contradictory->run());
+}
+
+TEST_F(RVGitCommandTest, AHookMayStoreAnErrorAlthoughTheExitCodeIsZero) {
+    auto command = scripted("exit 0");
+    command->didTerminate = [](HookedCommand& self) { self.setError(gitErrorWithCode(1200)); };
+    std::optional<RVError> error;
+    EXPECT_FALSE(command->run(&error));
+    EXPECT_EQ(error->code(), 1200);
+}
+
+TEST_F(RVGitCommandTest, AnErrorSaysAllThatIsKnown) {
+    const std::string directory = makeDirectory("somewhere");
+    auto command = std::make_shared<HookedCommand>(
+        scriptedGit("printf out; echo 'fatal: Not a git repository' >&2; exit 128"), directory);
+    command->setGitCommand("log");
+    command->willUseUserInfo = [](RVUserInfo userInfo) {
+        EXPECT_FALSE(userInfo.contains(RVLocalizedDescriptionErrorKey));
+        EXPECT_FALSE(userInfo.contains(RVLocalizedFailureReasonErrorKey));
+        userInfo.emplace(RVGitRefNameErrorKey, "main");
+        return userInfo;
+    };
+    std::optional<RVError> error;
+    EXPECT_FALSE(command->run(&error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitNoGitRepoError);
+    EXPECT_EQ(error->userInfoString(RVGitBinaryVersionErrorKey), "2.39.5");
+    EXPECT_EQ(error->userInfoString(RVGitCommandCallErrorKey), command->commandCall());
+    EXPECT_EQ(error->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 128);
+    EXPECT_EQ(error->userInfoString(RVGitRepositoryPathErrorKey), directory);
+    EXPECT_EQ(error->userInfoString(RVGitCommandErrorOutputErrorKey),
+              "fatal: Not a git repository\n");
+    EXPECT_EQ(error->userInfoString(RVGitCommandStandardOutputErrorKey), "out");
+    EXPECT_EQ(error->userInfo().at(RVGitCommandEnvironmentErrorKey).stringMap()->at("LANG"),
+              "en_US.UTF-8");
+    EXPECT_EQ(error->userInfoString(RVGitRefNameErrorKey), "main");
+    EXPECT_EQ(error->localizedDescription(), "No Git Repository Found");
+    EXPECT_EQ(error->localizedFailureReason(),
+              "The path “" + directory + "” does not contain a valid Git repository.");
+}
+
+TEST_F(RVGitCommandTest, WhatCannotBeLaunchedHasCode100AndNoUserInfo) {
+    const std::string notExecutable = writeFile("plain", "#!/bin/sh\n", 0644);
+    const std::vector<std::shared_ptr<HookedCommand>> commands = {
+        std::make_shared<HookedCommand>(RVGitBinary::gitBinaryWithPath(scratchPath("missing"))),
+        std::make_shared<HookedCommand>(RVGitBinary::gitBinaryWithPath(notExecutable)),
+        std::make_shared<HookedCommand>(realGit(), scratchPath("missing-directory"))};
+    for (const auto& command : commands) {
+        bool completed = false;
+        command->setCompletionHandler([&](RVGitCommand&) { completed = true; });
+        command->setGitCommand("status");
+        command->setSupportsProgressOutput(true);
+        command->setProgressHandler([](RVGitCommandProgress&) { ADD_FAILURE() << "progress"; });
+        std::optional<RVError> error;
+        EXPECT_FALSE(command->run(&error));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error, gitErrorWithCode(RVGitNoGitRepoError));
+        EXPECT_FALSE(completed);
+        EXPECT_THAT(command->calls, ElementsAre("willInitialize", "didInitialize"));
+    }
+}
+
+TEST_F(RVGitCommandTest, OutputIsDecodedOnceAndInAnyEncoding) {
+    auto command = scripted("printf 'caf\\351'; printf 'a\\000b' >&2");
+    EXPECT_TRUE(command->run());
+    EXPECT_EQ(command->standardOutputData(), "caf\xe9");
+    EXPECT_EQ(command->standardOutputString(), "café");
+    EXPECT_EQ(&command->standardOutputString(), &command->standardOutputString());
+    EXPECT_EQ(command->standardErrorString(), std::string("a\0b", 3));
+}
+
+TEST_F(RVGitCommandTest, GitsMessagesAreEnglishWhateverTheCallersLocale) {
+    const auto codeOfFailure = [&] {
+        auto command = std::make_shared<HookedCommand>(realGit(), scratchDirectory());
+        command->setGitCommand("status");
+        std::optional<RVError> error;
+        EXPECT_FALSE(command->run(&error));
+        return error ? error->code() : 0;
+    };
+    for (const char* name : {"LANGUAGE", "LANG", "LC_ALL", "LC_MESSAGES"})
+        setEnvironmentVariable(name, name == std::string("LANGUAGE") ? "de" : "de_DE.UTF-8");
+    EXPECT_EQ(codeOfFailure(), RVGitNoGitRepoError);
+    // No locale at all is to be found below an empty directory.
+    setEnvironmentVariable("LOCPATH", makeDirectory("no-locales"));
+    EXPECT_EQ(codeOfFailure(), RVGitNoGitRepoError);
+}
+
+TEST_F(RVGitCommandTest, CancellingAWaitingCommandLaunchesNothing) {
+    const std::string marker = scratchPath("launched");
+    std::vector<std::shared_ptr<HookedCommand>> blocking;
+    for (int number = 0; number < 8; ++number) {
+        blocking.push_back(scripted("while [ ! -e \"$OPEN\" ]; do sleep 0.01; done"));
+        blocking.back()->setValueForEnvironmentVariable(scratchPath("open"), "OPEN");
+        blocking.back()->enqueueCommand();
+    }
+    auto waiting = std::make_shared<HookedCommand>(
+        RVGitBinary::gitBinaryWithPath(writeFile("marking", "#!/bin/sh\n: > " + marker, 0755)));
+    waiting->setCompletionHandler([](RVGitCommand&) { ADD_FAILURE() << "completed"; });
+    std::filesystem::remove(marker);
+    waiting->enqueueCommand();
+    waiting->cancel();
+    waiting->waitUntilFinished();
+    EXPECT_TRUE(waiting->calls.empty());
+    EXPECT_FALSE(waiting->error());
+    writeFile("open", "");
+    RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
+    EXPECT_FALSE(fileExists(marker));
+    EXPECT_TRUE(waiting->run()) << "a cancelled command has not failed";
+    EXPECT_TRUE(waiting->calls.empty());
+}
+
+TEST_F(RVGitCommandTest, CancellingWhileItIsPreparedLaunchesNothing) {
+    auto command = scripted(": > \"$MARKER\"");
+    command->setValueForEnvironmentVariable(scratchPath("launched"), "MARKER");
+    command->willInitialize = [](HookedCommand& self) { self.cancel(); };
+    std::optional<RVError> error;
+    EXPECT_TRUE(command->run(&error));
+    EXPECT_FALSE(error);
+    EXPECT_FALSE(fileExists("launched"));
+    EXPECT_EQ(command->calls.back(), "didInitialize");
+}
+
+TEST_F(RVGitCommandTest, ACancelledRunHasNoErrorEvenWhereItsOutputDoesNotParse) {
+    auto command = scripted("printf 'half a rec'; sleep 60; exit 1");
+    command->didReceive = [](HookedCommand& self) { self.cancel(); };
+    command->willParse = [&](RVErrorPlace error) {
+        EXPECT_EQ(command->standardOutputData(), "half a rec");
+        fillErrorPlace(error, gitErrorWithCode(RVGitOutputParserError));
+        return false;
+    };
+    int completions = 0;
+    command->setCompletionHandler([&](RVGitCommand&) { ++completions; });
+    std::optional<RVError> error;
+    EXPECT_TRUE(command->run(&error));
+    EXPECT_FALSE(error);
+    EXPECT_FALSE(command->error());
+    EXPECT_EQ(completions, 1);
+    EXPECT_THAT(command->calls,
+                ElementsAre("willInitialize", "didInitialize", "didTerminate", "willParse"));
+    EXPECT_EQ(command->exitCode(), 128 + SIGTERM);
+}
+
+TEST_F(RVGitCommandTest, CancellingAfterTheEndChangesNothing) {
+    auto command = scripted("exit 2");
+    EXPECT_FALSE(command->run());
+    command->cancel();
+    EXPECT_TRUE(command->error());
+    EXPECT_EQ(command->exitCode(), 2);
+}
+
+TEST_F(RVGitCommandTest, ProgressIsReadFromBothStreams) {
+    auto command = scripted(
+        "printf 'Compressing objects:  40%% (2/5)\\r' >&2; sleep 0.2; "
+        "printf 'Receiving objects: 100%% (5/5), done.\\n'; sleep 0.2; "
+        "printf 'Resolving deltas: 100%% (1/1), done.\\n' >&2");
+    command->willInitialize = [](HookedCommand& self) {
+        self.setGitCommand("clone");
+        self.setSupportsProgressOutput(true);
+    };
+    std::vector<double> seen;
+    command->setProgressHandler([&](RVGitCommandProgress& progress) {
+        EXPECT_EQ(&progress, command->commandProgress().get());
+        seen.push_back(progress.overallProgress());
+    });
+    EXPECT_TRUE(command->run());
+    EXPECT_EQ(command->commandProgress()->command(), "clone");
+    ASSERT_EQ(seen.size(), 4u);
+    EXPECT_NEAR(seen[0], 0.4 / 3, 1e-9);
+    EXPECT_EQ(seen.back(), 1.0);
+}
+
+TEST_F(RVGitCommandTest, ACommandWithoutProgressHasNone) {
+    auto command = scripted("printf 'Compressing objects:  40%% (2/5)\\r' >&2");
+    command->setProgressHandler([](RVGitCommandProgress&) { ADD_FAILURE() << "progress"; });
+    EXPECT_TRUE(command->run());
+    EXPECT_EQ(command->commandProgress(), nullptr);
+}
+
+TEST_F(RVGitCommandTest, AHookMayRunACommandWhileEverySlotIsTaken) {
+    // As many as there are slots, so that a hook that took a second one would wait for ever.
+    std::atomic<int> inHook = 0;
+    std::vector<std::shared_ptr<HookedCommand>> commands;
+    std::atomic<int> inner = 0;
+    for (int number = 0; number < 8; ++number) {
+        commands.push_back(scripted("exit 0"));
+        commands.back()->willInitialize = [&, binary = realGit()](HookedCommand&) {
+            ++inHook;
+            while (inHook < 8)
+                std::this_thread::sleep_for(milliseconds(1));
+            auto nested = std::make_shared<HookedCommand>(binary);
+            nested->addGitOption("--version");
+            inner += nested->run();
+        };
+    }
+    for (const auto& command : commands)
+        command->enqueueCommand();
+    RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
+    EXPECT_EQ(inner, 8);
+}
+
+}  // namespace
