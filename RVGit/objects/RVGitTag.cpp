@@ -112,6 +112,3 @@ std::string RVGitTag::refName() const {
 std::optional<std::string> RVGitTag::commitHash() const {
     return ref_->commitHash();
 }
-std::shared_ptr<RVGitCommit> RVGitTag::commit() {
-    return ref_->commit();
-}
