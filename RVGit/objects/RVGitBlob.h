@@ -51,7 +51,7 @@ public:
         const std::string& filePath, const std::shared_ptr<RVGitRepository>& repository,
         RVErrorPlace error = nullptr);
 
-    [[nodiscard]] const std::optional<std::string>& blobHash() const { return objectHash(); }
+    [[nodiscard]] std::optional<std::string> blobHash() const { return objectHash(); }
     [[nodiscard]] const std::optional<std::string>& revision() const { return revision_; }
     [[nodiscard]] const std::optional<std::string>& filePath() const { return filePath_; }
     /// The bytes; the view holds as long as the blob.

@@ -12,10 +12,12 @@ RVGitObject::RVGitObject(std::shared_ptr<RVGitRepository> repository, RVGitObjec
     requireParameter(repository_ != nullptr, "repository");
 }
 
+RVGitObject::RVGitObject(RVGitObjectType objectType) : objectType_(objectType) {}
+
 RVGitObject::~RVGitObject() = default;
 
 std::optional<std::string> RVGitObject::shortObjectHash() const {
-    return shortenObjectHash(objectHash_);
+    return shortenObjectHash(objectHash());
 }
 
 bool RVGitObject::isBlobObject() const {

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
     [[nodiscard]] RVGitObjectType objectType() const { return objectType_; }
     /// Absent where the object is known by other means, such as a blob of the working tree.
-    [[nodiscard]] const std::optional<std::string>& objectHash() const { return objectHash_; }
+    [[nodiscard]] virtual std::optional<std::string> objectHash() const { return objectHash_; }
     /// shortenObjectHash() of the hash; absent without one.
     [[nodiscard]] std::optional<std::string> shortObjectHash() const;
 
@@ -55,6 +55,10 @@ public:
         const std::optional<std::string>& objectHash);
     /// Whether the hash is exactly forty zeros.
     [[nodiscard]] static bool isNullObjectHash(const std::optional<std::string>& objectHash);
+
+protected:
+    /// A blank object, without a repository, for the subclass that has such a thing.
+    explicit RVGitObject(RVGitObjectType objectType);
 
 private:
     std::shared_ptr<RVGitRepository> repository_;

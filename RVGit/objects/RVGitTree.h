@@ -53,7 +53,7 @@ public:
         const std::optional<std::string>& revision, const std::optional<std::string>& filePath,
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
 
-    [[nodiscard]] const std::optional<std::string>& treeHash() const { return objectHash(); }
+    [[nodiscard]] std::optional<std::string> treeHash() const { return objectHash(); }
     [[nodiscard]] std::optional<std::string> shortTreeHash() const { return shortObjectHash(); }
     [[nodiscard]] const std::optional<std::string>& revision() const { return revision_; }
     [[nodiscard]] const std::optional<std::string>& filePath() const { return filePath_; }
