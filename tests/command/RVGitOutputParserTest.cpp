@@ -1,9 +1,9 @@
 #include "RVGit/command/RVGitOutputParser.h"
 
-#include <random>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <random>
 
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
@@ -14,6 +14,7 @@ using testing::Eq;
 using testing::IsEmpty;
 using testing::Optional;
 using testing::StartsWith;
+using namespace std::string_literals;
 
 namespace {
 
@@ -99,7 +100,7 @@ TEST(RVGitOutputParserTest, LinesArriveInOrderWithTheirCarriageReturns) {
 }
 
 TEST(RVGitOutputParserTest, TheLastPieceOfNULTerminatedOutputIsEmptyAndSkipped) {
-    const std::string output("a\nb\0c\0", 6);
+    const std::string output = "a\nb\0c\0"s;
     LineParser parser(output, NULByte);
     EXPECT_TRUE(parser.usesNULByteAsNewlineDelimiter());
     EXPECT_THAT(parser.outputLines(), Optional(ElementsAre("a\nb", "c", "")));
@@ -130,7 +131,7 @@ TEST(RVGitOutputParserTest, ALineThatCannotBeReadStopsTheParserWithCode11) {
 }
 
 TEST(RVGitOutputParserTest, FailsTheSameInEveryWayOfGivingTheOutput) {
-    const std::string records("one\0bad\0", 8);
+    const std::string records = "one\0bad\0"s;
     LineParser withNULBytes(records, NULByte);
     LineParser withLines(std::vector<std::string>{"one", "bad", "three"});
     LineParser withLatin1("one\nbad\n\xE9\n");
@@ -177,7 +178,7 @@ TEST(RVGitOutputParserTest, OutputThatIsNotUTF8IsDecodedAsAWhole) {
 }
 
 TEST(RVGitOutputParserTest, RecordsInAnotherEncodingDoNotSpoilTheOthers) {
-    const std::string output("caf\xE9\0th\xC3\xA9\0", 10);
+    const std::string output = "caf\xE9\0th\xC3\xA9\0"s;
     LineParser parser(output, NULByte);
     EXPECT_TRUE(parser.parse());
     EXPECT_THAT(parser.lines(), ElementsAre("café", "thé"));
@@ -185,7 +186,7 @@ TEST(RVGitOutputParserTest, RecordsInAnotherEncodingDoNotSpoilTheOthers) {
 }
 
 TEST(RVGitOutputParserTest, ReadsTheLinesThatItCutsWhateverTheBytes) {
-    const std::string whole("a\r\n\nb\0\xC3\xA9\n\xE9\0\0c", 15);
+    const std::string whole = "a\r\n\nb\0\xC3\xA9\n\xE9\0\0c"s;
     std::mt19937 random(1);
     for (std::size_t offset = 0; offset <= whole.size(); ++offset) {
         for (int flip = 0; flip < 20; ++flip) {

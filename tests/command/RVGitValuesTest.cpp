@@ -8,6 +8,7 @@
 
 using testing::Eq;
 using testing::Optional;
+using namespace std::string_literals;
 
 namespace {
 
@@ -154,6 +155,13 @@ TEST_F(RVGitValuesTest, AHashOfFortyDigitsInEitherCaseIsValid) {
     EXPECT_TRUE(RVGitValidateCommitHash(RVGitNullObjectHash));
 }
 
+TEST_F(RVGitValuesTest, OneNewlineBehindAHashIsLetPass) {
+    const std::string hash = "0123456789abcdef0123456789abcdef01234567";
+    EXPECT_TRUE(isValidCommitHash(hash + "\n"));
+    EXPECT_FALSE(isValidCommitHash(hash + "\n\n"));
+    EXPECT_FALSE(isValidCommitHash("\n" + hash));
+}
+
 TEST_F(RVGitValuesTest, AbbreviatedLongerAndForeignHashesAreInvalid) {
     const std::string hash = "0123456789abcdef0123456789abcdef01234567";
     EXPECT_FALSE(isValidCommitHash(""));
@@ -232,7 +240,7 @@ TEST_F(RVGitValuesTest, QuotesThatAreNotClosedAndEscapesThatAreCutOffLoseNothing
     EXPECT_EQ(unquotedCString("\"abc"), "abc");
     EXPECT_EQ(unquotedCString("\"abc\\"), "abc");
     EXPECT_EQ(unquotedCString("\"abc\\30"), "abc");
-    EXPECT_EQ(unquotedCString("\"a\\9b8c\""), std::string("a\0c", 3));
+    EXPECT_EQ(unquotedCString("\"a\\9b8c\""), "a\0c"s);
 }
 
 TEST_F(RVGitValuesTest, BytesThatAreNotUTF8AreStillText) {
@@ -261,7 +269,7 @@ TEST_F(RVGitValuesTest, UnquotingTakesAnyBytes) {
     const std::string alphabet = "\"\\tn01234567a\xC3\xA9";
     for (int round = 0; round < 2000; ++round) {
         std::string text = "\"";
-        for (unsigned length = random() % 12; length > 0; --length)
+        for (auto length = random() % 12; length > 0; --length)
             text += alphabet[random() % alphabet.size()];
         EXPECT_LE(unquotedCString(text).size(), 3 * text.size()) << text;
     }
@@ -282,7 +290,7 @@ TEST_F(RVGitValuesTest, AnEscapedPathIsAPathspecThatFindsOnlyThatFile) {
     EXPECT_EQ(
         gitLine({"ls-files", "-z", "--", stringByEscapingReservedGitPatternCharacters("a*[b]?")},
                 repository),
-        std::string("a*[b]?\0", 7));
+        "a*[b]?\0"s);
 }
 
 }  // namespace
