@@ -73,7 +73,8 @@ RVGitCommand::RVGitCommand(std::optional<std::string> repositoryPath)
 
 RVGitCommand::RVGitCommand(const std::shared_ptr<RVGitRepository>& repository)
     : RVGitCommand(RVGitBinary::defaultGitBinary(), requiredRepository(repository).path(),
-                   repository->gitDirectoryPath(), repository->workingTreeDirectoryPath()) {}
+                   requiredRepository(repository).gitDirectoryPath(),
+                   requiredRepository(repository).workingTreeDirectoryPath()) {}
 
 RVGitCommand::RVGitCommand(std::optional<std::string> gitDirectoryPath,
                            std::optional<std::string> workingTreeDirectoryPath)

@@ -1,5 +1,7 @@
 #include "RVGit/history/RVGitCommitGraphDrawer.h"
 
+#include "RVGit/history/RVGitCommit.h"
+
 RVGitCommitGraphDrawer::RVGitCommitGraphDrawer(
     std::shared_ptr<RVGitCommitGraphDrawerCommitLines> commitLines)
     : commitLines_(commitLines ? std::move(commitLines)
@@ -12,6 +14,12 @@ std::shared_ptr<RVGitCommitGraphDrawer> RVGitCommitGraphDrawer::graphDrawer() {
 std::shared_ptr<RVGitCommitGraphDrawer> RVGitCommitGraphDrawer::graphDrawerWithCommitLines(
     std::shared_ptr<RVGitCommitGraphDrawerCommitLines> commitLines) {
     return std::make_shared<RVGitCommitGraphDrawer>(std::move(commitLines));
+}
+
+std::shared_ptr<RVGitCommitGraphLines> RVGitCommitGraphDrawer::drawGraphForCommit(
+    const std::shared_ptr<RVGitCommit>& commit, RVErrorPlace) {
+    requireParameter(commit != nullptr, "commit");
+    return drawRow(commit->commitHashView().value_or(""), commit->parentCommitHashViews());
 }
 
 std::shared_ptr<RVGitCommitGraphLines> RVGitCommitGraphDrawer::drawGraphForCommitHash(

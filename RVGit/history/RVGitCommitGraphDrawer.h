@@ -42,6 +42,9 @@ public:
     /// True when no lane is open.
     [[nodiscard]] bool isStartOfGraph() const { return commitLines_->isEmpty(); }
 
+    /// drawGraphForCommitHash() with the hash and the parents of a commit, which is required.
+    std::shared_ptr<RVGitCommitGraphLines> drawGraphForCommit(
+        const std::shared_ptr<RVGitCommit>& commit, RVErrorPlace error = nullptr);
     /// Advances by one commit and returns its row. Never fails; the error place stays as it is.
     /// The ID in a starting line keeps only its low 32 bits, and its column is that of the lane
     /// with the number that is left (RVNotFound if none is open), kept for compatibility.

@@ -3,6 +3,7 @@
 #include <random>
 
 #include "RVGit/base/RVTypes.h"
+#include "RVGit/history/RVGitCommit.h"
 
 namespace {
 
@@ -354,6 +355,21 @@ TEST_F(RVGitCommitGraphDrawerTest, CutIDIsLookedUpAsItIs) {
     drawer_.commitLines()->setLastCommitLineID(0x100000000);
     EXPECT_EQ(draw("F", Parents({"B"})), "1: 1 0-0 1 1-0*");
     EXPECT_EQ(lanes(), "1:A 4294967297:B");
+}
+
+TEST_F(RVGitCommitGraphDrawerTest, CommitIsDrawnByItsHashAndParents) {
+    auto commit = std::make_shared<RVGitCommit>();
+    EXPECT_EQ(text(*drawer_.drawGraphForCommit(commit)), "0:");
+    commit->setCommitHash("E");
+    commit->setParentCommitHashes({"C", "D"});
+    std::optional<RVError> error = RVError("domain", 7);
+    EXPECT_EQ(text(*drawer_.drawGraphForCommit(commit, &error)), "0: 1 0-0* 2 0-1*");
+    EXPECT_EQ(error->code(), 7);
+    commit->setCommitHash("C");
+    commit->setParentCommitHashes({});
+    EXPECT_EQ(text(*drawer_.drawGraphForCommit(commit)), "0: 1 0-0+ 2 1-0");
+    EXPECT_EQ(lanes(), "2:D");
+    EXPECT_THROW(drawer_.drawGraphForCommit(nullptr), RVInvalidParameterException);
 }
 
 TEST_F(RVGitCommitGraphDrawerTest, AgreesWithThePlainRulesOnOrderedHistories) {

@@ -1,0 +1,39 @@
+#include "RVGit/history/RVGitBlameCommand.h"
+
+#include "RVGit/command/RVGitErrorKeys.h"
+
+RVGitBlameCommand::RVGitBlameCommand(const std::shared_ptr<RVGitRepository>& repository,
+                                     std::optional<std::string> revision,
+                                     std::optional<std::string> filePath)
+    : RVGitCommand(repository), revision_(std::move(revision)), filePath_(std::move(filePath)) {}
+
+std::shared_ptr<RVGitBlameCommand> RVGitBlameCommand::gitBlameCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> revision,
+    std::optional<std::string> filePath) {
+    return std::make_shared<RVGitBlameCommand>(repository, std::move(revision),
+                                               std::move(filePath));
+}
+
+void RVGitBlameCommand::gitCommandWillInitialize() {
+    setGitCommand("blame");
+    addGitCommandOption("--porcelain");
+    if (revision_)
+        addGitCommandArgument(*revision_);
+    addGitCommandArgument("--");
+    if (filePath_)
+        addGitCommandArgument(*filePath_);
+}
+
+void RVGitBlameCommand::gitCommandDidTerminate() {
+    RVGitBlameOutputParser parser(standardOutputData());
+    parser.parse();
+    annotatedLines_ = parser.takeIndexedResults();
+}
+
+RVUserInfo RVGitBlameCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
+    if (revision_)
+        userInfo.insert_or_assign(RVGitRevisionErrorKey, *revision_);
+    if (filePath_)
+        userInfo.insert_or_assign(RVGitFilePathErrorKey, *filePath_);
+    return userInfo;
+}
