@@ -112,3 +112,6 @@ std::string RVGitTag::refName() const {
 std::optional<std::string> RVGitTag::commitHash() const {
     return ref_->commitHash();
 }
+std::shared_ptr<RVGitCommit> RVGitTag::commit() {
+    return ref_->commit();
+}

@@ -75,6 +75,7 @@ public:
     [[nodiscard]] std::optional<std::string> fullRefName() const override;
     [[nodiscard]] std::string refName() const override;
     [[nodiscard]] std::optional<std::string> commitHash() const override;
+    [[nodiscard]] std::shared_ptr<RVGitCommit> commit() override;
 
 private:
     std::shared_ptr<RVGitRef> ref_;
