@@ -6,7 +6,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 #include "RVGit/command/RVGitCommand.h"
@@ -54,6 +53,13 @@ public:
     /// The parser that has read the output; null before the run. It does not outlive the command.
     [[nodiscard]] RVGitOutputParser* outputParser() const { return outputParser_.get(); }
     /// The parser's results, in git's order; `Item` is that of the parser. Empty before the run.
+    template <typename Item>
+    [[nodiscard]] const std::vector<Item>& result() const {
+        static const std::vector<Item> none;
+        const auto* parser = dynamic_cast<RVGitItemOutputParser<Item>*>(outputParser_.get());
+        return parser ? parser->indexedResultCache() : none;
+    }
+    /// The same, moved out of the command.
     template <typename Item>
     [[nodiscard]] std::vector<Item> takeResult() {
         auto* parser = dynamic_cast<RVGitItemOutputParser<Item>*>(outputParser_.get());

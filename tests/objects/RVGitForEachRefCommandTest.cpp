@@ -73,9 +73,12 @@ TEST_F(RVGitForEachRefCommandTest, KeepsTheParserAndItsResults) {
     command().setFormat("%(refname)");
     command().setOutputParserClass<LineParser>();
     EXPECT_EQ(command().outputParser(), nullptr);
+    EXPECT_THAT(command().result<std::string>(), IsEmpty());
     EXPECT_THAT(command().takeResult<std::string>(), IsEmpty());
     ASSERT_TRUE(command().run());
     EXPECT_NE(dynamic_cast<LineParser*>(command().outputParser()), nullptr);
+    EXPECT_THAT(command().result<std::string>(), ElementsAre("refs/heads/main", "refs/tags/v1"));
+    EXPECT_THAT(command().result<int>(), IsEmpty());
     EXPECT_THAT(command().takeResult<std::string>(),
                 ElementsAre("refs/heads/main", "refs/tags/v1"));
 }

@@ -114,7 +114,7 @@ TEST(RVGitForEachRefTagOutputParserTest, RecordsAreDecodedOneByOne) {
     EXPECT_EQ(items[1].message, "caf\xC3\xA9");
 }
 
-TEST(RVGitForEachRefTagOutputParserTest, AMessageMayHoldParts0fTheBoundary) {
+TEST(RVGitForEachRefTagOutputParserTest, AMessageMayHoldPartsOfTheBoundary) {
     const std::string message = "\x1f\x1d a \x1d\x1f b \x1f\x1f\x1d";
     const auto items = parsed(record({"refs/tags/v1", "tag", tagHash, commitHash, "1", message}));
     ASSERT_THAT(items, SizeIs(1));

@@ -1,6 +1,7 @@
 #include "RVGit/objects/RVGitTag.h"
 
 #include "RVGit/command/RVGitError.h"
+#include "RVGit/history/RVGitCommit.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
@@ -110,6 +111,15 @@ TEST_F(RVGitTagTest, ListsTagsByName) {
     EXPECT_EQ(lightweight.objectType(), RVGitObjectTypeNone);
     EXPECT_EQ(lightweight.message(), std::nullopt);
     EXPECT_EQ(lightweight.creatorDate(), RVDate(std::chrono::seconds(defaultTime)));
+}
+
+TEST_F(RVGitTagTest, LoadsTheCommitThatItPointsTo) {
+    const std::string commit = makeCommit("Tagged");
+    annotate("v1", "Message");
+    makeCommit("Later");
+    const auto loaded = tag("v1")->commit();
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(loaded->commitHash(), commit);
 }
 
 TEST_F(RVGitTagTest, TheDateIsTheTaggers) {
