@@ -2,12 +2,25 @@
 
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitCommandErrorDefinitionManager.h"
+#include "RVGit/history/RVGitLogCommand.h"
+#include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/objects/RVGitShowCommand.h"
+#include "RVGit/objects/RVGitTagCommand.h"
+#include "RVGit/objects/RVGitTreeCommand.h"
+#include "RVGit/objects/RVGitVerifyTagCommand.h"
+#include "RVGit/repository/RVGitConfigCommand.h"
+#include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/repository/RVGitUpdateRefCommand.h"
 
 void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
-    using Table = const RVGitErrorTable& (*)();
-    static constexpr Table tables[] = {
-        &RVGitCommand::sharedGitErrorDefinitions,
-    };
-    for (Table table : tables)
-        manager.addGitCommandErrorDefinitions(table());
+    manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitTagCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitTreeCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitUpdateRefCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitVerifyTagCommand::gitErrorDefinitions());
 }

@@ -245,7 +245,7 @@ std::optional<RVGitCommit::List> RVGitCommit::allCommitsForRevisions(
             for (auto& fullRefName : item.refs())
                 refs.push_back(RVGitRef::refWithRepository(repository, std::move(fullRefName),
                                                            item.commitHash()));
-            commit->refs_ = std::make_unique<const Refs>(std::move(refs));
+            commit->refs_ = std::make_unique<const std::optional<Refs>>(std::move(refs));
         }
         commits.push_back(std::move(commit));
     }
@@ -386,12 +386,13 @@ void RVGitCommit::setMessage(Text message) {
     set(&Fields::message, message, "message");
 }
 
-std::optional<RVGitCommit::Refs> RVGitCommit::refs() const {
-    return refs_ ? std::optional(*refs_) : std::nullopt;
+const std::optional<RVGitCommit::Refs>& RVGitCommit::refs() const {
+    static const std::optional<Refs> none;
+    return refs_ ? *refs_ : none;
 }
 
 void RVGitCommit::setRefs(std::optional<Refs> refs) {
-    refs_ = refs ? std::make_unique<const Refs>(std::move(*refs)) : nullptr;
+    refs_ = refs ? std::make_unique<const std::optional<Refs>>(std::move(refs)) : nullptr;
     fieldsDidChange({"refs"});
 }
 

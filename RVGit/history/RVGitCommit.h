@@ -139,7 +139,7 @@ public:
     [[nodiscard]] std::optional<std::string> message() const;
     void setMessage(std::optional<std::string> message);
     /// The refs that point at the commit, HEAD among them; absent if there are none.
-    [[nodiscard]] std::optional<Refs> refs() const;
+    [[nodiscard]] const std::optional<Refs>& refs() const;
     void setRefs(std::optional<Refs> refs);
     /// Always there on a commit of a listing, with every field absent if none was asked for.
     [[nodiscard]] std::shared_ptr<RVGitSignature> signature() const;
@@ -191,6 +191,7 @@ private:
 
     RVGitCommitOutputParserResultItem item_;
     mutable std::atomic<Fields*> fields_ = nullptr;
-    std::unique_ptr<const Refs> refs_;
+    /// Null where there are none, as on nearly all commits.
+    std::unique_ptr<const std::optional<Refs>> refs_;
     std::uint64_t topoOrder_ = 0;
 };

@@ -15,7 +15,7 @@
 /// `git log`: loads commits or their hashes, or counts them, and prints patches or statistics for
 /// whoever parses them. An unborn branch is an empty history and no failure, unless a revision is
 /// named: "HEAD" is unknown there. Codes: 1900 for an unknown revision, 11 where a message holds
-/// the field boundary.
+/// the field boundary. Names are those that stand in the commit; the mailmap counts for searches.
 class RVGitLogCommand : public RVGitCommand {
 public:
     using Items = std::vector<RVGitCommitOutputParserResultItem>;

@@ -93,7 +93,8 @@ public:
     /// strings in the order of the configuration. Keys come in the order of their bytes.
     [[nodiscard]] RVOptions valuesForConfigKeyByRegularExpression(
         const std::string& regularExpression, RVErrorPlace error = nullptr) const;
-    /// False if the key is not set. Code 1000 for a value that is no boolean.
+    /// False if the key is not set. For a value that is no boolean, code 1000 from old gits, and
+    /// the generic code 1 from those whose message is worded anew.
     [[nodiscard]] bool boolForConfigKey(const std::string& configKey,
                                         RVErrorPlace error = nullptr) const;
     /// The largest number if the key is not set. Code 1000 for a value that is no number.

@@ -8,6 +8,7 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
+#include "RVGit/history/RVGitCommit.h"
 #include "RVGit/remotes/RVGitBranch.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
@@ -72,6 +73,15 @@ std::shared_ptr<RVGitRef> RVGitRef::refWithRepository(std::shared_ptr<RVGitRepos
                                                       std::optional<std::string> commitHash) {
     return std::make_shared<RVGitRef>(std::move(repository), std::move(fullRefName),
                                       std::move(commitHash));
+}
+
+std::shared_ptr<RVGitRef> RVGitRef::refWithRepository(std::shared_ptr<RVGitRepository> repository,
+                                                      std::string fullRefName,
+                                                      std::shared_ptr<RVGitCommit> commit) {
+    auto ref = refWithRepository(std::move(repository), std::move(fullRefName),
+                                 commit ? commit->commitHash() : std::nullopt);
+    ref->commit_ = std::move(commit);
+    return ref;
 }
 
 RVGitRefType RVGitRef::refTypeForRefName(std::string_view refName) {
@@ -211,6 +221,12 @@ std::shared_ptr<RVGitRef> RVGitRef::initialRefFromHeadFileForRepository(
 
 std::string RVGitRef::refName() const {
     return makeRefName(fullRefName_, refType());
+}
+
+std::shared_ptr<RVGitCommit> RVGitRef::commit() {
+    if (!commit_ && commitHash_)
+        commit_ = RVGitCommit::commitForCommitHash(*commitHash_, repository_);
+    return commit_;
 }
 
 RVGitRefType RVGitRef::refType() const {

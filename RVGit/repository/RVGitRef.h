@@ -10,6 +10,7 @@
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitValues.h"
 
+class RVGitCommit;
 class RVGitRepository;
 
 /// What refs, branches, remote branches, tags and the stash have in common.
@@ -22,6 +23,9 @@ public:
     [[nodiscard]] virtual std::string refName() const = 0;
     /// Absent on an unborn branch.
     [[nodiscard]] virtual std::optional<std::string> commitHash() const = 0;
+    /// Loaded on first request, by a git process, and kept. Absent without a hash, and where it
+    /// could not be loaded.
+    [[nodiscard]] virtual std::shared_ptr<RVGitCommit> commit() = 0;
 
 protected:
     RVGitRefProtocol() = default;
@@ -39,6 +43,10 @@ public:
     [[nodiscard]] static std::shared_ptr<RVGitRef> refWithRepository(
         std::shared_ptr<RVGitRepository> repository, std::string fullRefName,
         std::optional<std::string> commitHash);
+    /// With the commit's hash, and the commit as if it had been loaded.
+    [[nodiscard]] static std::shared_ptr<RVGitRef> refWithRepository(
+        std::shared_ptr<RVGitRepository> repository, std::string fullRefName,
+        std::shared_ptr<RVGitCommit> commit);
 
     // Names.
 
@@ -96,9 +104,11 @@ public:
     [[nodiscard]] std::optional<std::string> fullRefName() const override { return fullRefName_; }
     [[nodiscard]] std::string refName() const override;
     [[nodiscard]] std::optional<std::string> commitHash() const override { return commitHash_; }
+    /// Leaves a commit that was loaded before as it is.
     void setCommitHash(std::optional<std::string> commitHash) {
         commitHash_ = std::move(commitHash);
     }
+    [[nodiscard]] std::shared_ptr<RVGitCommit> commit() override;
 
     [[nodiscard]] RVGitRefType refType() const;
     [[nodiscard]] bool isBranchRefType() const;
@@ -112,4 +122,5 @@ private:
     std::shared_ptr<RVGitRepository> repository_;
     std::string fullRefName_;
     std::optional<std::string> commitHash_;
+    std::shared_ptr<RVGitCommit> commit_;
 };

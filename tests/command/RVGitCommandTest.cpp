@@ -17,7 +17,7 @@
 #include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
-#include "tests/support/RVGitTestCase.h"
+#include "tests/support/RVGitRepositoryTestCase.h"
 
 namespace {
 
@@ -77,7 +77,7 @@ private:
     }
 };
 
-class RVGitCommandTest : public RVGitTestCase {
+class RVGitCommandTest : public RVGitRepositoryTestCase {
 protected:
     void TearDown() override {
         RVGitCommandEnvironment::sharedEnvironment().replaceValuesWithDictionary({});

@@ -1,19 +1,22 @@
+#include <filesystem>
 #include <iostream>
 
 #include "RVGit/RVGit.h"
 
-#if __has_include(<unicode/utypes.h>) && defined(U_ICU_VERSION)
-#error "A public header drags in ICU"
-#endif
-#if defined(LIBPLIST_H)
-#error "A public header drags in libplist"
-#endif
+int main(int argc, char** argv) {
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath("/usr/bin/git"));
+    const std::string path = std::filesystem::absolute(argc > 1 ? argv[1] : ".");
+    const auto repository = RVGitRepository::repositoryWithPath(path);
 
-int main() {
-    RVChildProcess process;
-    RVChildProcess::Launch launch{.path = "/bin/echo", .arguments = {"installed"}};
-    if (process.run(launch) != 0 || process.exitCode() != 0) {
+    std::optional<RVError> error;
+    const auto commits = RVGitCommit::allCommitsForRevisions(
+        {"HEAD"}, {}, repository, RVOptions{{RVGitLogOptionLimit, 10}}, &error);
+    if (!commits) {
+        std::cerr << error->localizedDescription().value_or("Failed") << "\n"
+                  << error->localizedFailureReason().value_or("") << "\n";
         return 1;
     }
-    std::cout << process.standardOutput().view();
+    for (const auto& commit : *commits)
+        std::cout << RVGitShortenHash(commit->commitHash()).value_or("") << " "
+                  << commit->subject().value_or("") << "\n";
 }

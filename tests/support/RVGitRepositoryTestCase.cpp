@@ -6,13 +6,7 @@
 RVGitRepositoryTestCase::RVGitRepositoryTestCase()
     : repositoryPath_(initRepository()),
       repository_(RVGitRepository::repositoryWithWorkingTreeDirectoryPath(
-          repositoryPath_, repositoryPath_ + "/.git")) {
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(gitPath()));
-}
-
-RVGitRepositoryTestCase::~RVGitRepositoryTestCase() {
-    RVGitBinary::setDefaultGitBinary(nullptr);
-}
+          repositoryPath_, repositoryPath_ + "/.git")) {}
 
 std::string RVGitRepositoryTestCase::gitInRepository(
     const std::vector<std::string>& arguments) const {

@@ -8,12 +8,11 @@
 
 class RVGitRepository;
 
-/// Base of tests that run the library's commands: the real git is the default binary, and a new
-/// repository on the unborn branch "main" is open.
+/// Base of tests that run the library's commands in a repository: a new one on the unborn branch
+/// "main" is open.
 class RVGitRepositoryTestCase : public RVGitTestCase {
 protected:
     RVGitRepositoryTestCase();
-    ~RVGitRepositoryTestCase() override;
 
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
     /// Of the working tree.

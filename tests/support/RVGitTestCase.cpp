@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <memory>
 
+#include "RVGit/command/RVGitBinary.h"
 #include "tests/support/RVGitTestEnvironment.h"
 #include "tests/support/RVTestFiles.h"
 
@@ -35,9 +37,13 @@ RVGitTestCase::RVGitTestCase() {
     static int count = 0;
     scratchDirectory_ = RVGitTestEnvironment::rootDirectory() + "/" + std::to_string(++count);
     fs::create_directory(scratchDirectory_);
+    // Asked for its version once in a process; each test has a copy, which it may change.
+    static const RVGitBinary realGit(gitPath());
+    RVGitBinary::setDefaultGitBinary(std::make_shared<RVGitBinary>(realGit));
 }
 
 RVGitTestCase::~RVGitTestCase() {
+    RVGitBinary::setDefaultGitBinary(nullptr);
     for (auto variable = savedVariables_.rbegin(); variable != savedVariables_.rend(); ++variable) {
         replaceEnvironmentVariable(variable->name, variable->value);
     }

@@ -14,6 +14,7 @@
 
 /// Base of every test that touches files or git. Each test has a scratch directory of its own,
 /// deleted afterwards, and works with the real git through git(), which does not use the library.
+/// The library's default binary is the real git.
 ///
 /// The whole process runs in an allow-listed environment with a private HOME (see
 /// RVGitTestEnvironment), so nothing of the machine's configuration reaches a test. Relative

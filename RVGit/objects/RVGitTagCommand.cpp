@@ -1,0 +1,83 @@
+#include "RVGit/objects/RVGitTagCommand.h"
+
+#include <utility>
+
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitError.h"
+
+RVGitTagCommand::RVGitTagCommand(const std::shared_ptr<RVGitRepository>& repository)
+    : RVGitCommand(repository) {}
+
+std::shared_ptr<RVGitTagCommand> RVGitTagCommand::gitCreateTagCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::string refName,
+    std::optional<std::string> revision, std::optional<std::string> message) {
+    auto command = std::make_shared<RVGitTagCommand>(repository);
+    command->setRefNames(std::vector<std::string>{std::move(refName)});
+    command->setRevision(std::move(revision));
+    command->setMessage(std::move(message));
+    return command;
+}
+
+std::shared_ptr<RVGitTagCommand> RVGitTagCommand::gitDeleteTagCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::vector<std::string> refNames) {
+    auto command = std::make_shared<RVGitTagCommand>(repository);
+    command->setDeletesTag(true);
+    command->setRefNames(std::move(refNames));
+    return command;
+}
+
+const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
+    static const RVGitErrorTable table = {
+        {.errorCode = RVGitCreateTagAlreadyExistsError,
+         .commandNames = {"tag"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: tag '(.+)' already exists"},
+         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+        {.errorCode = RVGitCreateTagInvalidObjectError,
+         .commandNames = {"tag"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: Failed to resolve '(.+)' as a valid ref"},
+         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+        {.errorCode = RVGitDeleteTagNotFoundError,
+         .commandNames = {"tag"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {"error: tag '(.+)' not found"},
+         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+        {.errorCode = RVGitGPGSigningKeyUnvailableError,
+         .commandNames = {"tag"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"error: gpg failed to sign the data",
+                                   "error: unable to sign the tag"},
+         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+    };
+    return table;
+}
+
+void RVGitTagCommand::gitCommandWillInitialize() {
+    setGitCommand("tag");
+    if (deletesTag_)
+        addGitCommandOption("-d");
+    if (message_) {
+        if (signsTag_) {
+            addGitCommandOption("-s");
+            if (!RVStringIsEmpty(signingKeyFingerprint_))
+                addGitCommandOptions({"-u", *signingKeyFingerprint_});
+        } else {
+            addGitCommandOption("-a");
+        }
+        addGitCommandOption("-F-");
+        setStandardInput(RVStandardInput::data(*message_));
+    }
+    if (refNames_)
+        addGitCommandArguments(*refNames_);
+    if (revision_)
+        addGitCommandArgument(*revision_);
+}
+
+RVUserInfo RVGitTagCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
+    if (refNames_)
+        userInfo.insert_or_assign(RVGitRefNameErrorKey, *refNames_);
+    if (revision_)
+        userInfo.insert_or_assign(RVGitRevisionErrorKey, *revision_);
+    return userInfo;
+}

@@ -1,0 +1,240 @@
+#include "RVGit/base/RVRegularExpression.h"
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/base/RVString.h"
+#include "tests/support/RVGitTestCase.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class RVRegularExpressionTest : public RVGitTestCase {};
+
+TEST_F(RVRegularExpressionTest, FirstMatchIsTheMatchAndItsGroups) {
+    const RVRegularExpression expression("(\\w+)@(\\w+)(!)?");
+    EXPECT_EQ(expression.numberOfGroups(), 3U);
+    EXPECT_THAT(expression.firstMatch("to me@home, you@work"),
+                ElementsAre("me@home", "me", "home", std::nullopt));
+    EXPECT_THAT(expression.firstMatch("nothing"), IsEmpty());
+    EXPECT_EQ(RVRegularExpression("a").numberOfGroups(), 0U);
+}
+
+TEST_F(RVRegularExpressionTest, MatchesAreViewsIntoTheText) {
+    const std::string text = "Größe: 12 €";
+    const auto match = RVRegularExpression("\\d+").firstMatch(text);
+    ASSERT_THAT(match, SizeIs(1));
+    EXPECT_EQ(match[0]->data(), text.data() + text.find("12"));
+}
+
+TEST_F(RVRegularExpressionTest, GroupThatMatchedNothingIsEmptyAndNotAbsent) {
+    EXPECT_THAT(RVRegularExpression("(a*)(b)?").firstMatch("x"), ElementsAre("", "", std::nullopt));
+}
+
+TEST_F(RVRegularExpressionTest, SearchBeginsAtTheOffset) {
+    const RVRegularExpression expression("a.");
+    EXPECT_THAT(expression.firstMatch("a1 a2", 0), ElementsAre("a1"));
+    EXPECT_THAT(expression.firstMatch("a1 a2", 1), ElementsAre("a2"));
+    EXPECT_THAT(expression.firstMatch("a1 a2", 4), IsEmpty());
+    EXPECT_THAT(expression.firstMatch("a1 a2", 5), IsEmpty());
+    EXPECT_THAT(expression.firstMatch("a1 a2", 6), IsEmpty());
+    EXPECT_THAT(RVRegularExpression("^a").firstMatch("aa", 1), IsEmpty());
+    EXPECT_THAT(RVRegularExpression("(?<=a)b").firstMatch("ab", 1), ElementsAre("b"));
+    EXPECT_THAT(RVRegularExpression("$").firstMatch("ab", 2), ElementsAre(""));
+}
+
+TEST_F(RVRegularExpressionTest, NoMatchBeginsBeforeAnOffsetWithinACharacter) {
+    const std::string text = "€a€";
+    for (std::size_t offset = 0; offset <= text.size(); ++offset)
+        for (const auto& component : RVRegularExpression(".").firstMatch(text, offset))
+            EXPECT_GE(component->data(), text.data() + offset);
+}
+
+TEST_F(RVRegularExpressionTest, AllMatchesFollowEachOther) {
+    EXPECT_THAT(
+        RVRegularExpression("(\\d)x").allMatches("1x 2x3x"),
+        ElementsAre(ElementsAre("1x", "1"), ElementsAre("2x", "2"), ElementsAre("3x", "3")));
+    EXPECT_THAT(RVRegularExpression("a*").allMatches("baa"),
+                ElementsAre(ElementsAre(""), ElementsAre("aa"), ElementsAre("")));
+    EXPECT_THAT(RVRegularExpression("x").allMatches(""), IsEmpty());
+    EXPECT_THAT(RVRegularExpression("").allMatches("€"), SizeIs(2));
+}
+
+TEST_F(RVRegularExpressionTest, OptionsChangeWhatMatches) {
+    EXPECT_FALSE(RVRegularExpression("straße").matches("STRASSE"));
+    EXPECT_TRUE(
+        RVRegularExpression("straße", RVRegularExpression::CaseInsensitive).matches("STRASSE"));
+    EXPECT_FALSE(RVRegularExpression("a.b").matches("a\nb"));
+    EXPECT_TRUE(
+        RVRegularExpression("a.b", RVRegularExpression::DotMatchesLineSeparators).matches("a\nb"));
+    EXPECT_FALSE(RVRegularExpression("^b$").matches("a\nb\nc"));
+    EXPECT_TRUE(
+        RVRegularExpression("^b$", RVRegularExpression::AnchorsMatchLines).matches("a\nb\nc"));
+}
+
+TEST_F(RVRegularExpressionTest, ClassesAreThoseOfUnicode) {
+    EXPECT_TRUE(RVRegularExpression("^\\d$").matches("٣"));
+    EXPECT_TRUE(RVRegularExpression("^\\s$").matches("\u00A0"));
+    EXPECT_TRUE(RVRegularExpression("^.$").matches("\U0001F600"));
+}
+
+TEST_F(RVRegularExpressionTest, PatternThatDoesNotCompileIsAnError) {
+    std::string reason;
+    EXPECT_FALSE(RVRegularExpression::compile("a(b", 0, &reason));
+    EXPECT_THAT(reason, testing::HasSubstr("U_REGEX_MISMATCHED_PAREN"));
+    EXPECT_FALSE(RVRegularExpression::compile("[", 0, nullptr));
+    EXPECT_THAT([] { RVRegularExpression expression("a(b"); },
+                testing::ThrowsMessage<RVInternalInconsistencyException>(testing::StartsWith(
+                    "Could not create regular expression from pattern: 'a(b': U_REGEX_")));
+}
+
+TEST_F(RVRegularExpressionTest, CompiledExpressionCanBeMoved) {
+    auto expression = RVRegularExpression::compile("a(b)", 0, nullptr);
+    ASSERT_TRUE(expression);
+    RVRegularExpression moved = *std::move(expression);
+    EXPECT_THAT(moved.firstMatch("xab"), ElementsAre("ab", "b"));
+    moved = RVRegularExpression("c");
+    EXPECT_FALSE(moved.matches("ab"));
+}
+
+TEST_F(RVRegularExpressionTest, ReplacementTakesGroups) {
+    const RVRegularExpression expression("(\\w)(-)?(\\w)");
+    EXPECT_EQ(expression.stringByReplacingMatches("ab c-d", "$3$1"), "ba dc");
+    EXPECT_EQ(expression.stringByReplacingMatches("ab", "[$0$2$9]"), "[ab]");
+    EXPECT_EQ(expression.stringByReplacingMatches("ab", "\\$1\\\\$"), "$1\\$");
+    EXPECT_EQ(expression.stringByReplacingMatches("ab", "\\"), "\\");
+    EXPECT_EQ(expression.stringByReplacingMatches("", "x"), "");
+    EXPECT_EQ(RVRegularExpression("^\\s+").stringByReplacingMatches(" \t a ", ""), "a ");
+    EXPECT_EQ(RVRegularExpression("x*").stringByReplacingMatches("a€", "-"), "-a-€-");
+    EXPECT_EQ(RVRegularExpression("b").stringByReplacingMatches("\xFF b\xFE", "_"), "\xFF _\xFE");
+}
+
+TEST_F(RVRegularExpressionTest, InvalidBytesMatchAndLeaveOffsetsExact) {
+    const std::string text = "\xFF\xFE\xC3 12 \xED\xA0\x80 34\xF0\x9F";
+    EXPECT_THAT(RVRegularExpression("\\d+").allMatches(text),
+                ElementsAre(ElementsAre("12"), ElementsAre("34")));
+    EXPECT_THAT(RVRegularExpression("^(.*)$").firstMatch(text), ElementsAre(text, text));
+    EXPECT_THAT(RVRegularExpression("\uFFFD+$").firstMatch(text), ElementsAre("\xF0\x9F"));
+}
+
+TEST_F(RVRegularExpressionTest, RandomBytesGiveViewsWithinTheText) {
+    std::mt19937 random(5);
+    const std::string alphabet = "ab \n\xC3\xA9\xE2\x82\xAC\xF0\x9F\xFF\xED";
+    std::vector<RVRegularExpression> expressions;
+    for (const auto* pattern : {".", "(a|b)*", "\\S+(\\s)", "^(.*)\\s+(.*)$", "[^a]", "é", "\\b"})
+        expressions.emplace_back(pattern, random() % 8);
+    for (int count = 0; count < 3000; ++count) {
+        std::string text;
+        for (auto length = random() % 20; length > 0; --length)
+            text += alphabet[random() % alphabet.size()];
+        for (const auto& expression : expressions) {
+            const char* end = text.data();
+            for (const auto& match : expression.allMatches(text)) {
+                ASSERT_LE(end, match[0]->data());
+                end = match[0]->data() + match[0]->size();
+                ASSERT_LE(end, text.data() + text.size());
+            }
+            for (const auto& group : expression.firstMatch(text, random() % (text.size() + 1))) {
+                ASSERT_LE(group.value_or(text).data() + group.value_or(text).size(),
+                          text.data() + text.size());
+            }
+        }
+    }
+}
+
+TEST_F(RVRegularExpressionTest, NULBytesAreCharacters) {
+    const std::string text("a\0b", 3);
+    EXPECT_TRUE(RVRegularExpression("^a\\x00b$").matches(text));
+    EXPECT_TRUE(RVRegularExpression(std::string_view("\0", 1)).matches(text));
+}
+
+TEST_F(RVRegularExpressionTest, SearchWithoutEndHasNoMatch) {
+    const RVRegularExpression expression("^(a+)+$");
+    std::string text(40, 'a');
+    text += 'b';
+    EXPECT_FALSE(expression.matches(text));
+    EXPECT_TRUE(expression.matches("aaa"));
+}
+
+TEST_F(RVRegularExpressionTest, SearchThatNeedsTooMuchMemoryHasNoMatch) {
+    const RVRegularExpression expression("(.|a)*x");
+    std::string text(10'000'000, 'a');
+    text += 'x';
+    EXPECT_FALSE(expression.matches(text));
+    EXPECT_TRUE(expression.matches("aax"));
+}
+
+TEST_F(RVRegularExpressionTest, LongTextsAreSearchedToTheirEnd) {
+    std::string text(20'000'000, ' ');
+    text += "git-svn-id: 7";
+    EXPECT_THAT(RVRegularExpression("git-svn-id: (\\d)").firstMatch(text),
+                ElementsAre("git-svn-id: 7", "7"));
+    EXPECT_THAT(RVRegularExpression("^(.*)(\\d)$").firstMatch(text),
+                ElementsAre(text, text.substr(0, text.size() - 1), "7"));
+    std::string lines;
+    for (int count = 0; count < 200'000; ++count)
+        lines += "some line\n";
+    EXPECT_THAT(RVRegularExpression("\\w+ (\\w+)").allMatches(lines), SizeIs(200'000));
+}
+
+TEST_F(RVRegularExpressionTest, OneExpressionServesManyThreads) {
+    static const RVRegularExpression expression("(\\d+)-(\\w+)?");
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 8; ++number) {
+        threads.emplace_back([&wrong, number] {
+            for (int step = 0; step < 2000; ++step) {
+                const auto digits = std::to_string(number * 10000 + step);
+                const std::string text =
+                    std::string(static_cast<std::size_t>(step % 50), ' ') + digits + "-é" + digits;
+                const auto match = expression.firstMatch(text);
+                wrong += match.size() != 3 || match[1] != digits || match[2] != "é" + digits;
+                wrong += expression.matches("none");
+            }
+        });
+    }
+    for (auto& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(RVRegularExpressionTest, EscapedPatternMatchesItsTextAlone) {
+    std::mt19937 random(6);
+    const std::string alphabet = "\\^$.|?*+()[]{}-#&~!,:=<>/'\"` \tQEdw1aé\n";
+    for (int count = 0; count < 5000; ++count) {
+        std::string text;
+        for (auto length = random() % 8; length > 0; --length)
+            text += alphabet[random() % alphabet.size()];
+        text = stringUsingUTF8Encoding(text);
+        const RVRegularExpression expression(
+            "\\A" + RVRegularExpression::escapedPatternForString(text) + "\\z");
+        ASSERT_TRUE(expression.matches(text)) << text;
+        ASSERT_FALSE(expression.matches(text + "a")) << text;
+    }
+}
+
+TEST_F(RVRegularExpressionTest, EscapedPatternMeansTheSameToGit) {
+    std::string everything;
+    for (char character = ' '; character < '\x7F'; ++character)
+        everything += character;
+    const std::vector<std::string> texts = {
+        everything, "a{2}",      "(a|b)*",    "[a-z]",       "}{",       "][",
+        "a.b",      "^a$",       "\\d\\w\\.", "a+b?c**",     "{",        "}",
+        "\\",       "ü^é",       "\\(a\\)",   "[[:alpha:]]", "a]",       "a|",
+        "$HOME",    "a/b:c-d=e", "1{,2}",     "\\{1\\}\\",   "+refs/*:r"};
+    git({"init", "-q", "."});
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+        const auto key = "section.key" + std::to_string(index);
+        git({"config", "--add", key, texts[index]});
+        git({"config", "--add", key, "other"});
+        const auto pattern = "^" + RVRegularExpression::escapedPatternForString(texts[index]) + "$";
+        EXPECT_EQ(git({"config", "-z", "--get-all", key, pattern}), texts[index] + '\0') << pattern;
+    }
+}
+
+}  // namespace
