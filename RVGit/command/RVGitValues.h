@@ -93,7 +93,7 @@ inline constexpr char RVGitMasterBranchName[] = "master";
 
 // Hashes.
 
-/// Forty hexadecimal digits, in either case.
+/// Forty hexadecimal digits, in either case; one newline behind them is let pass.
 [[nodiscard]] bool isValidCommitHash(std::string_view text);
 [[nodiscard]] bool RVGitValidateCommitHash(std::string_view hash);
 /// The first 8 characters; a shorter hash comes back whole, an absent one absent.

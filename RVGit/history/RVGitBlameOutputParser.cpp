@@ -1,5 +1,6 @@
 #include "RVGit/history/RVGitBlameOutputParser.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>

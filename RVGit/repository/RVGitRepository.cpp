@@ -17,7 +17,8 @@ namespace {
 
 constexpr std::string_view gitDirectoryLinkPrefix = "gitdir:";
 
-// What git prints in a directory, trimmed; absent if it fails.
+// What git prints in a directory, trimmed; absent if it fails. The bytes are not decoded, since a
+// path in another encoding must stay the one that it is.
 std::optional<std::string> outputOfGit(const std::string& directoryPath, const char* gitCommand,
                                        const std::vector<std::string>& arguments,
                                        RVErrorPlace error = nullptr) {
@@ -26,7 +27,7 @@ std::optional<std::string> outputOfGit(const std::string& directoryPath, const c
     command->addGitCommandArguments(arguments);
     if (!command->run(error))
         return std::nullopt;
-    return stringByTrimmingWhitespaceAndNewline(command->standardOutputString());
+    return stringByTrimmingWhitespaceAndNewline(command->standardOutputData());
 }
 
 bool writeGitDirectoryFileLink(const std::string& directoryPath,

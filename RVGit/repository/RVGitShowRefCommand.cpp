@@ -15,10 +15,13 @@ bool isLowercaseHexDigit(char character) {
     return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f');
 }
 
-// A hash, one blank, and a name of printable ASCII characters: what nearly every line is. The
-// expression's blanks and line ends reach beyond ASCII, so every other line is left to it.
+// A hash, one blank or tab, and a name of printable ASCII characters: what nearly every line is.
+// The expression's blanks and line ends reach beyond ASCII, so every other line is left to it.
 bool isPlainRefLine(std::string_view line) {
-    if (line.size() < hashLength + 2 || line[hashLength] != ' ' || line[hashLength + 1] == ' ')
+    if (line.size() < hashLength + 2)
+        return false;
+    char separator = line[hashLength];
+    if ((separator != ' ' && separator != '\t') || line[hashLength + 1] == ' ')
         return false;
     std::string_view hash = line.substr(0, hashLength);
     std::string_view name = line.substr(hashLength + 1);

@@ -155,18 +155,23 @@ TEST_F(RVRegularExpressionTest, NULBytesAreCharacters) {
 
 TEST_F(RVRegularExpressionTest, SearchWithoutEndHasNoMatch) {
     const RVRegularExpression expression("^(a+)+$");
-    EXPECT_FALSE(expression.matches(std::string(40, 'a') + "b"));
+    std::string text(40, 'a');
+    text += 'b';
+    EXPECT_FALSE(expression.matches(text));
     EXPECT_TRUE(expression.matches("aaa"));
 }
 
 TEST_F(RVRegularExpressionTest, SearchThatNeedsTooMuchMemoryHasNoMatch) {
     const RVRegularExpression expression("(.|a)*x");
-    EXPECT_FALSE(expression.matches(std::string(10'000'000, 'a') + "x"));
+    std::string text(10'000'000, 'a');
+    text += 'x';
+    EXPECT_FALSE(expression.matches(text));
     EXPECT_TRUE(expression.matches("aax"));
 }
 
 TEST_F(RVRegularExpressionTest, LongTextsAreSearchedToTheirEnd) {
-    const std::string text = std::string(20'000'000, ' ') + "git-svn-id: 7";
+    std::string text(20'000'000, ' ');
+    text += "git-svn-id: 7";
     EXPECT_THAT(RVRegularExpression("git-svn-id: (\\d)").firstMatch(text),
                 ElementsAre("git-svn-id: 7", "7"));
     EXPECT_THAT(RVRegularExpression("^(.*)(\\d)$").firstMatch(text),

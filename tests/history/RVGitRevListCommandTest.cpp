@@ -157,6 +157,21 @@ TEST_F(RVGitRevListCommandTest, ErrorRowsNameTheLogCommand) {
     EXPECT_THAT(table[1].standardErrorPatterns, ElementsAre("fatal: bad revision '(.+)'"));
 }
 
+TEST_F(RVGitRevListCommandTest, ErrorRowsMatchTheLogCommand) {
+    makeCommit();
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"nonsense"}, {"nonsense", "--"}}) {
+        auto command = RVGitCommand::gitCommandWithRepository(repository());
+        command->setGitCommand("log");
+        command->addGitCommandArguments(arguments);
+        std::optional<RVError> error;
+        EXPECT_FALSE(command->run(&error));
+        ASSERT_NE(error, std::nullopt);
+        EXPECT_EQ(error->code(), RVGitLogNoSuchRevisionError);
+        EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), "nonsense");
+    }
+}
+
 TEST_F(RVGitRevListCommandTest, NeedsARepository) {
     EXPECT_THROW(RVGitRevListCommand(nullptr, std::nullopt), RVInvalidParameterException);
 }

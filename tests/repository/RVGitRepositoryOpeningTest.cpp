@@ -185,6 +185,16 @@ TEST_F(RVGitRepositoryOpeningTest, NamesMayHoldBlanksNewlinesAndAnyLetter) {
     }
 }
 
+TEST_F(RVGitRepositoryOpeningTest, ANameInAnotherEncodingKeepsItsBytes) {
+    const std::string tree = initRepository("Z\xFCrich");
+    const std::string directory = makeDirectory(tree + "/a");
+    expectPaths(directory, tree, tree + "/.git", tree);
+    const std::string bare = initBareRepository("B\xE2le\xFF");
+    expectPaths(bare + "/refs", bare, bare, std::nullopt);
+    git({"config", "core.worktree", directory}, tree);
+    expectPaths(directory, directory, tree + "/.git", directory);
+}
+
 TEST_F(RVGitRepositoryOpeningTest, WhiteSpaceAtTheEndOfABareRepositorysNameIsLostFromBelow) {
     const std::string bare = initBareRepository("bare \n");
     expectPaths(bare, bare, bare, std::nullopt);

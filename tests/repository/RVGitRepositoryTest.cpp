@@ -145,8 +145,7 @@ TEST_F(RVGitRepositoryTest, AMissingHEADFileIsNotDetached) {
 TEST_F(RVGitRepositoryTest, HEADRevisionAsksForTheHashOfTheBranch) {
     const RVRecordingGit recorder = useRecordingGit();
     (void)repository()->HEADRevision();
-    EXPECT_THAT(lastArguments(recorder),
-                testing::ElementsAre("show-ref", "-s", "refs/heads/main"));
+    EXPECT_THAT(lastArguments(recorder), testing::ElementsAre("show-ref", "-s", "refs/heads/main"));
     (void)repository()->isEmpty();
     EXPECT_THAT(lastArguments(recorder), testing::ElementsAre("show-ref", "--heads"));
 }

@@ -171,7 +171,7 @@ TEST(RVGitRefOutputParserTest, RandomOutputIsReadAsByTheExpression) {
         std::string output;
         for (auto lines = random() % 4; lines-- > 0;) {
             if (random() % 8 != 0)
-                output += pieces[random() % 3] + " ";
+                output += pieces[random() % 3] + (random() % 2 ? " " : "\t");
             for (auto count = random() % 5; count-- > 0;)
                 output += pieces[random() % pieces.size()];
             output += "\n";
