@@ -337,8 +337,10 @@ private:
         if (exitWatch_.isOpen())
             return exitEvents_ != 0;
         siginfo_t info{};
-        return waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-               info.si_pid == pid_;
+        // Where SIGCHLD is ignored, the child may be gone before there is a descriptor for it.
+        if (waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT) != 0)
+            return errno == ECHILD;
+        return info.si_pid == pid_;
     }
 
     void reap() {

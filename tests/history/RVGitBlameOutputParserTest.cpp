@@ -1,5 +1,8 @@
 #include "RVGit/history/RVGitBlameOutputParser.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <random>
 

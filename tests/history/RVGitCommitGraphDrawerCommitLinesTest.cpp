@@ -1,5 +1,8 @@
 #include "RVGit/history/RVGitCommitGraphDrawerCommitLines.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVTypes.h"
 

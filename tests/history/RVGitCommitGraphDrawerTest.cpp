@@ -1,5 +1,8 @@
 #include "RVGit/history/RVGitCommitGraphDrawer.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <random>
 
 #include "RVGit/base/RVTypes.h"

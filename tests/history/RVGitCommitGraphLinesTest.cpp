@@ -1,5 +1,8 @@
 #include "RVGit/history/RVGitCommitGraphLines.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <utility>
 
 namespace {

@@ -303,6 +303,15 @@ TEST_F(RVGitCommitTest, TheOrderRunsOnFromTheOffset) {
     EXPECT_THAT(beyond, IsEmpty());
 }
 
+TEST_F(RVGitCommitTest, TheOrderStartsFromTheLow32BitsOfTheOffset) {
+    RVFakeGit fake = useFakeGit();
+    fake.setAnswer({.standardOutput = stringByJoiningComponents(std::vector<std::string>(11, "1"),
+                                                                "\x1f\x1d\x1f")});
+    const auto commits = allCommits({}, RVOptions{{RVGitLogOptionOffset, (1LL << 32) + 5}});
+    ASSERT_THAT(commits, SizeIs(1));
+    EXPECT_EQ(commits[0]->topoOrder(), 5U);
+}
+
 TEST_F(RVGitCommitTest, AnUnbornBranchHasNoCommits) {
     EXPECT_THAT(allCommits(), IsEmpty());
     EXPECT_THAT(*RVGitCommit::allCommitHashesForRevisions({}, {}, repository()), IsEmpty());

@@ -1,5 +1,8 @@
 #include "RVGit/repository/RVGitConfigOptionsParser.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
 #include "tests/support/RVDamagedOutput.h"

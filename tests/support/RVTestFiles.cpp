@@ -21,6 +21,10 @@ std::string readTestFile(const std::string& path) {
 
 void writeTestFile(const std::string& path, std::string_view contents, unsigned permissions) {
     fs::create_directories(fs::path(path).parent_path());
+    if ((permissions & 0111) != 0) {
+        // A program that is running cannot be written to, but another can take its place.
+        fs::remove(path);
+    }
     std::ofstream stream(path, std::ios::binary | std::ios::trunc);
     stream.write(contents.data(), static_cast<std::streamsize>(contents.size()));
     stream.close();

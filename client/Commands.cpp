@@ -1,0 +1,47 @@
+#include "client/Commands.h"
+
+#include <charconv>
+
+std::optional<std::string> Arguments::next() {
+    if (position_ == words_.size())
+        return std::nullopt;
+    return words_[position_++];
+}
+
+std::string Arguments::valueOf(std::string_view option) {
+    if (auto value = next())
+        return *value;
+    throw UsageError(std::string(option) + " needs a value");
+}
+
+std::size_t Arguments::numberOf(std::string_view option) {
+    const std::string value = valueOf(option);
+    std::size_t number = 0;
+    const char* end = value.data() + value.size();
+    if (std::from_chars(value.data(), end, number).ptr != end || value.empty())
+        throw UsageError(std::string(option) + " needs a number");
+    return number;
+}
+
+std::vector<std::string> Arguments::rest() {
+    std::vector<std::string> words(words_.begin() + static_cast<std::ptrdiff_t>(position_),
+                                   words_.end());
+    position_ = words_.size();
+    return words;
+}
+
+const std::vector<Command>& allCommands() {
+    static const std::vector<Command> commands = {
+        {"overview", "overview", runOverview},
+        {"log",
+         "log [--limit N] [--offset N] [--all] [--first-parent] [--signatures] [--author TEXT]\n"
+         "      [--message TEXT] [--content TEXT] [--since DATE] [--until DATE] [REV...] "
+         "[-- PATH...]",
+         runLog},
+        {"tags", "tags", runTags},
+        {"blame", "blame FILE [REV]", runBlame},
+        {"reflog", "reflog [--limit N] [REF]", runReflog},
+        {"shortlog", "shortlog [--limit N] [--committers] [REV]", runShortlog},
+    };
+    return commands;
+}

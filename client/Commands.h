@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "RVGit/base/RVError.h"
+#include "client/Terminal.h"
+
+class RVGitRepository;
+
+/// The command line was wrong; what() says how.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// The library has failed.
+struct Failure {
+    RVError error;
+};
+
+/// The words behind a command's name, taken one after the other.
+class Arguments {
+public:
+    explicit Arguments(std::vector<std::string> words) : words_(std::move(words)) {}
+
+    /// The next word; absent at the end.
+    [[nodiscard]] std::optional<std::string> next();
+    /// The word that must follow an option.
+    [[nodiscard]] std::string valueOf(std::string_view option);
+    [[nodiscard]] std::size_t numberOf(std::string_view option);
+    /// All that is left.
+    [[nodiscard]] std::vector<std::string> rest();
+
+private:
+    std::vector<std::string> words_;
+    std::size_t position_ = 0;
+};
+
+/// One command of the client: it writes to the output, or throws UsageError or Failure.
+struct Command {
+    std::string_view name;
+    std::string_view usage;
+    void (*run)(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+};
+
+/// All commands, in the order in which help lists them.
+[[nodiscard]] const std::vector<Command>& allCommands();
+
+void runOverview(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runLog(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);
+void runTags(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runBlame(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runReflog(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runShortlog(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);

@@ -1,0 +1,66 @@
+#include "client/Terminal.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+
+std::string Output::styled(int style, std::string_view text) const {
+    if (!coloured_ || text.empty())
+        return std::string(text);
+    std::string styled = "\x1b[" + std::to_string(style) + "m";
+    styled += text;
+    styled += "\x1b[0m";
+    return styled;
+}
+
+std::string Output::in(Colour colour, std::string_view text) const {
+    return styled(static_cast<int>(colour), text);
+}
+
+std::string Output::bold(std::string_view text) const {
+    return styled(1, text);
+}
+
+std::string dateText(const std::optional<RVDate>& date) {
+    if (!date)
+        return std::string(16, ' ');
+    const std::time_t seconds = date->time_since_epoch().count();
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char text[32];
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &local)};
+}
+
+std::string printable(std::string_view text) {
+    std::string result(text);
+    for (char& character : result) {
+        const auto byte = static_cast<unsigned char>(character);
+        if ((byte < 0x20 && character != '\t') || byte == 0x7f)
+            character = '?';
+    }
+    return result;
+}
+
+std::string padded(std::string text, std::size_t width) {
+    const auto isFirstByte = [](char byte) { return (byte & 0xc0) != 0x80; };
+    const auto length =
+        static_cast<std::size_t>(std::count_if(text.begin(), text.end(), isFirstByte));
+    if (length < width)
+        text.append(width - length, ' ');
+    return text;
+}
+
+void printError(const RVError& error, bool verbose) {
+    std::string text = "rvgit: ";
+    text += error.localizedDescription().value_or("Error " + std::to_string(error.code()));
+    text += '\n';
+    if (const auto reason = error.localizedFailureReason(); reason && !reason->empty())
+        text += *reason + "\n";
+    if (verbose) {
+        text += "\n" + error.domain() + " " + std::to_string(error.code()) + "\n";
+        for (const auto& [key, value] : error.userInfo())
+            text += "  " + key + ": " + value.displayString() + "\n";
+    }
+    std::fputs(text.c_str(), stderr);
+}

@@ -1,0 +1,144 @@
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "client/Commands.h"
+
+namespace {
+
+constexpr int exitInterrupted = 130;
+std::atomic<bool> interrupted = false;
+
+void printUsage(std::FILE* stream) {
+    std::fputs(
+        "usage: rvgit [--verbose] [-C PATH] [PATH | COMMAND [ARGUMENTS]]\n\n"
+        "Without a command, an overview of the repository at PATH (or here) is printed.\n\n",
+        stream);
+    for (const Command& command : allCommands())
+        std::fprintf(stream, "  %s\n", std::string(command.usage).c_str());
+}
+
+// Waits for Ctrl-C on a thread of its own and ends what git is doing. The main thread then comes
+// back from the library and ends, so that nothing is left behind.
+void cancelCommandsWhenInterrupted() {
+    static sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread([] {
+        int signal = 0;
+        sigwait(&signals, &signal);
+        interrupted = true;
+        while (true) {
+            RVGitCommandQueue::sharedQueue().cancelAllCommands();
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }).detach();
+}
+
+std::shared_ptr<RVGitBinary> gitBinaryInPath() {
+    const char* path = std::getenv("PATH");
+    for (const std::string& directory : componentsSeparatedByString(path ? path : "", ":")) {
+        const std::string candidate = pathByAppendingComponent(directory, "git");
+        if (!directory.empty() && RVFileManager::isExecutableFileAtPath(candidate))
+            return RVGitBinary::gitBinaryWithPath(candidate);
+    }
+    return nullptr;
+}
+
+const Command* commandNamed(std::string_view name) {
+    for (const Command& command : allCommands())
+        if (command.name == name)
+            return &command;
+    return nullptr;
+}
+
+int complain(const std::string& message, int exitCode) {
+    std::fprintf(stderr, "rvgit: %s\n", message.c_str());
+    return exitCode;
+}
+
+int write(const Output& output) {
+    const std::string& text = output.text();
+    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    return written && std::fflush(stdout) == 0 ? 0 : complain("cannot write the output", 1);
+}
+
+int run(std::vector<std::string> words) {
+    bool verbose = false;
+    std::string path = ".";
+    std::size_t position = 0;
+    for (; position < words.size() && words[position].starts_with('-'); ++position) {
+        const std::string& word = words[position];
+        if (word == "--help" || word == "-h")
+            return printUsage(stdout), 0;
+        if (word == "--verbose")
+            verbose = true;
+        else if (word == "-C" && position + 1 < words.size())
+            path = words[++position];
+        else
+            return printUsage(stderr), 2;
+    }
+    const Command* command = &allCommands().front();
+    if (position < words.size()) {
+        if (const Command* named = commandNamed(words[position]))
+            command = named;
+        else
+            path = words[position];
+        ++position;
+    }
+    words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(position));
+
+    const auto gitBinary = gitBinaryInPath();
+    if (!gitBinary || !gitBinary->isValid())
+        return complain("there is no git in PATH, or it is older than " +
+                            RVGitBinary::minimumVersionRequirement(),
+                        1);
+    RVGitBinary::setDefaultGitBinary(gitBinary);
+
+    // A repository knows its paths from the root on.
+    if (!isAbsolutePath(path)) {
+        char* directory = getcwd(nullptr, 0);
+        path = pathByAppendingComponent(directory ? directory : "", path);
+        std::free(directory);
+    }
+    const auto repository = RVGitRepository::repositoryWithPath(path);
+    if (interrupted)
+        return exitInterrupted;
+    if (!repository->isValid())
+        return complain("there is no repository at " + printable(path), 1);
+
+    Output output(isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
+    try {
+        command->run(repository, Arguments(std::move(words)), output);
+    } catch (const UsageError& error) {
+        return complain(error.what(), 2);
+    } catch (const Failure& failure) {
+        if (!interrupted)
+            printError(failure.error, verbose);
+        return interrupted ? exitInterrupted : 1;
+    }
+    return interrupted ? exitInterrupted : write(output);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    cancelCommandsWhenInterrupted();
+    const int exitCode = run({argv + 1, argv + argc});
+    // The waiting thread must not see the statics go.
+    std::_Exit(exitCode);
+}
