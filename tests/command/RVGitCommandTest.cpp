@@ -503,14 +503,14 @@ TEST_F(RVGitCommandTest, GitsMessagesAreEnglishWhateverTheCallersLocale) {
 
 TEST_F(RVGitCommandTest, CancellingAWaitingCommandLaunchesNothing) {
     const std::string marker = scratchPath("launched");
+    auto waiting = std::make_shared<HookedCommand>(
+        RVGitBinary::gitBinaryWithPath(writeFile("marking", "#!/bin/sh\n: > " + marker, 0755)));
     std::vector<std::shared_ptr<HookedCommand>> blocking;
     for (int number = 0; number < 8; ++number) {
         blocking.push_back(scripted("while [ ! -e \"$OPEN\" ]; do sleep 0.01; done"));
         blocking.back()->setValueForEnvironmentVariable(scratchPath("open"), "OPEN");
         blocking.back()->enqueueCommand();
     }
-    auto waiting = std::make_shared<HookedCommand>(
-        RVGitBinary::gitBinaryWithPath(writeFile("marking", "#!/bin/sh\n: > " + marker, 0755)));
     waiting->setCompletionHandler([](RVGitCommand&) { ADD_FAILURE() << "completed"; });
     std::filesystem::remove(marker);
     waiting->enqueueCommand();
