@@ -11,9 +11,6 @@
 
 namespace {
 
-// What git says of a branch without commits.
-constexpr std::int64_t noCommitsYetError = 107;
-
 void readOption(const RVOptions& options, const char* key, bool& value) {
     if (const auto found = options.find(key); found != options.end())
         value = found->second.boolValue();
@@ -223,8 +220,14 @@ bool RVGitLogCommand::parseRecordsUntil(std::size_t end, RVErrorPlace error) {
     return true;
 }
 
+bool RVGitLogCommand::isEmptyHistoryError(const RVError& error) {
+    // "Your current branch does not have any commits yet", which stands in no catalogue.
+    constexpr std::int64_t noCommitsYetError = 107;
+    return error.code() == RVGitBadDefaultRevisionError || error.code() == noCommitsYetError;
+}
+
 bool RVGitLogCommand::gitCommandShouldHandleError(const RVError& error) {
-    if (error.code() != RVGitBadDefaultRevisionError && error.code() != noCommitsYetError)
+    if (!isEmptyHistoryError(error))
         return true;
     if (countsCommits_)
         commitCount_ = 0;

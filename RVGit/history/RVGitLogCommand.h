@@ -136,6 +136,8 @@ public:
     [[nodiscard]] std::int64_t commitCount() const { return commitCount_; }
 
     [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
+    /// Whether git says that there is no commit yet: an empty history, and no failure.
+    [[nodiscard]] static bool isEmptyHistoryError(const RVError& error);
 
 protected:
     void gitCommandWillInitialize() override;
