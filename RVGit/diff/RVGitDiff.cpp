@@ -3,14 +3,132 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVString.h"
+#include "RVGit/diff/RVGitDiffCommand.h"
+#include "RVGit/diff/RVGitDiffLoader.h"
 #include "RVGit/diff/RVGitDiffMap.h"
 #include "RVGit/diff/RVGitDiffOutputParser.h"
+#include "RVGit/diff/RVGitDiffPatchGenerator.h"
 #include "RVGit/objects/RVGitObject.h"
+
+namespace {
+
+// Compares what one revision changed, by `git log`.
+RVGitDiffLoader loaderForRevision(const std::string& revision,
+                                  const std::shared_ptr<RVGitRepository>& repository,
+                                  const std::optional<RVOptions>& options) {
+    RVGitDiffLoader loader(repository);
+    loader.setRevisions({revision});
+    loader.setLogOptions(options);
+    return loader;
+}
+
+// Compares whatever the revisions name, by `git diff`.
+RVGitDiffLoader loaderForRevisions(std::vector<std::string> revisions,
+                                   const std::shared_ptr<RVGitRepository>& repository,
+                                   const std::optional<RVOptions>& options) {
+    RVGitDiffLoader loader(repository);
+    loader.setRevisions(std::move(revisions));
+    loader.setDiffOptions(options);
+    return loader;
+}
+
+}  // namespace
 
 RVGitDiff::RVGitDiff(std::shared_ptr<RVGitRepository> repository)
     : repository_(std::move(repository)) {}
 
 RVGitDiff::~RVGitDiff() = default;
+
+// Comparing.
+
+RVGitDiff::Diffs RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+    const std::string& revision, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    return loaderForRevision(revision, repository, options).loadDiffsForFilePaths(filePaths, error);
+}
+
+std::optional<RVData> RVGitDiff::generatePatchByComparingRevisionWithAncestorForRevision(
+    const std::string& revision, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    return loaderForRevision(revision, repository, options)
+        .generatePatchForFilePaths(filePaths, error);
+}
+
+std::optional<RVData> RVGitDiff::generatePatchByComparingRevision(
+    const std::string& revision, const std::string& withRevision, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    return loaderForRevisions({revision, withRevision}, repository, options)
+        .generatePatchForFilePaths(filePaths, error);
+}
+
+RVGitDiff::Diffs RVGitDiff::allDiffsByComparingRevisions(
+    const std::vector<std::string>& revisions, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    return loaderForRevisions(revisions, repository, options)
+        .loadDiffsForFilePaths(filePaths, error);
+}
+
+RVGitDiff::Diffs RVGitDiff::allDiffsForRevisionRange(
+    const std::string& revisionRange, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    return loaderForRevisions({revisionRange}, repository, options)
+        .loadDiffsForFilePaths(filePaths, error);
+}
+
+RVGitDiff::Diffs RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
+    const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
+    const std::optional<RVOptions>& options, RVErrorPlace error) {
+    return loaderForRevisions({}, repository, options).loadDiffsForFilePaths(filePaths, error);
+}
+
+RVGitDiff::Diffs RVGitDiff::allDiffsByComparingWorkingTreeWithRevision(
+    const std::string& revision, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    return loaderForRevisions({revision}, repository, options)
+        .loadDiffsForFilePaths(filePaths, error);
+}
+
+RVGitDiff::Diffs RVGitDiff::allDiffsByComparingIndexWithRevision(
+    const std::optional<std::string>& revision, const FilePaths& filePaths,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+    RVErrorPlace error) {
+    RVOptions optionsForIndex = options.value_or(RVOptions());
+    optionsForIndex.insert_or_assign(RVGitDiffOptionStaged, true);
+    std::vector<std::string> revisions;
+    if (!RVStringIsEmpty(revision))
+        revisions.push_back(*revision);
+    return loaderForRevisions(std::move(revisions), repository, optionsForIndex)
+        .loadDiffsForFilePaths(filePaths, error);
+}
+
+RVGitDiff::Diffs RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
+    const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
+    const std::optional<RVOptions>& options, RVErrorPlace error) {
+    return allDiffsByComparingIndexWithRevision(std::nullopt, filePaths, repository, options,
+                                                error);
+}
+
+std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlob(
+    const std::optional<std::string>& leftObjectHash,
+    const std::optional<std::string>& rightObjectHash,
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>&,
+    RVErrorPlace error) {
+    requireParameter(leftObjectHash || rightObjectHash, "leftObjectHash || rightObjectHash");
+    const auto diffs = loaderForRevisions({leftObjectHash.value_or(RVGitNullFile),
+                                           rightObjectHash.value_or(RVGitNullFile)},
+                                          repository, std::nullopt)
+                           .loadDiffs(error);
+    return diffs && !diffs->empty() ? diffs->front() : nullptr;
+}
+
+// Converting.
 
 std::shared_ptr<RVGitDiff> RVGitDiff::diffWithRepository(
     std::shared_ptr<RVGitRepository> repository, const RVGitDiffMap& gitDiff) {
@@ -50,6 +168,26 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffFromRawDiff(std::string_view rawDiff,
         return nullptr;
     return diffWithRepository(nullptr, parser.diff());
 }
+
+// Patches.
+
+std::optional<std::string> RVGitDiff::patchForChunkAtIndex(std::size_t chunkIndex) const {
+    return RVGitDiffPatchGenerator(shared_from_this()).patchForChunkAtIndex(chunkIndex);
+}
+
+std::string RVGitDiff::indexPatchForChunkAtIndex(
+    std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
+    return RVGitDiffPatchGenerator(shared_from_this())
+        .indexPatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+}
+
+std::string RVGitDiff::worktreePatchForChunkAtIndex(
+    std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
+    return RVGitDiffPatchGenerator(shared_from_this())
+        .worktreePatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+}
+
+// Fields.
 
 bool RVGitDiff::isEqualToDiff(const RVGitDiff& other) const {
     return rawDiff() == other.rawDiff();
