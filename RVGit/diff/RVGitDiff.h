@@ -18,7 +18,7 @@ class RVGitDiffMap;
 class RVGitRepository;
 
 /// What changed in one file. A snapshot; a raw text is made when it is read, of what git printed.
-class RVGitDiff {
+class RVGitDiff : public std::enable_shared_from_this<RVGitDiff> {
 public:
     using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;
     using FilePaths = std::vector<std::string>;

@@ -103,9 +103,12 @@ public:
 
 private:
     /// Line indexes by line number, in order.
-    using LineIndexes = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+    using LineIndex = std::pair<std::uint32_t, std::uint32_t>;
+    using LineIndexes = std::vector<LineIndex>;
 
     void countLines();
+    [[nodiscard]] LineIndexes lineIndexes(RVGitDiffLineType type, std::uint64_t count,
+                                          std::size_t column) const;
     [[nodiscard]] LineMapping mappingOfLines(const LineIndexes& indexes) const;
     [[nodiscard]] std::optional<RVGitDiffChunkLine> lineForLineNumber(
         const LineIndexes& indexes, std::uint64_t lineNumber) const;

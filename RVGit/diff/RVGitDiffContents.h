@@ -32,11 +32,18 @@ struct RVGitDiffContents {
         std::uint32_t end = 0;
     };
     struct Line {
-        std::uint32_t start = 0;
+        Line(std::size_t lineStart, std::size_t lineLength, std::size_t columnsLength,
+             RVGitDiffLineType lineType)
+            : start(static_cast<std::uint32_t>(lineStart)),
+              length(static_cast<std::uint32_t>(lineLength)),
+              statusLength(columnsLength & 0x3FFFFFFF),
+              type(lineType & 3U) {}
+
+        std::uint32_t start;
         /// In bytes, with the status columns.
-        std::uint32_t length = 0;
-        std::uint32_t statusLength : 30 = 0;
-        std::uint32_t type : 2 = 0;
+        std::uint32_t length;
+        std::uint32_t statusLength : 30;
+        std::uint32_t type : 2;
     };
     struct Chunk {
         Range raw;

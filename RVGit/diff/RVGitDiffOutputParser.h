@@ -58,6 +58,7 @@ private:
     void parseChunkHeaderLine(std::string_view line, std::string_view chunkHeader);
     bool parseChunkLine(std::string_view line);
     [[nodiscard]] RVGitDiffContents::Range rangeOfLine(std::string_view line) const;
+    void beginRaw(std::uint32_t start);
     void appendToRaw(RVGitDiffContents::Range line);
     void advance(std::size_t column);
 
