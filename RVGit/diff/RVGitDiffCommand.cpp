@@ -60,3 +60,7 @@ bool RVGitDiffCommand::gitCommandWillParseOutput(RVErrorPlace error) {
     loadedDiffs_ = parser.takeResult();
     return true;
 }
+
+std::vector<RVGitDiffStatsOutputParserResultItem> RVGitDiffCommand::takeLoadedDiffStats() {
+    return std::move(loadedDiffStats_);
+}

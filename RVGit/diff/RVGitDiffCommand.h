@@ -80,6 +80,7 @@ public:
     [[nodiscard]] const std::vector<RVGitDiffStatsOutputParserResultItem>& loadedDiffStats() const {
         return loadedDiffStats_;
     }
+    [[nodiscard]] std::vector<RVGitDiffStatsOutputParserResultItem> takeLoadedDiffStats();
 
 protected:
     void gitCommandWillInitialize() override;
