@@ -6,8 +6,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <thread>
 
+#include "RVGit/base/RVErrorManager.h"
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
@@ -57,6 +60,26 @@ std::shared_ptr<RVGitBinary> gitBinaryInPath() {
             return RVGitBinary::gitBinaryWithPath(candidate);
     }
     return nullptr;
+}
+
+// English for what the catalogue names by key alone, as far as these commands can meet it.
+void translateErrors() {
+    static constexpr const char* texts[][2] = {
+        {"NO_REFS_ERROR_DESCRIPTION", "No Refs Found"},
+        {"NO_REFS_ERROR_FAILURE_REASON", "The repository has no ref of that name."},
+        {"REFS_READ_ERROR_DESCRIPTION", "Could Not Read Refs"},
+        {"REFS_READ_ERROR_FAILURE_REASON", "Some refs of the repository could not be read."},
+        {"BAD_DEFAULT_REVISION_ERROR_DESCRIPTION", "No Commit Yet"},
+        {"BAD_DEFAULT_REVISION_ERROR_FAILURE_REASON", "HEAD does not name a commit."},
+        {"BAD_REVISION_ERROR_DESCRIPTION", "Bad Revision"},
+        {"BAD_REVISION_ERROR_FAILURE_REASON", "The revision could not be used."},
+        {"CONFIG_INVALID_FILE_ERROR_DESCRIPTION", "Invalid Configuration"},
+        {"CONFIG_INVALID_FILE_ERROR_FAILURE_REASON", "A configuration file could not be read."},
+        {"LOG_NO_SUCH_REVISION_ERROR_DESCRIPTION", "No Such Revision"},
+        {"LOG_NO_SUCH_REVISION_ERROR_FAILURE_REASON",
+         "A revision that was named does not exist in this repository."}};
+    for (const auto& [key, text] : texts)
+        setLocalizedString(key, text);
 }
 
 const Command* commandNamed(std::string_view name) {
@@ -110,11 +133,8 @@ int run(std::vector<std::string> words) {
     RVGitBinary::setDefaultGitBinary(gitBinary);
 
     // A repository knows its paths from the root on.
-    if (!isAbsolutePath(path)) {
-        char* directory = getcwd(nullptr, 0);
-        path = pathByAppendingComponent(directory ? directory : "", path);
-        std::free(directory);
-    }
+    std::error_code ignored;
+    path = standardizedPath(std::filesystem::absolute(path, ignored).string());
     const auto repository = RVGitRepository::repositoryWithPath(path);
     if (interrupted)
         return exitInterrupted;
@@ -138,6 +158,7 @@ int run(std::vector<std::string> words) {
 
 int main(int argc, char** argv) {
     cancelCommandsWhenInterrupted();
+    translateErrors();
     const int exitCode = run({argv + 1, argv + argc});
     // The waiting thread must not see the statics go.
     std::_Exit(exitCode);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -74,16 +75,6 @@ std::string joined(std::initializer_list<std::string_view> parts) {
 bool isASCII(std::string_view text) {
     return std::all_of(text.begin(), text.end(),
                        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-/// The last character of UTF-8 text may count several bytes.
-std::string_view withoutFirstAndLastCharacter(std::string_view text) {
-    text.remove_prefix(1);
-    while (!text.empty() && (static_cast<unsigned char>(text.back()) & 0xC0) == 0x80)
-        text.remove_suffix(1);
-    if (!text.empty())
-        text.remove_suffix(1);
-    return text;
 }
 
 char byteFromOctalDigits(std::string_view digits) {

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitValues.h"
 
@@ -27,21 +28,6 @@ RVDate dateOfTimestamp(double timestamp) {
     constexpr double limit = 1e15;
     return RVDate(
         std::chrono::seconds(static_cast<std::int64_t>(std::clamp(timestamp, -limit, limit))));
-}
-
-bool isContinuationByte(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-/// The text without its first and its last character.
-std::string_view withoutBrackets(std::string_view text) {
-    std::size_t first = 1;
-    while (first < text.size() && isContinuationByte(text[first]))
-        ++first;
-    std::size_t last = text.size();
-    while (last > first && isContinuationByte(text[last - 1]))
-        --last;
-    return last > first ? text.substr(first, last - 1 - first) : std::string_view();
 }
 
 void readHeader(std::string_view line, Item& item) {
@@ -77,14 +63,16 @@ struct Field {
 
 constexpr Field fields[] = {
     {"author ", [](std::string_view value, Item& item) { item.authorName = value; }},
-    {"author-mail ",
-     [](std::string_view value, Item& item) { item.authorEmail = withoutBrackets(value); }},
+    {"author-mail ", [](std::string_view value,
+                        Item& item) { item.authorEmail = withoutFirstAndLastCharacter(value); }},
     {"author-time ",
      [](std::string_view value, Item& item) { item.authorTimestamp = doubleValue(value); }},
     {"author-tz ", [](std::string_view value, Item& item) { item.authorTimeZone = value; }},
     {"committer ", [](std::string_view value, Item& item) { item.committerName = value; }},
     {"committer-mail ",
-     [](std::string_view value, Item& item) { item.committerEmail = withoutBrackets(value); }},
+     [](std::string_view value, Item& item) {
+         item.committerEmail = withoutFirstAndLastCharacter(value);
+     }},
     {"committer-time ",
      [](std::string_view value, Item& item) { item.committerTimestamp = doubleValue(value); }},
     {"committer-tz ", [](std::string_view value, Item& item) { item.committerTimeZone = value; }},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVDateFormatter.h"
 #include "RVGit/base/RVRegularExpression.h"
@@ -33,22 +34,6 @@ std::optional<std::string_view> reflogDateText(std::string_view selector) {
         return std::nullopt;
     selector.remove_prefix(brace + 1);
     return selector.substr(0, selector.empty() ? 0 : selector.size() - 1);
-}
-
-bool isContinuationByte(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
-std::string_view withoutFirstAndLastCharacter(std::string_view text) {
-    if (!text.empty())
-        text.remove_prefix(1);
-    while (!text.empty() && isContinuationByte(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isContinuationByte(text.back()))
-        text.remove_suffix(1);
-    if (!text.empty())
-        text.remove_suffix(1);
-    return text;
 }
 
 // " (HEAD -> refs/heads/main, tag: refs/tags/v1)"

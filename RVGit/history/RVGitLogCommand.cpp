@@ -7,12 +7,11 @@
 #include "RVGit/base/RVDateFormatter.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/diff/RVGitDiffParser.h"
+#include "RVGit/diff/RVGitDiffStatsOutputParser.h"
 #include "RVGit/history/RVGitCommitRecords.h"
 
 namespace {
-
-// What git says of a branch without commits.
-constexpr std::int64_t noCommitsYetError = 107;
 
 void readOption(const RVOptions& options, const char* key, bool& value) {
     if (const auto found = options.find(key); found != options.end())
@@ -223,8 +222,14 @@ bool RVGitLogCommand::parseRecordsUntil(std::size_t end, RVErrorPlace error) {
     return true;
 }
 
+bool RVGitLogCommand::isEmptyHistoryError(const RVError& error) {
+    // "Your current branch does not have any commits yet", which stands in no catalogue.
+    constexpr std::int64_t noCommitsYetError = 107;
+    return error.code() == RVGitBadDefaultRevisionError || error.code() == noCommitsYetError;
+}
+
 bool RVGitLogCommand::gitCommandShouldHandleError(const RVError& error) {
-    if (error.code() != RVGitBadDefaultRevisionError && error.code() != noCommitsYetError)
+    if (!isEmptyHistoryError(error))
         return true;
     if (countsCommits_)
         commitCount_ = 0;
@@ -233,9 +238,30 @@ bool RVGitLogCommand::gitCommandShouldHandleError(const RVError& error) {
     return false;
 }
 
+std::vector<RVGitDiffMap> RVGitLogCommand::takeLoadedDiffs() {
+    return std::move(loadedDiffs_);
+}
+
+std::vector<RVGitDiffStatsOutputParserResultItem> RVGitLogCommand::takeLoadedDiffStats() {
+    return std::move(loadedDiffStats_);
+}
+
 bool RVGitLogCommand::gitCommandWillParseOutput(RVErrorPlace error) {
-    if (hasGitCommandOption("-p") || hasGitCommandOption("--numstat"))
+    if (hasGitCommandOption("-p")) {
+        // A NUL byte stands between two commits.
+        if (standardOutputData().find('\0') == std::string_view::npos) {
+            RVGitDiffParser parser(standardOutputBuffer());
+            (void)parser.parse();
+            loadedDiffs_ = parser.takeResult();
+        }
         return true;
+    }
+    if (hasGitCommandOption("--numstat")) {
+        RVGitDiffStatsOutputParser parser(standardOutputData());
+        const bool parsed = parser.parse(error);
+        loadedDiffStats_ = parser.takeIndexedResults();
+        return parsed;
+    }
     if (commitCount_ != RVNotFound || commits_)
         return true;
     if (countsCommits_) {

@@ -1,15 +1,7 @@
 #include "RVGit/history/RVGitRevListCommand.h"
 
 #include "RVGit/base/RVString.h"
-#include "RVGit/command/RVGitErrorCodes.h"
-#include "RVGit/command/RVGitErrorKeys.h"
-
-namespace {
-
-// "Your current branch does not have any commits yet": a row without an entry in the catalogue.
-constexpr std::int64_t noCommitsYetErrorCode = 107;
-
-}  // namespace
+#include "RVGit/history/RVGitLogCommand.h"
 
 RVGitRevListCommand::RVGitRevListCommand(const std::shared_ptr<RVGitRepository>& repository,
                                          const std::optional<RVOptions>& options)
@@ -26,20 +18,7 @@ std::shared_ptr<RVGitRevListCommand> RVGitRevListCommand::gitRevListCommandWithR
 }
 
 const RVGitErrorTable& RVGitRevListCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
-        {.errorCode = RVGitLogNoSuchRevisionError,
-         .commandNames = {"log"},
-         .exitCodes = {128},
-         .standardErrorPatterns =
-             {"fatal: ambiguous argument '(.+)': unknown revision or path not in the working tree"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
-        {.errorCode = RVGitLogNoSuchRevisionError,
-         .commandNames = {"log"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: bad revision '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
-    };
-    return table;
+    return RVGitLogCommand::gitErrorDefinitions();
 }
 
 void RVGitRevListCommand::gitCommandWillInitialize() {
@@ -54,7 +33,7 @@ void RVGitRevListCommand::gitCommandWillInitialize() {
 }
 
 bool RVGitRevListCommand::gitCommandShouldHandleError(const RVError& error) {
-    if (error.code() != RVGitBadDefaultRevisionError && error.code() != noCommitsYetErrorCode)
+    if (!RVGitLogCommand::isEmptyHistoryError(error))
         return true;
     commitCount_ = 0;
     return false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
@@ -35,10 +36,6 @@ std::string_view prefixForRefType(RVGitRefType refType) {
             break;
     }
     return {};
-}
-
-bool continuesCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
 // Where the text goes on behind as many characters as the prefix has; absent if it has fewer.

@@ -74,6 +74,7 @@ RVGitSigningTestCase::Keys makeKeys() {
         verifyingHome(), {"--import"},
         runGPG(signingHome(), {"--export", keys.good, keys.expired, keys.revoked, keys.nameless}));
     runGPG(verifyingHome(), {"--import"}, revocationOfKey(keys.revoked));
+    runGPG(verifyingHome(), {"--import-ownertrust"}, keys.good + ":6:\n");
     return keys;
 }
 
@@ -97,25 +98,48 @@ RVGitSigningTestCase::RVGitSigningTestCase() {
     setEnvironmentVariable("GNUPGHOME", verifyingHome());
 }
 
-void RVGitSigningTestCase::signTag(const std::string& name, const std::string& fingerprint,
-                                   const std::string& day, bool signatureExpires) {
+std::string RVGitSigningTestCase::signingProgram(const std::string& day,
+                                                 bool signatureExpires) const {
     std::string script = "#!/bin/sh\nexec gpg --homedir " + quotedForShell(signingHome());
     if (!day.empty())
         script += " --faked-system-time " + day + "T000000";
     if (signatureExpires)
         script += " --default-sig-expire 1d";
-    const std::string program = writeFile("signing-gpg", script + " \"$@\"\n", 0755);
-    gitInRepository({"-c", "gpg.program=" + program, "tag", "--local-user=" + fingerprint,
-                     "--message=Signed", name});
+    return writeFile("signing-gpg", script + " \"$@\"\n", 0755);
+}
+
+void RVGitSigningTestCase::signTag(const std::string& name, const std::string& fingerprint,
+                                   const std::string& day, bool signatureExpires) {
+    gitInRepository({"-c", "gpg.program=" + signingProgram(day, signatureExpires), "tag",
+                     "--local-user=" + fingerprint, "--message=Signed", name});
+}
+
+std::string RVGitSigningTestCase::signCommit(const std::string& fingerprint, const std::string& day,
+                                             bool signatureExpires) {
+    gitInRepository({"-c", "gpg.program=" + signingProgram(day, signatureExpires), "commit",
+                     "--quiet", "--allow-empty", "--gpg-sign=" + fingerprint, "--message=Signed"});
+    return gitInRepository({"rev-parse", "HEAD"});
+}
+
+std::string RVGitSigningTestCase::alteredObject(const std::string& type, const std::string& name,
+                                                std::string_view text,
+                                                std::string_view replacement) const {
+    std::string object = git({"cat-file", type, name}, repositoryPath());
+    object.replace(object.find(text), text.size(), replacement);
+    std::string hash = git({"hash-object", "-t", type, "-w", "--stdin"}, repositoryPath(), object);
+    hash.erase(hash.find_last_not_of('\n') + 1);
+    return hash;
 }
 
 void RVGitSigningTestCase::alterTag(const std::string& name, std::string_view text,
                                     std::string_view replacement) {
-    std::string object = git({"cat-file", "tag", name}, repositoryPath());
-    object.replace(object.find(text), text.size(), replacement);
-    std::string hash = git({"hash-object", "-t", "tag", "-w", "--stdin"}, repositoryPath(), object);
-    hash.erase(hash.find_last_not_of('\n') + 1);
-    gitInRepository({"update-ref", "refs/tags/" + name, hash});
+    gitInRepository(
+        {"update-ref", "refs/tags/" + name, alteredObject("tag", name, text, replacement)});
+}
+
+std::string RVGitSigningTestCase::alteredCommit(const std::string& revision, std::string_view text,
+                                                std::string_view replacement) const {
+    return alteredObject("commit", revision, text, replacement);
 }
 
 std::string RVGitSigningTestCase::makeSSHKey(const std::string& name) const {
@@ -134,6 +158,12 @@ std::string RVGitSigningTestCase::fingerprintOfSSHKey(const std::string& path) c
 void RVGitSigningTestCase::signTagWithSSH(const std::string& name, const std::string& keyPath) {
     gitInRepository({"-c", "gpg.format=ssh", "-c", "user.signingKey=" + keyPath, "tag", "--sign",
                      "--message=Signed", name});
+}
+
+std::string RVGitSigningTestCase::signCommitWithSSH(const std::string& keyPath) {
+    gitInRepository({"-c", "gpg.format=ssh", "-c", "user.signingKey=" + keyPath, "commit",
+                     "--quiet", "--allow-empty", "--gpg-sign", "--message=Signed"});
+    return gitInRepository({"rev-parse", "HEAD"});
 }
 
 std::string RVGitSigningTestCase::writeAllowedSigners(

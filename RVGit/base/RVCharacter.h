@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string_view>
+
+// Characters of UTF-8 text, which may count several bytes each.
+
+/// Whether the byte goes on with a character that began before it.
+[[nodiscard]] inline bool continuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+/// What stands between the first and the last character; empty for a text of fewer than three.
+[[nodiscard]] inline std::string_view withoutFirstAndLastCharacter(std::string_view text) {
+    if (!text.empty())
+        text.remove_prefix(1);
+    while (!text.empty() && continuesCharacter(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && continuesCharacter(text.back()))
+        text.remove_suffix(1);
+    if (!text.empty())
+        text.remove_suffix(1);
+    return text;
+}
