@@ -44,7 +44,10 @@ void append(std::vector<T>& list, const std::vector<T>& items) {
 // How many of the paths, from the first on, fit on one command line.
 std::size_t numberOfFilePathsForOneCommand(const std::vector<std::string>& filePaths) {
     // Half of what the system accepts, in bytes; the environment and the options have the rest.
-    static const auto byteLimit = static_cast<std::size_t>(sysconf(_SC_ARG_MAX)) / 2;
+    // Where the stack is unlimited the C library names no bound, but the kernel has one.
+    constexpr std::size_t kernelLimit = std::size_t{6} << 20;
+    const auto byteLimit =
+        std::min(kernelLimit, static_cast<std::size_t>(sysconf(_SC_ARG_MAX))) / 2;
     const std::size_t limit = std::min(filePaths.size(), maximumNumberOfFilePaths.load());
     std::size_t bytes = 0;
     for (std::size_t index = 0; index < limit; ++index) {

@@ -1,6 +1,7 @@
 #include "RVGit/command/RVGitCommand.h"
 
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -98,6 +99,30 @@ protected:
     }
 
     std::shared_ptr<RVGitBinary> realGit() { return RVGitBinary::gitBinaryWithPath(gitPath()); }
+
+    void expectEveryBatchOfLongPathsToLaunch() {
+        std::vector<std::string> paths;
+        for (int number = 0; number < 4000; ++number)
+            paths.push_back(std::to_string(number) + std::string(4000, 'x'));
+        auto remaining = paths;
+        std::vector<std::string> seen;
+        bool exceeds = true;
+        int batches = 0;
+        while (exceeds) {
+            const auto batch = RVGitCommand::filePathsForGitCommand(remaining, &exceeds);
+            auto command = scripted("printf %s $#");
+            command->addGitCommandArguments(batch);
+            RVErrorPlace none = nullptr;
+            ASSERT_TRUE(command->run(none));
+            EXPECT_EQ(command->standardOutputString(), std::to_string(batch.size() + 1));
+            seen.insert(seen.end(), batch.begin(), batch.end());
+            if (exceeds)
+                remaining = RVGitCommand::remainingFilePathsFromFilePaths(remaining);
+            ++batches;
+        }
+        EXPECT_GT(batches, 1);
+        EXPECT_EQ(seen, paths);
+    }
 };
 
 TEST_F(RVGitCommandTest, ABinaryOrARepositoryIsRequired) {
@@ -107,6 +132,22 @@ TEST_F(RVGitCommandTest, ABinaryOrARepositoryIsRequired) {
     EXPECT_THAT([] { RVGitCommand(std::shared_ptr<RVGitRepository>()); },
                 testing::ThrowsMessage<RVInvalidParameterException>(
                     "Invalid parameter not satisfying: repository"));
+}
+
+TEST_F(RVGitCommandTest, AFreshCommandAsksForNothing) {
+    RVGitCommand command(realGit());
+    EXPECT_FALSE(command.sanitizesEnvironment());
+    EXPECT_FALSE(command.isSupportingProgressOutput());
+    EXPECT_FALSE(command.isAuthenticationPassed());
+    command.setAuthenticationPassed(true);
+    EXPECT_TRUE(command.isAuthenticationPassed());
+    EXPECT_FALSE(command.gitCommand());
+    EXPECT_FALSE(command.gitSubCommand());
+    EXPECT_TRUE(command.gitOptions().empty());
+    EXPECT_TRUE(command.gitCommandOptions().empty());
+    EXPECT_TRUE(command.gitCommandArguments().empty());
+    EXPECT_FALSE(command.commandProgress());
+    EXPECT_FALSE(command.error());
 }
 
 TEST_F(RVGitCommandTest, FactoriesFillThePathsThatTheyAreGiven) {
@@ -318,27 +359,16 @@ TEST_F(RVGitCommandTest, FilePathsAreCutAtTheMaximumThatIsSet) {
 }
 
 TEST_F(RVGitCommandTest, LongPathsAreCutEarlierSoThatEveryBatchLaunches) {
-    std::vector<std::string> paths;
-    for (int number = 0; number < 4000; ++number)
-        paths.push_back(std::to_string(number) + std::string(4000, 'x'));
-    auto remaining = paths;
-    std::vector<std::string> seen;
-    bool exceeds = true;
-    int batches = 0;
-    while (exceeds) {
-        const auto batch = RVGitCommand::filePathsForGitCommand(remaining, &exceeds);
-        auto command = scripted("printf %s $#");
-        command->addGitCommandArguments(batch);
-        RVErrorPlace none = nullptr;
-        ASSERT_TRUE(command->run(none));
-        EXPECT_EQ(command->standardOutputString(), std::to_string(batch.size() + 1));
-        seen.insert(seen.end(), batch.begin(), batch.end());
-        if (exceeds)
-            remaining = RVGitCommand::remainingFilePathsFromFilePaths(remaining);
-        ++batches;
-    }
-    EXPECT_GT(batches, 1);
-    EXPECT_EQ(seen, paths);
+    expectEveryBatchOfLongPathsToLaunch();
+}
+
+TEST_F(RVGitCommandTest, LongPathsAreCutWhereTheStackIsUnlimitedToo) {
+    rlimit before;
+    getrlimit(RLIMIT_STACK, &before);
+    const rlimit unlimited{before.rlim_max, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_STACK, &unlimited), 0);
+    expectEveryBatchOfLongPathsToLaunch();
+    setrlimit(RLIMIT_STACK, &before);
 }
 
 TEST_F(RVGitCommandTest, OnePathAlwaysGoesHoweverLong) {
