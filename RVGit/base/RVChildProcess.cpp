@@ -220,8 +220,10 @@ public:
             for (Output& output : outputs_)
                 if (output.events)
                     drain(output);
-            if (!exitedAt_ && hasExited())
-                exitedAt_ = lastByteAt_ = now;
+            if (!exitedAt_ && hasExited()) {
+                exitedAt_ = lastByteAt_ = Clock::now();
+                isQuiet_ = false;
+            }
         }
         // What a cancelled child has started goes with it. The child is not reaped yet, so the
         // process group cannot be anybody else's.
@@ -250,8 +252,10 @@ private:
             return false;
         if (!hasOpenOutputs())
             return true;
+        // A slow handler, or this thread being held up, is not silence: only once nothing is left
+        // to read does the grace count.
         const Clock::time_point now = Clock::now();
-        return now >= lastByteAt_ + outputGrace || now >= *exitedAt_ + outputLimit;
+        return (isQuiet_ && now >= lastByteAt_ + outputGrace) || now >= *exitedAt_ + outputLimit;
     }
 
     void waitForEvents() {
@@ -265,6 +269,7 @@ private:
         if (count < 0)
             for (pollfd& event : events)
                 event.revents = 0;
+        isQuiet_ = count == 0;
         inputEvents_ = events[0].revents;
         outputs_[0].events = events[1].revents;
         outputs_[1].events = events[2].revents;
@@ -366,6 +371,7 @@ private:
     std::optional<Clock::time_point> cancelledAt_;
     std::optional<Clock::time_point> exitedAt_;
     Clock::time_point lastByteAt_;
+    bool isQuiet_ = false;
     bool killed_ = false;
     bool reaped_ = false;
     int exitCode_ = unknownExitCode;

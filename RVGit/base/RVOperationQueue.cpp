@@ -87,16 +87,20 @@ struct RVOperationQueue::State {
 
     static void work(State& state) {
         std::unique_lock lock(state.mutex);
-        while (!state.waiting.empty()) {
-            std::shared_ptr<RVOperation> operation = std::move(state.waiting.front());
-            state.waiting.pop_front();
-            state.execute(operation, lock);
-            // Its destruction is none of the queue's business.
-            lock.unlock();
-            operation.reset();
-            lock.lock();
-        }
+        while (!state.waiting.empty())
+            state.executeNextWaiting(lock);
         --state.slotsInUse;
+    }
+
+    // As execute() has it.
+    void executeNextWaiting(std::unique_lock<std::mutex>& lock) {
+        std::shared_ptr<RVOperation> operation = std::move(waiting.front());
+        waiting.pop_front();
+        execute(operation, lock);
+        // Its destruction is none of the queue's business.
+        lock.unlock();
+        operation.reset();
+        lock.lock();
     }
 };
 
@@ -172,6 +176,9 @@ void RVOperationQueue::cancelAllOperations() {
 void RVOperationQueue::waitUntilAllOperationsAreFinished() {
     std::unique_lock lock(state_->mutex);
     const std::size_t own = state_->numberOfFrames();
+    // This thread may hold the only slot, so what waits for one is run here.
+    while (own > 0 && !state_->waiting.empty())
+        state_->executeNextWaiting(lock);
     state_->finished.wait(lock,
                           [&] { return state_->waiting.empty() && state_->running.size() <= own; });
 }

@@ -35,7 +35,8 @@ public:
     void runBlock(const std::function<void()>& block);
 
     void cancelAllOperations();
-    /// On a thread of the queue, operations that this thread is running are not waited for.
+    /// On a thread of the queue, operations that this thread is running are not waited for, and
+    /// those that have no slot yet are run there and then.
     void waitUntilAllOperationsAreFinished();
 
     /// Whether the calling thread is running an operation of this queue.

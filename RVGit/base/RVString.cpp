@@ -327,6 +327,25 @@ std::string stringByTrimmingWhitespaceAndNewline(std::string_view text) {
     return std::string(trimmedWhitespaceAndNewline(text));
 }
 
+std::string_view trimmedNewlines(std::string_view text) {
+    static constexpr std::string_view newlines[] = {
+        "\n", "\v", "\f", "\r", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9",
+    };
+    for (bool found = true; found;) {
+        found = false;
+        for (std::string_view newline : newlines) {
+            if (text.starts_with(newline)) {
+                text.remove_prefix(newline.size());
+                found = true;
+            } else if (text.ends_with(newline)) {
+                text.remove_suffix(newline.size());
+                found = true;
+            }
+        }
+    }
+    return text;
+}
+
 bool isEqualToUnicodeString(std::string_view left, std::string_view right) {
     if (left == right)
         return true;

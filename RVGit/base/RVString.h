@@ -45,6 +45,7 @@ class RVRegularExpression;
 /// and U+2029.
 [[nodiscard]] std::string_view trimmedWhitespaceAndNewline(std::string_view text);
 [[nodiscard]] std::string stringByTrimmingWhitespaceAndNewline(std::string_view text);
+[[nodiscard]] std::string_view trimmedNewlines(std::string_view text);
 
 /// Equality of names and paths: the same text after canonical composition, so that a letter with
 /// an accent equals its decomposed form. Bytes that are not UTF-8 equal only themselves.

@@ -307,8 +307,9 @@ void RVGitCommand::commandDidTerminate() {
             progressHandler_(*commandProgress_);
     }
     mapResult();
-    if (completionHandler_)
-        completionHandler_(*this);
+    // Taken out first: the handler may set another, and may hold the command that holds it.
+    if (const CompletionHandler handler = std::exchange(completionHandler_, nullptr))
+        handler(*this);
     completionHandler_ = nullptr;
 }
 

@@ -2,6 +2,7 @@
 
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitCommandErrorDefinitionManager.h"
+#include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
@@ -14,6 +15,7 @@
 
 void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());

@@ -30,6 +30,16 @@ RVGitOutputParser::RVGitOutputParser(std::vector<std::string> outputLines)
 
 RVGitOutputParser::~RVGitOutputParser() = default;
 
+std::shared_ptr<RVGitOutputParser> RVGitOutputParser::outputParserWithOutputData(
+    std::string_view outputData) {
+    return std::make_shared<RVGitOutputParser>(outputData);
+}
+
+std::shared_ptr<RVGitOutputParser> RVGitOutputParser::outputParserWithOutputLines(
+    std::vector<std::string> outputLines) {
+    return std::make_shared<RVGitOutputParser>(std::move(outputLines));
+}
+
 std::optional<std::vector<std::string>> RVGitOutputParser::outputLines() const {
     if (givenLines_ || outputData_.empty())
         return givenLines_;

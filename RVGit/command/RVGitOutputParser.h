@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,9 +19,23 @@ class RVGitOutputParser {
 public:
     enum class Delimiter { Newline, NULByte };
 
+    /// No output.
+    RVGitOutputParser();
+    /// With newlines, all of the output is decoded by stringUsingBestEncoding() and a carriage
+    /// return stays in its line. With NUL bytes, each piece is decoded by itself, so that one in
+    /// another encoding does not spoil the others.
+    explicit RVGitOutputParser(std::string_view outputData,
+                               Delimiter delimiter = Delimiter::Newline);
+    explicit RVGitOutputParser(std::vector<std::string> outputLines);
     virtual ~RVGitOutputParser();
     RVGitOutputParser(const RVGitOutputParser&) = delete;
     RVGitOutputParser& operator=(const RVGitOutputParser&) = delete;
+
+    /// A parser that reads every line and keeps nothing; a subclass is made by std::make_shared.
+    [[nodiscard]] static std::shared_ptr<RVGitOutputParser> outputParserWithOutputData(
+        std::string_view outputData);
+    [[nodiscard]] static std::shared_ptr<RVGitOutputParser> outputParserWithOutputLines(
+        std::vector<std::string> outputLines);
 
     /// The lines as text, empty ones included; absent when there was no output.
     [[nodiscard]] std::optional<std::vector<std::string>> outputLines() const;
@@ -36,19 +51,11 @@ public:
     bool parse(RVErrorPlace error = nullptr);
 
 protected:
-    /// No output.
-    RVGitOutputParser();
-    /// With newlines, all of the output is decoded by stringUsingBestEncoding() and a carriage
-    /// return stays in its line. With NUL bytes, each piece is decoded by itself, so that one in
-    /// another encoding does not spoil the others.
-    RVGitOutputParser(std::string_view outputData, Delimiter delimiter);
-    explicit RVGitOutputParser(std::vector<std::string> outputLines);
-
     /// The class name, for error records.
-    [[nodiscard]] virtual std::string_view parserName() const = 0;
-    /// Whether the line could be read. The view holds during the call, and beyond it as long as
-    /// the bytes do only where they are valid UTF-8: keep strings.
-    virtual bool parseOutputLine(std::string_view line) = 0;
+    [[nodiscard]] virtual std::string_view parserName() const { return "RVGitOutputParser"; }
+    /// Whether the line could be read; here, any. The view holds during the call, and beyond it as
+    /// long as the bytes do only where they are valid UTF-8: keep strings.
+    virtual bool parseOutputLine(std::string_view) { return true; }
     /// Called behind the last line; not for output that is absent or was not wholly read.
     virtual void parsingDidFinish() {}
 

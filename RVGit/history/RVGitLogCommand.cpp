@@ -7,6 +7,8 @@
 #include "RVGit/base/RVDateFormatter.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/diff/RVGitDiffParser.h"
+#include "RVGit/diff/RVGitDiffStatsOutputParser.h"
 #include "RVGit/history/RVGitCommitRecords.h"
 
 namespace {
@@ -236,9 +238,30 @@ bool RVGitLogCommand::gitCommandShouldHandleError(const RVError& error) {
     return false;
 }
 
+std::vector<RVGitDiffMap> RVGitLogCommand::takeLoadedDiffs() {
+    return std::move(loadedDiffs_);
+}
+
+std::vector<RVGitDiffStatsOutputParserResultItem> RVGitLogCommand::takeLoadedDiffStats() {
+    return std::move(loadedDiffStats_);
+}
+
 bool RVGitLogCommand::gitCommandWillParseOutput(RVErrorPlace error) {
-    if (hasGitCommandOption("-p") || hasGitCommandOption("--numstat"))
+    if (hasGitCommandOption("-p")) {
+        // A NUL byte stands between two commits.
+        if (standardOutputData().find('\0') == std::string_view::npos) {
+            RVGitDiffParser parser(standardOutputBuffer());
+            (void)parser.parse();
+            loadedDiffs_ = parser.takeResult();
+        }
         return true;
+    }
+    if (hasGitCommandOption("--numstat")) {
+        RVGitDiffStatsOutputParser parser(standardOutputData());
+        const bool parsed = parser.parse(error);
+        loadedDiffStats_ = parser.takeIndexedResults();
+        return parsed;
+    }
     if (commitCount_ != RVNotFound || commits_)
         return true;
     if (countsCommits_) {

@@ -12,6 +12,9 @@
 #include "RVGit/history/RVGitCommitOutputParser.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
 
+class RVGitDiffMap;
+struct RVGitDiffStatsOutputParserResultItem;
+
 /// `git log`: loads commits or their hashes, or counts them, and prints patches or statistics for
 /// whoever parses them. An unborn branch is an empty history and no failure, unless a revision is
 /// named: "HEAD" is unknown there. Codes: 1900 for an unknown revision, 11 where a message holds
@@ -46,8 +49,8 @@ public:
 
     // What to do with them: the first of these that holds, and otherwise hashes only.
 
-    /// Nothing of the commit itself is printed. A caller adds the command option "-p" or
-    /// "--numstat" too; the output then stays unparsed in standardOutputData().
+    /// Nothing of the commit itself is printed. A caller adds the command option "-p", or
+    /// "--raw" and "--numstat", too.
     [[nodiscard]] bool generatesDiffs() const { return generatesDiffs_; }
     void setGeneratesDiffs(bool generates) { generatesDiffs_ = generates; }
     [[nodiscard]] bool generatesDiffStats() const { return generatesDiffStats_; }
@@ -134,6 +137,14 @@ public:
     [[nodiscard]] const std::optional<Items>& commits() const { return commits_; }
     /// RVNotFound unless commits were counted.
     [[nodiscard]] std::int64_t commitCount() const { return commitCount_; }
+    /// The files, with the command option "-p". None if git printed more than one commit.
+    [[nodiscard]] const std::vector<RVGitDiffMap>& loadedDiffs() const { return loadedDiffs_; }
+    [[nodiscard]] std::vector<RVGitDiffMap> takeLoadedDiffs();
+    /// The files, with the command option "--numstat" and without "-p".
+    [[nodiscard]] const std::vector<RVGitDiffStatsOutputParserResultItem>& loadedDiffStats() const {
+        return loadedDiffStats_;
+    }
+    [[nodiscard]] std::vector<RVGitDiffStatsOutputParserResultItem> takeLoadedDiffStats();
 
     [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
     /// Whether git says that there is no commit yet: an empty history, and no failure.
@@ -188,6 +199,8 @@ private:
 
     std::optional<Items> commits_;
     std::int64_t commitCount_ = RVNotFound;
+    std::vector<RVGitDiffMap> loadedDiffs_;
+    std::vector<RVGitDiffStatsOutputParserResultItem> loadedDiffStats_;
 
     /// What has been parsed while git runs. It becomes the result only if the output as a whole
     /// does.

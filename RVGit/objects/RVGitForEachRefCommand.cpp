@@ -2,29 +2,7 @@
 
 #include <utility>
 
-namespace {
-
-/// Newlines as Unicode counts them: U+000A to U+000D, U+0085, U+2028 and U+2029.
-std::string_view trimmedNewlines(std::string_view text) {
-    static constexpr std::string_view newlines[] = {
-        "\n", "\v", "\f", "\r", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9",
-    };
-    for (bool found = true; found;) {
-        found = false;
-        for (std::string_view newline : newlines) {
-            if (text.starts_with(newline)) {
-                text.remove_prefix(newline.size());
-                found = true;
-            } else if (text.ends_with(newline)) {
-                text.remove_suffix(newline.size());
-                found = true;
-            }
-        }
-    }
-    return text;
-}
-
-}  // namespace
+#include "RVGit/base/RVString.h"
 
 bool fieldsOfForEachRefRecord(std::string_view record, std::span<std::string_view> fields) {
     for (std::size_t index = 0; index < fields.size(); ++index) {

@@ -177,7 +177,18 @@ TEST(RVChildProcessTest, AGrandchildOnThePipesDelaysTheEndByAGraceOnly) {
 }
 
 TEST(RVChildProcessTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
-    EXPECT_EQ(run(shell("(sleep 0.1; printf late) & printf early")).output, "earlylate");
+    EXPECT_EQ(run(shell("(sleep 0.01; printf late) & printf early")).output, "earlylate");
+}
+
+TEST(RVChildProcessTest, AHandlerThatTakesLongerThanTheGraceLosesNothing) {
+    RVChildProcess process;
+    // The second word is written while the handler is still busy with the first.
+    ASSERT_EQ(process.run(shell("(sleep 0.02; printf one; sleep 0.1; printf two) &"),
+                          [](std::string_view) {
+                              std::this_thread::sleep_for(2 * RVChildProcess::outputGrace);
+                          }),
+              0);
+    EXPECT_EQ(process.standardOutput().view(), "onetwo");
 }
 
 TEST(RVChildProcessTest, AChildKilledBySignalNHasTheExitCode128PlusN) {

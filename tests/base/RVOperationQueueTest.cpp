@@ -181,6 +181,17 @@ TEST(RVOperationQueueTest, WaitingForAllOnAThreadOfTheQueueLeavesItselfOut) {
     EXPECT_TRUE(returned);
 }
 
+TEST(RVOperationQueueTest, WaitingForAllOnTheOnlySlotRunsWhatWaitsForIt) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    std::vector<int> order;
+    queue->runBlock([&] {
+        for (int number = 0; number < 3; ++number)
+            queue->addOperation(operation([&order, number] { order.push_back(number); }));
+        queue->waitUntilAllOperationsAreFinished();
+        EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+    });
+}
+
 TEST(RVOperationQueueTest, WorkOutlivesTheQueue) {
     Gate gate;
     std::atomic<bool> ran = false;

@@ -205,6 +205,12 @@ TEST(RVStringTest, TrimmingTakesNothingElse) {
             << testing::PrintToString(text);
 }
 
+TEST(RVStringTest, TrimmingNewlinesLeavesBlanks) {
+    const std::string newlines = "\n\r\v\f\u0085\u2028\u2029\r\n";
+    EXPECT_EQ(trimmedNewlines(newlines + " a\nb\t" + newlines), " a\nb\t");
+    EXPECT_EQ(trimmedNewlines(newlines), "");
+}
+
 TEST(RVStringTest, TrimmedViewLiesInTheText) {
     const std::string_view text = "  a\n";
     EXPECT_EQ(trimmedWhitespaceAndNewline(text).data(), text.data() + 2);

@@ -1,6 +1,8 @@
 #include "RVGit/command/RVGitCommandQueue.h"
 
 #include <atomic>
+#include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include "RVGit/base/RVOperationQueue.h"
@@ -11,6 +13,11 @@
 namespace {
 
 class RVGitCommandQueueTest : public RVGitTestCase {};
+
+std::size_t numberOfEntries(const std::string& directory) {
+    const std::filesystem::directory_iterator entries(directory);
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
 
 TEST_F(RVGitCommandQueueTest, IsNamedAndBoundedByTheConfiguration) {
     RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
@@ -27,7 +34,7 @@ TEST_F(RVGitCommandQueueTest, ACommandIsRequired) {
                     "Invalid parameter not satisfying: command"));
 }
 
-TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitAndEachCompletesOnce) {
+TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitCompleteOnceAndLeaveNothing) {
     // Each child says for how long it lives; overlaps are counted afterwards by a directory that
     // holds one entry for each child that is alive.
     const std::string alive = makeDirectory("alive");
@@ -38,6 +45,8 @@ TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitAndEachCompletes
                                        "rm \"$ALIVE/$$\";; esac\n",
                                        0755);
     const auto binary = RVGitBinary::gitBinaryWithPath(path);
+    const std::size_t descriptors = numberOfEntries("/proc/self/fd");
+    const std::size_t threads = numberOfEntries("/proc/self/task");
     constexpr int count = 1000;
     std::vector<std::atomic<int>> completions(count);
     std::atomic<int> most = 0;
@@ -60,6 +69,11 @@ TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitAndEachCompletes
         ASSERT_EQ(completed, 1);
     EXPECT_LE(most, 8);
     EXPECT_GE(most, 2);
+    EXPECT_EQ(numberOfEntries("/proc/self/fd"), descriptors);
+    // The last threads end just behind their last command.
+    for (int attempt = 0; attempt < 500 && numberOfEntries("/proc/self/task") > threads; ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_LE(numberOfEntries("/proc/self/task"), threads);
 }
 
 TEST_F(RVGitCommandQueueTest, CancellingAllEndsWhatRunsAndWhatWaits) {

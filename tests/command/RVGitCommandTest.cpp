@@ -363,6 +363,24 @@ TEST_F(RVGitCommandTest, HooksOfASuccessRunInOrder) {
     EXPECT_FALSE(command->completionHandler());
 }
 
+TEST_F(RVGitCommandTest, ACompletionHandlerIsDroppedWhateverItDoes) {
+    auto command = scripted("exit 0");
+    command->setCompletionHandler([command](RVGitCommand& finished) {
+        finished.setCompletionHandler([](RVGitCommand&) { ADD_FAILURE() << "called"; });
+        EXPECT_EQ(command->exitCode(), 0) << "the handler's own capture is still alive";
+    });
+    EXPECT_TRUE(command->run());
+    EXPECT_FALSE(command->completionHandler());
+
+    const std::weak_ptr<RVGitCommand> throwing = [&] {
+        auto held = scripted("exit 0");
+        held->setCompletionHandler([held](RVGitCommand&) { throw std::runtime_error("no"); });
+        EXPECT_THROW(held->run(), std::runtime_error);
+        return held;
+    }();
+    EXPECT_TRUE(throwing.expired());
+}
+
 TEST_F(RVGitCommandTest, AFailureIsMappedAndNotParsed) {
     auto command = scripted("printf out; echo nonsense >&2; exit 3");
     int completions = 0;

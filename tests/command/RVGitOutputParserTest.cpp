@@ -115,6 +115,16 @@ TEST(RVGitOutputParserTest, GivenLinesAreReadAsTheyAre) {
     EXPECT_EQ(parser.numberOfFinishes(), 1);
 }
 
+TEST(RVGitOutputParserTest, AParserOfNoFormatReadsEveryLine) {
+    auto ofData = RVGitOutputParser::outputParserWithOutputData("a\nb");
+    EXPECT_THAT(ofData->outputLines(), Optional(ElementsAre("a", "b")));
+    EXPECT_FALSE(ofData->usesNULByteAsNewlineDelimiter());
+    EXPECT_TRUE(ofData->parse());
+    auto ofLines = RVGitOutputParser::outputParserWithOutputLines({"a\nb"});
+    EXPECT_THAT(ofLines->outputLines(), Optional(ElementsAre("a\nb")));
+    EXPECT_TRUE(ofLines->parse());
+}
+
 TEST(RVGitOutputParserTest, ALineThatCannotBeReadStopsTheParserWithCode11) {
     LineParser parser("one\ntwo\nbad\nfour\n");
     std::optional<RVError> error;

@@ -7,6 +7,8 @@
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/diff/RVGitDiffMap.h"
+#include "RVGit/diff/RVGitDiffStatsOutputParser.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 namespace {
@@ -342,16 +344,53 @@ TEST_F(RVGitLogCommandTest, CountsNothingWhereNothingMatches) {
     EXPECT_EQ(command->commitCount(), 0);
 }
 
-TEST_F(RVGitLogCommandTest, PatchesAndStatisticsAreLeftUnparsed) {
+TEST_F(RVGitLogCommandTest, LoadsDiffsOfOneCommit) {
     makeCommit();
-    for (const char* option : {"-p", "--numstat"}) {
-        const auto command = logCommand();
-        command->setGeneratesDiffs(true);
-        command->addGitCommandOption(option);
-        EXPECT_TRUE(command->run());
-        EXPECT_EQ(command->commits(), std::nullopt);
-        EXPECT_THAT(std::string(command->standardOutputData()), testing::HasSubstr("file.txt"));
-    }
+    makeCommit();
+    const auto command = logCommand();
+    command->setGeneratesDiffs(true);
+    command->setLimit(1);
+    command->addGitCommandOption("-p");
+    ASSERT_TRUE(command->run());
+    EXPECT_EQ(command->commits(), std::nullopt);
+    EXPECT_THAT(command->loadedDiffStats(), IsEmpty());
+    ASSERT_THAT(command->loadedDiffs(), SizeIs(1));
+    EXPECT_EQ(command->takeLoadedDiffs()[0].gitDiffFilePath(), "file.txt");
+}
+
+TEST_F(RVGitLogCommandTest, LoadsNoDiffsOfSeveralCommits) {
+    makeCommit();
+    makeCommit();
+    const auto command = logCommand();
+    command->setGeneratesDiffs(true);
+    command->addGitCommandOption("-p");
+    ASSERT_TRUE(command->run());
+    EXPECT_THAT(std::string(command->standardOutputData()), testing::HasSubstr("file.txt"));
+    EXPECT_THAT(command->loadedDiffs(), IsEmpty());
+}
+
+TEST_F(RVGitLogCommandTest, LoadsStatistics) {
+    makeCommit();
+    const auto command = logCommand();
+    command->setGeneratesDiffStats(true);
+    command->addGitCommandOptions({"--raw", "--no-abbrev", "--numstat"});
+    ASSERT_TRUE(command->run());
+    EXPECT_EQ(command->commits(), std::nullopt);
+    EXPECT_THAT(command->loadedDiffs(), IsEmpty());
+    ASSERT_THAT(command->loadedDiffStats(), SizeIs(1));
+    const auto stats = command->takeLoadedDiffStats();
+    EXPECT_EQ(stats[0].filePath, "file.txt");
+    EXPECT_EQ(stats[0].fileStatus, RVGitFileStatusAdded);
+    EXPECT_EQ(stats[0].linesAdded, 1u);
+}
+
+TEST_F(RVGitLogCommandTest, PatchesComeAheadOfStatistics) {
+    makeCommit();
+    const auto command = logCommand();
+    command->setGeneratesDiffs(true);
+    command->addGitCommandOptions({"--raw", "--numstat", "-p"});
+    ASSERT_TRUE(command->run());
+    EXPECT_THAT(command->loadedDiffStats(), IsEmpty());
 }
 
 TEST_F(RVGitLogCommandTest, LoadsHashesOnly) {

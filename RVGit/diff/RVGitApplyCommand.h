@@ -1,0 +1,96 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "RVGit/base/RVTypes.h"
+#include "RVGit/command/RVGitCommand.h"
+
+// Options, all boolean.
+inline constexpr char RVGitApplyOptionNoVerify[] = "RVGitApplyOptionNoVerify";
+inline constexpr char RVGitApplyOptionCached[] = "cached";
+inline constexpr char RVGitApplyOptionIndex[] = "index";
+inline constexpr char RVGitApplyOptionReverse[] = "reverse";
+inline constexpr char RVGitApplyOptionIgnoresWhitespace[] = "ignores-whitespace";
+inline constexpr char RVGitApplyOptionUnidiffZero[] = "unidiffZero";
+inline constexpr char RVGitApplyOptionRecount[] = "recount";
+inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
+
+/// Runs `git apply` for one patch in memory, or for patch files. Without further options the patch
+/// is applied to the working tree. Failure: code 1400 if the patch is corrupt, 1401 if it changes
+/// nothing, 1402 if a file that it changes does not exist.
+class RVGitApplyCommand : public RVGitCommand {
+public:
+    /// The repository is required.
+    RVGitApplyCommand(const std::shared_ptr<RVGitRepository>& repository,
+                      const std::optional<RVOptions>& options);
+
+    [[nodiscard]] static std::shared_ptr<RVGitApplyCommand> gitApplyCommandWithRepository(
+        const std::shared_ptr<RVGitRepository>& repository);
+    /// Patch files.
+    [[nodiscard]] static std::shared_ptr<RVGitApplyCommand> gitApplyCommandWithRepository(
+        const std::shared_ptr<RVGitRepository>& repository,
+        std::optional<std::vector<std::string>> filePaths, const std::optional<RVOptions>& options);
+    /// A patch in memory.
+    [[nodiscard]] static std::shared_ptr<RVGitApplyCommand> gitApplyCommandWithRepository(
+        const std::shared_ptr<RVGitRepository>& repository, std::optional<RVData> patch,
+        const std::optional<RVOptions>& options);
+
+    /// Kept for compatibility: git has no such option and fails.
+    [[nodiscard]] bool noVerify() const { return noVerify_; }
+    void setNoVerify(bool noVerify) { noVerify_ = noVerify; }
+    [[nodiscard]] bool appliesPatchToIndex() const { return appliesPatchToIndex_; }
+    void setAppliesPatchToIndex(bool applies) { appliesPatchToIndex_ = applies; }
+    [[nodiscard]] bool appliesPatchToWorkingTreeAndIndex() const {
+        return appliesPatchToWorkingTreeAndIndex_;
+    }
+    void setAppliesPatchToWorkingTreeAndIndex(bool applies) {
+        appliesPatchToWorkingTreeAndIndex_ = applies;
+    }
+    [[nodiscard]] bool appliesPatchInReverse() const { return appliesPatchInReverse_; }
+    void setAppliesPatchInReverse(bool applies) { appliesPatchInReverse_ = applies; }
+    [[nodiscard]] bool ignoresWhitespace() const { return ignoresWhitespace_; }
+    void setIgnoresWhitespace(bool ignores) { ignoresWhitespace_ = ignores; }
+    /// Takes a patch without context.
+    [[nodiscard]] bool unidiffZero() const { return unidiffZero_; }
+    void setUnidiffZero(bool unidiffZero) { unidiffZero_ = unidiffZero; }
+    /// Counts lines instead of believing the chunk headers.
+    [[nodiscard]] bool recount() const { return recount_; }
+    void setRecount(bool recount) { recount_ = recount; }
+    [[nodiscard]] bool inaccurateEOF() const { return inaccurateEOF_; }
+    void setInaccurateEOF(bool inaccurateEOF) { inaccurateEOF_ = inaccurateEOF; }
+    /// Only tells, by success or failure, whether the patch would apply.
+    [[nodiscard]] bool checksApplicability() const { return checksApplicability_; }
+    void setChecksApplicability(bool checks) { checksApplicability_ = checks; }
+    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
+        return filePaths_;
+    }
+    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
+        filePaths_ = std::move(filePaths);
+    }
+    /// Given to git on standard input.
+    [[nodiscard]] const std::optional<RVData>& patch() const { return patch_; }
+    void setPatch(std::optional<RVData> patch) { patch_ = std::move(patch); }
+
+    [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
+
+protected:
+    void gitCommandWillInitialize() override;
+    RVUserInfo gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) override;
+
+private:
+    bool noVerify_ = false;
+    bool appliesPatchToIndex_ = false;
+    bool appliesPatchToWorkingTreeAndIndex_ = false;
+    bool appliesPatchInReverse_ = false;
+    bool ignoresWhitespace_ = false;
+    bool unidiffZero_ = false;
+    bool recount_ = false;
+    bool inaccurateEOF_ = false;
+    bool checksApplicability_ = false;
+    std::optional<std::vector<std::string>> filePaths_;
+    std::optional<RVData> patch_;
+};

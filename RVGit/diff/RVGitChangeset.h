@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/base/RVTypes.h"
+#include "RVGit/diff/RVGitChangesetEntry.h"
+#include "RVGit/diff/RVGitDiffSettings.h"
+
+class RVGitDiff;
+class RVGitRepository;
+
+/// The files that a comparison finds changed, with the counts of their lines, loaded without any
+/// of the lines themselves. It remembers the comparison, so that diffs can be had of it later. A
+/// snapshot, readable on any thread.
+class RVGitChangeset {
+public:
+    using Entries = std::vector<std::shared_ptr<RVGitChangesetEntry>>;
+    using FilePaths = std::vector<std::string>;
+
+    /// The repository is required.
+    RVGitChangeset(std::shared_ptr<RVGitRepository> repository, RVGitDiffSettings diffSettings,
+                   Entries entries);
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset> changesetWithRepository(
+        std::shared_ptr<RVGitRepository> repository, RVGitDiffSettings diffSettings,
+        Entries entries);
+
+    // Comparing, each by one run of git, as the operations of RVGitDiff that are named alike.
+    // Without file paths all files are compared. Null, with git's error in the place, if git
+    // failed.
+
+    /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset>
+    changesetByComparingRevisionWithAncestorForRevision(
+        const std::string& revision, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset> changesetByComparingRevisions(
+        const std::vector<std::string>& revisions, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset> changesetForRevisionRange(
+        const std::string& revisionRange, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset>
+    changesetByComparingWorkingTreeWithIndexWithForFilePaths(
+        const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
+        const std::optional<RVOptions>& options, RVErrorPlace error = nullptr);
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset>
+    changesetByComparingWorkingTreeWithRevision(const std::string& revision,
+                                                const FilePaths& filePaths,
+                                                const std::shared_ptr<RVGitRepository>& repository,
+                                                const std::optional<RVOptions>& options,
+                                                RVErrorPlace error = nullptr);
+    /// An absent or empty revision leaves the choice to git, which is HEAD.
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset> changesetByComparingIndexWithRevision(
+        const std::optional<std::string>& revision, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] static std::shared_ptr<RVGitChangeset>
+    changesetByComparingIndexWithBaseForFilePaths(
+        const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
+        const std::optional<RVOptions>& options, RVErrorPlace error = nullptr);
+
+    [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
+    [[nodiscard]] const RVGitDiffSettings& diffSettings() const { return diffSettings_; }
+    [[nodiscard]] const Entries& entries() const { return entries_; }
+
+    [[nodiscard]] std::uint64_t totalFilesChanged() const { return entries_.size(); }
+    [[nodiscard]] std::uint64_t totalLinesAdded() const;
+    [[nodiscard]] std::uint64_t totalLinesDeleted() const;
+
+    /// The first entry with that path, the new one of a rename; null if there is none.
+    [[nodiscard]] std::shared_ptr<RVGitChangesetEntry> entryForFilePath(
+        std::string_view filePath) const;
+
+    using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;
+
+    /// The diffs of all files of the comparison, also where the changeset was limited to some
+    /// paths. Absent, with git's error in the place, if git failed.
+    [[nodiscard]] Diffs allDiffs(RVErrorPlace error = nullptr) const;
+    /// The diff of the entry with that path, a rename told by both its paths. Null with a cleared
+    /// place if there is no such entry, or if git finds no change any more.
+    [[nodiscard]] std::shared_ptr<RVGitDiff> diffForEntryWithFilePath(
+        const std::string& filePath, RVErrorPlace error = nullptr) const;
+
+private:
+    std::shared_ptr<RVGitRepository> repository_;
+    RVGitDiffSettings diffSettings_;
+    Entries entries_;
+};

@@ -1,0 +1,384 @@
+#include "RVGit/diff/RVGitDiffOutputParser.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "RVGit/base/RVDataBuffer.h"
+#include "RVGit/base/RVRegularExpression.h"
+#include "RVGit/base/RVString.h"
+
+namespace {
+
+// A block that is not UTF-8 is kept decoded, and its bytes are not.
+std::shared_ptr<RVGitDiffContents> contentsOfText(std::string text) {
+    auto contents = std::make_shared<RVGitDiffContents>();
+    auto owner = std::make_shared<const std::string>(std::move(text));
+    contents->text = *owner;
+    contents->textOwner = std::move(owner);
+    return contents;
+}
+
+std::shared_ptr<RVGitDiffContents> contentsOfBlock(std::shared_ptr<const RVDataBuffer> buffer,
+                                                   std::string_view block) {
+    if (!isValidUTF8(block))
+        return contentsOfText(stringUsingBestEncoding(block));
+    auto contents = std::make_shared<RVGitDiffContents>();
+    contents->text = block;
+    contents->textOwner = std::move(buffer);
+    return contents;
+}
+
+// The path of "a/path" or "b/path", or of the same in quotes.
+std::string pathWithoutPrefix(std::string_view path) {
+    constexpr std::size_t prefixLength = 2;
+    if (!path.starts_with('"'))
+        return std::string(path.substr(prefixLength));
+    return unquotedCString('"' + std::string(path.substr(1 + prefixLength)));
+}
+
+// The bytes of the first `count` characters; absent if there are fewer.
+std::optional<std::size_t> lengthOfCharacters(std::string_view text, std::size_t count) {
+    std::size_t length = 0;
+    for (; count > 0; --count) {
+        if (length == text.size())
+            return std::nullopt;
+        ++length;
+        while (length < text.size() && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
+            ++length;
+    }
+    return length;
+}
+
+// The position behind "N", "N," or "N,M", or behind what there is of it.
+std::size_t endOfNumbers(std::string_view line, std::size_t position) {
+    const auto skipDigits = [&] {
+        while (position < line.size() && line[position] >= '0' && line[position] <= '9')
+            ++position;
+    };
+    skipDigits();
+    if (position < line.size() && line[position] == ',')
+        ++position;
+    skipDigits();
+    return position;
+}
+
+// "-5,3": a sign, the location and the length, which is 1 where it is not said.
+RVGitDiffRange rangeFromText(std::string_view text) {
+    text.remove_prefix(1);
+    const std::size_t comma = text.find(',');
+    RVGitDiffRange range{int32Value(text.substr(0, comma)), 1};
+    if (comma != std::string_view::npos) {
+        const std::string_view rest = text.substr(comma + 1);
+        range.length = int32Value(rest.substr(0, rest.find(',')));
+    }
+    return range;
+}
+
+std::uint32_t lineNumberFromValue(std::int64_t value) {
+    return static_cast<std::uint32_t>(std::max<std::int64_t>(value, 0));
+}
+
+}  // namespace
+
+const RVRegularExpression& RVGitDiffOutputParser::diffHeaderRegex() {
+    static const RVRegularExpression expression(R"re(^diff --git ("?a/.+"?) ("?b/.+"?)$)re");
+    return expression;
+}
+
+const RVRegularExpression& RVGitDiffOutputParser::combinedDiffHeaderRegex() {
+    static const RVRegularExpression expression(R"re(^diff --(combined|cc) ("?.+"?)$)re");
+    return expression;
+}
+
+const RVRegularExpression& RVGitDiffOutputParser::indexRegex() {
+    static const RVRegularExpression expression(
+        R"(^index ([a-z0-9]+),?([a-z0-9,]+)*\.\.([a-z0-9]+) ?([0-9]+)?$)");
+    return expression;
+}
+
+const RVRegularExpression& RVGitDiffOutputParser::chunkHeaderRegex() {
+    static const RVRegularExpression expression(R"(^(@+( \-(\d+),?(\d+)?)+ \+(\d+),?(\d+)? @+))");
+    return expression;
+}
+
+RVGitDiffOutputParser::RVGitDiffOutputParser(std::string_view outputData)
+    : RVGitDiffOutputParser(contentsOfText(stringUsingBestEncoding(outputData))) {}
+
+RVGitDiffOutputParser::RVGitDiffOutputParser(std::shared_ptr<const RVDataBuffer> buffer,
+                                             std::string_view block)
+    : RVGitDiffOutputParser(contentsOfBlock(std::move(buffer), block)) {}
+
+RVGitDiffOutputParser::RVGitDiffOutputParser(std::shared_ptr<RVGitDiffContents> contents)
+    : RVGitOutputParser(contents->text, Delimiter::Newline), contents_(std::move(contents)) {}
+
+RVGitDiffOutputParser::~RVGitDiffOutputParser() = default;
+
+bool RVGitDiffOutputParser::parseOutputLine(std::string_view line) {
+    if (contents_->text.size() >= std::numeric_limits<std::uint32_t>::max())
+        return false;
+    if (line.front() == '*' && line.starts_with("* Unmerged path "))
+        return true;
+    if (!isFinishedParsingHeader_)
+        return parseDiffHeaderLine(line);
+    if (line.front() == '@') {
+        const std::string_view chunkHeader = chunkHeaderOfLine(line);
+        if (!chunkHeader.empty()) {
+            parseChunkHeaderLine(line, chunkHeader);
+            return true;
+        }
+    }
+    return parseChunkLine(line);
+}
+
+// Where the lines stand.
+
+RVGitDiffContents::Range RVGitDiffOutputParser::rangeOfLine(std::string_view line) const {
+    const auto start = static_cast<std::uint32_t>(line.data() - contents_->text.data());
+    return {start, start + static_cast<std::uint32_t>(line.size()) + 1};
+}
+
+void RVGitDiffOutputParser::beginRaw(std::uint32_t start) {
+    if (!contents_->raw)
+        endOfLastLine_ = start;
+    contents_->raw = {start, start};
+}
+
+void RVGitDiffOutputParser::appendToRaw(RVGitDiffContents::Range line) {
+    if (!contents_->raw)
+        return;
+    if (line.start > endOfLastLine_)
+        contents_->omissions.push_back({endOfLastLine_, line.start});
+    endOfLastLine_ = line.end;
+    contents_->raw->end = line.end;
+    if (!isFinishedParsingHeader_ && contents_->header)
+        contents_->header->end = line.end;
+}
+
+// The header.
+
+bool RVGitDiffOutputParser::parseDiffHeaderLine(std::string_view line) {
+    const RVGitDiffContents::Range range = rangeOfLine(line);
+    RVGitDiffContents& diff = *contents_;
+    std::string_view rest;
+    const auto takes = [&](std::string_view prefix) {
+        if (!line.starts_with(prefix))
+            return false;
+        rest = line.substr(prefix.size());
+        return true;
+    };
+
+    bool isExtendedHeader = true;
+    bool isLastLine = false;
+    if (takes("diff --git ")) {
+        if (!parseDiffLine(line))
+            return false;
+        isExtendedHeader = false;
+    } else if (takes("diff --combined ") || takes("diff --cc ")) {
+        if (!parseCombinedDiffLine(line))
+            return false;
+        isExtendedHeader = false;
+    } else if (takes("Binary files ")) {
+        diff.isBinary = true;
+        isExtendedHeader = false;
+    } else if (takes("--- ")) {
+        isExtendedHeader = false;
+    } else if (takes("+++ ")) {
+        isExtendedHeader = false;
+        isLastLine = true;
+    } else if (trimmedWhitespaceAndNewline(line).empty()) {
+        return true;
+    } else if (takes("old mode ")) {
+        diff.originalFileModes = {std::string(rest)};
+    } else if (takes("new mode ")) {
+        diff.fileMode = rest;
+    } else if (takes("deleted file mode ")) {
+        diff.filePath.reset();
+        diff.fileStatus = 'D';
+        diff.originalFileModes = {std::string(rest)};
+    } else if (takes("new file mode ")) {
+        diff.oldFilePath.reset();
+        diff.fileStatus = 'A';
+        diff.fileMode = rest;
+    } else if (takes("copy from ")) {
+        diff.fileStatus = 'C';
+    } else if (takes("rename from ")) {
+        diff.fileStatus = 'R';
+    } else if (takes("similarity index ")) {
+        diff.similarityIndex = integerValue(rest);
+    } else if (takes("index ")) {
+        if (!parseIndexLine(line))
+            return false;
+    }
+
+    if (isExtendedHeader)
+        diff.extendedHeaders.push_back(range);
+    appendToRaw(range);
+    isFinishedParsingHeader_ = isLastLine;
+    return true;
+}
+
+bool RVGitDiffOutputParser::parseDiffLine(std::string_view line) {
+    const std::uint32_t start = rangeOfLine(line).start;
+    beginRaw(start);
+    contents_->header = {start, start};
+    const auto components = diffHeaderRegex().firstMatch(line);
+    if (components.empty())
+        return false;
+    contents_->oldFilePath = pathWithoutPrefix(*components[1]);
+    contents_->filePath = pathWithoutPrefix(*components[2]);
+    contents_->fileStatus = 'M';
+    return true;
+}
+
+bool RVGitDiffOutputParser::parseCombinedDiffLine(std::string_view line) {
+    beginRaw(rangeOfLine(line).start);
+    const auto components = combinedDiffHeaderRegex().firstMatch(line);
+    if (components.empty())
+        return false;
+    contents_->oldFilePath = unquotedCString(*components[2]);
+    contents_->filePath = contents_->oldFilePath;
+    contents_->fileStatus = 'M';
+    return true;
+}
+
+bool RVGitDiffOutputParser::parseIndexLine(std::string_view line) {
+    const auto components = indexRegex().firstMatch(line);
+    if (components.empty())
+        return false;
+    auto& originalHashes = contents_->originalObjectHashes.emplace();
+    originalHashes.emplace_back(*components[1]);
+    if (components[2]) {
+        for (std::string& hash : componentsSeparatedByString(*components[2], ","))
+            originalHashes.push_back(std::move(hash));
+    }
+    contents_->objectHash = *components[3];
+    if (components[4] && !components[4]->empty()) {
+        contents_->fileMode = *components[4];
+        contents_->originalFileModes = {std::string(*components[4])};
+    }
+    return true;
+}
+
+// The chunks.
+
+std::string_view RVGitDiffOutputParser::chunkHeaderOfLine(std::string_view line) {
+    const auto skipSigns = [line](std::size_t position) {
+        while (position < line.size() && line[position] == '@')
+            ++position;
+        return position;
+    };
+    const auto characterAt = [line](std::size_t position) {
+        return position < line.size() ? line[position] : '\0';
+    };
+    const auto isRangeAt = [&](std::size_t position, char sign) {
+        const char digit = characterAt(position + 2);
+        return characterAt(position) == ' ' && characterAt(position + 1) == sign && digit >= '0' &&
+               digit <= '9';
+    };
+
+    std::size_t position = skipSigns(0);
+    if (position == 0)
+        return {};
+    bool hasOldRange = false;
+    for (; isRangeAt(position, '-'); hasOldRange = true)
+        position = endOfNumbers(line, position + 2);
+    if (hasOldRange && isRangeAt(position, '+')) {
+        position = endOfNumbers(line, position + 2);
+        if (characterAt(position) == ' ' && characterAt(position + 1) == '@')
+            return line.substr(0, skipSigns(position + 1));
+    }
+    // Digits are those of every script. git prints no others than these.
+    if (std::ranges::all_of(line,
+                            [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
+        return {};
+    const auto components = chunkHeaderRegex().firstMatch(line);
+    return components.empty() ? std::string_view() : *components[0];
+}
+
+void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,
+                                                 std::string_view chunkHeader) {
+    const RVGitDiffContents::Range range = rangeOfLine(line);
+    appendToRaw(range);
+
+    RVGitDiffContents::Chunk& chunk = contents_->chunks.emplace_back();
+    chunk.raw = range;
+    chunk.firstLine = static_cast<std::uint32_t>(contents_->lines.size());
+    chunk.firstLineNumber = static_cast<std::uint32_t>(contents_->lineNumbers.size());
+    std::size_t position = chunkHeader.find(' ') + 1;
+    for (std::size_t end; (end = chunkHeader.find(' ', position)) != std::string_view::npos;
+         position = end + 1)
+        chunk.fileRanges.push_back(rangeFromText(chunkHeader.substr(position, end - position)));
+    chunk.columnCount = static_cast<std::uint32_t>(chunk.fileRanges.size());
+
+    numberOfParents_ = chunk.fileRanges.size() - 1;
+    currentLineNumbers_.clear();
+    maxCurrentLineNumbers_.clear();
+    for (const RVGitDiffRange& fileRange : chunk.fileRanges) {
+        currentLineNumbers_.push_back(lineNumberFromValue(fileRange.location - 1));
+        maxCurrentLineNumbers_.push_back(
+            lineNumberFromValue(fileRange.location + fileRange.length - 1));
+    }
+}
+
+void RVGitDiffOutputParser::advance(std::size_t column) {
+    if (currentLineNumbers_[column] != maxCurrentLineNumbers_[column])
+        ++currentLineNumbers_[column];
+}
+
+bool RVGitDiffOutputParser::parseChunkLine(std::string_view line) {
+    const RVGitDiffContents::Range range = rangeOfLine(line);
+    appendToRaw(range);
+    const auto statusLength = lengthOfCharacters(line, numberOfParents_);
+    if (!statusLength)
+        return false;
+    const std::string_view status = line.substr(0, *statusLength);
+
+    std::optional<RVGitDiffLineType> type;
+    if (status.find_first_not_of(' ') == std::string_view::npos) {
+        type = RVGitDiffLineContext;
+        for (std::size_t column = 0; column < currentLineNumbers_.size(); ++column)
+            advance(column);
+    } else {
+        // Each column takes away what the one before it noted, so that of the parents in which an
+        // added line stands the last alone is counted on.
+        bool lastColumnIsNoted = false;
+        std::size_t column = 0;
+        for (const char character : status) {
+            if ((static_cast<unsigned char>(character) & 0xC0) == 0x80)
+                continue;
+            lastColumnIsNoted = false;
+            if (character == '+') {
+                type = RVGitDiffLineAdded;
+            } else if (character == '\\') {
+                type = RVGitDiffLineNoNewlineAtEndOfFile;
+            } else if (character == '-') {
+                advance(column);
+                type = RVGitDiffLineDeleted;
+            } else {
+                lastColumnIsNoted = true;
+            }
+            ++column;
+        }
+        if (!type)
+            return false;
+        if (type == RVGitDiffLineAdded) {
+            if (lastColumnIsNoted)
+                advance(numberOfParents_ - 1);
+            advance(numberOfParents_);
+        }
+    }
+
+    // A line ahead of the first chunk belongs to none.
+    if (contents_->chunks.empty())
+        return true;
+    RVGitDiffContents::Chunk& chunk = contents_->chunks.back();
+    chunk.raw.end = range.end;
+    ++chunk.lineCount;
+    contents_->lines.emplace_back(range.start, line.size(), *statusLength, *type);
+    contents_->lineNumbers.insert(contents_->lineNumbers.end(), currentLineNumbers_.begin(),
+                                  currentLineNumbers_.end());
+    return true;
+}

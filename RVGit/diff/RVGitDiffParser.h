@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/diff/RVGitDiffMap.h"
+
+class RVDataBuffer;
+
+/// Reads the output of `git diff`, `git show` or `git log -p`: one map for each file. The maps
+/// share the bytes and keep them alive. Used by one thread, once.
+class RVGitDiffParser {
+public:
+    /// Copies the bytes.
+    explicit RVGitDiffParser(std::string_view outputData);
+    /// Shares the buffer, which may be null and is not to be changed any more. `outputData` lies
+    /// within it; all of it without one.
+    explicit RVGitDiffParser(std::shared_ptr<const RVDataBuffer> buffer);
+    RVGitDiffParser(std::shared_ptr<const RVDataBuffer> buffer, std::string_view outputData);
+    ~RVGitDiffParser();
+
+    [[nodiscard]] static std::shared_ptr<RVGitDiffParser> parserWithOutputData(
+        std::string_view outputData);
+
+    [[nodiscard]] std::string_view outputData() const { return outputData_; }
+    /// Always true: a file whose diff cannot be read is left out, and the place is not touched.
+    bool parse(RVErrorPlace error = nullptr);
+    /// The files, in git's order.
+    [[nodiscard]] const std::vector<RVGitDiffMap>& result() const& { return result_; }
+    [[nodiscard]] std::vector<RVGitDiffMap> takeResult() { return std::move(result_); }
+
+    /// The bytes of each file's diff, as views, cut in front of lines that begin with "diff --git",
+    /// "diff --cc " or "diff --com". A lone carriage return ends a line here.
+    [[nodiscard]] static std::vector<std::string_view> diffDataComponentsFromMultipleDiffOutput(
+        std::string_view outputData);
+    /// Absent if the bytes cannot be read as the diff of one file. Copies them.
+    [[nodiscard]] static std::optional<RVGitDiffMap> diffFromGitDiffOutputData(
+        std::string_view block);
+
+private:
+    std::shared_ptr<const RVDataBuffer> buffer_;
+    std::string_view outputData_;
+    std::vector<RVGitDiffMap> result_;
+};
