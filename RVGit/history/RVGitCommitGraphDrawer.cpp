@@ -1,5 +1,7 @@
 #include "RVGit/history/RVGitCommitGraphDrawer.h"
 
+#include <utility>
+
 #include "RVGit/history/RVGitCommit.h"
 
 RVGitCommitGraphDrawer::RVGitCommitGraphDrawer(
@@ -64,8 +66,10 @@ std::shared_ptr<RVGitCommitGraphLines> RVGitCommitGraphDrawer::drawRow(
             continue;
         }
         lines.emplace_back(lane->lineID(), index, index - closedCount);
+        // A closed lane lives on behind those that stay until all have been compared: the hash may
+        // be its own.
         if (closedCount > 0)
-            lanes[index - closedCount] = std::move(lane);
+            std::swap(lanes[index - closedCount], lane);
     }
     lanes.resize(laneCount - closedCount);
     row->setCommitIndex(commitIndex);

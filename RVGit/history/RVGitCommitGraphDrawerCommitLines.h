@@ -26,7 +26,8 @@ public:
     [[nodiscard]] const std::string& commitHash() const { return commitHash_; }
     void setCommitHash(std::string_view commitHash) {
         commitHash_.assign(commitHash);
-        hashNumber_ = numberOfCommitHash(commitHash);
+        // The given text may have been a part of the old one.
+        hashNumber_ = numberOfCommitHash(commitHash_);
     }
 
     /// The number that is compared before the texts are, so that looking through many lanes touches

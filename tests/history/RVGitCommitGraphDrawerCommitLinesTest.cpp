@@ -31,6 +31,13 @@ std::string inconsistency(Operation operation) {
     return "nothing was thrown";
 }
 
+TEST(RVGitCommitGraphDrawerCommitLineTest, HashMayBeAPartOfTheOldOne) {
+    Lane lane(1, "abc");
+    lane.setCommitHash(std::string_view(lane.commitHash()).substr(1));
+    EXPECT_EQ(lane.commitHash(), "bc");
+    EXPECT_TRUE(lane.isPointingTowardsCommitHash("bc", Lane::numberOfCommitHash("bc")));
+}
+
 TEST(RVGitCommitGraphDrawerCommitLinesTest, NewListIsEmpty) {
     Lanes lanes;
     EXPECT_TRUE(lanes.isEmpty());

@@ -338,6 +338,16 @@ TEST_F(RVGitCommitGraphDrawerTest, AbsentLanesGiveANewList) {
     EXPECT_TRUE(RVGitCommitGraphDrawer::graphDrawer()->isStartOfGraph());
 }
 
+TEST_F(RVGitCommitGraphDrawerTest, HashMayBeThatOfALaneThatEndsInTheRow) {
+    const std::string hash = hashOfNumber(1);
+    for (const std::string& parent : {hash, hash, std::string("X"), hash})
+        draw("head", Parents({parent}));
+    const std::string& ending = drawer_.commitLines()->commitLineAtIndex(1)->commitHash();
+    EXPECT_EQ(text(*drawer_.drawGraphForCommitHash(ending, Parents({"P"}))),
+              "0: 1 0-0 2 1-0+ 3 2-1 4 3-0+");
+    EXPECT_EQ(lanes(), "1:P 3:X");
+}
+
 TEST_F(RVGitCommitGraphDrawerTest, ErrorPlaceIsLeftAlone) {
     std::optional<RVError> error = RVError("domain", 7);
     ASSERT_NE(drawer_.drawGraphForCommitHash("A", std::nullopt, &error), nullptr);
