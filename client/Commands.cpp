@@ -38,6 +38,8 @@ const std::vector<Command>& allCommands() {
          "      [--message TEXT] [--content TEXT] [--since DATE] [--until DATE] [REV...] "
          "[-- PATH...]",
          runLog},
+        {"show", "show REV", runShow},
+        {"diff", "diff [--staged] [REV [REV]] [-- PATH...]", runDiff},
         {"tags", "tags", runTags},
         {"blame", "blame FILE [REV]", runBlame},
         {"reflog", "reflog [--limit N] [REF]", runReflog},

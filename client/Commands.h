@@ -56,6 +56,10 @@ void runOverview(const std::shared_ptr<RVGitRepository>& repository, Arguments a
                  Output& output);
 void runLog(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
             Output& output);
+void runShow(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runDiff(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
 void runTags(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
              Output& output);
 void runBlame(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
