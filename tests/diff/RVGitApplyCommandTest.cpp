@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
@@ -17,9 +19,9 @@ protected:
     RVGitApplyCommandTest() { commitFile("repository", "file", "one\n", "Message"); }
 
     [[nodiscard]] std::shared_ptr<RVGitApplyCommand> commandFor(
-        std::string patch, const std::optional<RVOptions>& options = std::nullopt) const {
+        std::string text, const std::optional<RVOptions>& options = std::nullopt) const {
         return RVGitApplyCommand::gitApplyCommandWithRepository(repository(),
-                                                                RVData(std::move(patch)), options);
+                                                                RVData(std::move(text)), options);
     }
     static RVError errorOf(RVGitApplyCommand& command) {
         std::optional<RVError> error;
