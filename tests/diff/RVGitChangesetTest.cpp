@@ -194,12 +194,12 @@ TEST_F(RVGitChangesetTest, ReadsWhatACommitChanged) {
     write("old", "some\nlines\nof\ntext\n");
     commitAll();
     write("modified", "1\n3\n4\n");
-    write("new \t\"\\ é", "1\n");
+    write("new \t\"\\ é", "something else\n");
     git({"rm", "--quiet", "deleted"}, repositoryPath());
     git({"mv", "old", "renamed"}, repositoryPath());
     commitAll();
     const auto changeset = changesetOfHead();
-    EXPECT_THAT(summary(changeset),
+    ASSERT_THAT(summary(changeset),
                 ElementsAre("D deleted<deleted +0 -1", "M modified<modified +2 -1",
                             "A new \t\"\\ é<new \t\"\\ é +1 -0", "R renamed<old +0 -0"));
     EXPECT_EQ(changeset->totalFilesChanged(), 4u);

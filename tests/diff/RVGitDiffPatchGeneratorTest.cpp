@@ -114,7 +114,7 @@ TEST(RVGitDiffPatchGeneratorTest, OfACombinedDiffTheFirstTwoRangesCount) {
     const std::string chunk = "@@@ -1,2 -3,2 +5,3 @@@\n  a\n- b\n +c\n";
     const std::string diff = "diff --cc f\nindex 1111111,2222222..3333333\n--- a/f\n+++ b/f\n";
     EXPECT_EQ(RVGitDiffPatchGenerator(diffFrom(diff + chunk)).patchForChunkAtIndex(0), chunk);
-    EXPECT_EQ(patchOf(diff + chunk, {2}, indexMode), "@@ -1,2 +3,3 @@\n  a\n  b\n +c\n");
+    EXPECT_EQ(patchOf(diff + chunk, {2}, indexMode), "@@ -1,2 +3,3 @@\n  a\n b\n +c\n");
 }
 
 TEST(RVGitDiffPatchGeneratorTest, ALengthMayFallBelowZero) {
