@@ -488,7 +488,7 @@ TEST(RVGitDiffOutputParserTest, GeneratedDiffsAreReadAsThePlainWayReadsThem) {
                                                  "@@ -1 @@"};
     std::mt19937 random(7);
     int numberRead = 0;
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         std::string text = random() % 8 ? "diff --git a/x b/y\n" : "";
         for (auto count = random() % 6; count > 0; --count)
             text += headerLines[random() % headerLines.size()] + "\n";
@@ -500,7 +500,7 @@ TEST(RVGitDiffOutputParserTest, GeneratedDiffsAreReadAsThePlainWayReadsThem) {
         expectLikeTwin(text);
         numberRead += RVGitDiffOutputParser(text).parse();
     }
-    EXPECT_GT(numberRead, 500);
+    EXPECT_GT(numberRead, 200);
 }
 
 }  // namespace
