@@ -419,7 +419,7 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
         numberOfMatches += !expected.empty();
     };
     for (int round = 0; round < 20000; ++round) {
-        std::string line = round % 2 ? "@@ -1" : "";
+        std::string line = round % 3 == 0 ? "" : round % 3 == 1 ? "@@ -1" : "@@ -1,2 +3";
         for (auto count = random() % 8; count > 0; --count)
             line += pieces[random() % pieces.size()];
         check(line);
@@ -430,7 +430,7 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
         check(line);
     for (const std::string& line : damagedOutputs("@@@ -10,2 -3 +45,6 @@@ f"))
         check(line);
-    EXPECT_GT(numberOfMatches, 1000);
+    EXPECT_GT(numberOfMatches, 300);
 }
 
 TEST(RVGitDiffOutputParserTest, DamagedDiffsAreReadAsThePlainWayReadsThem) {
