@@ -434,10 +434,10 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
 }
 
 TEST(RVGitDiffOutputParserTest, DamagedDiffsAreReadAsThePlainWayReadsThem) {
-    for (const char* text : {modified, combined,
-                             "diff --git \"a/o\\t\" b/n\nsimilarity index 90%\nrename from o\n"
-                             "rename to n\nold mode 100644\nnew mode 100755\nindex 1..2\n"
-                             "Binary files a and b differ\n"}) {
+    for (const char* text :
+         {"diff --git a/x b/x\nindex 1..2 100644\n+++ b/x\n@@ -1,3 +1,2 @@ f\n a\n-b\n+c\n\\ No\n",
+          "diff --cc x\nindex 1,2..3\n+++ b/x\n@@@ -1 -1 +1,2 @@@\n- a\n +b\n++c\n  d\n",
+          "diff --git \"a/\\t\" b/n\nsimilarity index 9%\nrename from o\nBinary files a\n"}) {
         expectLikeTwin(text);
         for (const std::string& damaged : damagedOutputs(text))
             expectLikeTwin(damaged);

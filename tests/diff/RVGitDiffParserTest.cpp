@@ -273,7 +273,7 @@ TEST_F(RVGitDiffParserGitTest, MergesOfTwoAndOfEightParents) {
 
 TEST_F(RVGitDiffParserGitTest, LineNumbersPointAtTheLinesOfTheFiles) {
     std::mt19937 random(3);
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < 15; ++round) {
         std::vector<std::vector<std::string>> versions(2);
         std::vector<std::string> texts(2);
         for (std::size_t line = 0; line < 40; ++line) {
