@@ -296,7 +296,8 @@ TEST_F(RVGitDiffParserGitTest, LineNumbersPointAtTheLinesOfTheFiles) {
             runGit({"diff", "--no-index", "old", "new"}, repositoryPath()).standardOutput;
         expectLikeTwin(output);
         for (const RVGitDiffMap& diff : diffsOf(output)) {
-            for (const auto& chunk : *diff.gitDiffChunks()) {
+            const auto chunks = diff.gitDiffChunks().value();
+            for (const auto& chunk : chunks) {
                 for (const auto& line : chunk.gitDiffChunkLines()) {
                     const auto numbers = line.gitDiffChunkLineLineNumbers();
                     const auto type = line.gitDiffChunkLineType();
