@@ -419,7 +419,7 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
         numberOfMatches += !expected.empty();
     };
     for (int round = 0; round < 20000; ++round) {
-        std::string line = round % 2 ? "@@ -1" : "";
+        std::string line = round % 3 == 0 ? "" : round % 3 == 1 ? "@@ -1" : "@@ -1,2 +3";
         for (auto count = random() % 8; count > 0; --count)
             line += pieces[random() % pieces.size()];
         check(line);
@@ -430,14 +430,14 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
         check(line);
     for (const std::string& line : damagedOutputs("@@@ -10,2 -3 +45,6 @@@ f"))
         check(line);
-    EXPECT_GT(numberOfMatches, 1000);
+    EXPECT_GT(numberOfMatches, 300);
 }
 
 TEST(RVGitDiffOutputParserTest, DamagedDiffsAreReadAsThePlainWayReadsThem) {
-    for (const char* text : {modified, combined,
-                             "diff --git \"a/o\\t\" b/n\nsimilarity index 90%\nrename from o\n"
-                             "rename to n\nold mode 100644\nnew mode 100755\nindex 1..2\n"
-                             "Binary files a and b differ\n"}) {
+    for (const char* text :
+         {"diff --git a/x b/x\nindex 1..2 100644\n+++ b/x\n@@ -1,3 +1,2 @@ f\n a\n-b\n+c\n\\ No\n",
+          "diff --cc x\nindex 1,2..3\n+++ b/x\n@@@ -1 -1 +1,2 @@@\n- a\n +b\n++c\n  d\n",
+          "diff --git \"a/\\t\" b/n\nsimilarity index 9%\nrename from o\nBinary files a\n"}) {
         expectLikeTwin(text);
         for (const std::string& damaged : damagedOutputs(text))
             expectLikeTwin(damaged);
@@ -488,7 +488,7 @@ TEST(RVGitDiffOutputParserTest, GeneratedDiffsAreReadAsThePlainWayReadsThem) {
                                                  "@@ -1 @@"};
     std::mt19937 random(7);
     int numberRead = 0;
-    for (int round = 0; round < 5000; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         std::string text = random() % 8 ? "diff --git a/x b/y\n" : "";
         for (auto count = random() % 6; count > 0; --count)
             text += headerLines[random() % headerLines.size()] + "\n";
@@ -500,7 +500,7 @@ TEST(RVGitDiffOutputParserTest, GeneratedDiffsAreReadAsThePlainWayReadsThem) {
         expectLikeTwin(text);
         numberRead += RVGitDiffOutputParser(text).parse();
     }
-    EXPECT_GT(numberRead, 500);
+    EXPECT_GT(numberRead, 200);
 }
 
 }  // namespace

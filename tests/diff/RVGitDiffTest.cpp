@@ -1,0 +1,322 @@
+#include "RVGit/diff/RVGitDiff.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/diff/RVGitDiffCommand.h"
+#include "RVGit/diff/RVGitDiffMap.h"
+#include "RVGit/diff/RVGitDiffParser.h"
+#include "RVGit/diff/RVGitDiffSettings.h"
+#include "RVGit/history/RVGitLogCommandOptions.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "tests/support/RVGitRepositoryTestCase.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::IsSupersetOf;
+using testing::Not;
+
+namespace {
+
+constexpr char rawDiff[] =
+    "diff --git a/x b/y\nsimilarity index 90%\nrename from x\nrename to y\n"
+    "index 1234567..89abcde 100755\n--- a/x\n+++ b/y\n"
+    "@@ -1,2 +1,2 @@\n a\n-b\n+B\n@@ -9 +9,2 @@\n c\n+d\n\\ No newline at end of file\n";
+
+TEST(RVGitDiffModelTest, HoldsWhatTheMapHolds) {
+    const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    ASSERT_TRUE(diff);
+    EXPECT_EQ(diff->repository(), nullptr);
+    EXPECT_EQ(diff->rawDiff(), rawDiff);
+    EXPECT_EQ(diff->filePath(), "y");
+    EXPECT_EQ(diff->oldFilePath(), "x");
+    EXPECT_EQ(diff->header(), std::string(rawDiff).substr(0, std::string(rawDiff).find("@@")));
+    EXPECT_THAT(diff->extendedHeaders(),
+                ElementsAre("similarity index 90%", "rename from x", "rename to y",
+                            "index 1234567..89abcde 100755"));
+    EXPECT_FALSE(diff->isBinary());
+    EXPECT_EQ(diff->fileStatus(), RVGitFileStatusRenamed);
+    EXPECT_EQ(diff->fileStatusSimilarityIndex(), 90u);
+    EXPECT_EQ(diff->objectHash(), "89abcde");
+    EXPECT_THAT(diff->originalObjectHashes(), ElementsAre("1234567"));
+    EXPECT_EQ(diff->originalObjectHash(), "1234567");
+    EXPECT_EQ(diff->fileMode(), RVGitFileModeExecutable);
+    EXPECT_EQ(diff->originalFileMode(), RVGitFileModeExecutable);
+    EXPECT_THAT(diff->originalFileModes(), ElementsAre("100755"));
+    EXPECT_TRUE(diff->containsNoNewlineAtEOFWarning());
+    EXPECT_EQ(diff->linesAdded(), 2u);
+    EXPECT_EQ(diff->linesDeleted(), 1u);
+    ASSERT_EQ(diff->chunks().size(), 2u);
+    EXPECT_EQ(diff->chunks()[0]->diff(), diff);
+    EXPECT_EQ(diff->chunks()[1]->lines()[1].lineNumbers(), std::vector<std::uint32_t>({9, 10}));
+    EXPECT_FALSE(
+        RVGitDiff::diffFromRawDiff("diff --git a/x b/x\n")->containsNoNewlineAtEOFWarning());
+}
+
+TEST(RVGitDiffModelTest, NewDiffIsBlank) {
+    const auto diff = std::make_shared<RVGitDiff>();
+    EXPECT_EQ(diff->repository(), nullptr);
+    EXPECT_EQ(diff->rawDiff(), std::nullopt);
+    EXPECT_EQ(diff->header(), std::nullopt);
+    EXPECT_THAT(diff->chunks(), IsEmpty());
+    EXPECT_FALSE(diff->isCombinedDiff());
+    EXPECT_EQ(diff->originalObjectHash(), std::nullopt);
+    EXPECT_EQ(diff->originalFileMode(), RVGitFileModeNone);
+    EXPECT_EQ(diff->linesAdded(), 0u);
+}
+
+TEST(RVGitDiffModelTest, FieldsCanBeSet) {
+    RVGitDiff diff;
+    diff.setRawDiff("diff --combined x\n");
+    EXPECT_EQ(diff.rawDiff(), "diff --combined x\n");
+    EXPECT_TRUE(diff.isCombinedDiff());
+    diff.setRawDiff(std::nullopt);
+    EXPECT_EQ(diff.rawDiff(), std::nullopt);
+    diff.setFilePath("new");
+    diff.setOldFilePath("old");
+    diff.setHeader("header");
+    diff.setExtendedHeaders({"mode"});
+    diff.setBinary(true);
+    diff.setFileStatusSimilarityIndex(7);
+    diff.setObjectHash("1");
+    diff.setOriginalObjectHashes({"2", "3"});
+    diff.setFileMode(RVGitFileModeSymbolicLink);
+    diff.setOriginalFileModes({"160000"});
+    diff.setContainsNoNewlineAtEOFWarning(true);
+    EXPECT_EQ(diff.filePath(), "new");
+    EXPECT_EQ(diff.oldFilePath(), "old");
+    EXPECT_EQ(diff.header(), "header");
+    EXPECT_THAT(diff.extendedHeaders(), ElementsAre("mode"));
+    EXPECT_TRUE(diff.isBinary());
+    EXPECT_EQ(diff.fileStatusSimilarityIndex(), 7u);
+    EXPECT_EQ(diff.objectHash(), "1");
+    EXPECT_EQ(diff.originalObjectHash(), "2");
+    EXPECT_EQ(diff.fileMode(), RVGitFileModeSymbolicLink);
+    EXPECT_EQ(diff.originalFileMode(), RVGitFileModeSubmodule);
+    EXPECT_TRUE(diff.containsNoNewlineAtEOFWarning());
+}
+
+TEST(RVGitDiffModelTest, TotalChunksAlwaysCountsTheChunks) {
+    const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    diff->setTotalChunks(17);
+    EXPECT_EQ(diff->totalChunks(), 2u);
+    diff->setChunks({});
+    EXPECT_EQ(diff->totalChunks(), 0u);
+}
+
+TEST(RVGitDiffModelTest, StatusIsAskedForByName) {
+    RVGitDiff diff;
+    for (const auto status : {RVGitFileStatusAdded, RVGitFileStatusDeleted, RVGitFileStatusModified,
+                              RVGitFileStatusRenamed, RVGitFileStatusCopied}) {
+        diff.setFileStatus(status);
+        EXPECT_EQ(diff.isFileStatusAdded(), status == RVGitFileStatusAdded);
+        EXPECT_EQ(diff.isFileStatusDeleted(), status == RVGitFileStatusDeleted);
+        EXPECT_EQ(diff.isFileStatusModified(), status == RVGitFileStatusModified);
+        EXPECT_EQ(diff.isFileStatusRenamed(), status == RVGitFileStatusRenamed);
+        EXPECT_EQ(diff.isFileStatusCopied(), status == RVGitFileStatusCopied);
+    }
+}
+
+TEST(RVGitDiffModelTest, OnlyTheWordCombinedMakesACombinedDiff) {
+    EXPECT_TRUE(RVGitDiff::diffFromRawDiff("diff --combined x\n")->isCombinedDiff());
+    EXPECT_FALSE(RVGitDiff::diffFromRawDiff("diff --cc x\n")->isCombinedDiff());
+    EXPECT_FALSE(RVGitDiff::diffFromRawDiff(rawDiff)->isCombinedDiff());
+    EXPECT_EQ(RVGitDiff::diffFromRawDiff("diff --cc x\n")->header(), std::nullopt);
+}
+
+TEST(RVGitDiffModelTest, OriginalHashOfAnAddedFileIsAbsent) {
+    const auto diff =
+        RVGitDiff::diffFromRawDiff("diff --git a/x b/x\nnew file mode 100644\nindex " +
+                                   std::string(40, '0') + ".." + std::string(40, 'a') + "\n");
+    EXPECT_THAT(diff->originalObjectHashes(), ElementsAre(RVGitNullObjectHash));
+    EXPECT_EQ(diff->originalObjectHash(), std::nullopt);
+    EXPECT_TRUE(diff->isFileStatusAdded());
+}
+
+TEST(RVGitDiffModelTest, TextThatCannotBeReadIsNoDiffIfAPlaceIsGiven) {
+    const std::string text = "diff --git a/x b/x\n+++ b/x\n@@ -1 +1 @@\n+a\nbad\n";
+    std::optional<RVError> error;
+    EXPECT_EQ(RVGitDiff::diffFromRawDiff(text, &error), nullptr);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    const auto diff = RVGitDiff::diffFromRawDiff(text);
+    ASSERT_TRUE(diff);
+    EXPECT_EQ(diff->linesAdded(), 1u);
+}
+
+TEST(RVGitDiffModelTest, SettingsHoldWhatIsCompared) {
+    RVGitDiffSettings settings;
+    EXPECT_THAT(settings.revisions(), IsEmpty());
+    EXPECT_FALSE(settings.logOptions());
+    EXPECT_FALSE(settings.diffOptions());
+    settings.setRevisions({"a", "b"});
+    settings.setLogOptions(RVOptions{{RVGitLogOptionLimit, 1}});
+    settings.setDiffOptions(RVOptions{{RVGitDiffOptionBinary, true}});
+    const RVGitDiffSettings copy = settings;
+    settings.setRevisions({});
+    EXPECT_THAT(copy.revisions(), ElementsAre("a", "b"));
+    EXPECT_EQ(copy.logOptions()->size(), 1u);
+    EXPECT_TRUE(optionIsSet(copy.diffOptions(), RVGitDiffOptionBinary));
+}
+
+// Comparing, with the real git.
+class RVGitDiffTest : public RVGitRepositoryTestCase {
+protected:
+    void SetUp() override {
+        first_ = commitFile(repositoryPath(), "f", "1\n2\n3\n", "First");
+        second_ = commitFile(repositoryPath(), "f", "1\nTWO\n3\n", "Second");
+        writeFile(repositoryPath() + "/f", "1\nTWO\nTHREE\n");
+        gitInRepository({"add", "f"});
+        writeFile(repositoryPath() + "/f", "ONE\nTWO\nTHREE\n");
+    }
+    // The changed lines, each with its status.
+    static std::string changesOf(const RVGitDiff::Diffs& diffs) {
+        std::string changes;
+        for (const auto& diff : diffs.value()) {
+            for (const auto& chunk : diff->chunks()) {
+                for (const auto& line : chunk->lines())
+                    changes += line.isContextLine() ? "" : line.contentWithStatus() + ";";
+            }
+        }
+        return changes;
+    }
+
+    std::string first_;
+    std::string second_;
+    RVOptions none_;
+};
+
+TEST_F(RVGitDiffTest, ComparesWhatItsNameSays) {
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+                  second_, {}, repository(), none_)),
+              "-2;+TWO;");
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingRevisions({first_, second_}, {"f"},
+                                                                repository(), none_)),
+              "-2;+TWO;");
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsForRevisionRange(first_ + ".." + second_, {},
+                                                            repository(), none_)),
+              "-2;+TWO;");
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
+                  {}, repository(), none_)),
+              "-1;+ONE;");
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingWorkingTreeWithRevision(first_, {},
+                                                                              repository(), none_)),
+              "-1;-2;-3;+ONE;+TWO;+THREE;");
+    EXPECT_EQ(
+        changesOf(RVGitDiff::allDiffsByComparingIndexWithRevision(first_, {}, repository(), none_)),
+        "-2;-3;+TWO;+THREE;");
+    for (const auto& noRevision : {std::optional<std::string>(), std::optional<std::string>("")})
+        EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingIndexWithRevision(
+                      noRevision, {}, repository(), std::nullopt)),
+                  "-3;+THREE;");
+    EXPECT_EQ(
+        changesOf(RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths({}, repository(), none_)),
+        "-3;+THREE;");
+    EXPECT_THAT(
+        *RVGitDiff::allDiffsByComparingRevisions({first_, second_}, {"other"}, repository(), none_),
+        IsEmpty());
+}
+
+TEST_F(RVGitDiffTest, GoesThroughGitLogOnlyWithOptions) {
+    const RVRecordingGit recorder = useRecordingGit();
+    (void)RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(second_, {}, repository(),
+                                                                        none_);
+    EXPECT_THAT(recorder.lastInvocation().arguments, IsSupersetOf({"log", "-1"}));
+    (void)RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(second_, {}, repository(),
+                                                                        std::nullopt);
+    EXPECT_THAT(recorder.lastInvocation().arguments, IsSupersetOf({"diff", "-p"}));
+    (void)RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths({"f"}, repository(), none_);
+    EXPECT_THAT(recorder.lastInvocation().arguments, IsSupersetOf({"--staged", "--", "f"}));
+}
+
+TEST_F(RVGitDiffTest, PatchesAreGitsOwnBytes) {
+    const auto patch =
+        RVGitDiff::generatePatchByComparingRevision(first_, second_, {}, repository(), none_);
+    ASSERT_TRUE(patch);
+    EXPECT_THAT(*patch, HasSubstr("\n-2\n+TWO\n"));
+    EXPECT_THAT(RVGitDiff::generatePatchByComparingRevisionWithAncestorForRevision(
+                    second_, {}, repository(), none_)
+                    .value(),
+                HasSubstr("\n-2\n+TWO\n"));
+}
+
+TEST_F(RVGitDiffTest, FailureOfGitIsAFailure) {
+    std::optional<RVError> error;
+    EXPECT_FALSE(
+        RVGitDiff::allDiffsByComparingRevisions({"nowhere"}, {}, repository(), none_, &error));
+    EXPECT_TRUE(error);
+}
+
+TEST_F(RVGitDiffTest, BlobsAreComparedByHash) {
+    const auto hashOf = [&](const std::string& revision) {
+        return gitInRepository({"rev-parse", revision + ":f"});
+    };
+    const auto diff =
+        RVGitDiff::diffByComparingBlob(hashOf(first_), hashOf(second_), repository(), std::nullopt);
+    ASSERT_TRUE(diff);
+    EXPECT_EQ(diff->linesAdded(), 1u);
+    EXPECT_EQ(diff->repository(), repository());
+    // No git compares a blob with an absent one.
+    std::optional<RVError> error;
+    EXPECT_EQ(RVGitDiff::diffByComparingBlob(hashOf(first_), std::nullopt, repository(),
+                                             std::nullopt, &error),
+              nullptr);
+    EXPECT_TRUE(error);
+    EXPECT_EQ(
+        RVGitDiff::diffByComparingBlob(hashOf(first_), hashOf(first_), repository(), std::nullopt),
+        nullptr);
+}
+
+TEST_F(RVGitDiffTest, NoBlobAtAllIsAFailedPrecondition) {
+    try {
+        (void)RVGitDiff::diffByComparingBlob(std::nullopt, std::nullopt, repository(), none_);
+        ADD_FAILURE() << "nothing was thrown";
+    } catch (const RVInvalidParameterException& exception) {
+        EXPECT_STREQ(exception.what(),
+                     "Invalid parameter not satisfying: leftObjectHash || rightObjectHash");
+    }
+}
+
+TEST_F(RVGitDiffTest, EqualityIsThatOfTheRawText) {
+    const auto map = RVGitDiffParser::diffFromGitDiffOutputData(rawDiff).value();
+    const auto here = RVGitDiff::diffWithRepository(repository(), map);
+    const auto nowhere = RVGitDiff::diffWithRepository(nullptr, map);
+    EXPECT_EQ(here->repository(), repository());
+    EXPECT_TRUE(here->isEqualToDiff(*nowhere));
+    nowhere->setRawDiff("other");
+    EXPECT_FALSE(here->isEqualToDiff(*nowhere));
+}
+
+TEST_F(RVGitDiffTest, PatchesOfAChunkComeFromTheGenerator) {
+    const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    EXPECT_EQ(diff->patchForChunkAtIndex(1), *diff->header() + diff->chunks()[1]->rawChunk());
+    EXPECT_EQ(diff->patchForChunkAtIndex(2), std::nullopt);
+    EXPECT_THAT(diff->indexPatchForChunkAtIndex(0, {2}),
+                HasSubstr("@@ -1,2 +1,3 @@\n a\n b\n+B\n"));
+    EXPECT_THAT(diff->worktreePatchForChunkAtIndex(0, {2}), HasSubstr("@@ -1,1 +1,2 @@\n a\n+B\n"));
+}
+
+// The user's configuration changes nothing of what is read.
+TEST_F(RVGitDiffTest, ConfigurationOfTheUserIsBeaten) {
+    const std::vector<std::pair<std::string, std::string>> settings = {
+        {"diff.noprefix", "true"},  {"diff.mnemonicPrefix", "true"}, {"diff.algorithm", "patience"},
+        {"diff.renames", "copies"}, {"diff.external", "false"},      {"diff.wordRegex", "."},
+        {"color.ui", "always"},     {"core.quotePath", "false"},     {"log.showSignature", "true"},
+        {"diff.submodule", "log"}};
+    for (const auto& [key, value] : settings) {
+        gitInRepository({"config", key, value});
+        EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+                      second_, {}, repository(), none_)),
+                  "-2;+TWO;")
+            << key;
+        EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
+                      {}, repository(), none_)),
+                  "-1;+ONE;")
+            << key;
+        gitInRepository({"config", "--unset", key});
+    }
+}
+
+}  // namespace
