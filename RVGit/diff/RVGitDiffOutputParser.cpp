@@ -141,17 +141,15 @@ RVGitDiffContents::Range RVGitDiffOutputParser::rangeOfLine(std::string_view lin
 }
 
 void RVGitDiffOutputParser::beginRaw(std::uint32_t start) {
-    if (!contents_->raw)
-        endOfLastLine_ = start;
     contents_->raw = {start, start};
 }
 
 void RVGitDiffOutputParser::appendToRaw(RVGitDiffContents::Range line) {
-    if (!contents_->raw)
-        return;
     if (line.start > endOfLastLine_)
         contents_->omissions.push_back({endOfLastLine_, line.start});
     endOfLastLine_ = line.end;
+    if (!contents_->raw)
+        return;
     contents_->raw->end = line.end;
     if (!isFinishedParsingHeader_ && contents_->header)
         contents_->header->end = line.end;
