@@ -28,6 +28,11 @@ Expressions compiled(std::initializer_list<std::string_view> patterns) {
 RVGitCommandProgress::RVGitCommandProgress(std::optional<std::string> command)
     : command_(std::move(command)) {}
 
+std::vector<std::string> RVGitCommandProgress::outputBuffer() const {
+    std::lock_guard lock(mutex_);
+    return outputBuffer_;
+}
+
 std::string RVGitCommandProgress::currentProgressOutput() const {
     std::lock_guard lock(mutex_);
     return stringByJoiningComponents(outputBuffer_, "\n");

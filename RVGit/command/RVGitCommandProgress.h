@@ -28,6 +28,8 @@ public:
     [[nodiscard]] double overallProgress() const { return overallProgress_; }
     void setOverallProgress(double progress) { overallProgress_ = progress; }
 
+    /// A copy of the lines, the last being the line in progress.
+    [[nodiscard]] std::vector<std::string> outputBuffer() const;
     /// The lines joined with newlines.
     [[nodiscard]] std::string currentProgressOutput() const;
     [[nodiscard]] std::string lastProgressOutputLine() const;

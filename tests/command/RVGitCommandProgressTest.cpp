@@ -43,6 +43,7 @@ TEST_F(RVGitCommandProgressTest, AFreshObjectHasOneEmptyLine) {
     EXPECT_EQ(progress.lineCount(), 1U);
     EXPECT_EQ(progress.lastIndexOfOutputBuffer(), 0U);
     EXPECT_EQ(progress.lastProgressOutputLine(), "");
+    EXPECT_EQ(progress.outputBuffer(), std::vector<std::string>{""});
     EXPECT_EQ(progress.command(), "fetch");
     EXPECT_EQ(progress.overallProgress(), 0);
     EXPECT_TRUE(progress.isIndeterminate());

@@ -553,9 +553,10 @@ TEST_F(RVGitCommandTest, CancellingAWaitingCommandLaunchesNothing) {
     const std::string marker = scratchPath("launched");
     auto waiting = std::make_shared<HookedCommand>(
         RVGitBinary::gitBinaryWithPath(writeFile("marking", "#!/bin/sh\n: > " + marker, 0755)));
+    const auto patient = scriptedGit("while [ ! -e \"$OPEN\" ]; do sleep 0.01; done");
     std::vector<std::shared_ptr<HookedCommand>> blocking;
     for (int number = 0; number < 8; ++number) {
-        blocking.push_back(scripted("while [ ! -e \"$OPEN\" ]; do sleep 0.01; done"));
+        blocking.push_back(std::make_shared<HookedCommand>(patient));
         blocking.back()->setValueForEnvironmentVariable(scratchPath("open"), "OPEN");
         blocking.back()->enqueueCommand();
     }
