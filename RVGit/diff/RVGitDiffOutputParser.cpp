@@ -242,20 +242,62 @@ bool RVGitDiffOutputParser::parseCombinedDiffLine(std::string_view line) {
     return true;
 }
 
+std::vector<std::string_view> RVGitDiffOutputParser::indexComponentsOfLine(std::string_view line) {
+    // "$" lets one line break pass.
+    for (const std::string_view lineBreak :
+         {"\r", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
+        if (line.ends_with(lineBreak)) {
+            line.remove_suffix(lineBreak.size());
+            break;
+        }
+    }
+    constexpr std::string_view prefix = "index ";
+    if (!line.starts_with(prefix))
+        return {};
+    line.remove_prefix(prefix.size());
+    const auto takeRun = [&line](auto belongs) {
+        const auto end = std::ranges::find_if_not(line, belongs);
+        const auto run = line.substr(0, static_cast<std::size_t>(end - line.begin()));
+        line.remove_prefix(run.size());
+        return run;
+    };
+    const auto take = [&line](std::string_view text) {
+        const bool found = line.starts_with(text);
+        if (found)
+            line.remove_prefix(text.size());
+        return found;
+    };
+    const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
+    const auto isOfHash = [&](char byte) { return isDigit(byte) || (byte >= 'a' && byte <= 'z'); };
+
+    const std::string_view firstHash = takeRun(isOfHash);
+    (void)take(",");
+    const std::string_view otherHashes =
+        takeRun([&](char byte) { return byte == ',' || isOfHash(byte); });
+    if (firstHash.empty() || !take(".."))
+        return {};
+    const std::string_view newHash = takeRun(isOfHash);
+    (void)take(" ");
+    const std::string_view mode = takeRun(isDigit);
+    if (newHash.empty() || !line.empty())
+        return {};
+    return {firstHash, otherHashes, newHash, mode};
+}
+
 bool RVGitDiffOutputParser::parseIndexLine(std::string_view line) {
-    const auto components = indexRegex().firstMatch(line);
+    const auto components = indexComponentsOfLine(line);
     if (components.empty())
         return false;
     auto& originalHashes = contents_->originalObjectHashes.emplace();
-    originalHashes.emplace_back(*components[1]);
-    if (components[2]) {
-        for (std::string& hash : componentsSeparatedByString(*components[2], ","))
+    originalHashes.emplace_back(components[0]);
+    if (!components[1].empty()) {
+        for (std::string& hash : componentsSeparatedByString(components[1], ","))
             originalHashes.push_back(std::move(hash));
     }
-    contents_->objectHash = *components[3];
-    if (components[4] && !components[4]->empty()) {
-        contents_->fileMode = *components[4];
-        contents_->originalFileModes = {std::string(*components[4])};
+    contents_->objectHash = components[2];
+    if (!components[3].empty()) {
+        contents_->fileMode = components[3];
+        contents_->originalFileModes = {std::string(components[3])};
     }
     return true;
 }

@@ -41,6 +41,10 @@ public:
     [[nodiscard]] static const RVRegularExpression& combinedDiffHeaderRegex();
     [[nodiscard]] static const RVRegularExpression& indexRegex();
     [[nodiscard]] static const RVRegularExpression& chunkHeaderRegex();
+    /// The four groups of indexRegex(), found at a fraction of the cost, and in proportion to the
+    /// length of a line that does not match; a group that took no part is empty. Empty if there is
+    /// no match.
+    [[nodiscard]] static std::vector<std::string_view> indexComponentsOfLine(std::string_view line);
     /// The part of a line that is a chunk header, as chunkHeaderRegex() finds it at a fraction of
     /// the cost; empty if there is none.
     [[nodiscard]] static std::string_view chunkHeaderOfLine(std::string_view line);

@@ -433,6 +433,34 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
     EXPECT_GT(numberOfMatches, 300);
 }
 
+TEST(RVGitDiffOutputParserTest, IndexLinesAreThoseOfTheRegularExpression) {
+    std::mt19937 random(6);
+    const std::vector<std::string> pieces = {"index ", "a1", "b",        ",",       ",",  "..",
+                                             ".",      " ",  "100644",   "0",       "\r", "\f",
+                                             "X",      "\n", "\xC2\x85", "\xD9\xA3"};
+    int numberOfMatches = 0;
+    const auto check = [&](const std::string& line) {
+        std::vector<std::string_view> expected;
+        const auto match = RVGitDiffOutputParser::indexRegex().firstMatch(line);
+        for (std::size_t group = 1; group < match.size(); ++group)
+            expected.push_back(match[group].value_or(std::string_view()));
+        EXPECT_EQ(RVGitDiffOutputParser::indexComponentsOfLine(line), expected) << line;
+        numberOfMatches += !expected.empty();
+    };
+    for (int round = 0; round < 5000; ++round) {
+        std::string line = round % 3 == 0 ? "" : round % 3 == 1 ? "index " : "index a1,b2..c3";
+        for (auto count = random() % 6; count > 0; --count)
+            line += pieces[random() % pieces.size()];
+        if (line.find('\n') == std::string::npos)
+            check(line);
+    }
+    for (const char* line :
+         {"index 12ab..34cd 100644", "index 1,2,3..4", "index 1,,2..4", "index ,1..2",
+          "index 1,..2 ", "index a..b 100644\r", "index 1..2 x", " index 1..2"})
+        check(line);
+    EXPECT_GT(numberOfMatches, 250);
+}
+
 TEST(RVGitDiffOutputParserTest, DamagedDiffsAreReadAsThePlainWayReadsThem) {
     for (const char* text :
          {"diff --git a/x b/x\nindex 1..2 100644\n+++ b/x\n@@ -1,3 +1,2 @@ f\n a\n-b\n+c\n\\ No\n",
