@@ -44,6 +44,7 @@ std::string RVGitDiffPatchGenerator::worktreePatchForChunkAtIndex(
 
 std::string RVGitDiffPatchGenerator::patchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes, int mode) const {
+    requireParameter(chunkIndex < diff_->chunks().size(), "chunkIndex < chunks.count");
     const RVGitDiffChunk& chunk = *diff_->chunks()[chunkIndex];
     RVGitDiffRange oldRange = chunk.fileRanges().at(0);
     RVGitDiffRange newRange = chunk.fileRanges().at(1);

@@ -176,6 +176,23 @@ TEST_F(RvgitTest, CtrlCEndsGitAndLeavesNothingBehind) {
     EXPECT_EQ(kill(pid, 0), -1);
 }
 
+TEST_F(RvgitTest, ShowAndDiffPrintCountsAndLines) {
+    const std::string repository = initRepository();
+    commitFile(repository, "file", "one\ntwo\n", "First");
+    commitFile(repository, "file", "one\nthree\nfour\n", "Second");
+    const std::string show = rvgit({"show", "HEAD"}, repository).standardOutput;
+    EXPECT_THAT(show, StartsWith("M +2     -1     file\n"
+                                 "1 file changed, 2 lines added, 1 line deleted\n"));
+    EXPECT_THAT(show, HasSubstr("\n one\n-two\n+three\n+four\n"));
+    EXPECT_THAT(rvgit({"diff"}, repository).standardOutput, IsEmpty());
+    writeFile(repository + "/file", "one\n");
+    git({"add", "file"}, repository);
+    EXPECT_THAT(rvgit({"diff", "--staged"}, repository).standardOutput,
+                HasSubstr("\n one\n-three\n-four\n"));
+    EXPECT_THAT(rvgit({"diff", "HEAD~1", "HEAD", "--", "file"}, repository).standardOutput,
+                HasSubstr("\n-two\n+three\n"));
+}
+
 TEST_F(RvgitTest, HistoryCommandsPrintALineForEachItem) {
     const std::string repository = initRepository();
     commitFile(repository, "file", "one\ntwo\n", "Message");
