@@ -18,10 +18,11 @@ std::size_t findLineBreakBeforeD(std::string_view bytes, std::size_t from) {
     constexpr std::size_t stretch = 64;
     const char* const data = bytes.data();
     while (from + stretch < bytes.size()) {
+        const char* const here = data + from;
         unsigned char found = 0;
-        for (std::size_t index = from; index < from + stretch; ++index)
-            found |= static_cast<unsigned char>(((data[index] == '\n') | (data[index] == '\r')) &
-                                                (data[index + 1] == 'd'));
+        for (std::size_t index = 0; index < stretch; ++index)
+            found |= static_cast<unsigned char>(((here[index] == '\n') | (here[index] == '\r')) &
+                                                (here[index + 1] == 'd'));
         if (found)
             break;
         from += stretch;
