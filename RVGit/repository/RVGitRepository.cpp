@@ -12,6 +12,7 @@
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/worktree/RVGitIndex.h"
 
 namespace {
 
@@ -203,6 +204,11 @@ std::string RVGitRepository::name() const {
 std::shared_ptr<RVGitConfig> RVGitRepository::config() {
     std::call_once(configOnce_, [this] { config_.reset(new RVGitConfig(weak_from_this())); });
     return {shared_from_this(), config_.get()};
+}
+
+std::shared_ptr<RVGitIndex> RVGitRepository::index() {
+    std::call_once(indexOnce_, [this] { index_.reset(new RVGitIndex(weak_from_this())); });
+    return {shared_from_this(), index_.get()};
 }
 
 bool RVGitRepository::isDetachedWorkingTree() {

@@ -12,6 +12,7 @@
 #include "RVGit/base/RVURL.h"
 
 class RVGitConfig;
+class RVGitIndex;
 class RVOperationQueue;
 
 /// Where a repository lies and of what kind it is. Validity and the three paths are set once, when
@@ -77,6 +78,8 @@ public:
     /// pointer shares the ownership of the repository, so whoever keeps it keeps both alive, while
     /// the repository's own config refers back weakly.
     [[nodiscard]] std::shared_ptr<RVGitConfig> config();
+    /// The index, made on first access and owned in the same way.
+    [[nodiscard]] std::shared_ptr<RVGitIndex> index();
 
     // Kind.
 
@@ -198,4 +201,6 @@ private:
     std::optional<std::string> workingTreeDirectoryPath_;
     std::once_flag configOnce_;
     std::unique_ptr<RVGitConfig> config_;
+    std::once_flag indexOnce_;
+    std::unique_ptr<RVGitIndex> index_;
 };
