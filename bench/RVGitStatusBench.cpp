@@ -8,6 +8,7 @@
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/worktree/RVGitIndex.h"
 #include "RVGit/worktree/RVGitLsFilesCommand.h"
 #include "RVGit/worktree/RVGitStatusCommand.h"
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
@@ -152,10 +153,24 @@ int main(int argc, char** argv) {
     all.bound("all entries", "git status and git ls-files", 1.25);
     all.bound("all entries", "libgit2", 0.75);
     all.boundPeakMemory("all entries", 600.0 * static_cast<double>(numberOfEntries));
+
+    RVBenchTable index(bench, "the index");
+    index.add("git ls-files", [&] {
+        static const auto line = indexCommandLine(path);
+        return runBare(line, path).outputBytes;
+    });
+    index.add("records", [&] {
+        const auto records = openTree(path)->index()->indexRecordsForFilePaths(std::nullopt, 0);
+        return checkedCount(records ? records->size() : 0, RVBenchTreeFiles);
+    });
+    index.run(15);
+    constexpr double numberOfRecords = RVBenchTreeFiles;
+    if (const auto instructions = index.instructions("records"))
+        index.bound("instructions to read a record",
+                    static_cast<double>(*instructions) / numberOfRecords, 900);
+    // A record, the entry that is made of it, and the entry's end.
     if (const auto instructions = all.instructions("all entries"))
-        all.bound("instructions a record",
-                  static_cast<double>(*instructions) /
-                      static_cast<double>(RVBenchTreeFiles + RVBenchTreeChanges),
-                  900);
+        all.bound("instructions for an entry, from end to end",
+                  static_cast<double>(*instructions) / numberOfRecords, 2400);
     return bench.finish();
 }

@@ -2,30 +2,24 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 
-/// The hash of an object, or none, in little room: forty digits as git prints them are kept as
-/// twenty bytes, any other text as it is. For entries that are held by the ten thousand. Immutable.
+/// The hash of an object in the room of its twenty bytes, for what is held by the ten thousand.
 class RVGitCompactHash {
 public:
-    /// None.
+    /// All zeros.
     RVGitCompactHash() = default;
-    explicit RVGitCompactHash(const std::optional<std::string>& text);
-    /// Absent unless the text is forty hexadecimal digits with lower-case letters.
+    /// Absent unless the text is forty hexadecimal digits with lower-case letters, as git prints
+    /// them.
     [[nodiscard]] static std::optional<RVGitCompactHash> hashOfDigits(std::string_view text);
 
-    /// Exactly the text that it was made of; absent for none.
-    [[nodiscard]] std::optional<std::string> text() const;
+    /// The forty digits.
+    [[nodiscard]] std::string text() const;
 
-    /// Whether the texts are the same, or both are none.
-    friend bool operator==(const RVGitCompactHash& left, const RVGitCompactHash& right);
+    friend bool operator==(const RVGitCompactHash&, const RVGitCompactHash&) = default;
 
 private:
-    using Bytes = std::array<std::uint8_t, 20>;
-
-    std::variant<std::monostate, Bytes, std::shared_ptr<const std::string>> value_;
+    std::array<std::uint8_t, 20> bytes_ = {};
 };

@@ -7,14 +7,23 @@
 
 RVGitFileEntry::RVGitFileEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
                                std::optional<std::string> objectHash, RVGitFileMode fileMode)
-    : RVGitFileEntry(std::move(repository), std::move(filePath), RVGitCompactHash(objectHash),
-                     fileMode) {}
+    : repository_(std::move(repository)),
+      filePath_(std::move(filePath)),
+      fileMode_(static_cast<std::uint32_t>(fileMode)) {
+    requireParameter(repository_ != nullptr, "repository");
+    if (!objectHash)
+        return;
+    if (const auto hash = RVGitCompactHash::hashOfDigits(*objectHash))
+        objectHash_ = *hash;
+    else
+        objectHash_ = std::make_shared<const std::string>(std::move(*objectHash));
+}
 
 RVGitFileEntry::RVGitFileEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
                                RVGitCompactHash objectHash, RVGitFileMode fileMode)
     : repository_(std::move(repository)),
       filePath_(std::move(filePath)),
-      objectHash_(std::move(objectHash)),
+      objectHash_(objectHash),
       fileMode_(static_cast<std::uint32_t>(fileMode)) {
     requireParameter(repository_ != nullptr, "repository");
 }
@@ -30,6 +39,14 @@ std::shared_ptr<RVGitFileEntry> RVGitFileEntry::fileEntryWithRepository(
 
 std::string RVGitFileEntry::fileName() const {
     return lastPathComponent(filePath_);
+}
+
+std::optional<std::string> RVGitFileEntry::objectHash() const {
+    if (const auto* hash = std::get_if<RVGitCompactHash>(&objectHash_))
+        return hash->text();
+    if (const auto* text = std::get_if<std::shared_ptr<const std::string>>(&objectHash_))
+        return **text;
+    return std::nullopt;
 }
 
 bool RVGitFileEntry::isNoFileType() const {
@@ -60,5 +77,5 @@ RVGitFileMode RVGitFileEntry::fileModeFromString(std::string_view text) {
 }
 
 bool RVGitFileEntry::isEqualToFileEntry(const RVGitFileEntry& other) const {
-    return filePath_ == other.filePath_ && objectHash_ == other.objectHash_;
+    return filePath_ == other.filePath_ && objectHash() == other.objectHash();
 }

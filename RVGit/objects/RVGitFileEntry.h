@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/objects/RVGitCompactHash.h"
@@ -30,7 +31,7 @@ public:
     /// The last component of the path.
     [[nodiscard]] std::string fileName() const;
     /// Made on each call.
-    [[nodiscard]] std::optional<std::string> objectHash() const { return objectHash_.text(); }
+    [[nodiscard]] std::optional<std::string> objectHash() const;
     [[nodiscard]] RVGitFileMode fileMode() const { return static_cast<RVGitFileMode>(fileMode_); }
 
     [[nodiscard]] bool isNoFileType() const;
@@ -60,7 +61,8 @@ protected:
 private:
     std::shared_ptr<RVGitRepository> repository_;
     std::string filePath_;
-    RVGitCompactHash objectHash_;
+    /// A text only where it is no hash as git prints it.
+    std::variant<std::monostate, RVGitCompactHash, std::shared_ptr<const std::string>> objectHash_;
     /// Entries are held by the ten thousand: the enumeration would take twice the room.
     std::uint32_t fileMode_;
 };

@@ -34,21 +34,30 @@ std::optional<RVGitIndex::Entries> RVGitIndex::indexEntriesForFilePath(const std
 std::optional<RVGitIndex::Entries> RVGitIndex::indexEntriesForFilePaths(
     const std::optional<std::vector<std::string>>& filePaths, unsigned options,
     RVErrorPlace error) const {
+    auto records = indexRecordsForFilePaths(filePaths, options, error);
+    if (!records)
+        return std::nullopt;
     const auto repository = this->repository();
-    auto command = RVGitLsFilesCommand::gitLsFilesCommandWithRepository(repository, filePaths, 0);
+    Entries entries;
+    entries.reserve(records->size());
+    for (auto& record : *records)
+        entries.push_back(std::make_shared<RVGitIndexEntry>(repository, std::move(record.filePath),
+                                                            record.objectHash, record.fileMode,
+                                                            record.stage, record.flag));
+    return entries;
+}
+
+std::optional<std::vector<RVGitIndexOutputParserResultItem>> RVGitIndex::indexRecordsForFilePaths(
+    const std::optional<std::vector<std::string>>& filePaths, unsigned options,
+    RVErrorPlace error) const {
+    const auto command =
+        RVGitLsFilesCommand::gitLsFilesCommandWithRepository(repository(), filePaths, 0);
     command->setShowsIndexInfo(true);
     command->setShowsAssumeUnchangedFiles(options & RVGitIndexOptionAssumeUnchangedFiles);
     command->setShowsSubmodules(options & RVGitIndexOptionSubmodules);
     if (!command->run(error))
         return std::nullopt;
-    auto items = command->takeEntries();
-    // What git printed is not needed any more, and takes as much room as the entries.
-    command.reset();
-    Entries entries;
-    entries.reserve(items.size());
-    for (auto& item : items)
-        entries.push_back(std::make_shared<RVGitIndexEntry>(repository, std::move(item)));
-    return entries;
+    return command->takeEntries();
 }
 
 std::shared_ptr<RVGitIndexEntry> RVGitIndex::indexEntryForFilePath(const std::string& filePath,

@@ -10,6 +10,7 @@
 
 class RVGitIndexEntry;
 class RVGitRepository;
+struct RVGitIndexOutputParserResultItem;
 
 /// Which entries RVGitIndex loads; no bit: all of them.
 enum RVGitIndexOptions : unsigned {
@@ -43,6 +44,10 @@ public:
     [[nodiscard]] std::optional<Entries> indexEntriesForFilePaths(
         const std::optional<std::vector<std::string>>& filePaths, unsigned options,
         RVErrorPlace error = nullptr) const;
+    /// The same as git printed them, for whoever makes something else of them.
+    [[nodiscard]] std::optional<std::vector<RVGitIndexOutputParserResultItem>>
+    indexRecordsForFilePaths(const std::optional<std::vector<std::string>>& filePaths,
+                             unsigned options, RVErrorPlace error = nullptr) const;
     /// What is staged at the path; null with a cleared place if there is nothing.
     [[nodiscard]] std::shared_ptr<RVGitIndexEntry> indexEntryForFilePath(
         const std::string& filePath, RVErrorPlace error = nullptr) const;

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "RVGit/worktree/RVGitIndexHelper.h"
-#include "RVGit/worktree/RVGitLsFilesCommand.h"
 
 RVGitIndexEntry::RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
                                  std::optional<std::string> objectHash, RVGitFileMode fileMode,
@@ -12,12 +11,12 @@ RVGitIndexEntry::RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository, st
       stage_(static_cast<std::uint8_t>(stage)),
       flag_(flag) {}
 
-RVGitIndexEntry::RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository,
-                                 RVGitIndexOutputParserResultItem item)
-    : RVGitFileEntry(std::move(repository), std::move(item.filePath), std::move(item.objectHash),
-                     item.fileMode),
-      stage_(static_cast<std::uint8_t>(item.stage)),
-      flag_(item.flag) {}
+RVGitIndexEntry::RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
+                                 RVGitCompactHash objectHash, RVGitFileMode fileMode,
+                                 RVGitIndexStage stage, std::optional<char> flag)
+    : RVGitFileEntry(std::move(repository), std::move(filePath), objectHash, fileMode),
+      stage_(static_cast<std::uint8_t>(stage)),
+      flag_(flag) {}
 
 std::optional<std::string> RVGitIndexEntry::flag() const {
     return flag_ ? std::optional(std::string(1, *flag_)) : std::nullopt;

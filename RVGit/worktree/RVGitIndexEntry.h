@@ -7,8 +7,6 @@
 
 #include "RVGit/objects/RVGitFileEntry.h"
 
-struct RVGitIndexOutputParserResultItem;
-
 /// A version of a file that the index holds: the staged one, or one side of a conflict. A
 /// snapshot, readable on any thread.
 class RVGitIndexEntry : public RVGitFileEntry {
@@ -17,8 +15,9 @@ public:
     RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
                     std::optional<std::string> objectHash, RVGitFileMode fileMode,
                     RVGitIndexStage stage, std::optional<char> flag);
-    RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository,
-                    RVGitIndexOutputParserResultItem item);
+    RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
+                    RVGitCompactHash objectHash, RVGitFileMode fileMode, RVGitIndexStage stage,
+                    std::optional<char> flag);
 
     [[nodiscard]] RVGitIndexStage stage() const { return static_cast<RVGitIndexStage>(stage_); }
     /// One letter; absent where git printed none.

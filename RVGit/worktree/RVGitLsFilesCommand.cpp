@@ -19,44 +19,43 @@ constexpr std::size_t hashLength = 40;
 constexpr std::size_t stageColumn = 50;
 constexpr std::size_t pathColumn = 52;
 
-struct IndexRecord {
-    std::optional<char> flag;
-    std::string_view mode;
-    RVGitCompactHash hash;
-    std::string_view stage;
-    std::string_view path;
-};
-
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Absent for anything that the regular expression might read in another way.
-std::optional<IndexRecord> indexRecordByColumns(std::string_view line) {
+/// False for anything that the regular expression might read in another way.
+bool readRecordByColumns(std::string_view line, RVGitIndexOutputParserResultItem& item) {
     if (line.size() <= pathColumn || line[modeColumn - 1] != ' ' || line[hashColumn - 1] != ' ' ||
         line[stageColumn - 1] != ' ' || line[pathColumn - 1] != '\t' ||
         !isDigit(line[stageColumn]) ||
         std::string_view("HhSsMmRrCcKk").find(line[0]) == std::string_view::npos)
-        return std::nullopt;
+        return false;
     const auto mode = line.substr(modeColumn, modeLength);
-    if (!std::all_of(mode.begin(), mode.end(), isDigit))
-        return std::nullopt;
-    auto hash = RVGitCompactHash::hashOfDigits(line.substr(hashColumn, hashLength));
-    if (!hash)
-        return std::nullopt;
-    return IndexRecord{line[0], mode, std::move(*hash), line.substr(stageColumn, 1),
-                       line.substr(pathColumn)};
+    const auto hash = RVGitCompactHash::hashOfDigits(line.substr(hashColumn, hashLength));
+    if (!hash || !std::all_of(mode.begin(), mode.end(), isDigit))
+        return false;
+    item.filePath = line.substr(pathColumn);
+    item.objectHash = *hash;
+    item.flag = line[0];
+    item.fileMode = RVGitFileModeFromString(mode);
+    item.stage = RVGitIndexHelper::indexStageFromString(line.substr(stageColumn, 1));
+    return true;
 }
 
-std::optional<IndexRecord> indexRecordByExpression(std::string_view line) {
+bool readRecordByExpression(std::string_view line, RVGitIndexOutputParserResultItem& item) {
     static const RVRegularExpression expression(
         R"(^([hsmrckHSMRCK])?\s+([0-9]{6})\s([0-9a-f]{40})\s([0-9])\t(.+))",
         RVRegularExpression::DotMatchesLineSeparators);
     const auto groups = expression.firstMatch(line);
     if (groups.empty())
-        return std::nullopt;
-    return IndexRecord{groups[1] ? std::optional(groups[1]->front()) : std::nullopt, *groups[2],
-                       RVGitCompactHash(std::string(*groups[3])), *groups[4], *groups[5]};
+        return false;
+    item.filePath = *groups[5];
+    item.objectHash = RVGitCompactHash::hashOfDigits(*groups[3]).value_or(RVGitCompactHash());
+    if (groups[1])
+        item.flag = groups[1]->front();
+    item.fileMode = RVGitFileModeFromString(*groups[2]);
+    item.stage = RVGitIndexHelper::indexStageFromString(*groups[4]);
+    return true;
 }
 
 }  // namespace
@@ -92,19 +91,11 @@ bool RVGitIndexOutputParser::shouldParseOutputLine(std::string_view line) const 
 bool RVGitIndexOutputParser::parseOutputLine(std::string_view line) {
     if (!shouldParseOutputLine(line))
         return true;
-    auto record = indexRecordByColumns(line);
-    if (!record)
-        record = indexRecordByExpression(line);
-    if (!record)
-        return false;
-    addResult({
-        .filePath = std::string(record->path),
-        .objectHash = std::move(record->hash),
-        .flag = record->flag,
-        .fileMode = RVGitFileModeFromString(record->mode),
-        .stage = RVGitIndexHelper::indexStageFromString(record->stage),
-    });
-    return true;
+    RVGitIndexOutputParserResultItem& item = indexedResultCache_.emplace_back();
+    if (readRecordByColumns(line, item) || readRecordByExpression(line, item))
+        return true;
+    indexedResultCache_.pop_back();
+    return false;
 }
 
 RVGitLsFilesCommand::RVGitLsFilesCommand(const std::shared_ptr<RVGitRepository>& repository,

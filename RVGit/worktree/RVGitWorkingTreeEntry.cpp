@@ -18,6 +18,7 @@
 struct RVGitWorkingTreeEntry::Details {
     std::optional<std::string> originalFilePath;
     std::optional<std::string> absoluteFilePath;
+    std::shared_ptr<RVGitIndexEntry> stagedVersion;
     std::shared_ptr<RVGitTreeEntry> baseVersion;
     /// Of the stages 1 to 3.
     std::array<std::shared_ptr<RVGitIndexEntry>, 3> unmergedVersions;
@@ -47,7 +48,7 @@ RVGitWorkingTreeEntry::RVGitWorkingTreeEntry(std::shared_ptr<RVGitRepository> re
                                              std::string filePath, RVGitFileMode fileMode,
                                              RVGitFileStatus leftStatus,
                                              RVGitFileStatus rightStatus)
-    : RVGitFileEntry(std::move(repository), std::move(filePath), RVGitCompactHash(), fileMode),
+    : RVGitFileEntry(std::move(repository), std::move(filePath), std::nullopt, fileMode),
       currentStatus_(static_cast<std::uint8_t>(rightStatus)),
       stagedStatus_(static_cast<std::uint8_t>(leftStatus)) {
     if (!RVGitWorkingTreeHelper::isUnmergedPathForLeftFileStatus(leftStatus, rightStatus))
@@ -139,15 +140,34 @@ const std::string& RVGitWorkingTreeEntry::absoluteFilePath() const {
 }
 
 std::shared_ptr<RVGitIndexEntry> RVGitWorkingTreeEntry::stagedVersion() const {
-    if (stagedVersion_ || hasLoadedIndexVersions_ || stagedStatus_ == RVGitFileStatusUntracked ||
+    if (details_ && details_->stagedVersion)
+        return details_->stagedVersion;
+    if (hasStagedRecord_) {
+        details().stagedVersion = std::make_shared<RVGitIndexEntry>(
+            repository(), filePath(), stagedObjectHash_,
+            static_cast<RVGitFileMode>(stagedFileMode_), RVGitIndexStageDefault, stagedFlag_);
+        return details_->stagedVersion;
+    }
+    if (hasLoadedIndexVersions_ || stagedStatus_ == RVGitFileStatusUntracked ||
         stagedStatus_ == RVGitFileStatusDeleted)
-        return stagedVersion_;
-    stagedVersion_ = repository()->index()->indexEntryForFilePath(filePath());
-    return stagedVersion_;
+        return nullptr;
+    details().stagedVersion = repository()->index()->indexEntryForFilePath(filePath());
+    return details_->stagedVersion;
 }
 
 void RVGitWorkingTreeEntry::setStagedVersion(std::shared_ptr<RVGitIndexEntry> version) {
-    stagedVersion_ = std::move(version);
+    details().stagedVersion = std::move(version);
+    hasStagedRecord_ = false;
+}
+
+void RVGitWorkingTreeEntry::setStagedVersion(RVGitCompactHash objectHash, RVGitFileMode fileMode,
+                                             std::optional<char> flag) {
+    if (details_)
+        details_->stagedVersion.reset();
+    hasStagedRecord_ = true;
+    stagedObjectHash_ = objectHash;
+    stagedFileMode_ = static_cast<std::uint32_t>(fileMode);
+    stagedFlag_ = flag;
 }
 
 const std::string& RVGitWorkingTreeEntry::filePathInBase() const {

@@ -89,6 +89,9 @@ public:
     /// What is staged, from the index.
     [[nodiscard]] std::shared_ptr<RVGitIndexEntry> stagedVersion() const;
     void setStagedVersion(std::shared_ptr<RVGitIndexEntry> version);
+    /// Sets what the version is made of when it is first read.
+    void setStagedVersion(RVGitCompactHash objectHash, RVGitFileMode fileMode,
+                          std::optional<char> flag);
     /// What HEAD holds: of a renamed file at its original path, of a copied one at the new.
     [[nodiscard]] std::shared_ptr<RVGitTreeEntry> baseVersion() const;
     void setBaseVersion(std::shared_ptr<RVGitTreeEntry> version);
@@ -181,7 +184,10 @@ private:
     std::uint8_t unmergedTheirsStatus_ = RVGitFileStatusNone;
     bool hasLoadedIndexVersions_ = false;
     bool ignored_ = false;
-    mutable std::shared_ptr<RVGitIndexEntry> stagedVersion_;
-    /// What few entries have.
+    bool hasStagedRecord_ = false;
+    std::optional<char> stagedFlag_;
+    std::uint32_t stagedFileMode_ = RVGitFileModeNone;
+    RVGitCompactHash stagedObjectHash_;
+    /// What few entries have, or are asked for.
     mutable std::unique_ptr<Details> details_;
 };

@@ -11,6 +11,8 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitIndex.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
+#include "RVGit/worktree/RVGitIndexHelper.h"
+#include "RVGit/worktree/RVGitLsFilesCommand.h"
 #include "RVGit/worktree/RVGitStatusCommand.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
 
@@ -61,20 +63,38 @@ private:
     std::unordered_map<std::string_view, std::size_t> positions_;
 };
 
-void attachVersion(RVGitWorkingTreeEntry& entry, std::shared_ptr<RVGitIndexEntry> version) {
-    if (version->isSubmoduleFileType() && entry.currentStatus() != RVGitFileStatusUntracked)
-        entry.setFileMode(version->fileMode());
+bool isAssumedUnchanged(const RVGitIndexOutputParserResultItem& record) {
+    return record.flag && RVGitIndexHelper::isAssumeUnchangedFlag({&*record.flag, 1});
+}
+
+/// Which entries of the index the options ask for, as bits of RVGitIndexOptions; absent if none.
+std::optional<unsigned> indexOptions(const std::optional<RVOptions>& options) {
+    if (optionIsSet(options, RVGitWorkingTreeOptionIncludeUnchangedFiles))
+        return 0;
+    unsigned bits = 0;
+    if (optionIsSet(options, RVGitWorkingTreeOptionIncludeSubmodules))
+        bits |= RVGitIndexOptionSubmodules;
+    if (optionIsSet(options, RVGitWorkingTreeOptionIncludeAssumeUnchangedFiles))
+        bits |= RVGitIndexOptionAssumeUnchangedFiles;
+    return bits == 0 ? std::nullopt : std::optional(bits);
+}
+
+void attachVersion(RVGitWorkingTreeEntry& entry, const RVGitIndexOutputParserResultItem& record) {
+    if (record.fileMode == RVGitFileModeSubmodule &&
+        entry.currentStatus() != RVGitFileStatusUntracked)
+        entry.setFileMode(record.fileMode);
     entry.setHasLoadedIndexVersions(true);
-    switch (version->stage()) {
-        case RVGitIndexStageDefault:
-            return entry.setStagedVersion(std::move(version));
-        case RVGitIndexStageBase:
-            return entry.setUnmergedBaseVersion(std::move(version));
-        case RVGitIndexStageOurs:
-            return entry.setUnmergedOursVersion(std::move(version));
-        case RVGitIndexStageTheirs:
-            return entry.setUnmergedTheirsVersion(std::move(version));
-    }
+    if (record.stage == RVGitIndexStageDefault)
+        return entry.setStagedVersion(record.objectHash, record.fileMode, record.flag);
+    auto version =
+        std::make_shared<RVGitIndexEntry>(entry.repository(), entry.filePath(), record.objectHash,
+                                          record.fileMode, record.stage, record.flag);
+    if (record.stage == RVGitIndexStageBase)
+        entry.setUnmergedBaseVersion(std::move(version));
+    else if (record.stage == RVGitIndexStageOurs)
+        entry.setUnmergedOursVersion(std::move(version));
+    else
+        entry.setUnmergedTheirsVersion(std::move(version));
 }
 
 }  // namespace
@@ -131,29 +151,31 @@ RVGitWorkingTreeEntryLoader::loadWorkingTreeEntriesForFilePath(
     }
     changedFiles.reset();
 
-    auto indexOptions = options;
+    auto workingOptions = options;
     if (changesDirectory) {
-        if (!indexOptions)
-            indexOptions.emplace();
-        indexOptions->insert_or_assign(RVGitWorkingTreeOptionIncludeSubmodules, true);
+        if (!workingOptions)
+            workingOptions.emplace();
+        workingOptions->insert_or_assign(RVGitWorkingTreeOptionIncludeSubmodules, true);
     }
-    // A failure is left to the place: what has changed is known without the index.
-    auto versions = loadIndexEntriesForFilePath(path, indexOptions, error);
-    if (!versions)
+    const auto bits = indexOptions(workingOptions);
+    if (!bits)
         return entries.takeEntries();
-    for (auto& version : *versions) {
-        auto* entry = entries.find(version->filePath());
+    // A failure is left to the place: what has changed is known without the index.
+    auto records =
+        repository_->index()->indexRecordsForFilePaths(listOfFilePath(path), *bits, error);
+    if (!records)
+        return entries.takeEntries();
+    for (auto& record : *records) {
+        auto* entry = entries.find(record.filePath);
         if (!entry) {
-            if (!includesUnchanged &&
-                !(includesAssumeUnchanged && version->isAssumeUnchangedFlagSet()))
+            if (!includesUnchanged && !(includesAssumeUnchanged && isAssumedUnchanged(record)))
                 continue;
             entry = entries.append(std::make_shared<RVGitWorkingTreeEntry>(
-                repository_, version->filePath(), RVGitFileModeNone, RVGitFileStatusUnchanged,
-                RVGitFileStatusUnchanged));
-            if (version->isDefaultStage())
-                entry->setFileMode(version->fileMode());
+                repository_, std::move(record.filePath),
+                record.stage == RVGitIndexStageDefault ? record.fileMode : RVGitFileModeNone,
+                RVGitFileStatusUnchanged, RVGitFileStatusUnchanged));
         }
-        attachVersion(*entry, std::move(version));
+        attachVersion(*entry, record);
     }
     return entries.takeEntries();
 }
@@ -180,17 +202,10 @@ std::optional<std::vector<std::shared_ptr<RVGitIndexEntry>>>
 RVGitWorkingTreeEntryLoader::loadIndexEntriesForFilePath(const std::optional<std::string>& filePath,
                                                          const std::optional<RVOptions>& options,
                                                          RVErrorPlace error) const {
-    const bool includesUnchanged =
-        optionIsSet(options, RVGitWorkingTreeOptionIncludeUnchangedFiles);
-    unsigned indexOptions = 0;
-    if (optionIsSet(options, RVGitWorkingTreeOptionIncludeSubmodules))
-        indexOptions |= RVGitIndexOptionSubmodules;
-    if (optionIsSet(options, RVGitWorkingTreeOptionIncludeAssumeUnchangedFiles))
-        indexOptions |= RVGitIndexOptionAssumeUnchangedFiles;
-    if (!includesUnchanged && indexOptions == 0)
+    const auto bits = indexOptions(options);
+    if (!bits)
         return RVGitIndex::Entries();
-    return repository_->index()->indexEntriesForFilePaths(
-        listOfFilePath(filePath), includesUnchanged ? 0 : indexOptions, error);
+    return repository_->index()->indexEntriesForFilePaths(listOfFilePath(filePath), *bits, error);
 }
 
 RVGitFileMode RVGitWorkingTreeEntryLoader::fileModeForFileAtPath(

@@ -24,6 +24,16 @@ TEST_F(RVGitFileEntryTest, KeepsItsFields) {
     EXPECT_EQ(file->fileMode(), RVGitFileModeExecutable);
 }
 
+TEST_F(RVGitFileEntryTest, AnyTextOfAHashComesBackAsItWas) {
+    const std::string hash = "0123456789abcdef0123456789abcdef01234567";
+    const std::string upperCase = "0123456789ABCDEF0123456789ABCDEF01234567";
+    for (const std::string& text : {hash, upperCase, hash + "0", std::string("abc"), std::string()})
+        EXPECT_EQ(entry("a", text)->objectHash(), text);
+    EXPECT_EQ(entry("a")->objectHash(), std::nullopt);
+    EXPECT_TRUE(entry("a", hash)->isEqualToFileEntry(*entry("a", hash)));
+    EXPECT_FALSE(entry("a", hash)->isEqualToFileEntry(*entry("a", upperCase)));
+}
+
 TEST_F(RVGitFileEntryTest, RequiresARepository) {
     EXPECT_THROW(
         (void)RVGitFileEntry::fileEntryWithRepository(nullptr, "a", "abc", RVGitFileModeRegular),

@@ -22,8 +22,8 @@ std::string plainText(const std::vector<RVGitIndexOutputParserResultItem>& items
     std::string text;
     for (const auto& item : items)
         text += (item.flag ? std::string(1, *item.flag) : "-") + "|" +
-                std::to_string(item.fileMode) + "|" + item.objectHash.text().value_or("none") +
-                "|" + std::to_string(item.stage) + "|" + item.filePath + "\n";
+                std::to_string(item.fileMode) + "|" + item.objectHash.text() + "|" +
+                std::to_string(item.stage) + "|" + item.filePath + "\n";
     return text;
 }
 
@@ -62,7 +62,7 @@ std::string parsedByExpression(std::string_view output) {
             return plainText(items) + "failed";
         items.push_back({
             .filePath = *groups[5],
-            .objectHash = RVGitCompactHash(groups[3]),
+            .objectHash = RVGitCompactHash::hashOfDigits(*groups[3]).value(),
             .flag = groups[1] ? std::optional(groups[1]->front()) : std::nullopt,
             .fileMode = RVGitFileModeFromString(*groups[2]),
             .stage = RVGitIndexStageFromString(*groups[4]),
