@@ -71,12 +71,12 @@ bool RVGitOutputParser::parse(RVErrorPlace error) {
             if (!take(line))
                 break;
         }
+    } else if (isValidUTF8(outputData_)) {
+        forEachPiece(outputData_, delimiter_ == Delimiter::NULByte ? '\0' : '\n', take);
     } else if (delimiter_ == Delimiter::NULByte) {
         forEachPiece(outputData_, '\0', [&](std::string_view piece) {
             return isValidUTF8(piece) ? take(piece) : take(stringUsingBestEncoding(piece));
         });
-    } else if (isValidUTF8(outputData_)) {
-        forEachPiece(outputData_, '\n', take);
     } else {
         decodedData_ = stringUsingBestEncoding(outputData_);
         forEachPiece(decodedData_, '\n', take);

@@ -19,25 +19,36 @@ constexpr std::size_t hashLength = 40;
 constexpr std::size_t stageColumn = 50;
 constexpr std::size_t pathColumn = 52;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
+/// A letter of "-v", in either case.
+bool isFlag(char c) {
+    switch (c | 0x20) {
+        case 'h':
+        case 's':
+        case 'm':
+        case 'r':
+        case 'c':
+        case 'k':
+            return true;
+        default:
+            return false;
+    }
 }
 
-/// False for anything that the regular expression might read in another way.
+/// False for anything that the regular expression might read in another way, and for the modes that
+/// git does not write.
 bool readRecordByColumns(std::string_view line, RVGitIndexOutputParserResultItem& item) {
-    if (line.size() <= pathColumn || line[modeColumn - 1] != ' ' || line[hashColumn - 1] != ' ' ||
-        line[stageColumn - 1] != ' ' || line[pathColumn - 1] != '\t' ||
-        !isDigit(line[stageColumn]) ||
-        std::string_view("HhSsMmRrCcKk").find(line[0]) == std::string_view::npos)
+    if (line.size() <= pathColumn || !isFlag(line[0]) || line[modeColumn - 1] != ' ' ||
+        line[hashColumn - 1] != ' ' || line[stageColumn - 1] != ' ' ||
+        line[pathColumn - 1] != '\t' || line[stageColumn] < '0' || line[stageColumn] > '9')
         return false;
-    const auto mode = line.substr(modeColumn, modeLength);
+    const auto mode = RVGitKnownFileModeFromString(line.substr(modeColumn, modeLength));
     const auto hash = RVGitCompactHash::hashOfDigits(line.substr(hashColumn, hashLength));
-    if (!hash || !std::all_of(mode.begin(), mode.end(), isDigit))
+    if (!mode || !hash)
         return false;
     item.filePath = line.substr(pathColumn);
     item.objectHash = *hash;
     item.flag = line[0];
-    item.fileMode = RVGitFileModeFromString(mode);
+    item.fileMode = *mode;
     item.stage = RVGitIndexHelper::indexStageFromString(line.substr(stageColumn, 1));
     return true;
 }
