@@ -33,7 +33,8 @@ enum RVGitMoveOptions : unsigned {
 /// Paths are relative to the top of the working tree. Git reads them as patterns, but where said
 /// otherwise: "*" is every file, "[ab]" also the file "a", ":(top)a" the file "a"; a directory
 /// stands for all in it. For names that come from a listing, set "GIT_LITERAL_PATHSPECS" to "1" in
-/// RVGitCommandEnvironment, or pass ":(literal)" with the name behind it.
+/// RVGitCommandEnvironment, or pass ":(literal)" with the name behind it; else an operation that
+/// loses changes may lose those of other files.
 ///
 /// A list of more paths than one command line takes is cut into batches, one process for each, in
 /// order. A batch that fails ends the operation, and those before it stay applied. A list without
@@ -50,7 +51,8 @@ public:
     // HEAD.
 
     /// Checks out a branch or another revision. Changes are kept; code 1600 where they would be
-    /// overwritten.
+    /// overwritten. Kept for compatibility: a name that is no revision, but a file's, reverts that
+    /// file to the index, and its changes are lost.
     [[nodiscard]] bool checkoutRevision(const std::string& revision, RVErrorPlace error = nullptr);
     /// Moves HEAD and what `mode` says; or, with paths, sets their index entries alone, for which
     /// the mode must be none. An absent revision is HEAD. RVGitResetModeHard loses changes.
@@ -64,7 +66,8 @@ public:
 
     /// Stages the files as they are, removed ones as removals. `options` are RVGitStageOptions and
     /// apply, kept for compatibility, to the first batch alone. Code 1300 if git finds no file at a
-    /// path; nothing of the batch is staged then.
+    /// path; nothing of the batch is staged then. An ignored file that is not forced fails with
+    /// code 1, and the others are staged.
     [[nodiscard]] bool stageFiles(const std::vector<std::string>& filePaths,
                                   RVErrorPlace error = nullptr);
     [[nodiscard]] bool stageFiles(const std::vector<std::string>& filePaths, unsigned options,
@@ -79,8 +82,9 @@ public:
     /// know is no failure.
     [[nodiscard]] bool untrackFiles(const std::vector<std::string>& filePaths,
                                     RVErrorPlace error = nullptr);
-    /// Makes the conflicts of the index anew that have been resolved. Paths are taken as they are;
-    /// not cut into batches, and run with an empty list, too.
+    /// Makes the conflicts of the index anew that have been resolved; but while no merge is under
+    /// way, git does nothing and succeeds. Paths are taken as they are; not cut into batches, and
+    /// run with an empty list, too.
     [[nodiscard]] bool unresolveIndexEntries(const std::vector<std::string>& filePaths,
                                              RVErrorPlace error = nullptr);
     /// Has git take the files for unchanged without looking at them, or look again. Paths are
@@ -94,7 +98,8 @@ public:
     // The working tree.
 
     /// Removes files from the index and the working tree, with their changes; those that git does
-    /// not know stay, and are no failure.
+    /// not know stay, and are no failure. A submodule goes with all that is in it, untracked files
+    /// too.
     [[nodiscard]] bool removeFiles(const std::vector<std::string>& filePaths,
                                    RVErrorPlace error = nullptr);
     /// Moves or renames a file or directory, in the index and the working tree. Paths are taken as
@@ -106,9 +111,10 @@ public:
     [[nodiscard]] bool moveFileAtPath(const std::string& filePath, const std::string& toPath,
                                       unsigned options, RVErrorPlace error = nullptr);
     /// Replaces the files and their index entries by those of HEAD or of the revision: their
-    /// changes are lost. A path that the revision does not have fails with code 1, and nothing of
-    /// the batch is reverted. "--ours" and "--theirs" in the revision's place take one side of a
-    /// conflict, and leave the conflict in the index.
+    /// changes are lost, and so is a directory that stands where a file was, with all that is in
+    /// it. A path that the revision does not have fails with code 1, and nothing of the batch is
+    /// reverted. "--ours" and "--theirs" in the revision's place take one side of a conflict, and
+    /// leave the conflict in the index.
     ///
     /// Kept for compatibility: batches behind the first are reverted to HEAD, whatever the
     /// revision, and the result is that of the first, while `error` is filled by any.
