@@ -12,6 +12,7 @@
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
+#include "RVGit/worktree/RVGitStashCommand.h"
 
 void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
@@ -21,6 +22,7 @@ void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitStashCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTagCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTreeCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitUpdateRefCommand::gitErrorDefinitions());

@@ -60,7 +60,7 @@ public:
         const std::optional<std::string>& message, unsigned options, RVErrorPlace error = nullptr);
     /// Makes the commit of a stash and gives its hash, kept for compatibility with the newline that
     /// git prints behind it. Neither the working tree nor the list changes. Without changes it is
-    /// absent, with code 1, from git 2.23 on, and empty from older ones.
+    /// empty or, with some versions of git, absent with code 1.
     [[nodiscard]] static std::optional<std::string> createStashFromWorkingTreeInRepository(
         const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<std::string>& message, RVErrorPlace error = nullptr);
