@@ -2,6 +2,7 @@
 #include <span>
 
 #include "RVGit/history/RVGitCommit.h"
+#include "RVGit/history/RVGitLogCommandOptions.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitCommitCommand.h"
 #include "RVGit/worktree/RVGitIgnores.h"

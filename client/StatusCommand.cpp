@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
 #include "client/Commands.h"
 
 namespace {
