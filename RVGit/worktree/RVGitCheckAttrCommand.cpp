@@ -74,9 +74,10 @@ bool RVGitCheckAttrCommand::gitCommandWillParseOutput(RVErrorPlace error) {
     if (readsNULSeparatedOutput_) {
         auto items =
             RVGitAttributesOutputParser::itemsFromNULSeparatedOutput(standardOutputData(), error);
-        if (items)
-            attributes_ = *std::move(items);
-        return items.has_value();
+        if (!items)
+            return false;
+        attributes_ = *std::move(items);
+        return true;
     }
     RVGitAttributesOutputParser parser(standardOutputData());
     const bool parsed = parser.parse(error);

@@ -159,9 +159,9 @@ TEST_F(RVGitAttributesTest, APathThatIsNoUTF8ReachesGitAndComesBackAsText) {
 
 TEST_F(RVGitAttributesTest, AHundredThousandPathsPassThroughStandardInput) {
     writeFile("repository/.gitattributes", "*7 text\n");
-    std::vector<std::string> paths;
-    for (int number = 0; number < 100'000; ++number)
-        paths.push_back("directory/file " + std::to_string(number));
+    std::vector<std::string> paths(100'000);
+    for (std::size_t index = 0; index < paths.size(); ++index)
+        paths[index] = "directory/file " + std::to_string(index);
     const auto recorder = useRecordingGit();
     const auto list = effective(paths);
     ASSERT_THAT(list, SizeIs(paths.size()));

@@ -11,7 +11,6 @@
 namespace {
 
 using namespace std::string_literals;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
@@ -26,7 +25,7 @@ std::string plainText(const Items& items) {
     for (const auto& item : items) {
         text += item.filePath + "|";
         for (const auto& [name, value] : item.attributes)
-            text += name + "=" + value + "|";
+            text.append(name).append("=").append(value).append("|");
         text += "\n";
     }
     return text;

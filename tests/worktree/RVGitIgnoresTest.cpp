@@ -547,6 +547,7 @@ TEST_F(RVGitIgnoresTest, OwnedFilesDoNotKeepTheRepositoryAliveButTheirPointersDo
 TEST_F(RVGitIgnoresTest, ThreadsGetTheSameObject) {
     std::vector<std::shared_ptr<RVGitIgnores>> found(8);
     std::vector<std::thread> threads;
+    threads.reserve(found.size());
     for (auto& place : found)
         threads.emplace_back([&] { place = repository()->ignores(); });
     for (auto& thread : threads)

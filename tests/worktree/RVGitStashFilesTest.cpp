@@ -10,6 +10,8 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 /// What becomes of the files of a working tree that is stashed and taken out again.
 class RVGitStashFilesTest : public RVGitRepositoryTestCase {
 protected:
@@ -71,7 +73,7 @@ TEST_F(RVGitStashFilesTest, FilesWithUglyNamesComeBackByteForByte) {
                                  "latin \xE9\xFF",
                                  "-d/:e/*f",
                                  std::string(255, 'n')};
-    const std::string bytes("\0\r\n\xFF\xFE binary \r without end", 27);
+    const std::string bytes = "\0\r\n\xFF\xFE binary \r without end"s;
     makeCommit();
     std::map<std::string, std::string> expected;
     for (const std::string& name : names) {
