@@ -157,8 +157,8 @@ public:
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr) const;
     [[nodiscard]] std::shared_ptr<RVGitDiff> compareIndexWithBaseWithOptions(
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr) const;
-    /// Our side against theirs; null with a cleared place if there is no conflict. Git fails where
-    /// a side has no version.
+    /// Our side against theirs; null with a cleared place if there is no conflict. A side that is
+    /// alone is the file as it lies in the working tree, compared with nothing.
     [[nodiscard]] std::shared_ptr<RVGitDiff> compareUnmergedVersionsWithOptions(
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr) const;
 

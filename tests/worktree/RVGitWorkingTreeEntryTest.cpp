@@ -234,7 +234,8 @@ TEST_F(RVGitWorkingTreeEntryTest, ARenamedFileHasItsBaseAtTheOriginalPathAndACop
     EXPECT_EQ(copied->baseVersion(), nullptr);
     std::optional<RVError> error;
     EXPECT_EQ(copied->blobForBaseVersion(&error), nullptr);
-    EXPECT_EQ(error->code(), RVGitBlobLoadingFailedError);
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), 1201);
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AVersionThatCouldNotBeLoadedIsTriedAgain) {
@@ -375,12 +376,24 @@ TEST_F(RVGitWorkingTreeEntryTest, WithoutAConflictThereIsNothingToCompareAndTheP
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }
 
-TEST_F(RVGitWorkingTreeEntryTest, GitFailsToCompareASideThatHasNoVersion) {
+TEST_F(RVGitWorkingTreeEntryTest, TheOnlySideOfAConflictIsComparedAsItLiesInTheWorkingTree) {
+    makeConflicts();
+    writeFile("repository/ours-deleted", "current\n");
+    const auto theirs = entryAt("ours-deleted")->compareUnmergedVersionsWithOptions(std::nullopt);
+    ASSERT_TRUE(theirs);
+    EXPECT_THAT(theirs->rawDiff().value(), testing::HasSubstr("--- /dev/null\n"));
+    EXPECT_THAT(theirs->rawDiff().value(), testing::EndsWith("\n+current\n"));
+    const auto ours = entryAt("theirs-deleted")->compareUnmergedVersionsWithOptions(std::nullopt);
+    ASSERT_TRUE(ours);
+    EXPECT_THAT(ours->rawDiff().value(), testing::HasSubstr("+++ /dev/null\n"));
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AConflictWithoutSidesHasNothingToCompare) {
     makeConflicts();
     std::optional<RVError> error;
-    EXPECT_EQ(entryAt("ours-deleted")->compareUnmergedVersionsWithOptions(std::nullopt, &error),
+    EXPECT_EQ(entryAt("renamed")->compareUnmergedVersionsWithOptions(std::nullopt, &error),
               nullptr);
-    EXPECT_TRUE(error.has_value());
+    EXPECT_EQ(error, std::nullopt);
 }
 
 // Equality.
