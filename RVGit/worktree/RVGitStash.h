@@ -23,7 +23,8 @@ enum RVGitStashSaveOptions : unsigned {
 /// commit. It is addressed by its position, the newest being 0, so that each save and each delete
 /// moves what a name or an index means: list anew afterwards. A snapshot that stays on one thread,
 /// since its ref does; the static operations may be called on any, and run RVGitStashCommand, whose
-/// codes they give.
+/// codes they give, 2701 for the words "No local changes to save" in any output among them: after
+/// that code list again where such words may stand in a message or a file name.
 class RVGitStash : public RVGitRefProtocol {
 public:
     /// The repository and the ref are required. The fields of the message and the date are absent.
@@ -73,9 +74,10 @@ public:
         RVErrorPlace error = nullptr);
     /// Puts the changes back into the working tree and, with `deletingStash`, deletes the stash
     /// afterwards. What was staged comes back unstaged, but for new files. False with a cleared
-    /// place if there is no such stash; with code 2702 on conflicts, which are left in the working
-    /// tree; with code 2705 (or, deleting, the generic code 1) if local changes are in the way and
-    /// nothing was done. On any failure the stash is kept.
+    /// place if there is no such stash; with code 2702 on conflicts of contents, which are left in
+    /// the working tree; with code 2705 (or, deleting, the generic code 1) if local changes are in
+    /// the way and nothing was done; with the generic code 1 on any other conflict. Where git fails
+    /// it keeps the stash.
     [[nodiscard]] static bool applyStashAtIndex(std::uint64_t index,
                                                 const std::shared_ptr<RVGitRepository>& repository,
                                                 bool deletingStash, RVErrorPlace error = nullptr);

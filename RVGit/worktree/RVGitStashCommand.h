@@ -13,7 +13,7 @@
 /// any it is the list.
 ///
 /// Failure: codes 2700 and 2701 for a save without a commit or without changes, 2702 for an apply
-/// that ends in conflicts, 2705 for one that local changes are in the way of (not with
+/// that ends in conflicts of contents, 2705 for one that local changes are in the way of (not with
 /// deletesStash), 11 for a list that cannot be read. 2703, 2704, 2706 and 2707 are those of older
 /// gits for a stash that does not exist; from newer ones that is the generic code 1.
 ///

@@ -44,6 +44,20 @@ TEST_F(RVGitStashFilesTest, UntrackedFilesAreAThirdParent) {
     EXPECT_EQ(status(), "?? new\n");
 }
 
+TEST_F(RVGitStashFilesTest, AConflictWithADeletedFileHasNoCodeOfItsOwnAndKeepsTheStash) {
+    makeCommit();
+    change();
+    save();
+    gitInRepository({"rm", "-q", "file.txt"});
+    gitInRepository({"commit", "-m", "Deleted"});
+    std::optional<RVError> error;
+    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+    EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
+}
+
 TEST_F(RVGitStashFilesTest, AnUntrackedFileInTheWayIsNotOverwritten) {
     makeCommit();
     writeFile("repository/new", "stashed");
