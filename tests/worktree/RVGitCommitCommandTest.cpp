@@ -309,13 +309,21 @@ TEST_F(RVGitCommitCommandTest, AProcessThatAHookLeavesBehindIsNotWaitedFor) {
     stage();
     // It holds the outputs for longer than any test may take.
     writeHook("post-commit",
-              "sh -c 'echo $$ >\"$GIT_DIR/left.pid\"; exec sleep 100000' &\n"
+              "sh -c 'echo $$ >\"$GIT_DIR/left.pid\"; exec sleep 600' &\n"
               "until [ -s \"$GIT_DIR/left.pid\" ]; do sleep 0.01; done\n");
     EXPECT_TRUE(commits("Message"));
     const int left = std::stoi(readFile("repository/.git/left.pid"));
     EXPECT_EQ(kill(left, 0), 0);
     EXPECT_EQ(kill(left, SIGKILL), 0);
     EXPECT_EQ(storedMessage(), "Message\n");
+}
+
+TEST_F(RVGitCommitCommandTest, SigningFollowsTheConfiguration) {
+    stage();
+    configure("commit.gpgSign", "true");
+    configure("gpg.program", "false");
+    EXPECT_EQ(errorOf(*commandFor("Message")).code(), RVGitGPGSigningKeyUnvailableError);
+    EXPECT_FALSE(hasCommits());
 }
 
 TEST_F(RVGitCommitCommandTest, ProgressIsReported) {
