@@ -30,7 +30,7 @@ public:
     ///
     /// The message arrives byte for byte, with a newline at its end, and nothing in it is expanded;
     /// but it ends before the first line that equals the script's delimiter, a fixed word of 64
-    /// digits, and the shell then runs what follows that line.
+    /// digits: the shell then runs what follows that line, and the script fails.
     [[nodiscard]] bool createGitCommitMessageEditorScriptAtURL(const RVURL& url,
                                                                RVErrorPlace error = nullptr) const;
 

@@ -24,7 +24,7 @@ std::shared_ptr<RVGitResetCommand> RVGitResetCommand::gitResetCommandWithReposit
 
 const RVGitErrorTable& RVGitResetCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = 3100,
+        {.errorCode = unresolvedRevisionErrorCode,
          .commandNames = {"reset"},
          .exitCodes = {128},
          .standardErrorPatterns = {"fatal: Failed to resolve '(.+)' as a valid ref"},

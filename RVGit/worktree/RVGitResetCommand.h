@@ -26,6 +26,10 @@ enum RVGitResetMode : std::int64_t {
 /// mode.
 class RVGitResetCommand : public RVGitCommand {
 public:
+    /// The code of the only error row, for a revision that cannot be resolved; the catalogue does
+    /// not hold it.
+    static constexpr std::int64_t unresolvedRevisionErrorCode = 3100;
+
     /// The repository is required. No mode, revision or paths.
     explicit RVGitResetCommand(const std::shared_ptr<RVGitRepository>& repository);
     [[nodiscard]] static std::shared_ptr<RVGitResetCommand> gitResetCommandWithRepository(
@@ -48,8 +52,8 @@ public:
         filePaths_ = std::move(filePaths);
     }
 
-    /// One row, of code 3100, for a revision that cannot be resolved. Kept for compatibility: the
-    /// row is not registered, so that such a failure is the generic error.
+    /// Kept for compatibility: the row is not registered, so that such a failure is the generic
+    /// error.
     [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
 
 protected:

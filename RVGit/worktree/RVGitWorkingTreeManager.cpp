@@ -21,9 +21,6 @@ namespace {
 using Repository = std::shared_ptr<RVGitRepository>;
 using Paths = std::vector<std::string>;
 
-/// The code of RVGitResetCommand's row.
-constexpr std::int64_t unresolvedRevisionCode = 3100;
-
 /// How the batches of a list went.
 struct BatchResult {
     bool firstSucceeded = true;
@@ -67,7 +64,7 @@ bool runUnstaging(const Repository& repository, const Paths& filePaths, RVErrorP
     if (command->run(&failure))
         return true;
     // Without a commit yet there is nothing to reset to.
-    if (failure->code() == unresolvedRevisionCode) {
+    if (failure->code() == RVGitResetCommand::unresolvedRevisionErrorCode) {
         failure.reset();
         if (runRemoval(repository, filePaths, true, &failure))
             return true;

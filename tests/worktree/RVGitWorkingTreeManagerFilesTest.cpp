@@ -5,6 +5,7 @@
 
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/repository/RVGitRepository.h"
 #include "tests/worktree/RVGitWorkingTreeManagerTestCase.h"
 
 // What each operation does to the contents of files, above all to those that git could not give
@@ -392,6 +393,44 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, CheckingOutANameThatIsAFileRevertsTheFi
     EXPECT_FALSE(manager().checkoutRevision("nothing at all"));
 }
 
+TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingWhatIsOnlyIntendedToBeAddedKeepsIt) {
+    write("new", "precious\n");
+    EXPECT_TRUE(manager().stageFiles({"new"}, RVGitStageOptionIntentToAdd));
+    EXPECT_FALSE(manager().revertFiles({"new"}));
+    EXPECT_EQ(read("new"), "precious\n");
+}
+
+TEST_F(RVGitWorkingTreeManagerFilesTest, ALinkedWorkingTreeHasAnIndexAndALockOfItsOwn) {
+    const std::string path = scratchPath("linked");
+    git({"worktree", "add", "-q", "-b", "linked", path}, repositoryPath());
+    const std::string gitDirectory = gitLine({"rev-parse", "--absolute-git-dir"}, path);
+    RVGitWorkingTreeManager linked(
+        RVGitRepository::repositoryWithWorkingTreeDirectoryPath(path, gitDirectory));
+    writeFile("linked/file", "changed\n");
+    EXPECT_TRUE(linked.stageFiles({"file"}));
+    EXPECT_EQ(gitLine({"status", "--porcelain"}, path), "M  file");
+    EXPECT_THAT(status(), IsEmpty());
+    writeFile(gitDirectory + "/index.lock", "");
+    EXPECT_EQ(
+        errorOf([&](RVErrorPlace place) { return linked.unstageFiles({"file"}, place); }).code(),
+        RVGitIndexLockError);
+    write("file", "changed here\n");
+    EXPECT_TRUE(manager().stageFiles({"file"}));
+    EXPECT_EQ(readFile("linked/file"), "changed\n");
+}
+
+TEST_F(RVGitWorkingTreeManagerFilesTest, ABareRepositoryHasNoWorkingTree) {
+    const std::string path = initBareRepository();
+    RVGitWorkingTreeManager bare(RVGitRepository::bareRepositoryWithGitDirectoryPath(path));
+    for (const auto& error :
+         {errorOf([&](RVErrorPlace place) { return bare.stageFiles({"file"}, place); }),
+          errorOf([&](RVErrorPlace place) { return bare.removeFiles({"file"}, place); }),
+          errorOf([&](RVErrorPlace place) { return bare.moveFileAtPath("a", "b", 0, place); }),
+          errorOf([&](RVErrorPlace place) { return bare.revertFiles({"file"}, place); }),
+          errorOf([&](RVErrorPlace place) { return bare.commitWithMessage("a", 0, place); })})
+        EXPECT_EQ(error.code(), RVGitNoWorkTreeError);
+}
+
 TEST_F(RVGitWorkingTreeManagerFilesTest, EachResetModeKeepsWhatItPromises) {
     const std::string base = gitInRepository({"rev-parse", "HEAD"});
     const std::string tip = commitFile("repository", "file", "newer\n", "Message");
@@ -417,6 +456,25 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, EachResetModeKeepsWhatItPromises) {
     EXPECT_FALSE(manager().resetToRevision("HEAD", RVGitResetModeHard, Paths{"file"}));
     EXPECT_TRUE(manager().resetToRevision("HEAD^", RVGitResetModeNone, Paths{"file"}));
     EXPECT_THAT(status(), ElementsAre("MM file", "?? untracked"));
+}
+
+class RVGitWorkingTreeManagerUnbornTest : public RVGitWorkingTreeManagerTestCase {};
+
+TEST_F(RVGitWorkingTreeManagerUnbornTest, NothingIsLostBeforeTheFirstCommit) {
+    write("file", "staged\n");
+    write("untracked", "precious\n");
+    EXPECT_TRUE(manager().stageFiles({"file"}));
+    write("file", "changed\n");
+    EXPECT_FALSE(manager().revertFiles({"file", "untracked"}));
+    EXPECT_EQ(read("file"), "changed\n");
+    EXPECT_EQ(manager().patchByComparingIndexWithBaseForFilePaths(Paths{"file"}, std::nullopt),
+              git({"diff", "--cached", "--full-index"}, repositoryPath()));
+    EXPECT_TRUE(manager().unstageFiles({"file"}));
+    EXPECT_THAT(status(), ElementsAre("?? file", "?? untracked"));
+    EXPECT_TRUE(manager().stageFiles({"file"}));
+    EXPECT_TRUE(manager().commitWithMessage("First", 0));
+    EXPECT_THAT(status(), ElementsAre("?? untracked"));
+    EXPECT_EQ(gitInRepository({"show", "HEAD:file"}), "changed");
 }
 
 }  // namespace
