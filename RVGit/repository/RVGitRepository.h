@@ -12,6 +12,7 @@
 #include "RVGit/base/RVURL.h"
 
 class RVGitConfig;
+class RVGitIgnores;
 class RVGitIndex;
 class RVOperationQueue;
 
@@ -80,6 +81,11 @@ public:
     [[nodiscard]] std::shared_ptr<RVGitConfig> config();
     /// The index, made on first access and owned in the same way.
     [[nodiscard]] std::shared_ptr<RVGitIndex> index();
+    /// The ".gitignore" in the root of the working tree, owned like the config; null for a bare or
+    /// invalid repository.
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> ignores();
+    /// "info/exclude" in the git directory, owned in the same way; null for an invalid repository.
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> excludes();
 
     // Kind.
 
@@ -182,6 +188,9 @@ public:
     [[nodiscard]] static RVOperationQueue& temporaryAllowedSignersFileLock();
 
 private:
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> ownedIgnores(std::once_flag& once,
+                                                             std::unique_ptr<RVGitIgnores>& owned,
+                                                             std::optional<std::string> filePath);
     void initializeWithPath(const std::string& path);
     [[nodiscard]] static bool isBareRepositoryAtPath(const std::string& path,
                                                      RVErrorPlace error = nullptr);
@@ -203,4 +212,8 @@ private:
     std::unique_ptr<RVGitConfig> config_;
     std::once_flag indexOnce_;
     std::unique_ptr<RVGitIndex> index_;
+    std::once_flag ignoresOnce_;
+    std::unique_ptr<RVGitIgnores> ignores_;
+    std::once_flag excludesOnce_;
+    std::unique_ptr<RVGitIgnores> excludes_;
 };
