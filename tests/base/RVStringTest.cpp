@@ -97,6 +97,19 @@ TEST(RVStringTest, ValidUTF8EndsWithTheText) {
     EXPECT_FALSE(isValidUTF8(std::string_view("\U0001F600", 3)));
 }
 
+TEST(RVStringTest, OneByteOfAnotherScriptAnywhereIsNotASCII) {
+    EXPECT_TRUE(isASCII(""));
+    for (std::size_t length = 1; length < 40; ++length) {
+        std::string text(length, '\x7F');
+        EXPECT_TRUE(isASCII(text));
+        for (std::size_t offset = 0; offset < length; ++offset) {
+            text[offset] = '\x80';
+            EXPECT_FALSE(isASCII(text)) << length << ", " << offset;
+            text[offset] = '\0';
+        }
+    }
+}
+
 TEST(RVStringTest, UTF8EncodingReplacesEachInvalidSequence) {
     EXPECT_EQ(stringUsingUTF8Encoding(""), "");
     EXPECT_EQ(stringUsingUTF8Encoding("aü€\U0001F600"), "aü€\U0001F600");

@@ -177,6 +177,29 @@ TEST_F(RVGitWorkingTreeEntryTest, AVersionThatIsSetIsReadWhateverTheStatus) {
     EXPECT_EQ(untracked->baseVersion(), base);
 }
 
+TEST_F(RVGitWorkingTreeEntryTest, AStagedVersionIsMadeOfWhatTheIndexSaysAndThenKept) {
+    const auto recorder = useRecordingGit();
+    const auto changed = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    changed->setStagedVersion(RVGitCompactHash::hashOfDigits(hash).value(), RVGitFileModeExecutable,
+                              'h');
+    const auto staged = changed->stagedVersion();
+    ASSERT_TRUE(staged);
+    EXPECT_EQ(staged->filePath(), "file.txt");
+    EXPECT_EQ(staged->repository(), repository());
+    EXPECT_EQ(staged->objectHash(), hash);
+    EXPECT_EQ(staged->fileMode(), RVGitFileModeExecutable);
+    EXPECT_EQ(staged->stage(), RVGitIndexStageDefault);
+    EXPECT_EQ(staged->flag(), "h");
+    EXPECT_EQ(changed->stagedVersion(), staged);
+    EXPECT_TRUE(changed->isAssumeUnchangedFile());
+    changed->setStagedVersion(RVGitCompactHash(), RVGitFileModeRegular, std::nullopt);
+    EXPECT_EQ(changed->stagedVersion()->objectHash(), RVGitNullObjectHash);
+    EXPECT_EQ(changed->stagedVersion()->flag(), std::nullopt);
+    changed->setStagedVersion(nullptr);
+    EXPECT_EQ(changed->stagedVersion(), nullptr);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
 TEST_F(RVGitWorkingTreeEntryTest, TheVersionsOfAConflictAreLoadedOneByOne) {
     makeConflicts();
     const auto recorder = useRecordingGit();
