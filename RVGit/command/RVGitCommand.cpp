@@ -130,6 +130,13 @@ void RVGitCommand::addGitCommandOptions(const std::vector<std::string>& options)
     append(gitCommandOptions_, options);
 }
 
+void RVGitCommand::addGitCommandOptionsThatAreSet(
+    std::initializer_list<std::pair<bool, const char*>> options) {
+    for (const auto& [isSet, option] : options)
+        if (isSet)
+            addGitCommandOption(option);
+}
+
 void RVGitCommand::addGitCommandArgument(std::string argument) {
     gitCommandArguments_.push_back(std::move(argument));
 }
