@@ -54,8 +54,8 @@ public:
     /// overwritten. Kept for compatibility: a name that is no revision, but a file's, reverts that
     /// file to the index, and its changes are lost.
     [[nodiscard]] bool checkoutRevision(const std::string& revision, RVErrorPlace error = nullptr);
-    /// Moves HEAD and what `withMode` says; or, with paths, sets their index entries alone, for which
-    /// the mode must be none. An absent revision is HEAD. RVGitResetModeHard loses changes.
+    /// Moves HEAD and what `withMode` says; or, with paths, sets their index entries alone, for
+    /// which the mode must be none. An absent revision is HEAD. RVGitResetModeHard loses changes.
     /// Neither cut into batches nor skipped for an empty list.
     [[nodiscard]] bool resetToRevision(const std::optional<std::string>& revision,
                                        RVGitResetMode withMode,
@@ -83,8 +83,8 @@ public:
     [[nodiscard]] bool untrackFiles(const std::vector<std::string>& filePaths,
                                     RVErrorPlace error = nullptr);
     /// Makes the conflicts of the index anew that have been resolved. Git 2.39 does nothing,
-    /// and succeeds, unless a merge is under way. Paths are taken as they are; not cut into batches,
-    /// and run with an empty list, too.
+    /// and succeeds, unless a merge is under way. Paths are taken as they are; not cut into
+    /// batches, and run with an empty list, too.
     [[nodiscard]] bool unresolveIndexEntries(const std::vector<std::string>& filePaths,
                                              RVErrorPlace error = nullptr);
     /// Has git take the files for unchanged without looking at them, or look again. Paths are
