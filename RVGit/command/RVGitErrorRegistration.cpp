@@ -16,6 +16,7 @@
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
 #include "RVGit/worktree/RVGitRmCommand.h"
+#include "RVGit/worktree/RVGitStashCommand.h"
 #include "RVGit/worktree/RVGitUpdateIndexCommand.h"
 
 void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
@@ -30,6 +31,7 @@ void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitStashCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTagCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTreeCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitUpdateIndexCommand::gitErrorDefinitions());
