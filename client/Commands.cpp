@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "RVGit/command/RVGitCommandEnvironment.h"
+
 std::optional<std::string> Arguments::next() {
     if (position_ == words_.size())
         return std::nullopt;
@@ -38,6 +40,11 @@ std::vector<std::string> Arguments::rest() {
     return words;
 }
 
+void takePathsLiterally() {
+    RVGitCommandEnvironment::sharedEnvironment().setValueForEnvironmentVariable(
+        "1", "GIT_LITERAL_PATHSPECS");
+}
+
 const std::vector<Command>& allCommands() {
     static const std::vector<Command> commands = {
         {"overview", "overview", runOverview},
@@ -53,7 +60,7 @@ const std::vector<Command>& allCommands() {
         {"reflog", "reflog [--limit N] [REF]", runReflog},
         {"shortlog", "shortlog [--limit N] [--committers] [REV]", runShortlog},
         {"status", "status [--ignored]", runStatus},
-        {"add", "add [--force] [--intent-to-add] --all | PATH...", runAdd},
+        {"add", "add --all | [--force] [--intent-to-add] PATH...", runAdd},
         {"unstage", "unstage --all | PATH...", runUnstage},
         {"discard", "discard PATH...     back to what HEAD holds", runDiscard},
         {"commit", "commit -m MESSAGE [--amend] [--signoff] [--allow-empty] [--no-verify]",

@@ -45,6 +45,10 @@ private:
     std::size_t position_ = 0;
 };
 
+/// From here on git takes a path for the file of that name, and not for a pattern that may mean
+/// others. Not for a command that stashes: git stash has patterns of its own.
+void takePathsLiterally();
+
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {
     std::string_view name;

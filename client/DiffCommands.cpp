@@ -92,6 +92,7 @@ void runDiff(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
              Output& output) {
     std::vector<std::string> revisions;
     std::vector<std::string> paths;
+    takePathsLiterally();
     RVOptions options;
     while (const auto word = arguments.next()) {
         if (*word == "--staged")

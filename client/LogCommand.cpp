@@ -30,6 +30,7 @@ void runLog(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
     CommitListStyle style;
     std::vector<std::string> revisions;
     std::vector<std::string> paths;
+    takePathsLiterally();
     while (const auto word = arguments.next()) {
         if (*word == "--limit" || *word == "-n") {
             options.insert_or_assign(RVGitLogOptionLimit, arguments.numberOf(*word));

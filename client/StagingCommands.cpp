@@ -28,6 +28,7 @@ enum class AllFiles { Allowed, Refused };
 
 Request requestFrom(Arguments& arguments, const std::string& command, std::span<const Flag> flags,
                     AllFiles allFiles) {
+    takePathsLiterally();
     Request request;
     while (const auto word = arguments.next()) {
         const auto flag = std::ranges::find(flags, *word, &Flag::name);
@@ -46,6 +47,8 @@ Request requestFrom(Arguments& arguments, const std::string& command, std::span<
     if (request.allFiles != request.paths.empty())
         throw UsageError(command + (allFiles == AllFiles::Allowed ? " needs paths, or else --all"
                                                                   : " needs paths"));
+    if (request.allFiles && request.options != 0)
+        throw UsageError(command + " takes no option beside --all");
     return request;
 }
 
@@ -80,7 +83,9 @@ void runDiscard(const std::shared_ptr<RVGitRepository>& repository, Arguments ar
     const Request request = requestFrom(arguments, "discard", {}, AllFiles::Refused);
     const auto manager = RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository);
     std::optional<RVError> error;
-    demand(manager->revertFiles(request.paths, &error), error);
+    const bool done = manager->revertFiles(request.paths, &error);
+    // The result tells of the first files of a long list alone, the error of all.
+    demand(done && !error, error);
 }
 
 void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -118,10 +123,17 @@ void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     if (!ignores)
         throw UsageError("a bare repository ignores no files");
     std::optional<RVError> error;
-    if (const auto patterns = arguments.rest(); !patterns.empty()) {
-        demand(ignores->addIgnorePatterns(patterns, &error), error);
-        return;
+    std::vector<std::string> newPatterns;
+    while (const auto word = arguments.next()) {
+        if (*word == "--")
+            std::ranges::move(arguments.rest(), std::back_inserter(newPatterns));
+        else if (word->starts_with('-'))
+            throw UsageError("ignore has no option " + *word);
+        else
+            newPatterns.push_back(*word);
     }
+    if (!newPatterns.empty())
+        return demand(ignores->addIgnorePatterns(newPatterns, &error), error);
     const auto patterns = ignores->allIgnorePatterns(&error);
     demand(patterns.has_value(), error);
     for (const std::string& pattern : *patterns)

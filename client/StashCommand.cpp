@@ -31,7 +31,9 @@ void saveStash(const std::shared_ptr<RVGitRepository>& repository, Arguments& ar
             throw UsageError("stash save takes no " + *word);
     }
     std::optional<RVError> error;
-    if (!RVGitStash::saveStashFromWorkingTreeInRepository(repository, message, options, &error))
+    (void)RVGitStash::saveStashFromWorkingTreeInRepository(repository, message, options, &error);
+    // A stash that another process takes away at once is no failure.
+    if (error)
         throw Failure{*error};
 }
 

@@ -70,8 +70,9 @@ void runStatus(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
             if (letters.empty())
                 continue;
             files += "  " + output.in(group.colour, letters) + " ";
-            if (letters == "R" || letters == "C")
-                files += printable(entry->originalFilePath().value_or("")) + " -> ";
+            const auto originalPath = entry->originalFilePath();
+            if (originalPath && (letters == "R" || letters == "C"))
+                files += printable(*originalPath) + " -> ";
             files += printable(entry->filePath()) + "\n";
         }
         if (!files.empty())

@@ -5,6 +5,10 @@
 #include <cstdio>
 #include <ctime>
 
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
+
 std::string Output::styled(int style, std::string_view text) const {
     if (!coloured_ || text.empty())
         return std::string(text);
@@ -57,6 +61,15 @@ void printError(const RVError& error, bool verbose) {
     text += '\n';
     if (const auto reason = error.localizedFailureReason(); reason && !reason->empty())
         text += *reason + "\n";
+    // Of what has no code of its own, git's own words are all that is known.
+    if (error.code() == RVGitRVGitGenericError) {
+        const auto words = error.userInfo().find(RVGitCommandErrorOutputErrorKey);
+        if (words != error.userInfo().end() && words->second.string())
+            for (const std::string& line :
+                 componentsSeparatedByString(*words->second.string(), "\n"))
+                if (!line.empty())
+                    text += printable(line) + "\n";
+    }
     if (verbose) {
         text += "\n" + error.domain() + " " + std::to_string(error.code()) + "\n";
         for (const auto& [key, value] : error.userInfo())

@@ -4,6 +4,7 @@
 
 #include "RVGit/base/RVString.h"
 #include "RVGit/history/RVGitCommitOutputParser.h"
+#include "RVGit/worktree/RVGitStash.h"
 
 // The first byte chooses the format; the rest is what git printed.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -26,6 +27,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             item.parentCount() != item.parentCommitHashes().size() ||
             item.hasRefs() == item.refs().empty())
             std::abort();
+        const std::string message = item.message().value_or("");
+        for (const auto& text : {RVGitStash::parseStashMessageFromCommitMessage(message),
+                                 RVGitStash::parseOriginBranchFromCommitMessage(message)})
+            if (text && (!isValidUTF8(*text) || message.find(*text) == std::string::npos))
+                std::abort();
     }
     return 0;
 }

@@ -48,11 +48,12 @@ std::size_t numberOfFilePathsForOneCommand(const std::vector<std::string>& fileP
     constexpr std::size_t kernelLimit = std::size_t{6} << 20;
     const auto byteLimit =
         std::min(kernelLimit, static_cast<std::size_t>(sysconf(_SC_ARG_MAX))) / 2;
-    const std::size_t limit = std::min(filePaths.size(), maximumNumberOfFilePaths.load());
+    // One path always goes, so that a list comes to its end.
+    const std::size_t limit =
+        std::min(filePaths.size(), std::max<std::size_t>(maximumNumberOfFilePaths, 1));
     std::size_t bytes = 0;
     for (std::size_t index = 0; index < limit; ++index) {
         bytes += filePaths[index].size() + 1 + sizeof(char*);
-        // One path always goes, so that a list comes to its end.
         if (bytes > byteLimit && index > 0)
             return index;
     }
@@ -128,6 +129,13 @@ void RVGitCommand::addGitCommandOption(std::string option) {
 
 void RVGitCommand::addGitCommandOptions(const std::vector<std::string>& options) {
     append(gitCommandOptions_, options);
+}
+
+void RVGitCommand::addGitCommandOptionsThatAreSet(
+    std::initializer_list<std::pair<bool, const char*>> options) {
+    for (const auto& [isSet, option] : options)
+        if (isSet)
+            addGitCommandOption(option);
 }
 
 void RVGitCommand::addGitCommandArgument(std::string argument) {

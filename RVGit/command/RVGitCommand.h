@@ -1,11 +1,13 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "RVGit/base/RVCommandOperation.h"
@@ -91,6 +93,9 @@ public:
     void addGitOptions(const std::vector<std::string>& options);
     void addGitCommandOption(std::string option);
     void addGitCommandOptions(const std::vector<std::string>& options);
+    /// Those options whose flags are set.
+    void addGitCommandOptionsThatAreSet(
+        std::initializer_list<std::pair<bool, const char*>> options);
     void addGitCommandArgument(std::string argument);
     void addGitCommandArguments(const std::vector<std::string>& arguments);
     /// Merges the variables over the environment.

@@ -6,7 +6,7 @@
 
 RVGitApplyCommand::RVGitApplyCommand(const std::shared_ptr<RVGitRepository>& repository,
                                      const std::optional<RVOptions>& options)
-    : RVGitCommand(repository),
+    : RVGitFilePathsCommand(repository),
       noVerify_(optionIsSet(options, RVGitApplyOptionNoVerify)),
       appliesPatchToIndex_(optionIsSet(options, RVGitApplyOptionCached)),
       appliesPatchToWorkingTreeAndIndex_(optionIsSet(options, RVGitApplyOptionIndex)),
@@ -77,10 +77,7 @@ void RVGitApplyCommand::gitCommandWillInitialize() {
     for (const auto& [isSet, options] : flags)
         if (isSet)
             addGitCommandOptions(options);
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    addFilePathArguments();
     if (patch_) {
         addGitCommandArgument("-");
         setStandardInput(RVStandardInput::data(*patch_));
@@ -88,7 +85,7 @@ void RVGitApplyCommand::gitCommandWillInitialize() {
 }
 
 RVUserInfo RVGitApplyCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
-    if (!RVArrayIsEmpty(filePaths_))
-        userInfo.insert_or_assign(RVGitFilePathsErrorKey, *filePaths_);
+    if (!RVArrayIsEmpty(filePaths()))
+        userInfo.insert_or_assign(RVGitFilePathsErrorKey, *filePaths());
     return userInfo;
 }

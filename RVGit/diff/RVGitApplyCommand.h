@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVTypes.h"
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 
 // Options, all boolean.
 inline constexpr char RVGitApplyOptionNoVerify[] = "RVGitApplyOptionNoVerify";
@@ -22,7 +22,7 @@ inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
 /// Runs `git apply` for one patch in memory, or for patch files. Without further options the patch
 /// is applied to the working tree. Failure: code 1400 if the patch is corrupt, 1401 if it changes
 /// nothing, 1402 if a file that it changes does not exist.
-class RVGitApplyCommand : public RVGitCommand {
+class RVGitApplyCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     RVGitApplyCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -65,12 +65,6 @@ public:
     /// Only tells, by success or failure, whether the patch would apply.
     [[nodiscard]] bool checksApplicability() const { return checksApplicability_; }
     void setChecksApplicability(bool checks) { checksApplicability_ = checks; }
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
     /// Given to git on standard input.
     [[nodiscard]] const std::optional<RVData>& patch() const { return patch_; }
     void setPatch(std::optional<RVData> patch) { patch_ = std::move(patch); }
@@ -91,6 +85,5 @@ private:
     bool recount_ = false;
     bool inaccurateEOF_ = false;
     bool checksApplicability_ = false;
-    std::optional<std::vector<std::string>> filePaths_;
     std::optional<RVData> patch_;
 };

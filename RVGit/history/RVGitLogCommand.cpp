@@ -109,14 +109,14 @@ void RVGitLogCommand::gitCommandWillInitialize() {
         addGitCommandOption("-n" + std::to_string(limit_));
     if (offset_ != 0)
         addGitCommandOption("--skip=" + std::to_string(offset_));
-    const std::pair<bool, const char*> flags[] = {
-        {firstParent_, "--first-parent"},       {sortsByTopoOrder_, "--topo-order"},
-        {sortsByDate_, "--date-order"},         {followsRenames_, "--follow"},
-        {noRenames_, "--no-renames"},           {reversesOrder_, "--reverse"},
-        {decoratesCommits_, "--decorate=full"}, {usesExtendedRegexSyntax_, "-E"}};
-    for (const auto& [isSet, option] : flags)
-        if (isSet)
-            addGitCommandOption(option);
+    addGitCommandOptionsThatAreSet({{firstParent_, "--first-parent"},
+                                    {sortsByTopoOrder_, "--topo-order"},
+                                    {sortsByDate_, "--date-order"},
+                                    {followsRenames_, "--follow"},
+                                    {noRenames_, "--no-renames"},
+                                    {reversesOrder_, "--reverse"},
+                                    {decoratesCommits_, "--decorate=full"},
+                                    {usesExtendedRegexSyntax_, "-E"}});
     addSearchOptions();
     if (sinceDate_)
         addGitCommandOption("--since=" + rfc3339DateString(*sinceDate_));

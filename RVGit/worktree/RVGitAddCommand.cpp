@@ -5,7 +5,7 @@
 #include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitAddCommand::RVGitAddCommand(const std::shared_ptr<RVGitRepository>& repository)
-    : RVGitCommand(repository) {}
+    : RVGitFilePathsCommand(repository) {}
 
 std::shared_ptr<RVGitAddCommand> RVGitAddCommand::gitAddCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository) {
@@ -33,28 +33,22 @@ const RVGitErrorTable& RVGitAddCommand::gitErrorDefinitions() {
 
 void RVGitAddCommand::gitCommandWillInitialize() {
     setGitCommand("add");
-    if (updatesAllFiles_ && RVArrayIsEmpty(filePaths_))
+    if (updatesAllFiles_ && RVArrayIsEmpty(filePaths()))
         addGitCommandArgument(".");
-    const std::pair<bool, const char*> flags[] = {
+    addGitCommandOptionsThatAreSet({
         {updatesAllFiles_, "--all"},
         {ignoresErrors_, "--ignore-errors"},
         {ignoresMissingFiles_, "--ignore-missing"},
         {forcesAdd_, "-f"},
         {intentsToAdd_, "--intent-to-add"},
-    };
-    for (const auto& [isSet, option] : flags)
-        if (isSet)
-            addGitCommandOption(option);
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    });
+    addFilePathArguments();
 }
 
 RVUserInfo RVGitAddCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
-    if (!RVArrayIsEmpty(filePaths_)) {
-        userInfo.insert_or_assign(RVGitFilePathsErrorKey, *filePaths_);
-        userInfo.try_emplace(RVGitFilePathErrorKey, filePaths_->front());
+    if (!RVArrayIsEmpty(filePaths())) {
+        userInfo.insert_or_assign(RVGitFilePathsErrorKey, *filePaths());
+        userInfo.try_emplace(RVGitFilePathErrorKey, filePaths()->front());
     }
     return userInfo;
 }

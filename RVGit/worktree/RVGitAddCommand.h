@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git add`. Without paths and without updatesAllFiles() git adds nothing and succeeds.
 /// Failure: code 1300 if a path matches no file.
-class RVGitAddCommand : public RVGitCommand {
+class RVGitAddCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitAddCommand(const std::shared_ptr<RVGitRepository>& repository);
@@ -20,13 +20,6 @@ public:
         const std::shared_ptr<RVGitRepository>& repository,
         std::optional<std::vector<std::string>> filePaths);
 
-    /// Patterns, as git reads them: see RVGitWorkingTreeManager.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
     /// Stages removals, too; without paths, everything.
     [[nodiscard]] bool updatesAllFiles() const { return updatesAllFiles_; }
     void setUpdatesAllFiles(bool updates) { updatesAllFiles_ = updates; }
@@ -50,7 +43,6 @@ protected:
     RVUserInfo gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) override;
 
 private:
-    std::optional<std::vector<std::string>> filePaths_;
     bool updatesAllFiles_ = false;
     bool ignoresErrors_ = false;
     bool ignoresMissingFiles_ = false;

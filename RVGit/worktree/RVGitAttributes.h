@@ -30,8 +30,8 @@ public:
     // Reading. Each runs one `git check-attr`, whatever the number of paths, which are relative to
     // the root of the repository.
 
-    /// One object for each path, in the order of the paths. A path outside the repository fails all
-    /// of them. Absent on failure.
+    /// One object for each path, in the order of the paths; an empty one at the end has none. A
+    /// path outside the repository fails all of them. Absent on failure.
     [[nodiscard]] static std::optional<std::vector<std::shared_ptr<RVGitAttributes>>>
     allEffectiveGitAttributesForFilePaths(const std::vector<std::string>& filePaths,
                                           const std::shared_ptr<RVGitRepository>& repository,

@@ -52,7 +52,7 @@ bool RVGitAttributesOutputParser::parseOutputLine(std::string_view line) {
 
 RVGitCheckAttrCommand::RVGitCheckAttrCommand(const std::shared_ptr<RVGitRepository>& repository,
                                              std::optional<std::vector<std::string>> filePaths)
-    : RVGitCommand(repository), filePaths_(std::move(filePaths)) {}
+    : RVGitFilePathsCommand(repository, std::move(filePaths)) {}
 
 std::shared_ptr<RVGitCheckAttrCommand> RVGitCheckAttrCommand::gitCheckAttrCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository,
@@ -65,9 +65,9 @@ void RVGitCheckAttrCommand::gitCommandWillInitialize() {
     addGitCommandOptions({"--stdin", "-z"});
     addGitCommandArguments({"delta", "diff", "encoding", "eol", "export-ignore", "export-subst",
                             "filter", "ident", "merge", "text", "whitespace"});
-    if (filePaths_)
+    if (filePaths())
         setStandardInput(RVStandardInput::data(
-            stringByJoiningComponents(*filePaths_, std::string_view("\0", 1))));
+            stringByJoiningComponents(*filePaths(), std::string_view("\0", 1))));
 }
 
 bool RVGitCheckAttrCommand::gitCommandWillParseOutput(RVErrorPlace error) {

@@ -8,7 +8,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVTypes.h"
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// The attributes of one path, as `git check-attr` printed them.
@@ -45,7 +45,7 @@ protected:
 /// Runs `git check-attr --stdin -z` for the eleven standard attributes: delta, diff, encoding, eol,
 /// export-ignore, export-subst, filter, ident, merge, text and whitespace. Code 11 if the output
 /// cannot be read.
-class RVGitCheckAttrCommand : public RVGitCommand {
+class RVGitCheckAttrCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitCheckAttrCommand(
@@ -55,13 +55,6 @@ public:
         const std::shared_ptr<RVGitRepository>& repository,
         std::optional<std::vector<std::string>> filePaths);
 
-    /// Relative to the working directory of the repository; given to git on its standard input.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
     /// Whether the output is read as the NUL-separated triples that "-z" makes git print. Kept for
     /// compatibility: unless set, it is read as lines, which every git's output for one path or
     /// more fails to be.
@@ -82,7 +75,6 @@ protected:
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
-    std::optional<std::vector<std::string>> filePaths_;
     bool readsNULSeparatedOutput_ = false;
     std::vector<RVGitAttributesOutputParserResultItem> attributes_;
 };

@@ -4,7 +4,7 @@
 #include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitCheckoutCommand::RVGitCheckoutCommand(const std::shared_ptr<RVGitRepository>& repository)
-    : RVGitCommand(repository) {}
+    : RVGitFilePathsCommand(repository) {}
 
 std::shared_ptr<RVGitCheckoutCommand> RVGitCheckoutCommand::gitCheckoutCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> revision) {
@@ -39,10 +39,7 @@ void RVGitCheckoutCommand::gitCommandWillInitialize() {
         addGitCommandOption("-f");
     if (usesMerge_)
         addGitCommandOption("-m");
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    addFilePathArguments();
 }
 
 RVUserInfo RVGitCheckoutCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

@@ -6,12 +6,12 @@
 #include <utility>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git checkout`: of a revision, which moves HEAD and keeps changes or fails; or of paths,
 /// which moves nothing and replaces the files, their changes being lost. Failure: code 1600 if
 /// changes would have been overwritten.
-class RVGitCheckoutCommand : public RVGitCommand {
+class RVGitCheckoutCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitCheckoutCommand(const std::shared_ptr<RVGitRepository>& repository);
@@ -25,13 +25,6 @@ public:
     /// too, and take one side of a conflict.
     [[nodiscard]] const std::optional<std::string>& revision() const { return revision_; }
     void setRevision(std::optional<std::string> revision) { revision_ = std::move(revision); }
-    /// Patterns, as git reads them: see RVGitWorkingTreeManager.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
     /// Throws changes away that stand in the way.
     [[nodiscard]] bool usesForce() const { return usesForce_; }
     void setUsesForce(bool uses) { usesForce_ = uses; }
@@ -47,7 +40,6 @@ protected:
 
 private:
     std::optional<std::string> revision_;
-    std::optional<std::vector<std::string>> filePaths_;
     bool usesForce_ = false;
     bool usesMerge_ = false;
 };

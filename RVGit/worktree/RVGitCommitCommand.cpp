@@ -27,15 +27,12 @@ std::shared_ptr<RVGitCommitCommand> RVGitCommitCommand::gitCommitCommandWithRepo
 void RVGitCommitCommand::gitCommandWillInitialize() {
     addGitOptions({"-c", "i18n.commitencoding=UTF-8", "-c", "commit.verbose=false"});
     setGitCommand("commit");
-    const std::pair<bool, const char*> flags[] = {
+    addGitCommandOptionsThatAreSet({
         {amendsChanges_, "--amend"},
         {signsOff_, "--signoff"},
         {allowsEmpty_, "--allow-empty"},
         {doesNotVerify_, "--no-verify"},
-    };
-    for (const auto& [isSet, option] : flags)
-        if (isSet)
-            addGitCommandOption(option);
+    });
     if (reEditsRevision_) {
         addGitCommandOptions({"-c", *reEditsRevision_});
     } else if (message_) {

@@ -15,9 +15,15 @@ class RVGitRepository;
 /// thread. Each change reads the file and writes all of it anew, without a lock: of two writers at
 /// once the later one wins.
 ///
-/// A pattern is a line, without its "\n"; a carriage return belongs to it. A file that does not
-/// exist has no lines. Code 400 if the file cannot be read, is no regular file or is no valid
-/// UTF-8, which leaves it untouched; 401 if it cannot be written.
+/// A pattern is a line, without its "\n"; a carriage return belongs to it, and a byte order mark to
+/// the first. It is written as it stands: the name of a file is a pattern only once the caller has
+/// escaped what git reads otherwise. A newline cannot be: "?" matches it.
+///
+/// A file that does not exist has no lines. Code 400 if the file cannot be read, is no regular file
+/// or is no valid UTF-8, which leaves it untouched; 401 if it cannot be written. The paths are
+/// under RVGitRepositoryPathErrorKey and RVGitFilePathErrorKey; kept for compatibility: the text of
+/// these errors takes its path from RVGitIgnoresPathErrorKey, which is not filled, so that it shows
+/// none.
 class RVGitIgnores {
 public:
     /// The repository is required. The path is absolute.
@@ -64,8 +70,8 @@ public:
                                            RVErrorPlace error = nullptr) const;
 
     // Writing. The file keeps its identity and its permissions, and a link at its path stays. It is
-    // not written atomically; if writing fails half-way, what it held is put back, as far as that
-    // can be written. A file that does not exist is made, with its directory.
+    // not written atomically; if writing fails half-way, what it held is put back, where it can be
+    // read and as far as it can be written. A file that does not exist is made, with its directory.
 
     /// Replaces the lines. Each ends in a newline; none at all make a file of one newline. Code 401
     /// also for a pattern that is no valid UTF-8, since the file could not be read again.
@@ -76,7 +82,8 @@ public:
                                          RVErrorPlace error = nullptr) const;
     [[nodiscard]] bool addIgnorePattern(const std::string& pattern,
                                         RVErrorPlace error = nullptr) const;
-    /// Appends those that are not among the lines yet; if none is new, nothing is written.
+    /// Appends those that are not among the lines yet; if none is new, nothing is written. One with
+    /// a newline becomes two lines, and so is never among them.
     [[nodiscard]] bool addIgnorePatterns(const std::vector<std::string>& patterns,
                                          RVErrorPlace error = nullptr) const;
     /// Removes every line that equals the pattern, and writes the file even if there is none.

@@ -112,8 +112,7 @@ bool RVGitIndexOutputParser::parseOutputLine(std::string_view line) {
 RVGitLsFilesCommand::RVGitLsFilesCommand(const std::shared_ptr<RVGitRepository>& repository,
                                          std::optional<std::vector<std::string>> filePaths,
                                          unsigned options)
-    : RVGitCommand(repository),
-      filePaths_(std::move(filePaths)),
+    : RVGitFilePathsCommand(repository, std::move(filePaths)),
       showsIndexInfo_(options & RVGitLsFilesCommandOptionShowsIndexInfo),
       usesStandardExcludes_(options & RVGitLsFilesCommandOptionUsesStandardExcludes),
       showsIgnoredFiles_(options & RVGitLsFilesCommandOptionShowsIgnoredFiles),
@@ -143,10 +142,7 @@ void RVGitLsFilesCommand::gitCommandWillInitialize() {
         addGitCommandOption("--others");
     if (usesStandardExcludes_)
         addGitCommandOption("--exclude-standard");
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    addFilePathArguments();
 }
 
 bool RVGitLsFilesCommand::gitCommandWillParseOutput(RVErrorPlace error) {
@@ -157,7 +153,7 @@ bool RVGitLsFilesCommand::gitCommandWillParseOutput(RVErrorPlace error) {
         return parsed;
     }
     RVGitIndexOutputParser parser(standardOutputData());
-    parser.setFilePaths(filePaths_.value_or(std::vector<std::string>()));
+    parser.setFilePaths(filePaths().value_or(std::vector<std::string>()));
     parser.setFiltersAssumeUnchangedFiles(showsAssumeUnchangedFiles_);
     parser.setFiltersSubmodules(showsSubmodules_);
     const bool parsed = parser.parse(error);

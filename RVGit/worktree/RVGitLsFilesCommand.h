@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/objects/RVGitCompactHash.h"
@@ -70,7 +70,7 @@ enum RVGitLsFilesCommandOptions : unsigned {
 
 /// Runs `git ls-files -z`: lists paths, or with index information the entries of the index.
 /// Failure: the common codes, and 11 if a record cannot be read.
-class RVGitLsFilesCommand : public RVGitCommand {
+class RVGitLsFilesCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required. `options` are bits of RVGitLsFilesCommandOptions.
     explicit RVGitLsFilesCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -82,13 +82,6 @@ public:
         const std::shared_ptr<RVGitRepository>& repository,
         std::optional<std::vector<std::string>> filePaths, unsigned options);
 
-    /// Git's path specifications, passed as they are; absent for all paths.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> paths) {
-        filePaths_ = std::move(paths);
-    }
     /// Lists entries with mode, hash, stage and flag instead of paths.
     [[nodiscard]] bool showsIndexInfo() const { return showsIndexInfo_; }
     void setShowsIndexInfo(bool shows) { showsIndexInfo_ = shows; }
@@ -122,7 +115,6 @@ protected:
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
-    std::optional<std::vector<std::string>> filePaths_;
     bool showsIndexInfo_ = false;
     bool usesStandardExcludes_ = false;
     bool showsIgnoredFiles_ = false;

@@ -3,7 +3,7 @@
 #include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitResetCommand::RVGitResetCommand(const std::shared_ptr<RVGitRepository>& repository)
-    : RVGitCommand(repository) {}
+    : RVGitFilePathsCommand(repository) {}
 
 std::shared_ptr<RVGitResetCommand> RVGitResetCommand::gitResetCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository, RVGitResetMode mode,
@@ -46,8 +46,5 @@ void RVGitResetCommand::gitCommandWillInitialize() {
             addGitCommandOption(option);
     if (revision_)
         addGitCommandArgument(*revision_);
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    addFilePathArguments();
 }

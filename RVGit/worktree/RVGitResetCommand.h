@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// What a reset moves beside HEAD. Any other value counts as none.
 enum RVGitResetMode : std::int64_t {
@@ -24,7 +24,7 @@ enum RVGitResetMode : std::int64_t {
 
 /// Runs `git reset`. With paths it moves nothing but sets their index entries, and git takes no
 /// mode.
-class RVGitResetCommand : public RVGitCommand {
+class RVGitResetCommand : public RVGitFilePathsCommand {
 public:
     /// The code of the only error row, for a revision that cannot be resolved; the catalogue does
     /// not hold it.
@@ -44,13 +44,6 @@ public:
     /// Absent: HEAD.
     [[nodiscard]] const std::optional<std::string>& revision() const { return revision_; }
     void setRevision(std::optional<std::string> revision) { revision_ = std::move(revision); }
-    /// Patterns, as git reads them: see RVGitWorkingTreeManager.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
 
     /// Kept for compatibility: the row is not registered, so that such a failure is the generic
     /// error.
@@ -62,5 +55,4 @@ protected:
 private:
     RVGitResetMode mode_ = RVGitResetModeNone;
     std::optional<std::string> revision_;
-    std::optional<std::vector<std::string>> filePaths_;
 };

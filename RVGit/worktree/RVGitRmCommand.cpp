@@ -4,7 +4,7 @@
 #include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitRmCommand::RVGitRmCommand(const std::shared_ptr<RVGitRepository>& repository)
-    : RVGitCommand(repository) {}
+    : RVGitFilePathsCommand(repository) {}
 
 std::shared_ptr<RVGitRmCommand> RVGitRmCommand::gitRmCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository) {
@@ -43,8 +43,5 @@ void RVGitRmCommand::gitCommandWillInitialize() {
         addGitCommandOption("--cached");
     if (ignoresUnmatched_)
         addGitCommandOption("--ignore-unmatch");
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    addFilePathArguments();
 }

@@ -6,12 +6,12 @@
 #include <utility>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git rm`, always with "-f": files with changes, staged or not, are removed as well and
 /// their contents lost. Failure: code 2600 if the system does not permit the removal, 2601 if git
 /// refuses to lose changes.
-class RVGitRmCommand : public RVGitCommand {
+class RVGitRmCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitRmCommand(const std::shared_ptr<RVGitRepository>& repository);
@@ -21,13 +21,6 @@ public:
         const std::shared_ptr<RVGitRepository>& repository,
         std::optional<std::vector<std::string>> filePaths);
 
-    /// Patterns, as git reads them: see RVGitWorkingTreeManager.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
     /// Takes directories with all that git knows in them.
     [[nodiscard]] bool removesFilesRecursively() const { return removesFilesRecursively_; }
     void setRemovesFilesRecursively(bool removes) { removesFilesRecursively_ = removes; }
@@ -44,7 +37,6 @@ protected:
     void gitCommandWillInitialize() override;
 
 private:
-    std::optional<std::vector<std::string>> filePaths_;
     bool removesFilesRecursively_ = false;
     bool removesFilesFromIndex_ = false;
     bool ignoresUnmatched_ = false;

@@ -60,7 +60,7 @@ std::shared_ptr<RVGitStash> RVGitStash::stashForRefName(
         return nullptr;
     const std::string fullRefName = RVGitMakeFullRefName(refName, RVGitRefTypeStash);
     for (const auto& stash : *stashes)
-        if (isEqualToUnicodeString(*stash->fullRefName(), fullRefName))
+        if (stash->fullRefName() == fullRefName)
             return stash;
     clearErrorPlace(error);
     return nullptr;

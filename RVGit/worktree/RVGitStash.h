@@ -24,7 +24,9 @@ enum RVGitStashSaveOptions : unsigned {
 /// moves what a name or an index means: list anew afterwards. A snapshot that stays on one thread,
 /// since its ref does; the static operations may be called on any, and run RVGitStashCommand, whose
 /// codes they give, 2701 for the words "No local changes to save" in any output among them: after
-/// that code list again where such words may stand in a message or a file name.
+/// that code list again where such words may stand in a message or a file name. While the index is
+/// locked, saving and applying fail with the generic code 1, since git does not say why it failed,
+/// and the files and the list stay as they are.
 class RVGitStash : public RVGitRefProtocol {
 public:
     /// The repository and the ref are required. The fields of the message and the date are absent.
@@ -55,7 +57,9 @@ public:
 
     /// Takes the changes out of the working tree and gives the new stash, the one at 0. `options`
     /// are bits of RVGitStashSaveOptions. Null with code 2701 if there are no changes, 2700 if
-    /// there is no commit yet.
+    /// there is no commit yet, and the generic code 1, with everything left as it is, while the
+    /// index has conflicts or files that are only intended to be added. Null with a cleared place
+    /// if it was saved, but another process has emptied the list since.
     [[nodiscard]] static std::shared_ptr<RVGitStash> saveStashFromWorkingTreeInRepository(
         const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<std::string>& message, unsigned options, RVErrorPlace error = nullptr);
@@ -73,11 +77,14 @@ public:
         const std::string& refName, const std::shared_ptr<RVGitRepository>& repository,
         RVErrorPlace error = nullptr);
     /// Puts the changes back into the working tree and, with `deletingStash`, deletes the stash
-    /// afterwards. What was staged comes back unstaged, but for new files. False with a cleared
-    /// place if there is no such stash; with code 2702 on conflicts of contents, which are left in
-    /// the working tree; with code 2705 (or, deleting, the generic code 1) if local changes are in
-    /// the way and nothing was done; with the generic code 1 on any other conflict. Where git fails
-    /// it keeps the stash.
+    /// afterwards. What was staged comes back unstaged, but for new files; where the file was
+    /// changed again after staging, what was staged is in the stash alone and is lost with it: use
+    /// RVGitStashCommand with restoresIndex to have both. False with a cleared place if there is no
+    /// such stash; with code 2702 on conflicts of contents, which are left in the working tree;
+    /// with code 2705 (or, deleting, the generic code 1) if local changes are in the way and
+    /// nothing was done; with the generic code 1 on any other conflict. Where git fails it keeps
+    /// the stash. It fails so, after the changes are back, for a file that was taken out of the
+    /// index alone and was saved as an untracked one: it is in the way of itself.
     [[nodiscard]] static bool applyStashAtIndex(std::uint64_t index,
                                                 const std::shared_ptr<RVGitRepository>& repository,
                                                 bool deletingStash, RVErrorPlace error = nullptr);

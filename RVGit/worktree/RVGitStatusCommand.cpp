@@ -77,7 +77,7 @@ bool RVGitStatusOutputParser::parseOutputLine(std::string_view line) {
 
 RVGitStatusCommand::RVGitStatusCommand(const std::shared_ptr<RVGitRepository>& repository,
                                        std::optional<std::vector<std::string>> filePaths)
-    : RVGitCommand(repository), filePaths_(std::move(filePaths)) {}
+    : RVGitFilePathsCommand(repository, std::move(filePaths)) {}
 
 std::shared_ptr<RVGitStatusCommand> RVGitStatusCommand::gitStatusCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository,
@@ -92,10 +92,7 @@ void RVGitStatusCommand::gitCommandWillInitialize() {
         addGitCommandOption("--ignored");
     addModeOption(*this, "--untracked-files=", untrackedFilesWords, untrackedFilesMode_);
     addModeOption(*this, "--ignore-submodules=", ignoreSubmodulesWords, ignoreSubmodulesMode_);
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    addFilePathArguments();
 }
 
 bool RVGitStatusCommand::gitCommandWillParseOutput(RVErrorPlace error) {

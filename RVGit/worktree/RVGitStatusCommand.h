@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
@@ -53,7 +53,7 @@ private:
 };
 
 /// Runs `git status --porcelain`. Failure: the common codes, and 11 if a line cannot be read.
-class RVGitStatusCommand : public RVGitCommand {
+class RVGitStatusCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitStatusCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -62,13 +62,6 @@ public:
         const std::shared_ptr<RVGitRepository>& repository,
         std::optional<std::vector<std::string>> filePaths);
 
-    /// Git's path specifications, passed as they are; absent for all paths.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> paths) {
-        filePaths_ = std::move(paths);
-    }
     [[nodiscard]] bool showsIgnoredFiles() const { return showsIgnoredFiles_; }
     void setShowsIgnoredFiles(bool shows) { showsIgnoredFiles_ = shows; }
     [[nodiscard]] RVGitUntrackedFilesMode untrackedFilesMode() const { return untrackedFilesMode_; }
@@ -92,7 +85,6 @@ protected:
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
-    std::optional<std::vector<std::string>> filePaths_;
     bool showsIgnoredFiles_ = false;
     RVGitUntrackedFilesMode untrackedFilesMode_ = RVGitUntrackedFilesModeDefault;
     RVGitIgnoreSubmodulesMode ignoreSubmodulesMode_ = RVGitIgnoreSubmodulesModeDefault;

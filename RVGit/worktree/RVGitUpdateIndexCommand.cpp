@@ -3,7 +3,7 @@
 #include "RVGit/command/RVGitErrorCodes.h"
 
 RVGitUpdateIndexCommand::RVGitUpdateIndexCommand(const std::shared_ptr<RVGitRepository>& repository)
-    : RVGitCommand(repository) {}
+    : RVGitFilePathsCommand(repository) {}
 
 std::shared_ptr<RVGitUpdateIndexCommand>
 RVGitUpdateIndexCommand::gitUpdateIndexCommandWithRepository(
@@ -26,15 +26,12 @@ const RVGitErrorTable& RVGitUpdateIndexCommand::gitErrorDefinitions() {
 
 void RVGitUpdateIndexCommand::gitCommandWillInitialize() {
     setGitCommand("update-index");
-    const std::pair<bool, const char*> flags[] = {
+    addGitCommandOptionsThatAreSet({
         {ignoresMissingFiles_, "--ignore-missing"},
         {setsAssumeUnchangedBit_, "--assume-unchanged"},
         {unsetsAssumeUnchangedBit_, "--no-assume-unchanged"},
         {unresolves_, "--unresolve"},
-    };
-    for (const auto& [isSet, option] : flags)
-        if (isSet)
-            addGitCommandOption(option);
-    if (filePaths_)
-        addGitCommandArguments(*filePaths_);
+    });
+    if (filePaths())
+        addGitCommandArguments(*filePaths());
 }

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git update-index`. Failure: code 3000 if a file to be marked is not in the index.
-class RVGitUpdateIndexCommand : public RVGitCommand {
+class RVGitUpdateIndexCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitUpdateIndexCommand(const std::shared_ptr<RVGitRepository>& repository);
@@ -17,14 +17,6 @@ public:
     gitUpdateIndexCommandWithRepository(const std::shared_ptr<RVGitRepository>& repository,
                                         std::optional<std::vector<std::string>> filePaths);
 
-    /// Taken as they are, but no "--" stands before them: a path with a leading dash has to be
-    /// written "./-name".
-    [[nodiscard]] const std::optional<std::vector<std::string>>& filePaths() const {
-        return filePaths_;
-    }
-    void setFilePaths(std::optional<std::vector<std::string>> filePaths) {
-        filePaths_ = std::move(filePaths);
-    }
     /// Takes a file that is in the index, but not in the working tree, for no failure.
     [[nodiscard]] bool ignoresMissingFiles() const { return ignoresMissingFiles_; }
     void setIgnoresMissingFiles(bool ignores) { ignoresMissingFiles_ = ignores; }
@@ -43,7 +35,6 @@ protected:
     void gitCommandWillInitialize() override;
 
 private:
-    std::optional<std::vector<std::string>> filePaths_;
     bool ignoresMissingFiles_ = false;
     bool setsAssumeUnchangedBit_ = false;
     bool unsetsAssumeUnchangedBit_ = false;

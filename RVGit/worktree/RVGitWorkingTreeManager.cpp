@@ -35,8 +35,9 @@ BatchResult runBatches(const Paths& filePaths,
     std::size_t position = 0;
     while (position < filePaths.size()) {
         const auto begin = filePaths.begin() + static_cast<std::ptrdiff_t>(position);
-        const std::size_t count = std::min(filePaths.size() - position,
-                                           RVGitCommand::maximumNumberOfAllowedFilePathArguments());
+        const std::size_t count = std::min(
+            filePaths.size() - position,
+            std::max<std::size_t>(RVGitCommand::maximumNumberOfAllowedFilePathArguments(), 1));
         Paths batch = RVGitCommand::filePathsForGitCommand(
             {begin, begin + static_cast<std::ptrdiff_t>(count)}, nullptr);
         const bool isFirst = position == 0;

@@ -32,9 +32,10 @@ enum RVGitMoveOptions : unsigned {
 ///
 /// Paths are relative to the top of the working tree. Git reads them as patterns, but where said
 /// otherwise: "*" is every file, "[ab]" also the file "a", ":(top)a" the file "a"; a directory
-/// stands for all in it. For names that come from a listing, set "GIT_LITERAL_PATHSPECS" to "1" in
-/// RVGitCommandEnvironment, or pass ":(literal)" with the name behind it; else an operation that
-/// loses changes may lose those of other files.
+/// stands for all in it. For names that come from a listing, pass ":(literal)" with the name behind
+/// it, or set "GIT_LITERAL_PATHSPECS" to "1" in RVGitCommandEnvironment for the time, but not while
+/// a stash is saved, since git stash has patterns of its own; else an operation that loses changes
+/// may lose those of other files.
 ///
 /// A list of more paths than one command line takes is cut into batches, one process for each, in
 /// order. A batch that fails ends the operation, and those before it stay applied. A list without

@@ -124,6 +124,15 @@ TEST_F(RVGitAttributesTest, NoPathsHaveNoAttributes) {
     EXPECT_THAT(effective({}), IsEmpty());
 }
 
+TEST_F(RVGitAttributesTest, AnEmptyPathAtTheEndHasNoObject) {
+    EXPECT_THAT(effective({""}), IsEmpty());
+    const auto list = effective({"", "a", "", "b", ""});
+    std::vector<std::string> paths;
+    for (const auto& attributes : list)
+        paths.push_back(attributes->filePath());
+    EXPECT_THAT(paths, testing::ElementsAre("", "a", "", "b"));
+}
+
 TEST_F(RVGitAttributesTest, PathsOfAnyShapeKeepTheirPlaces) {
     writeFile("repository/.gitattributes", "*.c text\n");
     const std::vector<std::string> paths = {"-f.c",

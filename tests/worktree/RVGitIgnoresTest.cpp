@@ -97,6 +97,7 @@ protected:
         EXPECT_EQ(error->domain(), RVGitErrorDomain);
         EXPECT_EQ(error->userInfoString(RVGitRepositoryPathErrorKey), repositoryPath());
         EXPECT_EQ(error->userInfoString(RVGitFilePathErrorKey), path);
+        EXPECT_FALSE(error->userInfo().contains(RVGitIgnoresPathErrorKey));
     }
     /// Every operation that reads fails with 400.
     void expectUnreadable() const {
@@ -360,6 +361,19 @@ TEST_F(RVGitIgnoresTest, WhatIsNoRegularFileIsNeitherReadNorWritten) {
     expectUnwritable();
 }
 
+TEST_F(RVGitIgnoresTest, TheTextsOfTheErrorsShowNoPath) {
+    makeDirectory(path);
+    std::optional<RVError> error;
+    EXPECT_EQ(ignores->readIgnorePatterns(&error), std::nullopt);
+    EXPECT_EQ(error->localizedFailureReason(),
+              "Failed to read ignores file at path “”. Make sure the path exists and is readable "
+              "for your user.");
+    EXPECT_FALSE(ignores->writeIgnorePatterns({"a"}, &error));
+    EXPECT_EQ(error->localizedFailureReason(),
+              "Failed to write the ignores file at path “”. Make sure the path is writable for "
+              "your user.");
+}
+
 TEST_F(RVGitIgnoresTest, ADirectoryThatCannotBeMadeFailsWith401) {
     const std::string file = writeFile("file", "bytes");
     const RVGitIgnores below(repository(), file + "/directory/.gitignore");
@@ -413,6 +427,19 @@ TEST_F(RVGitIgnoresTest, AReadOnlyDirectoryFailsWith401OnlyForANewFile) {
     }
     fs::permissions(repositoryPath(), fs::perms(0755));
     EXPECT_EQ(contents(), "old\na\n");
+}
+
+TEST_F(RVGitIgnoresTest, AFileThatCannotBeReadCanBeReplaced) {
+    writeFile(path, "old\n", 0222);
+    openDirectories();
+    {
+        const Unprivileged user;
+        if (!user.isEffective())
+            GTEST_SKIP() << "nothing is forbidden to this user";
+        EXPECT_TRUE(ignores->writeIgnorePatterns({"new"}));
+    }
+    fs::permissions(path, fs::perms(0644));
+    EXPECT_EQ(contents(), "new\n");
 }
 
 TEST_F(RVGitIgnoresTest, AnUnreadableFileFailsWith400) {
@@ -491,6 +518,8 @@ TEST_F(RVGitIgnoresTest, AFullDiskFailsWith401AndKeepsTheOldContents) {
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
+        // A thread that is not copied may hold a lock that is: better killed than waited for.
+        ::alarm(30);
         if (::unshare(CLONE_NEWNS) != 0 ||
             ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=64k") != 0)
@@ -507,7 +536,7 @@ TEST_F(RVGitIgnoresTest, AFullDiskFailsWith401AndKeepsTheOldContents) {
     }
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status));
+    ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
     if (WEXITSTATUS(status) == NotMounted)
         GTEST_SKIP() << "no disk can be mounted";
     EXPECT_EQ(WEXITSTATUS(status), Kept);

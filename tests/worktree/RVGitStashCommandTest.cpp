@@ -419,9 +419,7 @@ TEST_F(RVGitStashCommandTest, RowsHoldForTheirSubCommandAndExitCode) {
     } rows[] = {
         {"push", 1, "You do not have the initial commit yet", "", 2700},
         {"save", 1, "fatal: you do not have the initial commit yet", "", 2700},
-        {"push", 128, "You do not have the initial commit yet", "", 1},
         {"drop", 1, tooFew, "", 2706},
-        {"drop", 128, tooFew, "", 1},
         {"drop", 1, none, "", 2707},
         {"drop", 1, unknown, "", 2707, RVGitStashIndexErrorKey, "7"},
         {"pop", 1, "", "CONFLICT (content): Merge conflict in f\n", 2702},
@@ -429,6 +427,8 @@ TEST_F(RVGitStashCommandTest, RowsHoldForTheirSubCommandAndExitCode) {
         {"apply", 1, "CONFLICT (content): Merge conflict in f\n", "", 1},
         {"apply", 1, tooFew, "", 2703},
         {"pop", 1, tooFew, "", 1},
+        {"pop", 1, none, "", 1},
+        {"pop", 128, unknown, "", 1},
         {"apply", 1, none, "", 2704},
         {"apply", 128, unknown, "", 2704, RVGitStashIndexErrorKey, "7"},
         {"apply", 1, changes, "", 2705},
@@ -441,15 +441,30 @@ TEST_F(RVGitStashCommandTest, RowsHoldForTheirSubCommandAndExitCode) {
         {"branch", 128, changes, "", 2503},
     };
     auto fake = useFakeGit();
-    for (const auto& row : rows) {
+    const auto errorFor = [&](const auto& row, int exitCode) {
         fake.setAnswer({.standardOutput = row.standardOutput,
                         .standardError = row.standardError,
-                        .exitCode = row.exitCode});
+                        .exitCode = exitCode});
         const auto command = RVGitCommand::gitCommandWithRepository(repository());
         command->setGitCommand("stash");
         command->setGitSubCommand(row.subCommand);
-        const auto error = errorOf(*command);
+        return errorOf(*command);
+    };
+    const auto isListed = [&](const auto& row, int exitCode) {
+        return std::any_of(std::begin(rows), std::end(rows), [&](const auto& other) {
+            return std::string_view(other.subCommand) == row.subCommand &&
+                   other.standardError == row.standardError && other.exitCode == exitCode;
+        });
+    };
+    for (const auto& row : rows) {
+        const auto error = errorFor(row, row.exitCode);
         EXPECT_EQ(error.code(), row.code) << row.subCommand << ' ' << row.standardError;
+        for (const int exitCode : {1, 2, 128}) {
+            if (isListed(row, exitCode))
+                continue;
+            EXPECT_EQ(errorFor(row, exitCode).code(), RVGitRVGitGenericError)
+                << row.subCommand << ' ' << exitCode << ' ' << row.standardError;
+        }
         if (row.key)
             EXPECT_EQ(error.userInfoString(row.key), row.value) << row.subCommand;
         else

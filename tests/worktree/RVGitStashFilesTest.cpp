@@ -27,6 +27,16 @@ protected:
     bool pop() { return RVGitStash::applyStashAtIndex(0, repository(), true); }
     std::string status() const { return git({"status", "--short"}, repositoryPath()); }
     std::string stashList() const { return gitInRepository({"stash", "list"}); }
+    /// Saving fails with the code that stands for no known reason, and makes no stash.
+    void expectSavingFails(unsigned options) {
+        std::optional<RVError> error;
+        EXPECT_EQ(
+            RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", options, &error),
+            nullptr);
+        ASSERT_TRUE(error.has_value());
+        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_EQ(stashList(), "");
+    }
 };
 
 TEST_F(RVGitStashFilesTest, UntrackedFilesAreAThirdParent) {
@@ -149,6 +159,81 @@ TEST_F(RVGitStashFilesTest, ApplyingLeavesWhatWasStagedUnstaged) {
     EXPECT_TRUE(pop());
     EXPECT_EQ(status(), " M file.txt\n");
     EXPECT_EQ(readFile("repository/file.txt"), "staged\n");
+}
+
+TEST_F(RVGitStashFilesTest, WhatWasStagedIsLostWithTheStashIfTheFileWasChangedAgain) {
+    makeCommit();
+    change("staged\n");
+    gitInRepository({"add", "file.txt"});
+    change("unstaged\n");
+    const auto stash = save();
+    ASSERT_NE(stash, nullptr);
+    ASSERT_TRUE(RVGitStash::applyStashAtIndex(0, repository(), false));
+    EXPECT_EQ(git({"show", "stash@{0}^2:file.txt"}, repositoryPath()), "staged\n");
+    gitInRepository({"reset", "--hard"});
+    ASSERT_TRUE(pop());
+    EXPECT_EQ(status(), " M file.txt\n");
+    EXPECT_EQ(readFile("repository/file.txt"), "unstaged\n");
+    EXPECT_EQ(git({"show", ":file.txt"}, repositoryPath()), "1");
+    EXPECT_EQ(stashList(), "");
+}
+
+TEST_F(RVGitStashFilesTest, AFileTakenOutOfTheIndexAloneComesBack) {
+    makeCommit();
+    gitInRepository({"rm", "-q", "--cached", "file.txt"});
+    change();
+    save();
+    EXPECT_EQ(status(), "");
+    EXPECT_EQ(readFile("repository/file.txt"), "1");
+    ASSERT_TRUE(pop());
+    EXPECT_EQ(status(), " M file.txt\n");
+    EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+}
+
+TEST_F(RVGitStashFilesTest, AFileTakenOutOfTheIndexAloneAndSavedAsUntrackedIsInItsOwnWay) {
+    makeCommit();
+    gitInRepository({"rm", "-q", "--cached", "file.txt"});
+    change();
+    save(RVGitStashSaveOptionIncludesUntrackedFiles);
+    EXPECT_EQ(status(), "");
+    EXPECT_EQ(readFile("repository/file.txt"), "1");
+    std::optional<RVError> error;
+    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+    EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
+    EXPECT_EQ(git({"show", "stash@{0}^3:file.txt"}, repositoryPath()), "changed\n");
+}
+
+TEST_F(RVGitStashFilesTest, AnIndexWithConflictsIsNotSavedAndStays) {
+    makeCommit();
+    change();
+    save();
+    makeCommit();
+    EXPECT_FALSE(pop());
+    gitInRepository({"stash", "clear"});
+    const std::string conflict = readFile("repository/file.txt");
+    const std::string entries = git({"ls-files", "--stage"}, repositoryPath());
+    for (const unsigned options : {0u, +RVGitStashSaveOptionIncludesUntrackedFiles}) {
+        expectSavingFails(options);
+        EXPECT_EQ(status(), "UU file.txt\n");
+        EXPECT_EQ(readFile("repository/file.txt"), conflict);
+        EXPECT_EQ(git({"ls-files", "--stage"}, repositoryPath()), entries);
+    }
+}
+
+TEST_F(RVGitStashFilesTest, AFileOnlyIntendedToBeAddedIsNotSavedAndStays) {
+    makeCommit();
+    change();
+    writeFile("repository/new", "new");
+    gitInRepository({"add", "--intent-to-add", "new"});
+    for (const unsigned options : {0u, +RVGitStashSaveOptionIncludesUntrackedFiles}) {
+        expectSavingFails(options);
+        EXPECT_EQ(status(), " M file.txt\n A new\n");
+        EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+        EXPECT_EQ(readFile("repository/new"), "new");
+    }
 }
 
 }  // namespace

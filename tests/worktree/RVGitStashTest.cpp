@@ -302,6 +302,14 @@ TEST_F(RVGitStashTest, AMessageThatSaysThereAreNoChangesFailsButIsSaved) {
     EXPECT_EQ(git({"show", "stash@{0}:file.txt"}, repositoryPath()), "changed\n");
 }
 
+TEST_F(RVGitStashTest, ASaveWhoseStashIsGoneGivesNoneAndNoError) {
+    useFakeGit().setAnswer({});
+    auto error = staleError();
+    EXPECT_EQ(RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", 0, &error),
+              nullptr);
+    EXPECT_FALSE(error.has_value());
+}
+
 TEST_F(RVGitStashTest, SavingWithoutACommitFailsWith2700) {
     change();
     gitInRepository({"add", "file.txt"});
@@ -433,14 +441,41 @@ TEST_F(RVGitStashTest, ConflictsKeepTheStash) {
 TEST_F(RVGitStashTest, ALockedIndexFailsAndLeavesAllAsItIs) {
     makeCommit();
     change();
-    writeFile("repository/.git/index.lock", "");
+    writeFile("repository/new", "new");
+    const std::string lock = writeFile("repository/.git/index.lock", "");
     std::optional<RVError> error;
-    EXPECT_EQ(RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", 0, &error),
-              nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
-    std::filesystem::remove(repositoryPath() + "/.git/index.lock");
-    EXPECT_NE(save("m"), nullptr);
+    for (unsigned options = 0; options < 4; ++options) {
+        error = staleError();
+        EXPECT_EQ(
+            RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", options, &error),
+            nullptr);
+        ASSERT_TRUE(error.has_value());
+        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_EQ(error->domain(), RVGitErrorDomain);
+        EXPECT_EQ(status(), " M file.txt\n?? new");
+        EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+        EXPECT_THAT(stashes(), IsEmpty());
+    }
+    std::filesystem::remove(lock);
+    const auto stash = save("m", RVGitStashSaveOptionIncludesUntrackedFiles);
+    ASSERT_NE(stash, nullptr);
+    for (const bool deletingStash : {false, true}) {
+        writeFile(lock, "");
+        error = staleError();
+        EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), deletingStash, &error));
+        ASSERT_TRUE(error.has_value());
+        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_EQ(status(), "");
+        EXPECT_EQ(readFile("repository/file.txt"), "1");
+        EXPECT_EQ(revision("stash@{0}"), stash->commitHash());
+        std::filesystem::remove(lock);
+        EXPECT_TRUE(RVGitStash::applyStashAtIndex(0, repository(), deletingStash));
+        EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+        EXPECT_EQ(readFile("repository/new"), "new");
+        gitInRepository({"reset", "--hard"});
+        gitInRepository({"clean", "-f"});
+    }
+    EXPECT_THAT(stashes(), IsEmpty());
 }
 
 TEST_F(RVGitStashTest, ConfigurationOfTheUserChangesNothing) {

@@ -48,7 +48,7 @@ protected:
         git({"add", "."}, repositoryPath());
         EXPECT_TRUE(manager().unstageFiles(paths));
         EXPECT_EQ(git({"diff", "--cached", "--name-only"}, repositoryPath()), "");
-        EXPECT_EQ(records({"diff", "--name-only", "-z"}).size(), paths.size());
+        EXPECT_EQ(records({"diff-files", "--name-only", "-z"}).size(), paths.size());
         expectContents(paths, "two ");
 
         EXPECT_TRUE(manager().revertFiles(paths));
@@ -90,7 +90,7 @@ TEST_F(RVGitWorkingTreeManagerLongListsTest, ThreeBatchesPassThroughRealGit) {
     takeThroughRealGit(longPaths(600));
 }
 
-// Takes half an hour, nearly all of it in git, which compares every path with every file.
+// Takes a quarter of an hour, nearly all of it in git, which compares every path with every file.
 TEST_F(RVGitWorkingTreeManagerLongListsTest, DISABLED_AHundredThousandPathsPassThroughRealGit) {
     takeThroughRealGit(longPaths(100'000));
 }
