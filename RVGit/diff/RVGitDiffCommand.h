@@ -9,6 +9,7 @@
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/diff/RVGitDiffMap.h"
 
+class RVGitDiffParser;
 struct RVGitDiffStatsOutputParserResultItem;
 
 // Options; the value of each key is its own name.
@@ -84,10 +85,14 @@ public:
 
 protected:
     void gitCommandWillInitialize() override;
+    void gitCommandDidReceiveStandardOutput() override;
     bool gitCommandShouldHandleError(const RVError& error) override;
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
+    [[nodiscard]] bool loadsDiffStats() const;
+    [[nodiscard]] RVGitDiffParser& diffParser();
+
     bool comparesToIndex_ = false;
     bool generatesBinaryDiffs_ = false;
     bool skipsRenameDetection_ = false;
@@ -96,6 +101,8 @@ private:
     bool generatesRawFormat_ = false;
     bool generatesDiffs_ = false;
     bool generatesDiffStats_ = false;
+    /// Reads each file as soon as git has printed it.
+    std::unique_ptr<RVGitDiffParser> diffParser_;
     std::vector<RVGitDiffMap> loadedDiffs_;
     std::vector<RVGitDiffStatsOutputParserResultItem> loadedDiffStats_;
 };

@@ -65,14 +65,26 @@ std::size_t endOfNumbers(std::string_view line, std::size_t position) {
     return position;
 }
 
+// As int32Value() reads it, which costs more where there are but a few digits.
+std::int64_t numberFromText(std::string_view text) {
+    constexpr std::size_t digitsOfAnyNumber = 9;
+    std::int64_t number = 0;
+    for (const char digit : text) {
+        if (digit < '0' || digit > '9' || text.size() > digitsOfAnyNumber)
+            return int32Value(text);
+        number = number * 10 + (digit - '0');
+    }
+    return number;
+}
+
 // "-5,3": a sign, the location and the length, which is 1 where it is not said.
 RVGitDiffRange rangeFromText(std::string_view text) {
     text.remove_prefix(1);
     const std::size_t comma = text.find(',');
-    RVGitDiffRange range{int32Value(text.substr(0, comma)), 1};
+    RVGitDiffRange range{numberFromText(text.substr(0, comma)), 1};
     if (comma != std::string_view::npos) {
         const std::string_view rest = text.substr(comma + 1);
-        range.length = int32Value(rest.substr(0, rest.find(',')));
+        range.length = numberFromText(rest.substr(0, rest.find(',')));
     }
     return range;
 }
@@ -135,7 +147,7 @@ bool RVGitDiffOutputParser::parseOutputLine(std::string_view line) {
 
 // Where the lines stand.
 
-RVGitDiffContents::Range RVGitDiffOutputParser::rangeOfLine(std::string_view line) const {
+inline RVGitDiffContents::Range RVGitDiffOutputParser::rangeOfLine(std::string_view line) const {
     const auto start = static_cast<std::uint32_t>(line.data() - contents_->text.data());
     return {start, start + static_cast<std::uint32_t>(line.size()) + 1};
 }
@@ -144,7 +156,7 @@ void RVGitDiffOutputParser::beginRaw(std::uint32_t start) {
     contents_->raw = {start, start};
 }
 
-void RVGitDiffOutputParser::appendToRaw(RVGitDiffContents::Range line) {
+inline void RVGitDiffOutputParser::appendToRaw(RVGitDiffContents::Range line) {
     if (line.start > endOfLastLine_)
         contents_->omissions.push_back({endOfLastLine_, line.start});
     endOfLastLine_ = line.end;
@@ -214,19 +226,65 @@ bool RVGitDiffOutputParser::parseDiffHeaderLine(std::string_view line) {
     if (isExtendedHeader)
         diff.extendedHeaders.push_back(range);
     appendToRaw(range);
-    isFinishedParsingHeader_ = isLastLine;
+    if (isLastLine)
+        finishHeader();
     return true;
+}
+
+void RVGitDiffOutputParser::finishHeader() {
+    isFinishedParsingHeader_ = true;
+    // Source text has about as many lines.
+    constexpr std::size_t bytesOfLine = 32;
+    constexpr std::size_t numbersOfLine = 2;
+    const std::size_t lineCount = contents_->text.size() / bytesOfLine;
+    contents_->lines.reserve(lineCount);
+    contents_->lineNumbers.reserve(lineCount * numbersOfLine);
+}
+
+std::vector<std::string_view> RVGitDiffOutputParser::diffHeaderComponentsOfLine(
+    std::string_view line) {
+    const bool isPlain = std::ranges::all_of(line, [](char byte) {
+        const auto code = static_cast<unsigned char>(byte);
+        return code >= 0x20 && code < 0x80;
+    });
+    if (!isPlain) {
+        const auto components = diffHeaderRegex().firstMatch(line);
+        if (components.empty())
+            return {};
+        return {*components[1], *components[2]};
+    }
+    constexpr std::string_view prefix = "diff --git ";
+    if (!line.starts_with(prefix))
+        return {};
+    line.remove_prefix(prefix.size());
+    const auto isPath = [](std::string_view text, std::string_view side) {
+        if (text.starts_with('"'))
+            text.remove_prefix(1);
+        return text.size() > side.size() && text.starts_with(side);
+    };
+    // The first path is as long as it can be.
+    for (std::size_t blank = line.rfind(' '); blank != std::string_view::npos && blank > 0;
+         blank = line.rfind(' ', blank - 1)) {
+        const std::string_view newPath = line.substr(blank + 1);
+        if (!isPath(newPath, "b/"))
+            continue;
+        const std::string_view oldPath = line.substr(0, blank);
+        if (isPath(oldPath, "a/"))
+            return {oldPath, newPath};
+        return {};
+    }
+    return {};
 }
 
 bool RVGitDiffOutputParser::parseDiffLine(std::string_view line) {
     const std::uint32_t start = rangeOfLine(line).start;
     beginRaw(start);
     contents_->header = {start, start};
-    const auto components = diffHeaderRegex().firstMatch(line);
+    const auto components = diffHeaderComponentsOfLine(line);
     if (components.empty())
         return false;
-    contents_->oldFilePath = pathWithoutPrefix(*components[1]);
-    contents_->filePath = pathWithoutPrefix(*components[2]);
+    contents_->oldFilePath = pathWithoutPrefix(components[0]);
+    contents_->filePath = pathWithoutPrefix(components[1]);
     contents_->fileStatus = 'M';
     return true;
 }
@@ -347,6 +405,7 @@ void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,
     chunk.raw = range;
     chunk.firstLine = static_cast<std::uint32_t>(contents_->lines.size());
     chunk.firstLineNumber = static_cast<std::uint32_t>(contents_->lineNumbers.size());
+    chunk.fileRanges.reserve(static_cast<std::size_t>(std::ranges::count(chunkHeader, ' ') - 1));
     std::size_t position = chunkHeader.find(' ') + 1;
     for (std::size_t end; (end = chunkHeader.find(' ', position)) != std::string_view::npos;
          position = end + 1)
@@ -363,9 +422,47 @@ void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,
     }
 }
 
-void RVGitDiffOutputParser::advance(std::size_t column) {
+inline void RVGitDiffOutputParser::advance(std::size_t column) {
     if (currentLineNumbers_[column] != maxCurrentLineNumbers_[column])
         ++currentLineNumbers_[column];
+}
+
+// What the columns say, which also moves the numbers on.
+inline std::optional<RVGitDiffLineType> RVGitDiffOutputParser::typeOfStatus(
+    std::string_view status) {
+    std::optional<RVGitDiffLineType> type;
+    bool isBlank = true;
+    // Each column takes away what the one before it noted, so that of the parents in which an
+    // added line stands the last alone is counted on.
+    bool lastColumnIsNoted = false;
+    std::size_t column = 0;
+    for (const char character : status) {
+        if ((static_cast<unsigned char>(character) & 0xC0) == 0x80)
+            continue;
+        lastColumnIsNoted = false;
+        if (character == '+') {
+            type = RVGitDiffLineAdded;
+        } else if (character == '\\') {
+            type = RVGitDiffLineNoNewlineAtEndOfFile;
+        } else if (character == '-') {
+            advance(column);
+            type = RVGitDiffLineDeleted;
+        } else {
+            lastColumnIsNoted = true;
+            isBlank = isBlank && character == ' ';
+        }
+        ++column;
+    }
+    if (type == RVGitDiffLineAdded) {
+        if (lastColumnIsNoted)
+            advance(numberOfParents_ - 1);
+        advance(numberOfParents_);
+    } else if (!type && isBlank) {
+        for (column = 0; column < currentLineNumbers_.size(); ++column)
+            advance(column);
+        type = RVGitDiffLineContext;
+    }
+    return type;
 }
 
 bool RVGitDiffOutputParser::parseChunkLine(std::string_view line) {
@@ -374,51 +471,19 @@ bool RVGitDiffOutputParser::parseChunkLine(std::string_view line) {
     const auto statusLength = lengthOfCharacters(line, numberOfParents_);
     if (!statusLength)
         return false;
-    const std::string_view status = line.substr(0, *statusLength);
-
-    std::optional<RVGitDiffLineType> type;
-    if (status.find_first_not_of(' ') == std::string_view::npos) {
-        type = RVGitDiffLineContext;
-        for (std::size_t column = 0; column < currentLineNumbers_.size(); ++column)
-            advance(column);
-    } else {
-        // Each column takes away what the one before it noted, so that of the parents in which an
-        // added line stands the last alone is counted on.
-        bool lastColumnIsNoted = false;
-        std::size_t column = 0;
-        for (const char character : status) {
-            if ((static_cast<unsigned char>(character) & 0xC0) == 0x80)
-                continue;
-            lastColumnIsNoted = false;
-            if (character == '+') {
-                type = RVGitDiffLineAdded;
-            } else if (character == '\\') {
-                type = RVGitDiffLineNoNewlineAtEndOfFile;
-            } else if (character == '-') {
-                advance(column);
-                type = RVGitDiffLineDeleted;
-            } else {
-                lastColumnIsNoted = true;
-            }
-            ++column;
-        }
-        if (!type)
-            return false;
-        if (type == RVGitDiffLineAdded) {
-            if (lastColumnIsNoted)
-                advance(numberOfParents_ - 1);
-            advance(numberOfParents_);
-        }
-    }
+    const auto type = typeOfStatus(line.substr(0, *statusLength));
+    if (!type)
+        return false;
 
     // A line ahead of the first chunk belongs to none.
-    if (contents_->chunks.empty())
+    RVGitDiffContents& diff = *contents_;
+    if (diff.chunks.empty())
         return true;
-    RVGitDiffContents::Chunk& chunk = contents_->chunks.back();
+    RVGitDiffContents::Chunk& chunk = diff.chunks.back();
     chunk.raw.end = range.end;
     ++chunk.lineCount;
-    contents_->lines.emplace_back(range.start, line.size(), *statusLength, *type);
-    contents_->lineNumbers.insert(contents_->lineNumbers.end(), currentLineNumbers_.begin(),
-                                  currentLineNumbers_.end());
+    diff.lines.emplace_back(range.start, line.size(), *statusLength, *type);
+    for (const std::uint32_t number : currentLineNumbers_)
+        diff.lineNumbers.push_back(number);
     return true;
 }

@@ -39,13 +39,19 @@ bool beginsDiff(std::string_view bytes) {
            bytes.starts_with("diff --com");
 }
 
-std::optional<RVGitDiffMap> parsedDiff(RVGitDiffOutputParser& parser) {
-    if (!parser.parse())
-        return std::nullopt;
-    RVGitDiffMap diff = parser.diff();
-    if (!diff.containsObjectForKey(RVGitDiffRawKey))
-        return std::nullopt;
-    return diff;
+// Where the next block begins, found by the line break ahead of it at or behind `from`; npos if
+// there is none.
+std::size_t startOfNextBlock(std::string_view output, std::size_t from) {
+    for (std::size_t lineBreak = findLineBreakBeforeD(output, from); lineBreak < output.size();
+         lineBreak = findLineBreakBeforeD(output, lineBreak + 1)) {
+        if (beginsDiff(output.substr(lineBreak + 1)))
+            return lineBreak + 1;
+    }
+    return std::string_view::npos;
+}
+
+std::shared_ptr<RVGitDiffContents> parsedContents(RVGitDiffOutputParser& parser) {
+    return parser.parse() && parser.contents()->raw ? parser.contents() : nullptr;
 }
 
 std::shared_ptr<const RVDataBuffer> copiedBytes(std::string_view bytes) {
@@ -62,10 +68,6 @@ RVGitDiffParser::RVGitDiffParser(std::string_view outputData)
 RVGitDiffParser::RVGitDiffParser(std::shared_ptr<const RVDataBuffer> buffer)
     : buffer_(std::move(buffer)), outputData_(buffer_ ? buffer_->view() : std::string_view()) {}
 
-RVGitDiffParser::RVGitDiffParser(std::shared_ptr<const RVDataBuffer> buffer,
-                                 std::string_view outputData)
-    : buffer_(std::move(buffer)), outputData_(outputData) {}
-
 RVGitDiffParser::~RVGitDiffParser() = default;
 
 std::shared_ptr<RVGitDiffParser> RVGitDiffParser::parserWithOutputData(
@@ -73,15 +75,39 @@ std::shared_ptr<RVGitDiffParser> RVGitDiffParser::parserWithOutputData(
     return std::make_shared<RVGitDiffParser>(outputData);
 }
 
-bool RVGitDiffParser::parse(RVErrorPlace) {
-    result_.clear();
-    for (const std::string_view block : diffDataComponentsFromMultipleDiffOutput(outputData_)) {
-        if (block == "\n")
-            continue;
+void RVGitDiffParser::parseBlockUntil(std::size_t end) {
+    const std::string_view block = outputData_.substr(blockStart_, end - blockStart_);
+    if (!block.empty() && block != "\n") {
         RVGitDiffOutputParser parser(buffer_, block);
-        if (auto diff = parsedDiff(parser))
-            result_.push_back(*std::move(diff));
+        if (auto contents = parsedContents(parser))
+            files_.emplace_back(blockStart_, std::move(contents));
     }
+    blockStart_ = end;
+    searchStart_ = end;
+}
+
+void RVGitDiffParser::parseAhead() {
+    if (!buffer_)
+        return;
+    outputData_ = buffer_->view();
+    std::size_t next = startOfNextBlock(outputData_, searchStart_);
+    for (; next != std::string_view::npos; next = startOfNextBlock(outputData_, searchStart_))
+        parseBlockUntil(next);
+    // A line break with fewer bytes behind it may yet begin a block.
+    constexpr std::size_t bytesBehindLineBreak = 10;
+    if (outputData_.size() > searchStart_ + bytesBehindLineBreak)
+        searchStart_ = outputData_.size() - bytesBehindLineBreak;
+}
+
+bool RVGitDiffParser::parse(RVErrorPlace) {
+    parseAhead();
+    parseBlockUntil(outputData_.size());
+    for (auto& [start, contents] : files_) {
+        if (contents->textOwner == buffer_)
+            contents->text = outputData_.substr(start, contents->text.size());
+        result_.emplace_back(std::move(contents));
+    }
+    files_.clear();
     return true;
 }
 
@@ -89,11 +115,8 @@ std::vector<std::string_view> RVGitDiffParser::diffDataComponentsFromMultipleDif
     std::string_view outputData) {
     std::vector<std::string_view> blocks;
     std::size_t start = 0;
-    for (std::size_t lineBreak = findLineBreakBeforeD(outputData, 0); lineBreak < outputData.size();
-         lineBreak = findLineBreakBeforeD(outputData, lineBreak + 1)) {
-        const std::size_t next = lineBreak + 1;
-        if (!beginsDiff(outputData.substr(next)))
-            continue;
+    std::size_t next = startOfNextBlock(outputData, 0);
+    for (; next != std::string_view::npos; next = startOfNextBlock(outputData, next)) {
         blocks.push_back(outputData.substr(start, next - start));
         start = next;
     }
@@ -104,5 +127,6 @@ std::vector<std::string_view> RVGitDiffParser::diffDataComponentsFromMultipleDif
 
 std::optional<RVGitDiffMap> RVGitDiffParser::diffFromGitDiffOutputData(std::string_view block) {
     RVGitDiffOutputParser parser(block);
-    return parsedDiff(parser);
+    auto contents = parsedContents(parser);
+    return contents ? std::optional<RVGitDiffMap>(std::move(contents)) : std::nullopt;
 }

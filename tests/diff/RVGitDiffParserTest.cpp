@@ -137,6 +137,39 @@ TEST(RVGitDiffParserTest, ResultsShareTheOutputAndKeepItAlive) {
     EXPECT_EQ(diffs[1].gitDiffRaw(), "diff --git a/y b/y\n");
 }
 
+TEST(RVGitDiffParserTest, OutputThatArrivesInPiecesIsReadAsTheWhole) {
+    const std::string output =
+        "\ndiff --git a/x b/x\nindex 1..2 100644\n--- a/x\n+++ b/x\n@@ -1 +1,2 @@\n-a\n+b\r\n+c\n"
+        "diff --git a/y b/y\n+++ b/y\n@@ -1 +1 @@\n+\xE9\ndiff --git a/bad b/bad\nindex bad\n"
+        "diff --cc z\nindex 1,2..3\n--- a/z\n+++ b/z\n@@@ -1 -1 +1 @@@\n++z\n++\rdiff --gi";
+    std::vector<std::string> expected;
+    for (const RVGitDiffMap& diff : diffsOf(output))
+        expected.push_back(describedDiff(diff));
+    ASSERT_EQ(expected.size(), 3u);
+    std::mt19937 random(7);
+    for (std::size_t round = 0; round < 300; ++round) {
+        auto buffer = std::make_shared<RVDataBuffer>();
+        RVGitDiffParser parser(buffer);
+        // Each byte by itself first.
+        const std::size_t longest = 1 + round % 60;
+        for (std::size_t start = 0; start < output.size();) {
+            const std::size_t size = 1 + random() % longest;
+            // The bytes stand elsewhere each time.
+            auto grown = RVDataBuffer();
+            grown.append(buffer->view());
+            grown.append(std::string_view(output).substr(start, size));
+            *buffer = std::move(grown);
+            parser.parseAhead();
+            start += size;
+        }
+        EXPECT_TRUE(parser.parse());
+        std::vector<std::string> descriptions;
+        for (const RVGitDiffMap& diff : parser.result())
+            descriptions.push_back(describedDiff(diff));
+        ASSERT_EQ(descriptions, expected) << round;
+    }
+}
+
 TEST(RVGitDiffParserTest, OneFileInAnotherEncodingLeavesTheOthersAlone) {
     const auto diffs = RVGitDiffParser::parserWithOutputData(
         "diff --git a/x b/x\n+++ b/x\n@@ -1 +1 @@\n+\xE9\n"
