@@ -171,20 +171,23 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffFromRawDiff(std::string_view rawDiff,
 
 // Patches.
 
+RVGitDiffPatchGenerator RVGitDiff::patchGenerator() const {
+    // It lives no longer than the call, so that it need not own the diff.
+    return RVGitDiffPatchGenerator(std::shared_ptr<const RVGitDiff>(std::shared_ptr<void>(), this));
+}
+
 std::optional<std::string> RVGitDiff::patchForChunkAtIndex(std::size_t chunkIndex) const {
-    return RVGitDiffPatchGenerator(shared_from_this()).patchForChunkAtIndex(chunkIndex);
+    return patchGenerator().patchForChunkAtIndex(chunkIndex);
 }
 
 std::string RVGitDiff::indexPatchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
-    return RVGitDiffPatchGenerator(shared_from_this())
-        .indexPatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+    return patchGenerator().indexPatchForChunkAtIndex(chunkIndex, linesWithIndexes);
 }
 
 std::string RVGitDiff::worktreePatchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
-    return RVGitDiffPatchGenerator(shared_from_this())
-        .worktreePatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+    return patchGenerator().worktreePatchForChunkAtIndex(chunkIndex, linesWithIndexes);
 }
 
 // Fields.

@@ -15,10 +15,11 @@
 #include "RVGit/diff/RVGitDiffChunk.h"
 
 class RVGitDiffMap;
+class RVGitDiffPatchGenerator;
 class RVGitRepository;
 
 /// What changed in one file. A snapshot; a raw text is made when it is read, of what git printed.
-class RVGitDiff : public std::enable_shared_from_this<RVGitDiff> {
+class RVGitDiff {
 public:
     using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;
     using FilePaths = std::vector<std::string>;
@@ -177,6 +178,8 @@ public:
     [[nodiscard]] bool isFileStatusCopied() const { return fileStatus_ == RVGitFileStatusCopied; }
 
 private:
+    [[nodiscard]] RVGitDiffPatchGenerator patchGenerator() const;
+
     std::shared_ptr<RVGitRepository> repository_;
     /// Where the raw text stands.
     std::shared_ptr<const RVGitDiffContents> contents_;

@@ -44,7 +44,7 @@ RVGitDiffChunk::RVGitDiffChunk(std::string_view rawChunk, std::vector<RVGitDiffR
 
 RVGitDiffChunk::RVGitDiffChunk(std::shared_ptr<const RVGitDiffContents> contents,
                                std::size_t chunkIndex)
-    : contents_(std::move(contents)), chunkIndex_(chunkIndex) {
+    : contents_(std::move(contents)), chunkIndex_(chunkIndex), lines_(contents_, chunkIndex) {
     countLines();
 }
 

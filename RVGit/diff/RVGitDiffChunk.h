@@ -83,7 +83,7 @@ public:
     [[nodiscard]] std::string rawChunk() const;
     /// One for each parent, then one for the new file.
     [[nodiscard]] const std::vector<RVGitDiffRange>& fileRanges() const;
-    [[nodiscard]] RVGitDiffChunkLines lines() const { return {contents_, chunkIndex_}; }
+    [[nodiscard]] const RVGitDiffChunkLines& lines() const { return lines_; }
     /// The first line of rawChunk().
     [[nodiscard]] std::string header() const;
     /// The contents of the lines, each followed by "\n"; "\n" for a chunk without lines.
@@ -121,6 +121,7 @@ private:
 
     std::shared_ptr<const RVGitDiffContents> contents_;
     std::size_t chunkIndex_;
+    RVGitDiffChunkLines lines_;
     std::weak_ptr<RVGitDiff> diff_;
     std::uint64_t insertions_ = 0;
     std::uint64_t deletions_ = 0;

@@ -44,7 +44,8 @@ void RVGitDiffCommand::gitCommandWillInitialize() {
 }
 
 bool RVGitDiffCommand::gitCommandShouldHandleError(const RVError& error) {
-    return error.code() != RVGitRVGitGenericError || !standardErrorData().empty();
+    return error.code() != RVGitRVGitGenericError || exitCode() != 1 ||
+           !standardErrorData().empty();
 }
 
 bool RVGitDiffCommand::loadsDiffStats() const {

@@ -52,17 +52,49 @@ std::optional<std::size_t> lengthOfCharacters(std::string_view text, std::size_t
     return length;
 }
 
-// The position behind "N", "N," or "N,M", or behind what there is of it.
-std::size_t endOfNumbers(std::string_view line, std::size_t position) {
-    const auto skipDigits = [&] {
-        while (position < line.size() && line[position] >= '0' && line[position] <= '9')
+// The position behind the digits, of any script, that stand there.
+std::size_t endOfDigits(std::string_view line, std::size_t position) {
+    static const RVRegularExpression digit(R"(^\d)");
+    constexpr std::size_t mostBytesOfCharacter = 4;
+    while (position < line.size()) {
+        if (static_cast<unsigned char>(line[position]) >= 0x80) {
+            const auto match = digit.firstMatch(line.substr(position, mostBytesOfCharacter));
+            if (match.empty())
+                break;
+            position += match[0]->size();
+        } else if (line[position] >= '0' && line[position] <= '9') {
             ++position;
-    };
-    skipDigits();
+        } else {
+            break;
+        }
+    }
+    return position;
+}
+
+// The position behind " -N", " -N," or " -N,M", the sign being that; absent if none stands there.
+std::optional<std::size_t> endOfRange(std::string_view line, std::size_t position, char sign) {
+    constexpr std::size_t signsLength = 2;
+    if (line.size() < position + signsLength || line[position] != ' ' || line[position + 1] != sign)
+        return std::nullopt;
+    const std::size_t start = position + signsLength;
+    position = endOfDigits(line, start);
+    if (position == start)
+        return std::nullopt;
     if (position < line.size() && line[position] == ',')
         ++position;
-    skipDigits();
-    return position;
+    return endOfDigits(line, position);
+}
+
+// "$" lets one line break pass.
+constexpr std::string_view lineBreaks[] = {"\r",       "\v",           "\f",
+                                           "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+
+std::string_view withoutLineBreak(std::string_view line) {
+    for (const std::string_view lineBreak : lineBreaks) {
+        if (line.ends_with(lineBreak))
+            return line.substr(0, line.size() - lineBreak.size());
+    }
+    return line;
 }
 
 // As int32Value() reads it, which costs more where there are but a few digits.
@@ -243,16 +275,12 @@ void RVGitDiffOutputParser::finishHeader() {
 
 std::vector<std::string_view> RVGitDiffOutputParser::diffHeaderComponentsOfLine(
     std::string_view line) {
-    const bool isPlain = std::ranges::all_of(line, [](char byte) {
-        const auto code = static_cast<unsigned char>(byte);
-        return code >= 0x20 && code < 0x80;
-    });
-    if (!isPlain) {
-        const auto components = diffHeaderRegex().firstMatch(line);
-        if (components.empty())
-            return {};
-        return {*components[1], *components[2]};
-    }
+    line = withoutLineBreak(line);
+    // "." matches none of them.
+    if (std::ranges::any_of(lineBreaks, [line](std::string_view lineBreak) {
+            return line.find(lineBreak) != std::string_view::npos;
+        }))
+        return {};
     constexpr std::string_view prefix = "diff --git ";
     if (!line.starts_with(prefix))
         return {};
@@ -301,14 +329,7 @@ bool RVGitDiffOutputParser::parseCombinedDiffLine(std::string_view line) {
 }
 
 std::vector<std::string_view> RVGitDiffOutputParser::indexComponentsOfLine(std::string_view line) {
-    // "$" lets one line break pass.
-    for (const std::string_view lineBreak :
-         {"\r", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
-        if (line.ends_with(lineBreak)) {
-            line.remove_suffix(lineBreak.size());
-            break;
-        }
-    }
+    line = withoutLineBreak(line);
     constexpr std::string_view prefix = "index ";
     if (!line.starts_with(prefix))
         return {};
@@ -363,37 +384,21 @@ bool RVGitDiffOutputParser::parseIndexLine(std::string_view line) {
 // The chunks.
 
 std::string_view RVGitDiffOutputParser::chunkHeaderOfLine(std::string_view line) {
-    const auto skipSigns = [line](std::size_t position) {
-        while (position < line.size() && line[position] == '@')
-            ++position;
-        return position;
+    const auto endOfSigns = [line](std::size_t position) {
+        return std::min(line.find_first_not_of('@', position), line.size());
     };
-    const auto characterAt = [line](std::size_t position) {
-        return position < line.size() ? line[position] : '\0';
-    };
-    const auto isRangeAt = [&](std::size_t position, char sign) {
-        const char digit = characterAt(position + 2);
-        return characterAt(position) == ' ' && characterAt(position + 1) == sign && digit >= '0' &&
-               digit <= '9';
-    };
-
-    std::size_t position = skipSigns(0);
+    std::size_t position = endOfSigns(0);
     if (position == 0)
         return {};
     bool hasOldRange = false;
-    for (; isRangeAt(position, '-'); hasOldRange = true)
-        position = endOfNumbers(line, position + 2);
-    if (hasOldRange && isRangeAt(position, '+')) {
-        position = endOfNumbers(line, position + 2);
-        if (characterAt(position) == ' ' && characterAt(position + 1) == '@')
-            return line.substr(0, skipSigns(position + 1));
+    for (auto end = endOfRange(line, position, '-'); end; end = endOfRange(line, position, '-')) {
+        hasOldRange = true;
+        position = *end;
     }
-    // Digits are those of every script. git prints no others than these.
-    if (std::ranges::all_of(line,
-                            [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
+    const auto end = endOfRange(line, position, '+');
+    if (!hasOldRange || !end || !line.substr(*end).starts_with(" @"))
         return {};
-    const auto components = chunkHeaderRegex().firstMatch(line);
-    return components.empty() ? std::string_view() : *components[0];
+    return line.substr(0, endOfSigns(*end + 1));
 }
 
 void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,

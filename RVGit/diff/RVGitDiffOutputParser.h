@@ -44,8 +44,8 @@ public:
     [[nodiscard]] static const RVRegularExpression& combinedDiffHeaderRegex();
     [[nodiscard]] static const RVRegularExpression& indexRegex();
     [[nodiscard]] static const RVRegularExpression& chunkHeaderRegex();
-    /// The two groups of diffHeaderRegex(), found at a fraction of the cost where the line is plain
-    /// ASCII. Empty if there is no match.
+    /// The two groups of diffHeaderRegex(), found at a fraction of the cost. Empty if there is no
+    /// match.
     [[nodiscard]] static std::vector<std::string_view> diffHeaderComponentsOfLine(
         std::string_view line);
     /// The four groups of indexRegex(), found at a fraction of the cost, and in proportion to the

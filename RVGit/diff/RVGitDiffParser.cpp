@@ -12,39 +12,46 @@ bool isLineBreak(char byte) {
     return byte == '\n' || byte == '\r';
 }
 
-// The first line break at or after `from` with a "d" behind it, or the size of the bytes. Whole
-// stretches are looked at without a branch, which compilers turn into vector instructions.
-std::size_t findLineBreakBeforeD(std::string_view bytes, std::size_t from) {
+bool mayBeginBlock(char byte) {
+    return byte == 'd' || byte == 'S';
+}
+
+// The first line break at or after `from` with a "d" or "S" behind it, or the size of the bytes.
+// Whole stretches are looked at without a branch, which compilers turn into vector instructions.
+std::size_t findLineBreakBeforeBlock(std::string_view bytes, std::size_t from) {
     constexpr std::size_t stretch = 64;
     const char* const data = bytes.data();
     while (from + stretch < bytes.size()) {
         const char* const here = data + from;
         unsigned char found = 0;
         for (std::size_t index = 0; index < stretch; ++index)
-            found |= static_cast<unsigned char>(((here[index] == '\n') | (here[index] == '\r')) &
-                                                (here[index + 1] == 'd'));
+            found |=
+                static_cast<unsigned char>(((here[index] == '\n') | (here[index] == '\r')) &
+                                           ((here[index + 1] == 'd') | (here[index + 1] == 'S')));
         if (found)
             break;
         from += stretch;
     }
     for (; from + 1 < bytes.size(); ++from) {
-        if (isLineBreak(data[from]) && data[from + 1] == 'd')
+        if (isLineBreak(data[from]) && mayBeginBlock(data[from + 1]))
             return from;
     }
     return bytes.size();
 }
 
-bool beginsDiff(std::string_view bytes) {
+// Of the log of a submodule nothing is read, but the file ahead of it ends there.
+bool beginsBlock(std::string_view bytes, char lineBreak) {
     return bytes.starts_with("diff --git") || bytes.starts_with("diff --cc ") ||
-           bytes.starts_with("diff --com");
+           bytes.starts_with("diff --com") ||
+           (lineBreak == '\n' && bytes.starts_with("Submodule "));
 }
 
 // Where the next block begins, found by the line break ahead of it at or behind `from`; npos if
 // there is none.
 std::size_t startOfNextBlock(std::string_view output, std::size_t from) {
-    for (std::size_t lineBreak = findLineBreakBeforeD(output, from); lineBreak < output.size();
-         lineBreak = findLineBreakBeforeD(output, lineBreak + 1)) {
-        if (beginsDiff(output.substr(lineBreak + 1)))
+    for (std::size_t lineBreak = findLineBreakBeforeBlock(output, from); lineBreak < output.size();
+         lineBreak = findLineBreakBeforeBlock(output, lineBreak + 1)) {
+        if (beginsBlock(output.substr(lineBreak + 1), output[lineBreak]))
             return lineBreak + 1;
     }
     return std::string_view::npos;

@@ -37,7 +37,8 @@ public:
     [[nodiscard]] std::vector<RVGitDiffMap> takeResult() { return std::move(result_); }
 
     /// The bytes of each file's diff, as views, cut in front of lines that begin with "diff --git",
-    /// "diff --cc " or "diff --com". A lone carriage return ends a line here.
+    /// "diff --cc " or "diff --com". A lone carriage return ends a line here. What git tells of a
+    /// submodule, from a line "Submodule ..." on, stands apart, and parse() leaves it out.
     [[nodiscard]] static std::vector<std::string_view> diffDataComponentsFromMultipleDiffOutput(
         std::string_view outputData);
     /// Absent if the bytes cannot be read as the diff of one file. Copies them.

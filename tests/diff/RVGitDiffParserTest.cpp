@@ -78,6 +78,15 @@ TEST(RVGitDiffParserTest, LoneCarriageReturnCountsAsALineBreak) {
                 ElementsAre("+a\r\n", "diff --git a/x b/x\n"));
 }
 
+TEST(RVGitDiffParserTest, WhatIsToldOfASubmoduleStandsApart) {
+    const std::string output =
+        "diff --git a/a b/a\n+++ b/a\n@@ -0,0 +1 @@\n+a\n"
+        "Submodule inner 12ab..34cd:\n  > message\n"
+        "diff --git a/inner/f b/inner/f\n+++ b/inner/f\n@@ -0,0 +1 @@\n+f\rSubmodule x\n";
+    EXPECT_THAT(blocksOf(output), testing::SizeIs(3));
+    EXPECT_THAT(pathsOf(output), ElementsAre("a", "inner/f"));
+}
+
 TEST(RVGitDiffParserTest, TenBytesMustFollow) {
     EXPECT_THAT(blocksOf("x\ndiff --git"), ElementsAre("x\n", "diff --git"));
     EXPECT_THAT(blocksOf("x\ndiff --gi"), ElementsAre("x\ndiff --gi"));
@@ -86,8 +95,8 @@ TEST(RVGitDiffParserTest, TenBytesMustFollow) {
 TEST(RVGitDiffParserTest, BlocksOfRandomBytesAreThoseOfTheByteByByteWalk) {
     std::mt19937 random(11);
     const std::vector<std::string> pieces = {
-        "\n",         "\r",      "d", "diff --git",         "diff --cc ",
-        "diff --com", "diff --", "x", std::string(61, '+'), std::string(3, '\0')};
+        "\n",      "\r",         "d", "diff --git",         "diff --cc ",        "diff --com",
+        "diff --", "Submodule ", "x", std::string(61, '+'), std::string(3, '\0')};
     for (int round = 0; round < 3000; ++round) {
         std::string output;
         for (auto count = random() % 30; count > 0; --count)
