@@ -17,6 +17,9 @@ class RVGitRepository;
 /// they show what one revision changed, by `git log`; without them they compare whatever the
 /// revisions name, by `git diff`. Beside the options of those commands they read
 /// RVGitDiffOptionMergeCommitsFirstParent and RVGitDiffOptionMergeCommitsMergedFilePaths.
+///
+/// Of what git log prints no diff is read if a NUL byte stands in it, as where an attribute calls
+/// UTF-16 text: the result is then empty, and no failure. git diff is read all the same.
 class RVGitComparisonLoader : public RVGitDiffSettings {
 public:
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }

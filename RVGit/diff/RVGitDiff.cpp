@@ -128,6 +128,22 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlob(
     return diffs && !diffs->empty() ? diffs->front() : nullptr;
 }
 
+std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlobWithEmptyBlob(
+    const std::optional<std::string>& leftObjectHash,
+    const std::optional<std::string>& rightObjectHash,
+    const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    requireParameter(leftObjectHash || rightObjectHash, "leftObjectHash || rightObjectHash");
+    const auto command = RVGitCommand::gitCommandWithRepository(repository);
+    command->setGitCommand("hash-object");
+    command->addGitCommandOptions({"-w", "--stdin"});
+    if (!command->run(error))
+        return nullptr;
+    const std::string emptyBlob(trimmedNewlines(command->standardOutputData()));
+    return diffByComparingBlob(leftObjectHash.value_or(emptyBlob),
+                               rightObjectHash.value_or(emptyBlob), repository, std::nullopt,
+                               error);
+}
+
 // Converting.
 
 std::shared_ptr<RVGitDiff> RVGitDiff::diffWithRepository(

@@ -32,6 +32,10 @@ public:
     // RVGitDiffLoader.
 
     /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
+    /// Without options (absent, not empty) the working tree is compared with the revision instead.
+    /// With file paths it is what the last commit changed that touched one of them, be it the
+    /// revision or one before it. Empty where a changed text holds a NUL byte: see
+    /// RVGitComparisonLoader.
     [[nodiscard]] static Diffs allDiffsByComparingRevisionWithAncestorForRevision(
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
@@ -76,6 +80,12 @@ public:
         const std::optional<std::string>& rightObjectHash,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    /// The same with the repository's empty blob, which is added to it, in the place of an absent
+    /// one.
+    [[nodiscard]] static std::shared_ptr<RVGitDiff> diffByComparingBlobWithEmptyBlob(
+        const std::optional<std::string>& leftObjectHash,
+        const std::optional<std::string>& rightObjectHash,
+        const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
 
     // Converting.
 

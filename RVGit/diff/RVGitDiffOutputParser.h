@@ -14,7 +14,9 @@ class RVDataBuffer;
 class RVRegularExpression;
 
 /// Reads the diff of one file, ordinary or combined. Code 11 for a line that is none of a diff's.
-/// A diff of 4 GB or more cannot be read.
+/// A diff of 4 GB or more cannot be read. Empty lines are passed over: where git is configured to
+/// print an empty line of context without its blank (diff.suppressBlankEmpty), that line is
+/// missing, the numbers behind it are too low, and git refuses a patch of the chunk.
 class RVGitDiffOutputParser : public RVGitOutputParser {
 public:
     /// Copies the bytes.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <random>
 
 #include "RVGit/base/RVDataBuffer.h"
@@ -261,6 +262,15 @@ TEST_F(RVGitDiffParserGitTest, UglyFilesAreReadAsThePlainWayReadsThem) {
                                  "\xC3\xA9t\xC3\xA9", "a -> b"})
             EXPECT_THAT(paths, testing::Contains(name)) << quotes;
     }
+    std::map<std::string, RVGitFileStatus> statuses;
+    for (const RVGitDiffMap& diff : diffsOf(diff({"HEAD~", "HEAD"})))
+        statuses[diff.gitDiffFilePath().value_or("")] = diff.gitDiffFileStatus();
+    EXPECT_EQ(statuses["copied"], RVGitFileStatusCopied);
+    EXPECT_EQ(statuses["renamed"], RVGitFileStatusRenamed);
+    EXPECT_EQ(statuses["caf\xC3\xA9"], RVGitFileStatusModified);
+    // The path is taken to begin behind the last " b/".
+    EXPECT_EQ(statuses["f b/d/e b/f"], RVGitFileStatusNone);
+    EXPECT_EQ(statuses["f"], RVGitFileStatusModified);
     // The lone carriage return has cut the file "cr" in two; the second piece is no diff.
     EXPECT_THAT(blocksOf(diff({"HEAD~", "HEAD", "--", "cr"})), testing::SizeIs(2));
     EXPECT_THAT(diffsOf(diff({"HEAD~", "HEAD", "--", "cr"})), testing::SizeIs(1));
