@@ -15,7 +15,15 @@ std::string Arguments::valueOf(std::string_view option) {
 }
 
 std::size_t Arguments::numberOf(std::string_view option) {
-    const std::string value = valueOf(option);
+    return numberFrom(valueOf(option), option);
+}
+
+std::size_t Arguments::numberOr(std::size_t otherwise, std::string_view option) {
+    const auto value = next();
+    return value ? numberFrom(*value, option) : otherwise;
+}
+
+std::size_t Arguments::numberFrom(const std::string& value, std::string_view option) {
     std::size_t number = 0;
     const char* end = value.data() + value.size();
     if (std::from_chars(value.data(), end, number).ptr != end || value.empty())
@@ -44,6 +52,17 @@ const std::vector<Command>& allCommands() {
         {"blame", "blame FILE [REV]", runBlame},
         {"reflog", "reflog [--limit N] [REF]", runReflog},
         {"shortlog", "shortlog [--limit N] [--committers] [REV]", runShortlog},
+        {"status", "status [--ignored]", runStatus},
+        {"add", "add [--force] [--intent-to-add] --all | PATH...", runAdd},
+        {"unstage", "unstage --all | PATH...", runUnstage},
+        {"discard", "discard PATH...     back to what HEAD holds", runDiscard},
+        {"commit", "commit -m MESSAGE [--amend] [--signoff] [--allow-empty] [--no-verify]",
+         runCommit},
+        {"stash",
+         "stash [list | save [-m MESSAGE] [--keep-index] [--include-untracked]\n"
+         "        | apply [N] | pop [N] | drop [N]]",
+         runStash},
+        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;
 }

@@ -33,10 +33,14 @@ public:
     /// The word that must follow an option.
     [[nodiscard]] std::string valueOf(std::string_view option);
     [[nodiscard]] std::size_t numberOf(std::string_view option);
+    /// The number that may follow, or else the one given.
+    [[nodiscard]] std::size_t numberOr(std::size_t otherwise, std::string_view option);
     /// All that is left.
     [[nodiscard]] std::vector<std::string> rest();
 
 private:
+    [[nodiscard]] static std::size_t numberFrom(const std::string& value, std::string_view option);
+
     std::vector<std::string> words_;
     std::size_t position_ = 0;
 };
@@ -68,3 +72,17 @@ void runReflog(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runShortlog(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                  Output& output);
+void runStatus(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runAdd(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);
+void runUnstage(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+void runDiscard(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);

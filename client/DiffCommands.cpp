@@ -65,6 +65,8 @@ void printChangeset(const RVGitChangeset& changeset, Output& output) {
 void runShow(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
              Output& output) {
     const std::string revision = arguments.valueOf("show");
+    if (revision.starts_with('-'))
+        throw UsageError("show has no option " + revision);
     if (const auto word = arguments.next())
         throw UsageError("show takes no " + *word);
     // Of a merge, what it brought to its first parent.
@@ -79,6 +81,10 @@ void runShow(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
         throw Failure{*error};
     printChangeset(*changeset, output);
     output << "\n";
+    // The log leaves all of them out where one of them holds a NUL byte.
+    if (diffs->empty() && !changeset->entries().empty())
+        output << "A file that holds a NUL byte keeps the lines from being shown here: try rvgit "
+                  "diff\n";
     printDiffs(*diffs, output);
 }
 

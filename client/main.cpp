@@ -27,7 +27,8 @@ std::atomic<bool> interrupted = false;
 void printUsage(std::FILE* stream) {
     std::fputs(
         "usage: rvgit [--verbose] [-C PATH] [PATH | COMMAND [ARGUMENTS]]\n\n"
-        "Without a command, an overview of the repository at PATH (or here) is printed.\n\n",
+        "Without a command, an overview of the repository at PATH (or here) is printed.\n"
+        "Paths of files are relative to the root of the repository, as status prints them.\n\n",
         stream);
     for (const Command& command : allCommands())
         std::fprintf(stream, "  %s\n", std::string(command.usage).c_str());

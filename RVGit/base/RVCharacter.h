@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string_view>
 
 // Characters of UTF-8 text, which may count several bytes each.
@@ -19,5 +21,18 @@
         text.remove_suffix(1);
     if (!text.empty())
         text.remove_suffix(1);
+    return text;
+}
+
+/// The text from its character of that index on; absent for a text of fewer characters.
+[[nodiscard]] inline std::optional<std::string_view> textFromCharacter(std::string_view text,
+                                                                       std::size_t index) {
+    for (; index > 0; --index) {
+        if (text.empty())
+            return std::nullopt;
+        text.remove_prefix(1);
+        while (!text.empty() && continuesCharacter(text.front()))
+            text.remove_prefix(1);
+    }
     return text;
 }

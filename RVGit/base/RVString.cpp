@@ -30,10 +30,6 @@ std::size_t lengthOfASCIIPrefix(std::string_view text) {
     return offset;
 }
 
-bool isASCII(std::string_view text) {
-    return lengthOfASCIIPrefix(text) == text.size();
-}
-
 struct Sequence {
     std::size_t length;
     bool isValid;
@@ -257,6 +253,10 @@ std::optional<std::uint64_t> takeVersionComponent(std::string_view& version) {
 }
 
 }  // namespace
+
+bool isASCII(std::string_view text) {
+    return lengthOfASCIIPrefix(text) == text.size();
+}
 
 bool isValidUTF8(std::string_view bytes) {
     return lengthOfUTF8Prefix(bytes) == bytes.size();

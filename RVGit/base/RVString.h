@@ -12,6 +12,7 @@ class RVRegularExpression;
 
 // Bytes into text. All text in the library is UTF-8.
 
+[[nodiscard]] bool isASCII(std::string_view text);
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
 /// Text of unknown encoding: UTF-8 where the bytes are valid UTF-8, well-formed UTF-16 behind a

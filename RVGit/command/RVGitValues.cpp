@@ -72,11 +72,6 @@ std::string joined(std::initializer_list<std::string_view> parts) {
     return text;
 }
 
-bool isASCII(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 char byteFromOctalDigits(std::string_view digits) {
     unsigned value = 0;
     for (char digit : digits) {

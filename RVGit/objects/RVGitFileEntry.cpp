@@ -7,10 +7,15 @@
 
 RVGitFileEntry::RVGitFileEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
                                std::optional<std::string> objectHash, RVGitFileMode fileMode)
+    : RVGitFileEntry(std::move(repository), std::move(filePath), RVGitCompactHash(objectHash),
+                     fileMode) {}
+
+RVGitFileEntry::RVGitFileEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
+                               RVGitCompactHash objectHash, RVGitFileMode fileMode)
     : repository_(std::move(repository)),
       filePath_(std::move(filePath)),
       objectHash_(std::move(objectHash)),
-      fileMode_(fileMode) {
+      fileMode_(static_cast<std::uint32_t>(fileMode)) {
     requireParameter(repository_ != nullptr, "repository");
 }
 

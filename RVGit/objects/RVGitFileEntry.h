@@ -1,11 +1,13 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "RVGit/command/RVGitValues.h"
+#include "RVGit/objects/RVGitCompactHash.h"
 
 class RVGitRepository;
 
@@ -27,8 +29,9 @@ public:
     [[nodiscard]] const std::string& filePath() const { return filePath_; }
     /// The last component of the path.
     [[nodiscard]] std::string fileName() const;
-    [[nodiscard]] const std::optional<std::string>& objectHash() const { return objectHash_; }
-    [[nodiscard]] RVGitFileMode fileMode() const { return fileMode_; }
+    /// Made on each call.
+    [[nodiscard]] std::optional<std::string> objectHash() const { return objectHash_.text(); }
+    [[nodiscard]] RVGitFileMode fileMode() const { return static_cast<RVGitFileMode>(fileMode_); }
 
     [[nodiscard]] bool isNoFileType() const;
     [[nodiscard]] bool isRegularFileType() const;
@@ -47,9 +50,17 @@ public:
     /// Compares the path and the hash; two absent hashes are equal.
     [[nodiscard]] bool isEqualToFileEntry(const RVGitFileEntry& other) const;
 
+protected:
+    /// The repository is required.
+    RVGitFileEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,
+                   RVGitCompactHash objectHash, RVGitFileMode fileMode);
+
+    void setFileMode(RVGitFileMode fileMode) { fileMode_ = static_cast<std::uint32_t>(fileMode); }
+
 private:
     std::shared_ptr<RVGitRepository> repository_;
     std::string filePath_;
-    std::optional<std::string> objectHash_;
-    RVGitFileMode fileMode_;
+    RVGitCompactHash objectHash_;
+    /// Entries are held by the ten thousand: the enumeration would take twice the room.
+    std::uint32_t fileMode_;
 };

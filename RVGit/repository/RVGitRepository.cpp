@@ -12,6 +12,8 @@
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/worktree/RVGitIgnores.h"
+#include "RVGit/worktree/RVGitIndex.h"
 
 namespace {
 
@@ -203,6 +205,29 @@ std::string RVGitRepository::name() const {
 std::shared_ptr<RVGitConfig> RVGitRepository::config() {
     std::call_once(configOnce_, [this] { config_.reset(new RVGitConfig(weak_from_this())); });
     return {shared_from_this(), config_.get()};
+}
+
+std::shared_ptr<RVGitIndex> RVGitRepository::index() {
+    std::call_once(indexOnce_, [this] { index_.reset(new RVGitIndex(weak_from_this())); });
+    return {shared_from_this(), index_.get()};
+}
+
+std::shared_ptr<RVGitIgnores> RVGitRepository::ignores() {
+    return ownedIgnores(ignoresOnce_, ignores_, defaultIgnoresPath());
+}
+
+std::shared_ptr<RVGitIgnores> RVGitRepository::excludes() {
+    return ownedIgnores(excludesOnce_, excludes_, defaultExcludesPath());
+}
+
+std::shared_ptr<RVGitIgnores> RVGitRepository::ownedIgnores(std::once_flag& once,
+                                                            std::unique_ptr<RVGitIgnores>& owned,
+                                                            std::optional<std::string> filePath) {
+    if (!filePath)
+        return nullptr;
+    std::call_once(once,
+                   [&] { owned.reset(new RVGitIgnores(weak_from_this(), *std::move(filePath))); });
+    return {shared_from_this(), owned.get()};
 }
 
 bool RVGitRepository::isDetachedWorkingTree() {

@@ -12,6 +12,8 @@
 #include "RVGit/base/RVURL.h"
 
 class RVGitConfig;
+class RVGitIgnores;
+class RVGitIndex;
 class RVOperationQueue;
 
 /// Where a repository lies and of what kind it is. Validity and the three paths are set once, when
@@ -77,6 +79,13 @@ public:
     /// pointer shares the ownership of the repository, so whoever keeps it keeps both alive, while
     /// the repository's own config refers back weakly.
     [[nodiscard]] std::shared_ptr<RVGitConfig> config();
+    /// The index, made on first access and owned in the same way.
+    [[nodiscard]] std::shared_ptr<RVGitIndex> index();
+    /// The ".gitignore" in the root of the working tree, owned like the config; null for a bare or
+    /// invalid repository.
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> ignores();
+    /// "info/exclude" in the git directory, owned in the same way; null for an invalid repository.
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> excludes();
 
     // Kind.
 
@@ -179,6 +188,9 @@ public:
     [[nodiscard]] static RVOperationQueue& temporaryAllowedSignersFileLock();
 
 private:
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> ownedIgnores(std::once_flag& once,
+                                                             std::unique_ptr<RVGitIgnores>& owned,
+                                                             std::optional<std::string> filePath);
     void initializeWithPath(const std::string& path);
     [[nodiscard]] static bool isBareRepositoryAtPath(const std::string& path,
                                                      RVErrorPlace error = nullptr);
@@ -198,4 +210,10 @@ private:
     std::optional<std::string> workingTreeDirectoryPath_;
     std::once_flag configOnce_;
     std::unique_ptr<RVGitConfig> config_;
+    std::once_flag indexOnce_;
+    std::unique_ptr<RVGitIndex> index_;
+    std::once_flag ignoresOnce_;
+    std::unique_ptr<RVGitIgnores> ignores_;
+    std::once_flag excludesOnce_;
+    std::unique_ptr<RVGitIgnores> excludes_;
 };

@@ -2,7 +2,9 @@
 
 #include "RVGit/command/RVGitValues.h"
 
-/// What the statuses of a file mean.
+class RVGitWorkingTreeEntry;
+
+/// What the statuses of a file mean, and how git names the sides of a conflict.
 class RVGitWorkingTreeHelper {
 public:
     [[nodiscard]] static RVGitFileStatus fileStatusFromString(std::string_view text) {
@@ -20,4 +22,13 @@ public:
     /// are Added.
     [[nodiscard]] static bool isUnmergedPathForLeftFileStatus(RVGitFileStatus leftFileStatus,
                                                               RVGitFileStatus rightFileStatus);
+
+    /// What stands for a side of a conflict when the sides are compared: the null file if that
+    /// side has no version, ":2:path" or ":3:path" if both have one, and the plain path, which git
+    /// reads from the working tree, if only this side has one. May run `git ls-files`, as the
+    /// entry's readers of those versions do.
+    [[nodiscard]] static std::string unmergedOursFileReferenceForWorkingTreeEntry(
+        const RVGitWorkingTreeEntry& entry);
+    [[nodiscard]] static std::string unmergedTheirsFileReferenceForWorkingTreeEntry(
+        const RVGitWorkingTreeEntry& entry);
 };

@@ -16,3 +16,14 @@ TEST(RVCharacterTest, TheFirstAndTheLastCharacterGoWhateverTheirLength) {
     for (const char* text : {"", "a", "\u20AC", "ab", "\u00E9\u20AC", "\x80\x80"})
         EXPECT_EQ(withoutFirstAndLastCharacter(text), "") << text;
 }
+
+TEST(RVCharacterTest, TextIsCutAheadOfACharacter) {
+    EXPECT_EQ(textFromCharacter("abc", 0), "abc");
+    EXPECT_EQ(textFromCharacter("abc", 2), "c");
+    EXPECT_EQ(textFromCharacter("abc", 3), "");
+    EXPECT_EQ(textFromCharacter("abc", 4), std::nullopt);
+    EXPECT_EQ(textFromCharacter("\u00E9\u20AC\U0001F389x", 2), "\U0001F389x");
+    EXPECT_EQ(textFromCharacter("\u00E9\u20AC\U0001F389", 3), "");
+    EXPECT_EQ(textFromCharacter("", 0), "");
+    EXPECT_EQ(textFromCharacter("", 1), std::nullopt);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "RVGit/base/RVError.h"
+
+class RVURL;
+
+/// Writes a shell script that git runs as its editor, and that puts a fixed message into the file
+/// that it is given: the answer to a rebase or a cherry-pick that stops for a message.
+///
+/// Git hands the value of "GIT_EDITOR" to a shell, so that a path with a blank or another special
+/// character must be quoted there: `'/tmp/a b/editor'`.
+class RVGitCommitMessageEditor {
+public:
+    explicit RVGitCommitMessageEditor(std::string commitMessage);
+    [[nodiscard]] static std::shared_ptr<RVGitCommitMessageEditor>
+    commitMessageEditorWithCommitMessage(std::string commitMessage);
+    /// Makes an editor and has it write its script.
+    [[nodiscard]] static bool createGitCommitMessageEditorScriptAtURL(const RVURL& url,
+                                                                      std::string commitMessage,
+                                                                      RVErrorPlace error = nullptr);
+
+    [[nodiscard]] const std::string& commitMessage() const { return commitMessage_; }
+
+    /// Writes the script to a file URL (required), with the permissions 0755. What stood there is
+    /// replaced in one step, and kept on failure, which leaves an error of the operating system.
+    /// The file is the caller's to delete.
+    ///
+    /// The message arrives byte for byte, with a newline at its end, and nothing in it is expanded;
+    /// but it ends before the first line that equals the script's delimiter, a fixed word of 64
+    /// digits: the shell then runs what follows that line, and the script fails.
+    [[nodiscard]] bool createGitCommitMessageEditorScriptAtURL(const RVURL& url,
+                                                               RVErrorPlace error = nullptr) const;
+
+private:
+    std::string commitMessage_;
+};

@@ -1,0 +1,197 @@
+#include "RVGit/worktree/RVGitIgnores.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <utility>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/repository/RVGitRepository.h"
+
+namespace {
+
+// A link may lead to a device, which could be read without end or not be written without harm.
+bool isRegularFile(const std::string& path) {
+    std::error_code failure;
+    return std::filesystem::is_regular_file(path, failure);
+}
+
+bool makeParentDirectory(const std::string& path) {
+    const std::string directory = pathByDeletingLastComponent(path);
+    std::error_code failure;
+    std::filesystem::create_directories(directory, failure);
+    return RVFileManager::isDirectoryAtPath(directory);
+}
+
+bool writeInPlace(const std::string& path, std::string_view contents) {
+    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+    stream << contents;
+    // Closing writes what is buffered: only then is it known whether all of it could be written.
+    stream.close();
+    return !stream.fail();
+}
+
+bool contains(const std::vector<std::string>& patterns, const std::string& pattern) {
+    return std::find(patterns.begin(), patterns.end(), pattern) != patterns.end();
+}
+
+}  // namespace
+
+RVGitIgnores::RVGitIgnores(std::shared_ptr<RVGitRepository> repository, std::string filePath)
+    : repository_(std::move(repository)), filePath_(std::move(filePath)) {
+    requireParameter(repository_ != nullptr, "repository");
+}
+
+RVGitIgnores::RVGitIgnores(std::weak_ptr<RVGitRepository> owner, std::string filePath)
+    : owner_(std::move(owner)), filePath_(std::move(filePath)) {}
+
+std::shared_ptr<RVGitIgnores> RVGitIgnores::defaultIgnoresForRepository(
+    const std::shared_ptr<RVGitRepository>& repository) {
+    requireParameter(repository != nullptr, "repository");
+    auto filePath = repository->defaultIgnoresPath();
+    return filePath ? std::make_shared<RVGitIgnores>(repository, *std::move(filePath)) : nullptr;
+}
+
+std::shared_ptr<RVGitIgnores> RVGitIgnores::ignoresWithExcludeFileForRepository(
+    const std::shared_ptr<RVGitRepository>& repository) {
+    requireParameter(repository != nullptr, "repository");
+    auto filePath = repository->defaultExcludesPath();
+    requireParameter(filePath.has_value(), "filePath");
+    return std::make_shared<RVGitIgnores>(repository, *std::move(filePath));
+}
+
+std::shared_ptr<RVGitIgnores> RVGitIgnores::ignoresWithFilePath(const std::string&) {
+    throw RVInvalidParameterException("repository");
+}
+
+std::optional<std::vector<std::string>>
+RVGitIgnores::allIgnorePatternsFromDefaultIgnoresForRepository(
+    const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    const auto ignores = defaultIgnoresForRepository(repository);
+    if (!ignores) {
+        clearErrorPlace(error);
+        return std::nullopt;
+    }
+    return ignores->allIgnorePatterns(error);
+}
+
+std::optional<std::vector<std::string>> RVGitIgnores::allIgnorePatternsFromExcludeFileForRepository(
+    const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    return ignoresWithExcludeFileForRepository(repository)->allIgnorePatterns(error);
+}
+
+std::shared_ptr<RVGitRepository> RVGitIgnores::repository() const {
+    return repository_ ? repository_ : owner_.lock();
+}
+
+std::optional<std::vector<std::string>> RVGitIgnores::allIgnorePatterns(RVErrorPlace error) const {
+    const auto lines = readIgnorePatterns(error);
+    if (!lines)
+        return std::nullopt;
+    std::vector<std::string> patterns;
+    for (const std::string& line : *lines) {
+        const auto pattern = trimmedWhitespaceAndNewline(line);
+        if (!pattern.empty() && !pattern.starts_with('#'))
+            patterns.emplace_back(pattern);
+    }
+    return patterns;
+}
+
+std::optional<std::vector<std::string>> RVGitIgnores::rawIgnorePatterns(RVErrorPlace error) const {
+    return readIgnorePatterns(error);
+}
+
+std::optional<std::vector<std::string>> RVGitIgnores::readIgnorePatterns(RVErrorPlace error) const {
+    if (!RVFileManager::fileExistsAtPath(filePath_))
+        return std::vector<std::string>();
+    auto contents = RVFileManager::isReadableFileAtPath(filePath_) && isRegularFile(filePath_)
+                        ? RVFileManager::UTF8ContentsOfFileAtPath(filePath_)
+                        : std::nullopt;
+    if (!contents) {
+        fillErrorPlace(error, gitErrorWithCode(RVGitIgnoresReadError, makeErrorUserInfo()));
+        return std::nullopt;
+    }
+    if (contents->empty())
+        return std::vector<std::string>();
+    if (contents->ends_with('\n'))
+        contents->pop_back();
+    return componentsSeparatedByString(*contents, "\n");
+}
+
+bool RVGitIgnores::existsIgnorePattern(const std::string&, RVErrorPlace error) const {
+    const auto lines = readIgnorePatterns(error);
+    if (lines && lines->empty())
+        clearErrorPlace(error);
+    return lines && !lines->empty();
+}
+
+bool RVGitIgnores::writeIgnorePatterns(const std::vector<std::string>& patterns,
+                                       RVErrorPlace error) const {
+    const std::string contents = stringByJoiningComponents(patterns, "\n") + "\n";
+    if (isValidUTF8(contents) && writeContents(contents))
+        return true;
+    fillErrorPlace(error, gitErrorWithCode(RVGitIgnoresWriteError, makeErrorUserInfo()));
+    return false;
+}
+
+bool RVGitIgnores::writeContents(const std::string& contents) const {
+    std::optional<RVData> oldContents = "";
+    if (RVFileManager::fileExistsAtPath(filePath_)) {
+        if (!RVFileManager::isWritableFileAtPath(filePath_) || !isRegularFile(filePath_))
+            return false;
+        oldContents = RVFileManager::contentsOfFileAtPath(filePath_);
+    } else if (!makeParentDirectory(filePath_)) {
+        return false;
+    }
+    if (writeInPlace(filePath_, contents))
+        return true;
+    // On a full disk there is room for as much as there was.
+    if (oldContents)
+        (void)writeInPlace(filePath_, *oldContents);
+    return false;
+}
+
+bool RVGitIgnores::setIgnorePatterns(const std::vector<std::string>& patterns,
+                                     RVErrorPlace error) const {
+    return writeIgnorePatterns(patterns, error);
+}
+
+bool RVGitIgnores::addIgnorePattern(const std::string& pattern, RVErrorPlace error) const {
+    return addIgnorePatterns({pattern}, error);
+}
+
+bool RVGitIgnores::addIgnorePatterns(const std::vector<std::string>& patterns,
+                                     RVErrorPlace error) const {
+    auto lines = readIgnorePatterns(error);
+    if (!lines)
+        return false;
+    const auto oldCount = lines->size();
+    for (const std::string& pattern : patterns)
+        if (!contains(*lines, pattern))
+            lines->push_back(pattern);
+    return lines->size() == oldCount || writeIgnorePatterns(*lines, error);
+}
+
+bool RVGitIgnores::removeIgnorePattern(const std::string& pattern, RVErrorPlace error) const {
+    return removeIgnorePatterns({pattern}, error);
+}
+
+bool RVGitIgnores::removeIgnorePatterns(const std::vector<std::string>& patterns,
+                                        RVErrorPlace error) const {
+    auto lines = readIgnorePatterns(error);
+    if (!lines)
+        return false;
+    std::erase_if(*lines, [&](const std::string& line) { return contains(patterns, line); });
+    return writeIgnorePatterns(*lines, error);
+}
+
+RVUserInfo RVGitIgnores::makeErrorUserInfo() const {
+    RVUserInfo userInfo = {{RVGitFilePathErrorKey, filePath_}};
+    if (const auto repository = this->repository())
+        userInfo.emplace(RVGitRepositoryPathErrorKey, repository->path());
+    return userInfo;
+}

@@ -1,0 +1,70 @@
+#include "RVGit/worktree/RVGitIndex.h"
+
+#include <utility>
+
+#include "RVGit/base/RVString.h"
+#include "RVGit/worktree/RVGitIndexEntry.h"
+#include "RVGit/worktree/RVGitLsFilesCommand.h"
+
+RVGitIndex::RVGitIndex(std::shared_ptr<RVGitRepository> repository)
+    : repository_(std::move(repository)) {
+    requireParameter(repository_ != nullptr, "repository");
+}
+
+RVGitIndex::RVGitIndex(std::weak_ptr<RVGitRepository> owner) : owner_(std::move(owner)) {}
+
+std::shared_ptr<RVGitIndex> RVGitIndex::indexWithRepository(
+    std::shared_ptr<RVGitRepository> repository) {
+    return std::make_shared<RVGitIndex>(std::move(repository));
+}
+
+std::shared_ptr<RVGitRepository> RVGitIndex::repository() const {
+    return repository_ ? repository_ : owner_.lock();
+}
+
+std::optional<RVGitIndex::Entries> RVGitIndex::allIndexEntries(RVErrorPlace error) const {
+    return indexEntriesForFilePaths(std::nullopt, 0, error);
+}
+
+std::optional<RVGitIndex::Entries> RVGitIndex::indexEntriesForFilePath(const std::string& filePath,
+                                                                       RVErrorPlace error) const {
+    return indexEntriesForFilePaths({{filePath}}, 0, error);
+}
+
+std::optional<RVGitIndex::Entries> RVGitIndex::indexEntriesForFilePaths(
+    const std::optional<std::vector<std::string>>& filePaths, unsigned options,
+    RVErrorPlace error) const {
+    const auto repository = this->repository();
+    auto command = RVGitLsFilesCommand::gitLsFilesCommandWithRepository(repository, filePaths, 0);
+    command->setShowsIndexInfo(true);
+    command->setShowsAssumeUnchangedFiles(options & RVGitIndexOptionAssumeUnchangedFiles);
+    command->setShowsSubmodules(options & RVGitIndexOptionSubmodules);
+    if (!command->run(error))
+        return std::nullopt;
+    auto items = command->takeEntries();
+    // What git printed is not needed any more, and takes as much room as the entries.
+    command.reset();
+    Entries entries;
+    entries.reserve(items.size());
+    for (auto& item : items)
+        entries.push_back(std::make_shared<RVGitIndexEntry>(repository, std::move(item)));
+    return entries;
+}
+
+std::shared_ptr<RVGitIndexEntry> RVGitIndex::indexEntryForFilePath(const std::string& filePath,
+                                                                   RVErrorPlace error) const {
+    return indexEntryForFilePath(filePath, RVGitIndexStageDefault, error);
+}
+
+std::shared_ptr<RVGitIndexEntry> RVGitIndex::indexEntryForFilePath(const std::string& filePath,
+                                                                   RVGitIndexStage atStage,
+                                                                   RVErrorPlace error) const {
+    const auto entries = indexEntriesForFilePath(filePath, error);
+    if (!entries)
+        return nullptr;
+    for (const auto& entry : *entries)
+        if (entry->stage() == atStage && isEqualToUnicodeString(entry->filePath(), filePath))
+            return entry;
+    clearErrorPlace(error);
+    return nullptr;
+}

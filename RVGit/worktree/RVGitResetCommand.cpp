@@ -1,0 +1,53 @@
+#include "RVGit/worktree/RVGitResetCommand.h"
+
+#include "RVGit/command/RVGitErrorKeys.h"
+
+RVGitResetCommand::RVGitResetCommand(const std::shared_ptr<RVGitRepository>& repository)
+    : RVGitCommand(repository) {}
+
+std::shared_ptr<RVGitResetCommand> RVGitResetCommand::gitResetCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, RVGitResetMode mode,
+    std::optional<std::string> revision) {
+    auto command = std::make_shared<RVGitResetCommand>(repository);
+    command->setMode(mode);
+    command->setRevision(std::move(revision));
+    return command;
+}
+
+std::shared_ptr<RVGitResetCommand> RVGitResetCommand::gitResetCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, RVGitResetMode mode,
+    std::optional<std::string> revision, std::optional<std::vector<std::string>> filePaths) {
+    auto command = gitResetCommandWithRepository(repository, mode, std::move(revision));
+    command->setFilePaths(std::move(filePaths));
+    return command;
+}
+
+const RVGitErrorTable& RVGitResetCommand::gitErrorDefinitions() {
+    static const RVGitErrorTable table = {
+        {.errorCode = unresolvedRevisionErrorCode,
+         .commandNames = {"reset"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: Failed to resolve '(.+)' as a valid ref"},
+         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+    };
+    return table;
+}
+
+void RVGitResetCommand::gitCommandWillInitialize() {
+    setGitCommand("reset");
+    addGitCommandOption("-q");
+    const std::pair<RVGitResetMode, const char*> modes[] = {
+        {RVGitResetModeSoft, "--soft"},
+        {RVGitResetModeHard, "--hard"},
+        {RVGitResetModeKeep, "--keep"},
+    };
+    for (const auto& [mode, option] : modes)
+        if (mode == mode_)
+            addGitCommandOption(option);
+    if (revision_)
+        addGitCommandArgument(*revision_);
+    if (filePaths_) {
+        addGitCommandArgument("--");
+        addGitCommandArguments(*filePaths_);
+    }
+}

@@ -1,0 +1,50 @@
+#include "RVGit/worktree/RVGitRmCommand.h"
+
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
+
+RVGitRmCommand::RVGitRmCommand(const std::shared_ptr<RVGitRepository>& repository)
+    : RVGitCommand(repository) {}
+
+std::shared_ptr<RVGitRmCommand> RVGitRmCommand::gitRmCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository) {
+    return std::make_shared<RVGitRmCommand>(repository);
+}
+
+std::shared_ptr<RVGitRmCommand> RVGitRmCommand::gitRmCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository,
+    std::optional<std::vector<std::string>> filePaths) {
+    auto command = gitRmCommandWithRepository(repository);
+    command->setFilePaths(std::move(filePaths));
+    return command;
+}
+
+const RVGitErrorTable& RVGitRmCommand::gitErrorDefinitions() {
+    static const RVGitErrorTable table = {
+        {.errorCode = RVGitRemoveOperationNotPermittedError,
+         .commandNames = {"rm"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: git rm: '(.+)': Operation not permitted"},
+         .standardErrorMatchedComponentNames = {RVGitSubmodulePathErrorKey}},
+        {.errorCode = RVGitRemoveFileWithLocalModificationsError,
+         .commandNames = {"rm"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {"error: the following file"}},
+    };
+    return table;
+}
+
+void RVGitRmCommand::gitCommandWillInitialize() {
+    setGitCommand("rm");
+    addGitCommandOptions({"-q", "-f"});
+    if (removesFilesRecursively_)
+        addGitCommandOption("-r");
+    if (removesFilesFromIndex_)
+        addGitCommandOption("--cached");
+    if (ignoresUnmatched_)
+        addGitCommandOption("--ignore-unmatch");
+    if (filePaths_) {
+        addGitCommandArgument("--");
+        addGitCommandArguments(*filePaths_);
+    }
+}

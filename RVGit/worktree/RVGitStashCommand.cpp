@@ -1,0 +1,214 @@
+#include "RVGit/worktree/RVGitStashCommand.h"
+
+#include <utility>
+
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitError.h"
+
+RVGitStashCommand::RVGitStashCommand(const std::shared_ptr<RVGitRepository>& repository)
+    : RVGitCommand(repository) {}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository) {
+    return std::make_shared<RVGitStashCommand>(repository);
+}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitSaveStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> message) {
+    auto command = std::make_shared<RVGitStashCommand>(repository);
+    command->setSavesStash(true);
+    command->setMessage(std::move(message));
+    return command;
+}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitDeleteStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> refName) {
+    auto command = std::make_shared<RVGitStashCommand>(repository);
+    command->setDeletesStash(true);
+    command->setRefName(std::move(refName));
+    return command;
+}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitApplyStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> refName,
+    bool deletingStash) {
+    auto command = std::make_shared<RVGitStashCommand>(repository);
+    command->setAppliesStash(true);
+    command->setDeletesStash(deletingStash);
+    command->setRefName(std::move(refName));
+    return command;
+}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitCreateStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> message) {
+    auto command = std::make_shared<RVGitStashCommand>(repository);
+    command->setCreatesStash(true);
+    command->setMessage(std::move(message));
+    return command;
+}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitStoreStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> message,
+    std::optional<std::string> commitHash) {
+    auto command = std::make_shared<RVGitStashCommand>(repository);
+    command->setStoresStash(true);
+    command->setRefName(std::move(commitHash));
+    command->setMessage(std::move(message));
+    return command;
+}
+
+std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitShowStashCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, std::optional<std::string> refName) {
+    auto command = std::make_shared<RVGitStashCommand>(repository);
+    command->setShowsStash(true);
+    command->setRefName(std::move(refName));
+    return command;
+}
+
+const RVGitErrorTable& RVGitStashCommand::gitErrorDefinitions() {
+    static const std::string tooFewEntries = R"(fatal: Log for 'stash' only has (\d+) entries)";
+    static const std::string noStash = "No stash found";
+    static const std::string unknownStash = R"(fatal: ambiguous argument 'stash@\{(\d+)\}': )"
+                                            "unknown revision or path not in the working tree";
+    static const std::string localChanges =
+        "Your local changes to the following files would be overwritten";
+    static const RVGitErrorTable table = {
+        {.errorCode = RVGitSaveStashInitialCommitError,
+         .commandNames = {"stash"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {"You do not have the initial commit yet"}},
+        {.errorCode = RVGitDropStashNotFoundError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"drop"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {tooFewEntries}},
+        {.errorCode = RVGitDropStashNoStashesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"drop"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {noStash}},
+        {.errorCode = RVGitDropStashNoStashesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"drop"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {unknownStash},
+         .standardErrorMatchedComponentNames = {RVGitStashIndexErrorKey}},
+        {.errorCode = RVGitApplyStashMergeConflictsError,
+         .commandNames = {"stash"},
+         .exitCodes = {1},
+         .standardOutputPatterns = {"Merge conflict in"}},
+        {.errorCode = RVGitApplyStashNotFoundError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"apply"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {tooFewEntries}},
+        {.errorCode = RVGitApplyStashNoStashesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"apply"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {noStash}},
+        {.errorCode = RVGitApplyStashNoStashesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"apply"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {unknownStash},
+         .standardErrorMatchedComponentNames = {RVGitStashIndexErrorKey}},
+        {.errorCode = RVGitApplyStashUncommittedChangesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"apply"},
+         .exitCodes = {1, 128},
+         .standardErrorPatterns = {localChanges}},
+        {.errorCode = RVGitCreateBranchFromStashInvalidNameError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"branch"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: git checkout: we do not like '(.+)' as a branch name."},
+         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+        {.errorCode = RVGitCreateBranchFromStashNotFoundError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"branch"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {tooFewEntries}},
+        {.errorCode = RVGitCreateBranchFromStashNoStashesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"branch"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {noStash}},
+        {.errorCode = RVGitCreateBranchFromStashNoStashesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"branch"},
+         .exitCodes = {1},
+         .standardErrorPatterns = {unknownStash},
+         .standardErrorMatchedComponentNames = {RVGitStashIndexErrorKey}},
+        {.errorCode = RVGitCreateBranchFromStashUncommittedChangesError,
+         .commandNames = {"stash"},
+         .subCommandNames = {"branch"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {localChanges}},
+    };
+    return table;
+}
+
+void RVGitStashCommand::gitCommandWillInitialize() {
+    setGitCommand("stash");
+    if (savesStash_) {
+        const bool pushes = gitBinary()->isVersionAtLeast("2.13.2");
+        setGitSubCommand(pushes ? "push" : "save");
+        if (message_ && pushes)
+            addGitCommandArgument("-m");
+        if (message_)
+            addGitCommandArgument(*message_);
+        if (includesUntrackedFiles_)
+            addGitCommandOption("--include-untracked");
+        if (keepsIndex_)
+            addGitCommandOption("--keep-index");
+        if (!filePaths_.empty()) {
+            addGitCommandArgument("--");
+            addGitCommandArguments(filePaths_);
+        }
+    } else if (appliesStash_) {
+        setGitSubCommand(deletesStash_ ? "pop" : "apply");
+        if (restoresIndex_)
+            addGitCommandOption("--index");
+    } else if (deletesStash_) {
+        setGitSubCommand("drop");
+    } else if (storesStash_) {
+        setGitSubCommand("store");
+        if (message_)
+            addGitCommandArguments({"-m", *message_});
+    } else if (showsStash_) {
+        setGitSubCommand("show");
+        if (createsPatch_)
+            addGitCommandArgument("-p");
+    } else if (createsStash_) {
+        setGitSubCommand("create");
+        if (message_)
+            addGitCommandArgument(*message_);
+    } else {
+        setGitSubCommand("list");
+        addGitCommandOptions(
+            {"--no-color", "-z",
+             "--pretty=format:" + RVGitCommitOutputParser::gitStashListPrettyFormatString()});
+    }
+    if (refName_)
+        addGitCommandArgument(*refName_);
+}
+
+bool RVGitStashCommand::gitCommandWillParseOutput(RVErrorPlace error) {
+    if (containsStringSearchingInsensitive(standardOutputString(), "No local changes to save")) {
+        fillErrorPlace(error, gitErrorWithCode(RVGitSaveStashNoChangesError));
+        return false;
+    }
+    if (savesStash_ || appliesStash_ || deletesStash_ || storesStash_ || showsStash_)
+        return true;
+    if (createsStash_) {
+        commitHash_ = standardOutputString();
+        return true;
+    }
+    const auto parser = RVGitCommitOutputParser::commitParserWithData(
+        standardOutputBuffer(), RVGitCommitOutputParser::gitStashListPrettyFormat());
+    const bool parsed = parser->parse(error);
+    stashes_ = parser->takeIndexedResults();
+    return parsed;
+}

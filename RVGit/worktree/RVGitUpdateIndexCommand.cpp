@@ -1,0 +1,40 @@
+#include "RVGit/worktree/RVGitUpdateIndexCommand.h"
+
+#include "RVGit/command/RVGitErrorCodes.h"
+
+RVGitUpdateIndexCommand::RVGitUpdateIndexCommand(const std::shared_ptr<RVGitRepository>& repository)
+    : RVGitCommand(repository) {}
+
+std::shared_ptr<RVGitUpdateIndexCommand>
+RVGitUpdateIndexCommand::gitUpdateIndexCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository,
+    std::optional<std::vector<std::string>> filePaths) {
+    auto command = std::make_shared<RVGitUpdateIndexCommand>(repository);
+    command->setFilePaths(std::move(filePaths));
+    return command;
+}
+
+const RVGitErrorTable& RVGitUpdateIndexCommand::gitErrorDefinitions() {
+    static const RVGitErrorTable table = {
+        {.errorCode = RVGitUpdateIndexNoSuchFileError,
+         .commandNames = {"update-index"},
+         .exitCodes = {128},
+         .standardErrorPatterns = {"fatal: Unable to mark file"}},
+    };
+    return table;
+}
+
+void RVGitUpdateIndexCommand::gitCommandWillInitialize() {
+    setGitCommand("update-index");
+    const std::pair<bool, const char*> flags[] = {
+        {ignoresMissingFiles_, "--ignore-missing"},
+        {setsAssumeUnchangedBit_, "--assume-unchanged"},
+        {unsetsAssumeUnchangedBit_, "--no-assume-unchanged"},
+        {unresolves_, "--unresolve"},
+    };
+    for (const auto& [isSet, option] : flags)
+        if (isSet)
+            addGitCommandOption(option);
+    if (filePaths_)
+        addGitCommandArguments(*filePaths_);
+}

@@ -1,0 +1,154 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/worktree/RVGitStash.h"
+#include "tests/support/RVGitRepositoryTestCase.h"
+
+namespace {
+
+using namespace std::string_literals;
+
+/// What becomes of the files of a working tree that is stashed and taken out again.
+class RVGitStashFilesTest : public RVGitRepositoryTestCase {
+protected:
+    void change(std::string_view contents = "changed\n") {
+        writeFile("repository/file.txt", contents);
+    }
+    std::shared_ptr<RVGitStash> save(unsigned options = 0) {
+        auto stash =
+            RVGitStash::saveStashFromWorkingTreeInRepository(repository(), std::nullopt, options);
+        EXPECT_NE(stash, nullptr);
+        return stash;
+    }
+    bool pop() { return RVGitStash::applyStashAtIndex(0, repository(), true); }
+    std::string status() const { return git({"status", "--short"}, repositoryPath()); }
+    std::string stashList() const { return gitInRepository({"stash", "list"}); }
+};
+
+TEST_F(RVGitStashFilesTest, UntrackedFilesAreAThirdParent) {
+    makeCommit();
+    change();
+    writeFile("repository/new", "new");
+    EXPECT_EQ(save()->untrackedFilesCommitHash(), std::nullopt);
+    EXPECT_EQ(readFile("repository/new"), "new");
+    const auto stash = save(RVGitStashSaveOptionIncludesUntrackedFiles);
+    ASSERT_NE(stash, nullptr);
+    EXPECT_EQ(stash->untrackedFilesCommitHash(), gitInRepository({"rev-parse", "stash@{0}^3"}));
+    EXPECT_FALSE(fileExists("repository/new"));
+    ASSERT_TRUE(pop());
+    EXPECT_EQ(readFile("repository/new"), "new");
+    EXPECT_EQ(status(), "?? new\n");
+}
+
+TEST_F(RVGitStashFilesTest, AConflictWithADeletedFileHasNoCodeOfItsOwnAndKeepsTheStash) {
+    makeCommit();
+    change();
+    save();
+    gitInRepository({"rm", "-q", "file.txt"});
+    gitInRepository({"commit", "-m", "Deleted"});
+    std::optional<RVError> error;
+    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+    EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
+}
+
+TEST_F(RVGitStashFilesTest, AnUntrackedFileInTheWayIsNotOverwritten) {
+    makeCommit();
+    writeFile("repository/new", "stashed");
+    save(RVGitStashSaveOptionIncludesUntrackedFiles);
+    writeFile("repository/new", "local");
+    std::optional<RVError> error;
+    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_EQ(readFile("repository/new"), "local");
+    EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
+    EXPECT_EQ(git({"show", "stash@{0}^3:new"}, repositoryPath()), "stashed");
+}
+
+TEST_F(RVGitStashFilesTest, FilesWithUglyNamesComeBackByteForByte) {
+    const std::string names[] = {"-f",
+                                 "--",
+                                 ":colon",
+                                 ":(top)",
+                                 "a*b?[c]",
+                                 " blanks ",
+                                 "tab\tnewline\nend",
+                                 "quote\"back\\slash'",
+                                 "arrow -> arrow",
+                                 "composed \u00e9",
+                                 "decomposed e\u0301",
+                                 "latin \xE9\xFF",
+                                 "-d/:e/*f",
+                                 std::string(255, 'n')};
+    const std::string bytes = "\0\r\n\xFF\xFE binary \r without end"s;
+    makeCommit();
+    std::map<std::string, std::string> expected;
+    for (const std::string& name : names) {
+        writeFile("repository/tracked/" + name, "old " + name);
+        expected["tracked/" + name] = name + bytes + "tracked";
+        expected["untracked/" + name] = name + bytes + "untracked";
+        expected["staged/" + name] = name + bytes + "staged";
+    }
+    gitInRepository({"add", "--all"});
+    gitInRepository({"commit", "-m", "Ugly"});
+    for (const auto& [path, contents] : expected)
+        writeFile("repository/" + path, contents);
+    gitInRepository({"add", "--", "staged"});
+
+    const auto stash = save(RVGitStashSaveOptionIncludesUntrackedFiles);
+    ASSERT_NE(stash, nullptr);
+    EXPECT_EQ(status(), "");
+    for (const std::string& name : names) {
+        EXPECT_EQ(readFile("repository/tracked/" + name), "old " + name);
+        EXPECT_FALSE(fileExists("repository/untracked/" + name));
+        EXPECT_FALSE(fileExists("repository/staged/" + name));
+    }
+    ASSERT_TRUE(pop());
+    for (const auto& [path, contents] : expected)
+        EXPECT_EQ(readFile("repository/" + path), contents) << path;
+    EXPECT_EQ(stashList(), "");
+}
+
+TEST_F(RVGitStashFilesTest, LinksAndModesComeBack) {
+    makeCommit();
+    std::filesystem::create_symlink("nowhere", repositoryPath() + "/link");
+    writeFile("repository/tool", "#!/bin/sh\n", 0755);
+    save(RVGitStashSaveOptionIncludesUntrackedFiles);
+    EXPECT_FALSE(fileExists("repository/link"));
+    ASSERT_TRUE(pop());
+    EXPECT_EQ(std::filesystem::read_symlink(repositoryPath() + "/link"), "nowhere");
+    EXPECT_NE(std::filesystem::status(repositoryPath() + "/tool").permissions() &
+                  std::filesystem::perms::owner_exec,
+              std::filesystem::perms::none);
+}
+
+TEST_F(RVGitStashFilesTest, KeepsTheIndexIfAsked) {
+    makeCommit();
+    change("staged\n");
+    gitInRepository({"add", "file.txt"});
+    change("unstaged\n");
+    const auto stash = save(RVGitStashSaveOptionKeepsIndex);
+    EXPECT_EQ(readFile("repository/file.txt"), "staged\n");
+    EXPECT_EQ(status(), "M  file.txt\n");
+    EXPECT_EQ(git({"show", *stash->indexCommitHash() + ":file.txt"}, repositoryPath()), "staged\n");
+    EXPECT_EQ(git({"show", *stash->commitHash() + ":file.txt"}, repositoryPath()), "unstaged\n");
+}
+
+TEST_F(RVGitStashFilesTest, ApplyingLeavesWhatWasStagedUnstaged) {
+    makeCommit();
+    change("staged\n");
+    gitInRepository({"add", "file.txt"});
+    save();
+    EXPECT_TRUE(pop());
+    EXPECT_EQ(status(), " M file.txt\n");
+    EXPECT_EQ(readFile("repository/file.txt"), "staged\n");
+}
+
+}  // namespace

@@ -1,0 +1,543 @@
+#include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+
+#include <filesystem>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/diff/RVGitDiff.h"
+#include "RVGit/objects/RVGitBlob.h"
+#include "RVGit/objects/RVGitTreeEntry.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/worktree/RVGitIndexEntry.h"
+#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
+#include "tests/worktree/RVGitWorkingTreeTestCase.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+const std::string hash = "0123456789abcdef0123456789abcdef01234567";
+
+class RVGitWorkingTreeEntryTest : public RVGitWorkingTreeTestCase {
+protected:
+    /// An entry that no listing has made, so that nothing is attached to it.
+    [[nodiscard]] std::shared_ptr<Entry> entry(RVGitFileStatus leftStatus,
+                                               RVGitFileStatus rightStatus,
+                                               const std::string& filePath = "file.txt") const {
+        return std::make_shared<Entry>(repository(), filePath, RVGitFileModeRegular, leftStatus,
+                                       rightStatus);
+    }
+    [[nodiscard]] std::shared_ptr<RVGitIndexEntry> version(
+        std::optional<std::string> objectHash) const {
+        return std::make_shared<RVGitIndexEntry>(repository(), "file.txt", std::move(objectHash),
+                                                 RVGitFileModeRegular, RVGitIndexStageDefault,
+                                                 std::nullopt);
+    }
+    [[nodiscard]] static std::string contentsOf(const std::shared_ptr<RVGitBlob>& blob) {
+        return blob ? std::string(blob->contents()) : "no blob";
+    }
+    [[nodiscard]] static std::optional<RVError> filledPlace() { return RVError("before", 1); }
+};
+
+TEST_F(RVGitWorkingTreeEntryTest, TheLeftStatusIsTheStagedOne) {
+    const auto plain = entry(RVGitFileStatusAdded, RVGitFileStatusModified, "dir/a");
+    EXPECT_EQ(plain->repository(), repository());
+    EXPECT_EQ(plain->filePath(), "dir/a");
+    EXPECT_EQ(plain->fileMode(), RVGitFileModeRegular);
+    EXPECT_EQ(plain->objectHash(), std::nullopt);
+    EXPECT_EQ(plain->stagedStatus(), RVGitFileStatusAdded);
+    EXPECT_EQ(plain->currentStatus(), RVGitFileStatusModified);
+    EXPECT_EQ(plain->unmergedOursStatus(), 0u);
+    EXPECT_EQ(plain->unmergedTheirsStatus(), 0u);
+    EXPECT_EQ(plain->originalFilePath(), std::nullopt);
+    EXPECT_FALSE(plain->isUnmergedFile());
+    EXPECT_FALSE(plain->hasLoadedIndexVersions());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AConflictKeepsTheRawStatuses) {
+    const std::pair<RVGitFileStatus, RVGitFileStatus> pairs[] = {
+        {RVGitFileStatusUnmerged, RVGitFileStatusUnmerged},
+        {RVGitFileStatusAdded, RVGitFileStatusAdded},
+        {RVGitFileStatusDeleted, RVGitFileStatusDeleted},
+        {RVGitFileStatusAdded, RVGitFileStatusUnmerged},
+        {RVGitFileStatusUnmerged, RVGitFileStatusAdded},
+        {RVGitFileStatusDeleted, RVGitFileStatusUnmerged},
+        {RVGitFileStatusUnmerged, RVGitFileStatusDeleted},
+    };
+    for (const auto& [left, right] : pairs) {
+        const auto conflict = entry(left, right);
+        EXPECT_TRUE(conflict->isUnmergedFile());
+        EXPECT_EQ(conflict->stagedStatus(), RVGitFileStatusUnmerged);
+        EXPECT_EQ(conflict->currentStatus(), RVGitFileStatusUnmerged);
+        EXPECT_EQ(conflict->unmergedOursStatus(), left);
+        EXPECT_EQ(conflict->unmergedTheirsStatus(), right);
+    }
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, RequiresARepository) {
+    EXPECT_THROW((void)std::make_shared<Entry>(nullptr, "a", RVGitFileModeNone, RVGitFileStatusNone,
+                                               RVGitFileStatusNone),
+                 RVInvalidParameterException);
+    const std::shared_ptr<RVGitRepository> none;
+    EXPECT_THROW((void)Entry::countChangedWorkingTreeEntriesForRepository(none, std::nullopt),
+                 RVInvalidParameterException);
+    EXPECT_THROW((void)Entry::changedWorkingTreeEntriesForRepository(none),
+                 RVInvalidParameterException);
+    EXPECT_THROW((void)Entry::allWorkingTreeEntriesForRepository(none),
+                 RVInvalidParameterException);
+    EXPECT_THROW((void)Entry::workingTreeEntriesForFilePath("a", none, std::nullopt),
+                 RVInvalidParameterException);
+    EXPECT_THROW((void)Entry::workingTreeEntryForFilePath("a", none), RVInvalidParameterException);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, TheAbsolutePathLiesBelowTheRepository) {
+    const auto deep = entry(RVGitFileStatusAdded, RVGitFileStatusUnchanged, "dir/a b");
+    EXPECT_EQ(deep->absoluteFilePath(), repositoryPath() + "/dir/a b");
+    EXPECT_EQ(&deep->absoluteFilePath(), &deep->absoluteFilePath());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, ComputedBooleansReadNoStoredOnes) {
+    const auto plain = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    plain->setUnmergedFile(true);
+    plain->setAssumeUnchangedFile(true);
+    EXPECT_FALSE(plain->isUnmergedFile());
+    EXPECT_FALSE(plain->isAssumeUnchangedFile());
+    EXPECT_FALSE(plain->isIgnored());
+    plain->setIgnored(true);
+    EXPECT_TRUE(plain->isIgnored());
+    EXPECT_FALSE(plain->isIgnoredFile());
+    EXPECT_TRUE(entry(RVGitFileStatusIgnored, RVGitFileStatusIgnored)->isIgnoredFile());
+    EXPECT_FALSE(entry(RVGitFileStatusDeleted, RVGitFileStatusIgnored)->isIgnoredFile());
+    EXPECT_FALSE(entry(RVGitFileStatusIgnored, RVGitFileStatusDeleted)->isIgnoredFile());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AnIgnoredFileOfAListingIsNotMarked) {
+    writeFile("repository/.gitignore", "ignored\n");
+    writeFile("repository/ignored", "");
+    const auto ignored =
+        entryAt("ignored", RVOptions{{RVGitWorkingTreeOptionIncludeIgnoredFiles, true}});
+    EXPECT_TRUE(ignored->isIgnoredFile());
+    EXPECT_FALSE(ignored->isIgnored());
+}
+
+// Versions.
+
+TEST_F(RVGitWorkingTreeEntryTest, TheStagedVersionIsLoadedOnceWhenItIsRead) {
+    makeCommit();
+    stageFile("file.txt", "staged");
+    const auto recorder = useRecordingGit();
+    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto staged = changed->stagedVersion();
+    ASSERT_TRUE(staged);
+    EXPECT_EQ(staged->objectHash(), gitInRepository({"rev-parse", ":file.txt"}));
+    EXPECT_THAT(lastArguments(recorder),
+                ElementsAre("ls-files", "-z", "-v", "--stage", "--", "file.txt"));
+    EXPECT_EQ(changed->stagedVersion(), staged);
+    EXPECT_EQ(recorder.invocations().size(), 1u);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AnUntrackedOrDeletedFileHasNoStagedVersion) {
+    makeCommit();
+    const auto recorder = useRecordingGit();
+    for (const auto status : {RVGitFileStatusUntracked, RVGitFileStatusDeleted})
+        EXPECT_EQ(entry(status, RVGitFileStatusUntracked)->stagedVersion(), nullptr);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionIsFinalOnceTheIndexHasBeenLoaded) {
+    makeCommit();
+    const auto recorder = useRecordingGit();
+    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    changed->setHasLoadedIndexVersions(true);
+    EXPECT_EQ(changed->stagedVersion(), nullptr);
+    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged);
+    conflict->setHasLoadedIndexVersions(true);
+    EXPECT_EQ(conflict->unmergedBaseVersion(), nullptr);
+    EXPECT_EQ(conflict->unmergedOursVersion(), nullptr);
+    EXPECT_EQ(conflict->unmergedTheirsVersion(), nullptr);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AVersionThatIsSetIsReadWhateverTheStatus) {
+    const auto untracked = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    const auto some = version(hash);
+    untracked->setStagedVersion(some);
+    untracked->setUnmergedBaseVersion(some);
+    untracked->setUnmergedOursVersion(some);
+    untracked->setUnmergedTheirsVersion(some);
+    const auto base = std::make_shared<RVGitTreeEntry>(
+        repository(), "file.txt", RVGitObjectTypeBlob, hash, RVGitFileModeRegular, 0);
+    untracked->setBaseVersion(base);
+    EXPECT_EQ(untracked->stagedVersion(), some);
+    EXPECT_EQ(untracked->unmergedBaseVersion(), some);
+    EXPECT_EQ(untracked->unmergedOursVersion(), some);
+    EXPECT_EQ(untracked->unmergedTheirsVersion(), some);
+    EXPECT_EQ(untracked->baseVersion(), base);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, TheVersionsOfAConflictAreLoadedOneByOne) {
+    makeConflicts();
+    const auto recorder = useRecordingGit();
+    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged, "both");
+    const std::pair<std::shared_ptr<RVGitIndexEntry>, std::string> versions[] = {
+        {conflict->unmergedBaseVersion(), ":1:both"},
+        {conflict->unmergedOursVersion(), ":2:both"},
+        {conflict->unmergedTheirsVersion(), ":3:both"}};
+    EXPECT_EQ(recorder.invocations().size(), 3u);
+    for (const auto& [loaded, reference] : versions)
+        EXPECT_EQ(loaded->objectHash(), gitInRepository({"rev-parse", reference}));
+    EXPECT_EQ(conflict->unmergedOursVersion(), versions[1].first);
+    EXPECT_EQ(conflict->stagedVersion(), nullptr);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AFileWithoutAConflictHasNoUnmergedVersions) {
+    makeConflicts();
+    const auto recorder = useRecordingGit();
+    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusModified, "both");
+    EXPECT_EQ(changed->unmergedBaseVersion(), nullptr);
+    EXPECT_EQ(changed->unmergedOursVersion(), nullptr);
+    EXPECT_EQ(changed->unmergedTheirsVersion(), nullptr);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, TheBaseVersionComesFromHEAD) {
+    makeCommit();
+    const auto recorder = useRecordingGit();
+    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto base = changed->baseVersion();
+    ASSERT_TRUE(base);
+    EXPECT_THAT(lastArguments(recorder), ElementsAre("ls-tree", "-z", "HEAD", "--", "file.txt"));
+    EXPECT_EQ(base->objectHash(), gitInRepository({"rev-parse", "HEAD:file.txt"}));
+    EXPECT_EQ(changed->baseVersion(), base);
+    EXPECT_EQ(recorder.invocations().size(), 1u);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AnUntrackedOrAddedFileHasNoBaseVersion) {
+    makeCommit();
+    const auto recorder = useRecordingGit();
+    for (const auto status : {RVGitFileStatusUntracked, RVGitFileStatusAdded})
+        EXPECT_EQ(entry(status, RVGitFileStatusModified)->baseVersion(), nullptr);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, ARenamedFileHasItsBaseAtTheOriginalPathAndACopiedOneAtTheNew) {
+    makeCommit();
+    const auto renamed = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged, "new");
+    renamed->setOriginalFilePath("file.txt");
+    ASSERT_TRUE(renamed->baseVersion());
+    EXPECT_EQ(renamed->baseVersion()->filePath(), "file.txt");
+    EXPECT_EQ(contentsOf(renamed->blobForBaseVersion()), "1");
+    const auto copied = entry(RVGitFileStatusCopied, RVGitFileStatusUnchanged, "new");
+    copied->setOriginalFilePath("file.txt");
+    EXPECT_EQ(copied->baseVersion(), nullptr);
+    std::optional<RVError> error;
+    EXPECT_EQ(copied->blobForBaseVersion(&error), nullptr);
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), 1201);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AVersionThatCouldNotBeLoadedIsTriedAgain) {
+    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    EXPECT_EQ(changed->stagedVersion(), nullptr);
+    EXPECT_EQ(changed->baseVersion(), nullptr);
+    makeCommit();
+    EXPECT_NE(changed->stagedVersion(), nullptr);
+    EXPECT_NE(changed->baseVersion(), nullptr);
+    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged, "both");
+    EXPECT_EQ(conflict->unmergedOursVersion(), nullptr);
+    makeConflicts();
+    EXPECT_NE(conflict->unmergedOursVersion(), nullptr);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AssumeUnchangedIsReadFromTheStagedVersion) {
+    makeCommit();
+    const auto plain = entry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged);
+    EXPECT_FALSE(plain->isAssumeUnchangedFile());
+    gitInRepository({"update-index", "--assume-unchanged", "file.txt"});
+    EXPECT_FALSE(plain->isAssumeUnchangedFile()) << "a snapshot";
+    EXPECT_TRUE(entry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged)->isAssumeUnchangedFile());
+}
+
+// Contents.
+
+TEST_F(RVGitWorkingTreeEntryTest, EachVersionHasItsContents) {
+    makeCommit();
+    stageFile("file.txt", "staged");
+    writeFile("repository/file.txt", "current");
+    const auto changed = entryAt("file.txt");
+    EXPECT_EQ(contentsOf(changed->blobForCurrentVersion()), "current");
+    EXPECT_EQ(contentsOf(changed->blobForStagedVersion()), "staged");
+    EXPECT_EQ(contentsOf(changed->blobForBaseVersion()), "1");
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, ADeletedFileHasNoCurrentContentsAndClearsThePlace) {
+    auto error = filledPlace();
+    EXPECT_EQ(
+        entry(RVGitFileStatusUnchanged, RVGitFileStatusDeleted)->blobForCurrentVersion(&error),
+        nullptr);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AFileThatCannotBeReadIsAnError) {
+    std::optional<RVError> error;
+    EXPECT_EQ(
+        entry(RVGitFileStatusUnchanged, RVGitFileStatusModified)->blobForCurrentVersion(&error),
+        nullptr);
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->code(), 1200);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionClearsThePlaceButThatOfOurSide) {
+    const auto plain = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    auto error = filledPlace();
+    EXPECT_EQ(plain->blobForStagedVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    error = filledPlace();
+    EXPECT_EQ(plain->blobForUnmergedBaseVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    error = filledPlace();
+    EXPECT_EQ(plain->blobForUnmergedTheirsVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    error = filledPlace();
+    EXPECT_EQ(plain->blobForUnmergedOursVersion(&error), nullptr);
+    EXPECT_EQ(error, filledPlace());
+    error = filledPlace();
+    EXPECT_EQ(plain->blobForBaseVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    error = filledPlace();
+    EXPECT_EQ(entry(RVGitFileStatusAdded, RVGitFileStatusModified)->blobForBaseVersion(&error),
+              nullptr);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, EachSideOfAConflictHasItsContents) {
+    makeConflicts();
+    const auto conflict = entryAt("both");
+    const std::string base = contentsForFile("both");
+    EXPECT_EQ(contentsOf(conflict->blobForUnmergedBaseVersion()), base);
+    EXPECT_EQ(contentsOf(conflict->blobForUnmergedOursVersion()), base + "ours\n");
+    EXPECT_EQ(contentsOf(conflict->blobForUnmergedTheirsVersion()), base + "theirs\n");
+    EXPECT_EQ(contentsOf(conflict->blobForBaseVersion()), base + "ours\n");
+    EXPECT_EQ(conflict->blobForStagedVersion(), nullptr);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AnObjectThatIsGoneIsAnError) {
+    makeCommit();
+    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    changed->setStagedVersion(version(hash));
+    std::optional<RVError> error;
+    EXPECT_EQ(changed->blobForStagedVersion(&error), nullptr);
+    EXPECT_TRUE(error.has_value());
+}
+
+// Comparing.
+
+TEST_F(RVGitWorkingTreeEntryTest, ComparesTheWorkingTreeWithTheIndexAndTheIndexWithHEAD) {
+    commitFile("repository", "file.txt", "base\n", "Message");
+    commitFile("repository", "other", "base\n", "Message");
+    stageFile("file.txt", "staged\n");
+    writeFile("repository/file.txt", "current\n");
+    writeFile("repository/other", "current\n");
+    const auto changed = entryAt("file.txt");
+    const auto current = changed->compareWorkingTreeWithIndexWithOptions(std::nullopt);
+    ASSERT_TRUE(current);
+    EXPECT_EQ(current->filePath(), "file.txt");
+    EXPECT_THAT(current->rawDiff().value(), testing::HasSubstr("-staged\n+current"));
+    const auto staged = changed->compareIndexWithBaseWithOptions(std::nullopt);
+    ASSERT_TRUE(staged);
+    EXPECT_THAT(staged->rawDiff().value(), testing::HasSubstr("-base\n+staged"));
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, NothingToCompareIsNoDiff) {
+    makeCommit();
+    const auto unchanged = entry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged);
+    std::optional<RVError> error;
+    EXPECT_EQ(unchanged->compareWorkingTreeWithIndexWithOptions(std::nullopt, &error), nullptr);
+    EXPECT_EQ(unchanged->compareIndexWithBaseWithOptions(std::nullopt, &error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, ComparesTheSidesOfAConflict) {
+    makeConflicts();
+    const auto diff = entryAt("both")->compareUnmergedVersionsWithOptions(std::nullopt);
+    ASSERT_TRUE(diff);
+    EXPECT_THAT(diff->rawDiff().value(), testing::HasSubstr("-ours\n+theirs"));
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, WithoutAConflictThereIsNothingToCompareAndThePlaceIsCleared) {
+    const auto recorder = useRecordingGit();
+    auto error = filledPlace();
+    EXPECT_EQ(entry(RVGitFileStatusModified, RVGitFileStatusModified)
+                  ->compareUnmergedVersionsWithOptions(std::nullopt, &error),
+              nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, TheOnlySideOfAConflictIsComparedAsItLiesInTheWorkingTree) {
+    makeConflicts();
+    writeFile("repository/ours-deleted", "current\n");
+    const auto theirs = entryAt("ours-deleted")->compareUnmergedVersionsWithOptions(std::nullopt);
+    ASSERT_TRUE(theirs);
+    EXPECT_THAT(theirs->rawDiff().value(), testing::HasSubstr("--- /dev/null\n"));
+    EXPECT_THAT(theirs->rawDiff().value(), testing::EndsWith("\n+current\n"));
+    const auto ours = entryAt("theirs-deleted")->compareUnmergedVersionsWithOptions(std::nullopt);
+    ASSERT_TRUE(ours);
+    EXPECT_THAT(ours->rawDiff().value(), testing::HasSubstr("+++ /dev/null\n"));
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AConflictWithoutSidesHasNothingToCompare) {
+    makeConflicts();
+    std::optional<RVError> error;
+    EXPECT_EQ(entryAt("renamed")->compareUnmergedVersionsWithOptions(std::nullopt, &error),
+              nullptr);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+// Equality.
+
+TEST_F(RVGitWorkingTreeEntryTest, EqualityTakesPathAndStatuses) {
+    const auto one = entry(RVGitFileStatusAdded, RVGitFileStatusModified);
+    EXPECT_TRUE(
+        one->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusAdded, RVGitFileStatusModified)));
+    EXPECT_FALSE(
+        one->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusAdded, RVGitFileStatusDeleted)));
+    EXPECT_FALSE(
+        one->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusModified, RVGitFileStatusModified)));
+    EXPECT_FALSE(one->isEqualToWorkingTreeEntry(
+        *entry(RVGitFileStatusAdded, RVGitFileStatusModified, "other")));
+    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusAdded);
+    EXPECT_TRUE(
+        conflict->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusUnmerged, RVGitFileStatusAdded)));
+    EXPECT_FALSE(conflict->isEqualToWorkingTreeEntry(
+        *entry(RVGitFileStatusUnmerged, RVGitFileStatusDeleted)));
+    EXPECT_FALSE(
+        conflict->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusAdded, RVGitFileStatusAdded)));
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AnOriginalPathHereEqualsNoneThereButNotTheOtherWayRound) {
+    const auto with = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
+    with->setOriginalFilePath("old");
+    const auto without = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
+    EXPECT_TRUE(with->isEqualToWorkingTreeEntry(*without));
+    EXPECT_FALSE(without->isEqualToWorkingTreeEntry(*with));
+    EXPECT_TRUE(with->isEqualToWorkingTreeEntry(*with));
+    const auto other = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
+    other->setOriginalFilePath("older");
+    EXPECT_FALSE(with->isEqualToWorkingTreeEntry(*other));
+}
+
+// Listing.
+
+TEST_F(RVGitWorkingTreeEntryTest, CountsStatusLinesAndRunsNothingElse) {
+    makeCommit();
+    writeFile("repository/file.txt", "changed");
+    writeFile("repository/dir/a", "");
+    writeFile("repository/dir/b", "");
+    const auto recorder = useRecordingGit();
+    const auto count = [&](const std::optional<RVOptions>& options) {
+        return Entry::countChangedWorkingTreeEntriesForRepository(repository(), options);
+    };
+    EXPECT_EQ(count(std::nullopt), 2u);
+    EXPECT_EQ(count(RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, 3}}), 3u);
+    EXPECT_EQ(count(RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, 1},
+                              {RVGitWorkingTreeOptionIncludeUnchangedFiles, true}}),
+              1u);
+    EXPECT_EQ(recorder.invocations().size(), 3u);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AFailedCountIsZeroWithAnError) {
+    const auto invalid = RVGitRepository::repositoryWithWorkingTreeDirectoryPath(
+        repositoryPath(), makeDirectory("nothing"));
+    std::optional<RVError> error;
+    EXPECT_EQ(Entry::countChangedWorkingTreeEntriesForRepository(invalid, std::nullopt, &error),
+              0u);
+    EXPECT_TRUE(error.has_value());
+    error.reset();
+    EXPECT_EQ(
+        Entry::countChangedWorkingTreeEntriesForRepository(repository(), std::nullopt, &error), 0u);
+    EXPECT_FALSE(error.has_value());
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, ChangedEntriesComeWithoutOptions) {
+    makeCommit();
+    writeFile("repository/dir/a", "");
+    const auto recorder = useRecordingGit();
+    const auto changed = Entry::changedWorkingTreeEntriesForRepository(repository());
+    ASSERT_TRUE(changed);
+    EXPECT_EQ(changed->size(), 1u);
+    EXPECT_THAT(lastArguments(recorder), ElementsAre("status", "--porcelain"));
+    EXPECT_EQ(recorder.invocations().size(), 1u);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AllEntriesAreThoseOfTheIndexAndEveryUntrackedFile) {
+    makeCommit();
+    writeFile("repository/dir/a", "");
+    writeFile("repository/dir/b", "");
+    const auto recorder = useRecordingGit();
+    const auto all = Entry::allWorkingTreeEntriesForRepository(repository());
+    ASSERT_TRUE(all);
+    std::vector<std::string> texts;
+    for (const auto& one : *all)
+        texts.push_back(textOfEntry(*one));
+    EXPECT_THAT(
+        texts, UnorderedElementsAre("   Regular file.txt", "?? Regular dir/a", "?? Regular dir/b"));
+    EXPECT_EQ(recorder.invocations().size(), 2u);
+    EXPECT_THAT(lastArguments(recorder), ElementsAre("ls-files", "-z", "-v", "--stage"));
+    EXPECT_EQ(Entry::allWorkingTreeEntriesForRepository(repository(), std::nullopt)->size(), 1u);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, OneFileIsFoundInWhateverState) {
+    commitFile("repository", "dir/same", "", "Message");
+    commitFile("repository", "dir/changed", "", "Message");
+    writeFile("repository/dir/changed", "changed");
+    writeFile("repository/dir/new/deep", "");
+    writeFile("repository/.gitignore", "*.o\n");
+    writeFile("repository/top.o", "");
+    const auto text = [&](const std::string& filePath) {
+        const auto found = Entry::workingTreeEntryForFilePath(filePath, repository());
+        return found ? textOfEntry(*found) : "none";
+    };
+    EXPECT_EQ(text("dir/same"), "   Regular dir/same");
+    EXPECT_EQ(text("dir/changed"), " M Regular dir/changed");
+    EXPECT_EQ(text("dir/new/deep"), "?? Regular dir/new/deep");
+    EXPECT_EQ(text("top.o"), "!! Regular top.o");
+    EXPECT_EQ(text("dir"), "none");
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, OneFileIsLookedUpInItsDirectory) {
+    commitFile("repository", "dir/a", "", "Message");
+    const auto recorder = useRecordingGit();
+    ASSERT_TRUE(Entry::workingTreeEntryForFilePath("dir/a", repository()));
+    const auto calls = recorder.argumentLists();
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_THAT(
+        std::vector(calls[0].begin() + 3, calls[0].end()),
+        ElementsAre("status", "--porcelain", "--ignored", "--untracked-files=all", "--", "dir"));
+    EXPECT_THAT(std::vector(calls[1].begin() + 3, calls[1].end()),
+                ElementsAre("ls-files", "-z", "-v", "--stage", "--", "dir"));
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, OneFileIsFoundInEitherUnicodeForm) {
+    commitFile("repository", "caf\u00E9", "", "Message");
+    const auto found = Entry::workingTreeEntryForFilePath("cafe\u0301", repository());
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->filePath(), "caf\u00E9");
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AFileThatIsMissingIsNoError) {
+    makeCommit();
+    auto error = filledPlace();
+    EXPECT_EQ(Entry::workingTreeEntryForFilePath("missing", repository(), &error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AFailedLookUpLeavesTheError) {
+    std::optional<RVError> error;
+    EXPECT_EQ(Entry::workingTreeEntryForFilePath("../outside/file", repository(), &error), nullptr);
+    EXPECT_TRUE(error.has_value());
+}
+
+}  // namespace

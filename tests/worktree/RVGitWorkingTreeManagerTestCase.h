@@ -1,0 +1,81 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/worktree/RVGitWorkingTreeManager.h"
+#include "tests/support/RVGitRepositoryTestCase.h"
+
+/// Base of the tests of RVGitWorkingTreeManager. How many paths one command line takes is put back
+/// when a test ends.
+class RVGitWorkingTreeManagerTestCase : public RVGitRepositoryTestCase {
+protected:
+    using Paths = std::vector<std::string>;
+
+    ~RVGitWorkingTreeManagerTestCase() override {
+        RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(maximumNumberOfPaths_);
+    }
+
+    [[nodiscard]] RVGitWorkingTreeManager& manager() { return manager_; }
+
+    /// Writes a file of the working tree.
+    void write(const std::string& path, std::string_view contents) const {
+        writeFile("repository/" + path, contents);
+    }
+    /// Reads a file of the working tree.
+    [[nodiscard]] std::string read(const std::string& path) const {
+        return readFile("repository/" + path);
+    }
+    [[nodiscard]] bool exists(const std::string& path) const {
+        return fileExists("repository/" + path);
+    }
+    /// The bytes of a file in the index.
+    [[nodiscard]] std::string staged(const std::string& path) const {
+        return git({"show", ":" + path}, repositoryPath());
+    }
+    void commitAll() const {
+        git({"add", "--all", "."}, repositoryPath());
+        git({"commit", "-q", "-m", "Message"}, repositoryPath());
+    }
+    /// "XY path" of each file that git lists as changed, sorted; untracked files are "?? path".
+    [[nodiscard]] Paths status() const {
+        return records({"status", "--porcelain", "-z", "--untracked-files=all", "--no-renames"});
+    }
+    /// The NUL-terminated records that git prints.
+    [[nodiscard]] Paths records(const std::vector<std::string>& arguments) const {
+        const std::string output = git(arguments, repositoryPath());
+        Paths list;
+        for (std::size_t start = 0; start < output.size();) {
+            const std::size_t end = output.find('\0', start);
+            list.push_back(output.substr(start, end - start));
+            start = end + 1;
+        }
+        return list;
+    }
+    /// What the operation failed with; it must fail.
+    template <typename Operation>
+    static RVError errorOf(const Operation& operation) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(operation(&error));
+        return error.value_or(RVError("none", 0));
+    }
+    /// The recorded arguments from the command word on.
+    [[nodiscard]] static std::vector<Paths> commandLines(const RVRecordingGit& recorder) {
+        std::vector<Paths> lines = recorder.argumentLists();
+        for (Paths& line : lines)
+            line.erase(line.begin(), std::find(line.begin(), line.end(), "--no-pager") + 1);
+        return lines;
+    }
+
+private:
+    const std::size_t maximumNumberOfPaths_ =
+        RVGitCommand::maximumNumberOfAllowedFilePathArguments();
+    RVGitWorkingTreeManager manager_{repository()};
+};
