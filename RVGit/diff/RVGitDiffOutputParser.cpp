@@ -52,23 +52,25 @@ std::optional<std::size_t> lengthOfCharacters(std::string_view text, std::size_t
     return length;
 }
 
-// The position behind the digits, of any script, that stand there.
-std::size_t endOfDigits(std::string_view line, std::size_t position) {
+// The length of the digit, of whatever script, that the text begins with; 0 if it does not.
+std::size_t lengthOfDigit(std::string_view text) {
     static const RVRegularExpression digit(R"(^\d)");
     constexpr std::size_t mostBytesOfCharacter = 4;
-    while (position < line.size()) {
-        if (static_cast<unsigned char>(line[position]) >= 0x80) {
-            const auto match = digit.firstMatch(line.substr(position, mostBytesOfCharacter));
-            if (match.empty())
-                break;
-            position += match[0]->size();
-        } else if (line[position] >= '0' && line[position] <= '9') {
+    const auto match = digit.firstMatch(text.substr(0, mostBytesOfCharacter));
+    return match.empty() ? 0 : match[0]->size();
+}
+
+std::size_t endOfDigits(std::string_view line, std::size_t position) {
+    for (;;) {
+        while (position < line.size() && line[position] >= '0' && line[position] <= '9')
             ++position;
-        } else {
-            break;
-        }
+        if (position == line.size() || static_cast<unsigned char>(line[position]) < 0x80)
+            return position;
+        const std::size_t length = lengthOfDigit(line.substr(position));
+        if (length == 0)
+            return position;
+        position += length;
     }
-    return position;
 }
 
 // The position behind " -N", " -N," or " -N,M", the sign being that; absent if none stands there.
@@ -265,21 +267,26 @@ bool RVGitDiffOutputParser::parseDiffHeaderLine(std::string_view line) {
 
 void RVGitDiffOutputParser::finishHeader() {
     isFinishedParsingHeader_ = true;
-    // Source text has about as many lines.
+    // About as many as there are in the diff of a source file.
     constexpr std::size_t bytesOfLine = 32;
     constexpr std::size_t numbersOfLine = 2;
-    const std::size_t lineCount = contents_->text.size() / bytesOfLine;
-    contents_->lines.reserve(lineCount);
-    contents_->lineNumbers.reserve(lineCount * numbersOfLine);
+    constexpr std::size_t bytesOfChunk = 512;
+    const std::size_t size = contents_->text.size();
+    contents_->lines.reserve(size / bytesOfLine);
+    contents_->lineNumbers.reserve(size / bytesOfLine * numbersOfLine);
+    contents_->chunks.reserve(1 + size / bytesOfChunk);
 }
 
 std::vector<std::string_view> RVGitDiffOutputParser::diffHeaderComponentsOfLine(
     std::string_view line) {
     line = withoutLineBreak(line);
     // "." matches none of them.
-    if (std::ranges::any_of(lineBreaks, [line](std::string_view lineBreak) {
-            return line.find(lineBreak) != std::string_view::npos;
-        }))
+    const bool isPlain = std::ranges::all_of(
+        line, [](char byte) { return byte >= 0x20 && static_cast<unsigned char>(byte) < 0x80; });
+    const auto isInLine = [line](std::string_view lineBreak) {
+        return line.find(lineBreak) != std::string_view::npos;
+    };
+    if (!isPlain && std::ranges::any_of(lineBreaks, isInLine))
         return {};
     constexpr std::string_view prefix = "diff --git ";
     if (!line.starts_with(prefix))
