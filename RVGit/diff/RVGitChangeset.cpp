@@ -5,6 +5,7 @@
 
 #include "RVGit/base/RVString.h"
 #include "RVGit/diff/RVGitChangesetLoader.h"
+#include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffLoader.h"
 
@@ -144,5 +145,11 @@ std::shared_ptr<RVGitDiff> RVGitChangeset::diffForEntryWithFilePath(const std::s
         clearErrorPlace(error);
         return nullptr;
     }
-    return diffs->front();
+    // A path is a pattern to git, and a copy comes behind its source.
+    const auto isOfEntry = [&](const std::shared_ptr<RVGitDiff>& diff) {
+        const auto& path = diff->filePath() ? diff->filePath() : diff->oldFilePath();
+        return path && isEqualToUnicodeString(*path, *entry->filePath());
+    };
+    const auto found = std::ranges::find_if(*diffs, isOfEntry);
+    return found == diffs->end() ? diffs->front() : *found;
 }

@@ -35,6 +35,9 @@ public:
     // failed.
 
     /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
+    /// Without options (absent, not empty) the working tree is compared with the revision instead.
+    /// With file paths it is what the last commit changed that touched one of them, be it the
+    /// revision or one before it.
     [[nodiscard]] static std::shared_ptr<RVGitChangeset>
     changesetByComparingRevisionWithAncestorForRevision(
         const std::string& revision, const FilePaths& filePaths,
@@ -86,7 +89,10 @@ public:
     /// paths. Absent, with git's error in the place, if git failed.
     [[nodiscard]] Diffs allDiffs(RVErrorPlace error = nullptr) const;
     /// The diff of the entry with that path, a rename told by both its paths. Null with a cleared
-    /// place if there is no such entry, or if git finds no change any more.
+    /// place if there is no such entry, or if git finds no change any more; so too for a path that
+    /// is a pattern to git and does not match itself, as one with a colon in front. Renames and
+    /// copies are detected as the configuration says, so that the diff may call a rename of the
+    /// changeset a deletion.
     [[nodiscard]] std::shared_ptr<RVGitDiff> diffForEntryWithFilePath(
         const std::string& filePath, RVErrorPlace error = nullptr) const;
 

@@ -17,7 +17,8 @@ public:
 
     /// Absent only where git's output broke off.
     [[nodiscard]] const std::optional<std::string>& filePath() const { return item_.filePath; }
-    /// The path before a rename or copy, else the same.
+    /// The path before a rename or copy, else the same. git looks for copies only where its
+    /// configuration says diff.renames=copies, and then in all files.
     [[nodiscard]] const std::optional<std::string>& oldFilePath() const {
         return item_.originalFilePath;
     }

@@ -1,13 +1,12 @@
 #include "RVGit/diff/RVGitChangesetLoader.h"
 
 #include "RVGit/diff/RVGitChangeset.h"
-#include "RVGit/diff/RVGitComparison.h"
+#include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffStatsOutputParser.h"
+#include "RVGit/history/RVGitLogCommand.h"
 
 RVGitChangesetLoader::RVGitChangesetLoader(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
-}
+    : RVGitComparisonLoader(std::move(repository)) {}
 
 std::shared_ptr<RVGitChangesetLoader> RVGitChangesetLoader::loaderWithRepository(
     std::shared_ptr<RVGitRepository> repository) {
@@ -15,22 +14,20 @@ std::shared_ptr<RVGitChangesetLoader> RVGitChangesetLoader::loaderWithRepository
 }
 
 std::shared_ptr<RVGitChangeset> RVGitChangesetLoader::loadChangeset(RVErrorPlace error) const {
-    const auto options = optionsOfComparison(settings_);
-    const auto load = [&](auto& command) -> std::shared_ptr<RVGitChangeset> {
-        command.setGeneratesDiffStats(true);
-        command.addGitCommandOptions({"-z", "--no-color", "--word-diff=none", "--no-ext-diff",
-                                      "--full-index", "--no-abbrev", "-C", "-M", "--raw",
-                                      "--numstat"});
-        addMergeOptions(options, command);
-        if (optionIsSet(options, RVGitDiffOptionNoRenames))
-            command.addGitCommandOption("--no-renames");
-        addRevisionsAndFilePaths(settings_.revisions(), filePaths_, command);
-        if (!command.run(error))
+    const auto load = [&](const auto& command) -> std::shared_ptr<RVGitChangeset> {
+        command->setGeneratesDiffStats(true);
+        if (optionIsSet(options(), RVGitDiffOptionNoRenames))
+            command->addGitCommandOption("--no-renames");
+        if (!command->run(error))
             return nullptr;
         RVGitChangeset::Entries entries;
-        for (RVGitDiffStatsOutputParserResultItem& item : command.takeLoadedDiffStats())
+        for (RVGitDiffStatsOutputParserResultItem& item : command->takeLoadedDiffStats())
             entries.push_back(std::make_shared<RVGitChangesetEntry>(std::move(item)));
-        return RVGitChangeset::changesetWithRepository(repository_, settings_, std::move(entries));
+        return RVGitChangeset::changesetWithRepository(repository(), diffSettings(),
+                                                       std::move(entries));
     };
-    return withCommandOfComparison(repository_, settings_, options, load);
+    return std::visit(
+        load, commandWithOptions({"-z", "--no-color", "--word-diff=none", "--no-ext-diff",
+                                  "--full-index", "--no-abbrev", "-C", "-M", "--raw", "--numstat"},
+                                 filePaths_));
 }

@@ -128,6 +128,22 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlob(
     return diffs && !diffs->empty() ? diffs->front() : nullptr;
 }
 
+std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlobWithEmptyBlob(
+    const std::optional<std::string>& leftObjectHash,
+    const std::optional<std::string>& rightObjectHash,
+    const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    requireParameter(leftObjectHash || rightObjectHash, "leftObjectHash || rightObjectHash");
+    const auto command = RVGitCommand::gitCommandWithRepository(repository);
+    command->setGitCommand("hash-object");
+    command->addGitCommandOptions({"-w", "--stdin"});
+    if (!command->run(error))
+        return nullptr;
+    const std::string emptyBlob(trimmedNewlines(command->standardOutputData()));
+    return diffByComparingBlob(leftObjectHash.value_or(emptyBlob),
+                               rightObjectHash.value_or(emptyBlob), repository, std::nullopt,
+                               error);
+}
+
 // Converting.
 
 std::shared_ptr<RVGitDiff> RVGitDiff::diffWithRepository(
@@ -171,20 +187,23 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffFromRawDiff(std::string_view rawDiff,
 
 // Patches.
 
+RVGitDiffPatchGenerator RVGitDiff::patchGenerator() const {
+    // It lives no longer than the call, so that it need not own the diff.
+    return RVGitDiffPatchGenerator(std::shared_ptr<const RVGitDiff>(std::shared_ptr<void>(), this));
+}
+
 std::optional<std::string> RVGitDiff::patchForChunkAtIndex(std::size_t chunkIndex) const {
-    return RVGitDiffPatchGenerator(shared_from_this()).patchForChunkAtIndex(chunkIndex);
+    return patchGenerator().patchForChunkAtIndex(chunkIndex);
 }
 
 std::string RVGitDiff::indexPatchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
-    return RVGitDiffPatchGenerator(shared_from_this())
-        .indexPatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+    return patchGenerator().indexPatchForChunkAtIndex(chunkIndex, linesWithIndexes);
 }
 
 std::string RVGitDiff::worktreePatchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
-    return RVGitDiffPatchGenerator(shared_from_this())
-        .worktreePatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+    return patchGenerator().worktreePatchForChunkAtIndex(chunkIndex, linesWithIndexes);
 }
 
 // Fields.

@@ -15,10 +15,11 @@
 #include "RVGit/diff/RVGitDiffChunk.h"
 
 class RVGitDiffMap;
+class RVGitDiffPatchGenerator;
 class RVGitRepository;
 
 /// What changed in one file. A snapshot; a raw text is made when it is read, of what git printed.
-class RVGitDiff : public std::enable_shared_from_this<RVGitDiff> {
+class RVGitDiff {
 public:
     using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;
     using FilePaths = std::vector<std::string>;
@@ -31,6 +32,10 @@ public:
     // RVGitDiffLoader.
 
     /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
+    /// Without options (absent, not empty) the working tree is compared with the revision instead.
+    /// With file paths it is what the last commit changed that touched one of them, be it the
+    /// revision or one before it. Empty where a changed text holds a NUL byte: see
+    /// RVGitComparisonLoader.
     [[nodiscard]] static Diffs allDiffsByComparingRevisionWithAncestorForRevision(
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
@@ -75,6 +80,12 @@ public:
         const std::optional<std::string>& rightObjectHash,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    /// The same with the repository's empty blob, which is added to it, in the place of an absent
+    /// one.
+    [[nodiscard]] static std::shared_ptr<RVGitDiff> diffByComparingBlobWithEmptyBlob(
+        const std::optional<std::string>& leftObjectHash,
+        const std::optional<std::string>& rightObjectHash,
+        const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
 
     // Converting.
 
@@ -177,6 +188,8 @@ public:
     [[nodiscard]] bool isFileStatusCopied() const { return fileStatus_ == RVGitFileStatusCopied; }
 
 private:
+    [[nodiscard]] RVGitDiffPatchGenerator patchGenerator() const;
+
     std::shared_ptr<RVGitRepository> repository_;
     /// Where the raw text stands.
     std::shared_ptr<const RVGitDiffContents> contents_;

@@ -44,7 +44,7 @@ RVGitDiffChunk::RVGitDiffChunk(std::string_view rawChunk, std::vector<RVGitDiffR
 
 RVGitDiffChunk::RVGitDiffChunk(std::shared_ptr<const RVGitDiffContents> contents,
                                std::size_t chunkIndex)
-    : contents_(std::move(contents)), chunkIndex_(chunkIndex) {
+    : contents_(std::move(contents)), chunkIndex_(chunkIndex), lines_(contents_, chunkIndex) {
     countLines();
 }
 
@@ -61,15 +61,28 @@ void RVGitDiffChunk::countLines() {
         deletions_ += lines[index].type == RVGitDiffLineDeleted;
         insertions_ += lines[index].type == RVGitDiffLineAdded;
     }
-    deletedLineIndexes_ = lineIndexes(RVGitDiffLineDeleted, deletions_, deletedColumn);
-    addedLineIndexes_ = lineIndexes(RVGitDiffLineAdded, insertions_, addedColumn);
 }
 
-RVGitDiffChunk::LineIndexes RVGitDiffChunk::lineIndexes(RVGitDiffLineType type, std::uint64_t count,
-                                                        std::size_t column) const {
+const std::vector<RVGitDiffChunk::LineIndex>& RVGitDiffChunk::deletedLineIndexes() const {
+    std::call_once(deletedLineIndexes_.isMade, [this] {
+        deletedLineIndexes_.indexes = lineIndexes(RVGitDiffLineDeleted, deletions_, deletedColumn);
+    });
+    return deletedLineIndexes_.indexes;
+}
+
+const std::vector<RVGitDiffChunk::LineIndex>& RVGitDiffChunk::addedLineIndexes() const {
+    std::call_once(addedLineIndexes_.isMade, [this] {
+        addedLineIndexes_.indexes = lineIndexes(RVGitDiffLineAdded, insertions_, addedColumn);
+    });
+    return addedLineIndexes_.indexes;
+}
+
+std::vector<RVGitDiffChunk::LineIndex> RVGitDiffChunk::lineIndexes(RVGitDiffLineType type,
+                                                                   std::uint64_t count,
+                                                                   std::size_t column) const {
     const RVGitDiffContents::Chunk& chunk = contents_->chunks[chunkIndex_];
     const RVGitDiffContents::Line* const lines = contents_->lines.data() + chunk.firstLine;
-    LineIndexes indexes;
+    std::vector<LineIndex> indexes;
     if (count == 0 || column >= chunk.columnCount)
         return indexes;
     indexes.reserve(count);
@@ -103,7 +116,8 @@ std::string RVGitDiffChunk::content() const {
     return content.empty() ? "\n" : content;
 }
 
-RVGitDiffChunk::LineMapping RVGitDiffChunk::mappingOfLines(const LineIndexes& indexes) const {
+RVGitDiffChunk::LineMapping RVGitDiffChunk::mappingOfLines(
+    const std::vector<LineIndex>& indexes) const {
     LineMapping mapping;
     for (const auto& [lineNumber, index] : indexes)
         mapping.insert_or_assign(lineNumber, lines()[index]);
@@ -111,15 +125,15 @@ RVGitDiffChunk::LineMapping RVGitDiffChunk::mappingOfLines(const LineIndexes& in
 }
 
 RVGitDiffChunk::LineMapping RVGitDiffChunk::deletedLineNumberToLineMapping() const {
-    return mappingOfLines(deletedLineIndexes_);
+    return mappingOfLines(deletedLineIndexes());
 }
 
 RVGitDiffChunk::LineMapping RVGitDiffChunk::addedLineNumberToLineMapping() const {
-    return mappingOfLines(addedLineIndexes_);
+    return mappingOfLines(addedLineIndexes());
 }
 
 std::optional<RVGitDiffChunkLine> RVGitDiffChunk::lineForLineNumber(
-    const LineIndexes& indexes, std::uint64_t lineNumber) const {
+    const std::vector<LineIndex>& indexes, std::uint64_t lineNumber) const {
     const auto behind = std::ranges::upper_bound(indexes, lineNumber, {}, &LineIndex::first);
     if (behind == indexes.begin() || std::prev(behind)->first != lineNumber)
         return std::nullopt;
@@ -128,10 +142,10 @@ std::optional<RVGitDiffChunkLine> RVGitDiffChunk::lineForLineNumber(
 
 std::optional<RVGitDiffChunkLine> RVGitDiffChunk::deletedChunkLineForLineNumber(
     std::uint64_t lineNumber) const {
-    return lineForLineNumber(deletedLineIndexes_, lineNumber);
+    return lineForLineNumber(deletedLineIndexes(), lineNumber);
 }
 
 std::optional<RVGitDiffChunkLine> RVGitDiffChunk::addedChunkLineForLineNumber(
     std::int64_t lineNumber) const {
-    return lineForLineNumber(addedLineIndexes_, static_cast<std::uint64_t>(lineNumber));
+    return lineForLineNumber(addedLineIndexes(), static_cast<std::uint64_t>(lineNumber));
 }

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -82,7 +83,7 @@ public:
     [[nodiscard]] std::string rawChunk() const;
     /// One for each parent, then one for the new file.
     [[nodiscard]] const std::vector<RVGitDiffRange>& fileRanges() const;
-    [[nodiscard]] RVGitDiffChunkLines lines() const { return {contents_, chunkIndex_}; }
+    [[nodiscard]] const RVGitDiffChunkLines& lines() const { return lines_; }
     /// The first line of rawChunk().
     [[nodiscard]] std::string header() const;
     /// The contents of the lines, each followed by "\n"; "\n" for a chunk without lines.
@@ -102,22 +103,28 @@ public:
         std::int64_t lineNumber) const;
 
 private:
-    /// Line indexes by line number, in order.
+    /// Line indexes by line number, in order. Made when a line is first looked for.
     using LineIndex = std::pair<std::uint32_t, std::uint32_t>;
-    using LineIndexes = std::vector<LineIndex>;
+    struct LineIndexes {
+        std::once_flag isMade;
+        std::vector<LineIndex> indexes;
+    };
 
     void countLines();
-    [[nodiscard]] LineIndexes lineIndexes(RVGitDiffLineType type, std::uint64_t count,
-                                          std::size_t column) const;
-    [[nodiscard]] LineMapping mappingOfLines(const LineIndexes& indexes) const;
+    [[nodiscard]] const std::vector<LineIndex>& deletedLineIndexes() const;
+    [[nodiscard]] const std::vector<LineIndex>& addedLineIndexes() const;
+    [[nodiscard]] std::vector<LineIndex> lineIndexes(RVGitDiffLineType type, std::uint64_t count,
+                                                     std::size_t column) const;
+    [[nodiscard]] LineMapping mappingOfLines(const std::vector<LineIndex>& indexes) const;
     [[nodiscard]] std::optional<RVGitDiffChunkLine> lineForLineNumber(
-        const LineIndexes& indexes, std::uint64_t lineNumber) const;
+        const std::vector<LineIndex>& indexes, std::uint64_t lineNumber) const;
 
     std::shared_ptr<const RVGitDiffContents> contents_;
     std::size_t chunkIndex_;
+    RVGitDiffChunkLines lines_;
     std::weak_ptr<RVGitDiff> diff_;
     std::uint64_t insertions_ = 0;
     std::uint64_t deletions_ = 0;
-    LineIndexes deletedLineIndexes_;
-    LineIndexes addedLineIndexes_;
+    mutable LineIndexes deletedLineIndexes_;
+    mutable LineIndexes addedLineIndexes_;
 };

@@ -44,20 +44,35 @@ void RVGitDiffCommand::gitCommandWillInitialize() {
 }
 
 bool RVGitDiffCommand::gitCommandShouldHandleError(const RVError& error) {
-    return error.code() != RVGitRVGitGenericError || !standardErrorData().empty();
+    return error.code() != RVGitRVGitGenericError || exitCode() != 1 ||
+           !standardErrorData().empty();
+}
+
+bool RVGitDiffCommand::loadsDiffStats() const {
+    return std::ranges::find(gitCommandOptions(), "--numstat") != gitCommandOptions().end();
+}
+
+RVGitDiffParser& RVGitDiffCommand::diffParser() {
+    if (!diffParser_)
+        diffParser_ = std::make_unique<RVGitDiffParser>(standardOutputBuffer());
+    return *diffParser_;
+}
+
+void RVGitDiffCommand::gitCommandDidReceiveStandardOutput() {
+    if (!loadsDiffStats())
+        diffParser().parseAhead();
 }
 
 bool RVGitDiffCommand::gitCommandWillParseOutput(RVErrorPlace error) {
-    if (std::ranges::find(gitCommandOptions(), "--numstat") != gitCommandOptions().end()) {
+    if (loadsDiffStats()) {
         RVGitDiffStatsOutputParser parser(standardOutputData());
         if (!parser.parse(error))
             return false;
         loadedDiffStats_ = parser.takeIndexedResults();
         return true;
     }
-    RVGitDiffParser parser(standardOutputBuffer());
-    parser.parse(error);
-    loadedDiffs_ = parser.takeResult();
+    diffParser().parse(error);
+    loadedDiffs_ = diffParser().takeResult();
     return true;
 }
 

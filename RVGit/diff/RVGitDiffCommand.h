@@ -9,6 +9,7 @@
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/diff/RVGitDiffMap.h"
 
+class RVGitDiffParser;
 struct RVGitDiffStatsOutputParserResultItem;
 
 // Options; the value of each key is its own name.
@@ -22,7 +23,9 @@ inline constexpr char RVGitDiffOptionNoRenames[] = "RVGitDiffOptionNoRenames";
 /// Boolean.
 inline constexpr char RVGitDiffOptionIgnoreWhitespaceChanges[] =
     "RVGitDiffOptionIgnoreWhitespaceChanges";
-/// Text: how git shows a changed submodule: "short", "log" or "diff".
+/// Text: how git shows a changed submodule: "short" as a diff of one line, whatever is configured;
+/// "log" not as a diff, so that it is not among the results; "diff" as the diffs of its files.
+/// RVGitLogCommand does not read it and goes by the configuration.
 inline constexpr char RVGitDiffOptionSubmodule[] = "RVGitDiffOptionSubmodule";
 
 // Options that RVGitDiffCommand does not read: those who load diffs and changesets do.
@@ -35,7 +38,9 @@ inline constexpr char RVGitDiffOptionMergeCommitsFirstParent[] =
 /// Boolean: shows of a merge the files that differ from all parents.
 inline constexpr char RVGitDiffOptionMergeCommitsMergedFilePaths[] =
     "RVGitDiffOptionMergeCommitsMergedFilePaths";
+/// Kept for compatibility: nothing reads it.
 inline constexpr char RVGitDiffOptionNoFilePrefixes[] = "RVGitDiffOptionNoFilePrefixes";
+/// Kept for compatibility: nothing reads it.
 inline constexpr char RVGitDiffOptionNULByteDelimiter[] = "RVGitDiffOptionNULByteDelimiter";
 
 /// `git diff`. Revisions and paths are added by whoever runs it. An exit code of 1 with nothing on
@@ -84,10 +89,14 @@ public:
 
 protected:
     void gitCommandWillInitialize() override;
+    void gitCommandDidReceiveStandardOutput() override;
     bool gitCommandShouldHandleError(const RVError& error) override;
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
+    [[nodiscard]] bool loadsDiffStats() const;
+    [[nodiscard]] RVGitDiffParser& diffParser();
+
     bool comparesToIndex_ = false;
     bool generatesBinaryDiffs_ = false;
     bool skipsRenameDetection_ = false;
@@ -96,6 +105,8 @@ private:
     bool generatesRawFormat_ = false;
     bool generatesDiffs_ = false;
     bool generatesDiffStats_ = false;
+    /// Reads each file as soon as git has printed it.
+    std::unique_ptr<RVGitDiffParser> diffParser_;
     std::vector<RVGitDiffMap> loadedDiffs_;
     std::vector<RVGitDiffStatsOutputParserResultItem> loadedDiffStats_;
 };

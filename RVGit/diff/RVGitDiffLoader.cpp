@@ -2,41 +2,34 @@
 
 #include <utility>
 
-#include "RVGit/diff/RVGitComparison.h"
 #include "RVGit/diff/RVGitDiff.h"
+#include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffMap.h"
-
-namespace {
-
-/// Runs the command and returns what `result` makes of it; absent if it failed.
-template <typename Result>
-auto runForFilePaths(const std::shared_ptr<RVGitRepository>& repository,
-                     const RVGitDiffSettings& settings, const std::vector<std::string>& filePaths,
-                     RVErrorPlace error, Result result) {
-    const auto options = optionsOfComparison(settings);
-    return withCommandOfComparison(repository, settings, options, [&](auto& command) {
-        command.setGeneratesDiffs(true);
-        // The prefixes that the parser needs, whatever the user's configuration says.
-        command.addGitCommandOptions(
-            {"-z", "-p", "--src-prefix=a/", "--dst-prefix=b/", "--full-index"});
-        addMergeOptions(options, command);
-        if (const RVValue* lines = valueForOption(options, RVGitDiffOptionContextLines))
-            command.addGitCommandOption("-U" + std::to_string(lines->unsignedValue()));
-        addRevisionsAndFilePaths(settings.revisions(), filePaths, command);
-        return command.run(error) ? std::optional(result(command)) : std::nullopt;
-    });
-}
-
-}  // namespace
+#include "RVGit/history/RVGitLogCommand.h"
 
 RVGitDiffLoader::RVGitDiffLoader(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
-}
+    : RVGitComparisonLoader(std::move(repository)) {}
 
 std::shared_ptr<RVGitDiffLoader> RVGitDiffLoader::loaderWithRepository(
     std::shared_ptr<RVGitRepository> repository) {
     return std::make_shared<RVGitDiffLoader>(std::move(repository));
+}
+
+RVGitComparisonLoader::Command RVGitDiffLoader::commandForFilePaths(
+    const std::vector<std::string>& filePaths) const {
+    // The prefixes that the parser needs, whatever the user's configuration says.
+    Command command = commandWithOptions(
+        {"-z", "-p", "--src-prefix=a/", "--dst-prefix=b/", "--full-index"}, filePaths);
+    const auto options = this->options();
+    const RVValue* lines = valueForOption(options, RVGitDiffOptionContextLines);
+    std::visit(
+        [&](auto& prepared) {
+            prepared->setGeneratesDiffs(true);
+            if (lines)
+                prepared->addGitCommandOption("-U" + std::to_string(lines->unsignedValue()));
+        },
+        command);
+    return command;
 }
 
 RVGitDiffLoader::Diffs RVGitDiffLoader::loadDiffs(RVErrorPlace error) const {
@@ -45,12 +38,15 @@ RVGitDiffLoader::Diffs RVGitDiffLoader::loadDiffs(RVErrorPlace error) const {
 
 RVGitDiffLoader::Diffs RVGitDiffLoader::loadDiffsForFilePaths(
     const std::vector<std::string>& filePaths, RVErrorPlace error) const {
-    return runForFilePaths(repository_, settings_, filePaths, error, [this](auto& command) {
+    const auto load = [&](const auto& command) -> Diffs {
+        if (!command->run(error))
+            return std::nullopt;
         std::vector<std::shared_ptr<RVGitDiff>> diffs;
-        for (const RVGitDiffMap& gitDiff : command.takeLoadedDiffs())
-            diffs.push_back(RVGitDiff::diffWithRepository(repository_, gitDiff));
+        for (const RVGitDiffMap& gitDiff : command->takeLoadedDiffs())
+            diffs.push_back(RVGitDiff::diffWithRepository(repository(), gitDiff));
         return diffs;
-    });
+    };
+    return std::visit(load, commandForFilePaths(filePaths));
 }
 
 std::optional<RVData> RVGitDiffLoader::generatePatch(RVErrorPlace error) const {
@@ -59,6 +55,10 @@ std::optional<RVData> RVGitDiffLoader::generatePatch(RVErrorPlace error) const {
 
 std::optional<RVData> RVGitDiffLoader::generatePatchForFilePaths(
     const std::vector<std::string>& filePaths, RVErrorPlace error) const {
-    return runForFilePaths(repository_, settings_, filePaths, error,
-                           [](auto& command) { return RVData(command.standardOutputData()); });
+    const auto generate = [error](const auto& command) -> std::optional<RVData> {
+        if (!command->run(error))
+            return std::nullopt;
+        return RVData(command->standardOutputData());
+    };
+    return std::visit(generate, commandForFilePaths(filePaths));
 }

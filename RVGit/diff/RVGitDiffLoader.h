@@ -7,46 +7,18 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVTypes.h"
-#include "RVGit/diff/RVGitDiffSettings.h"
+#include "RVGit/diff/RVGitComparisonLoader.h"
 
 class RVGitDiff;
-class RVGitRepository;
 
-/// Loads diffs with their lines. With log options, be they empty, it shows what one revision
-/// changed, by `git log`; without them it compares whatever the revisions name, by `git diff`.
-/// Beside the options of those commands it reads RVGitDiffOptionContextLines,
-/// RVGitDiffOptionMergeCommitsFirstParent and RVGitDiffOptionMergeCommitsMergedFilePaths. Used by
-/// one thread.
-class RVGitDiffLoader {
+/// Loads diffs with their lines. It also reads the option RVGitDiffOptionContextLines. Used by one
+/// thread.
+class RVGitDiffLoader : public RVGitComparisonLoader {
 public:
     /// The repository is required.
     explicit RVGitDiffLoader(std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitDiffLoader> loaderWithRepository(
         std::shared_ptr<RVGitRepository> repository);
-
-    [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
-    [[nodiscard]] const std::vector<std::string>& revisions() const {
-        return settings_.revisions();
-    }
-    void setRevisions(std::vector<std::string> revisions) {
-        settings_.setRevisions(std::move(revisions));
-    }
-    [[nodiscard]] const std::optional<RVOptions>& logOptions() const {
-        return settings_.logOptions();
-    }
-    void setLogOptions(std::optional<RVOptions> options) {
-        settings_.setLogOptions(std::move(options));
-    }
-    /// These win over log options of the same name.
-    [[nodiscard]] const std::optional<RVOptions>& diffOptions() const {
-        return settings_.diffOptions();
-    }
-    void setDiffOptions(std::optional<RVOptions> options) {
-        settings_.setDiffOptions(std::move(options));
-    }
-    /// The three fields above.
-    [[nodiscard]] const RVGitDiffSettings& diffSettings() const { return settings_; }
-    void setDiffSettings(RVGitDiffSettings settings) { settings_ = std::move(settings); }
 
     using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;
 
@@ -62,6 +34,5 @@ public:
         const std::vector<std::string>& filePaths, RVErrorPlace error = nullptr) const;
 
 private:
-    std::shared_ptr<RVGitRepository> repository_;
-    RVGitDiffSettings settings_;
+    [[nodiscard]] Command commandForFilePaths(const std::vector<std::string>& filePaths) const;
 };

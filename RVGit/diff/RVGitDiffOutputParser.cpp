@@ -52,27 +52,73 @@ std::optional<std::size_t> lengthOfCharacters(std::string_view text, std::size_t
     return length;
 }
 
-// The position behind "N", "N," or "N,M", or behind what there is of it.
-std::size_t endOfNumbers(std::string_view line, std::size_t position) {
-    const auto skipDigits = [&] {
+// The length of the digit, of whatever script, that the text begins with; 0 if it does not.
+std::size_t lengthOfDigit(std::string_view text) {
+    static const RVRegularExpression digit(R"(^\d)");
+    constexpr std::size_t mostBytesOfCharacter = 4;
+    const auto match = digit.firstMatch(text.substr(0, mostBytesOfCharacter));
+    return match.empty() ? 0 : match[0]->size();
+}
+
+std::size_t endOfDigits(std::string_view line, std::size_t position) {
+    for (;;) {
         while (position < line.size() && line[position] >= '0' && line[position] <= '9')
             ++position;
-    };
-    skipDigits();
+        if (position == line.size() || static_cast<unsigned char>(line[position]) < 0x80)
+            return position;
+        const std::size_t length = lengthOfDigit(line.substr(position));
+        if (length == 0)
+            return position;
+        position += length;
+    }
+}
+
+// The position behind " -N", " -N," or " -N,M", the sign being that; absent if none stands there.
+std::optional<std::size_t> endOfRange(std::string_view line, std::size_t position, char sign) {
+    constexpr std::size_t signsLength = 2;
+    if (line.size() < position + signsLength || line[position] != ' ' || line[position + 1] != sign)
+        return std::nullopt;
+    const std::size_t start = position + signsLength;
+    position = endOfDigits(line, start);
+    if (position == start)
+        return std::nullopt;
     if (position < line.size() && line[position] == ',')
         ++position;
-    skipDigits();
-    return position;
+    return endOfDigits(line, position);
+}
+
+// "$" lets one line break pass.
+constexpr std::string_view lineBreaks[] = {"\r",       "\v",           "\f",
+                                           "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+
+std::string_view withoutLineBreak(std::string_view line) {
+    for (const std::string_view lineBreak : lineBreaks) {
+        if (line.ends_with(lineBreak))
+            return line.substr(0, line.size() - lineBreak.size());
+    }
+    return line;
+}
+
+// As int32Value() reads it, which costs more where there are but a few digits.
+std::int64_t numberFromText(std::string_view text) {
+    constexpr std::size_t digitsOfAnyNumber = 9;
+    std::int64_t number = 0;
+    for (const char digit : text) {
+        if (digit < '0' || digit > '9' || text.size() > digitsOfAnyNumber)
+            return int32Value(text);
+        number = number * 10 + (digit - '0');
+    }
+    return number;
 }
 
 // "-5,3": a sign, the location and the length, which is 1 where it is not said.
 RVGitDiffRange rangeFromText(std::string_view text) {
     text.remove_prefix(1);
     const std::size_t comma = text.find(',');
-    RVGitDiffRange range{int32Value(text.substr(0, comma)), 1};
+    RVGitDiffRange range{numberFromText(text.substr(0, comma)), 1};
     if (comma != std::string_view::npos) {
         const std::string_view rest = text.substr(comma + 1);
-        range.length = int32Value(rest.substr(0, rest.find(',')));
+        range.length = numberFromText(rest.substr(0, rest.find(',')));
     }
     return range;
 }
@@ -135,7 +181,7 @@ bool RVGitDiffOutputParser::parseOutputLine(std::string_view line) {
 
 // Where the lines stand.
 
-RVGitDiffContents::Range RVGitDiffOutputParser::rangeOfLine(std::string_view line) const {
+inline RVGitDiffContents::Range RVGitDiffOutputParser::rangeOfLine(std::string_view line) const {
     const auto start = static_cast<std::uint32_t>(line.data() - contents_->text.data());
     return {start, start + static_cast<std::uint32_t>(line.size()) + 1};
 }
@@ -144,7 +190,7 @@ void RVGitDiffOutputParser::beginRaw(std::uint32_t start) {
     contents_->raw = {start, start};
 }
 
-void RVGitDiffOutputParser::appendToRaw(RVGitDiffContents::Range line) {
+inline void RVGitDiffOutputParser::appendToRaw(RVGitDiffContents::Range line) {
     if (line.start > endOfLastLine_)
         contents_->omissions.push_back({endOfLastLine_, line.start});
     endOfLastLine_ = line.end;
@@ -214,19 +260,66 @@ bool RVGitDiffOutputParser::parseDiffHeaderLine(std::string_view line) {
     if (isExtendedHeader)
         diff.extendedHeaders.push_back(range);
     appendToRaw(range);
-    isFinishedParsingHeader_ = isLastLine;
+    if (isLastLine)
+        finishHeader();
     return true;
+}
+
+void RVGitDiffOutputParser::finishHeader() {
+    isFinishedParsingHeader_ = true;
+    // About as many as there are in the diff of a source file.
+    constexpr std::size_t bytesOfLine = 32;
+    constexpr std::size_t numbersOfLine = 2;
+    constexpr std::size_t bytesOfChunk = 512;
+    const std::size_t size = contents_->text.size();
+    contents_->lines.reserve(size / bytesOfLine);
+    contents_->lineNumbers.reserve(size / bytesOfLine * numbersOfLine);
+    contents_->chunks.reserve(1 + size / bytesOfChunk);
+}
+
+std::vector<std::string_view> RVGitDiffOutputParser::diffHeaderComponentsOfLine(
+    std::string_view line) {
+    line = withoutLineBreak(line);
+    // "." matches none of them.
+    const bool isPlain = std::ranges::all_of(
+        line, [](char byte) { return byte >= 0x20 && static_cast<unsigned char>(byte) < 0x80; });
+    const auto isInLine = [line](std::string_view lineBreak) {
+        return line.find(lineBreak) != std::string_view::npos;
+    };
+    if (!isPlain && std::ranges::any_of(lineBreaks, isInLine))
+        return {};
+    constexpr std::string_view prefix = "diff --git ";
+    if (!line.starts_with(prefix))
+        return {};
+    line.remove_prefix(prefix.size());
+    const auto isPath = [](std::string_view text, std::string_view side) {
+        if (text.starts_with('"'))
+            text.remove_prefix(1);
+        return text.size() > side.size() && text.starts_with(side);
+    };
+    // The first path is as long as it can be.
+    for (std::size_t blank = line.rfind(' '); blank != std::string_view::npos && blank > 0;
+         blank = line.rfind(' ', blank - 1)) {
+        const std::string_view newPath = line.substr(blank + 1);
+        if (!isPath(newPath, "b/"))
+            continue;
+        const std::string_view oldPath = line.substr(0, blank);
+        if (isPath(oldPath, "a/"))
+            return {oldPath, newPath};
+        return {};
+    }
+    return {};
 }
 
 bool RVGitDiffOutputParser::parseDiffLine(std::string_view line) {
     const std::uint32_t start = rangeOfLine(line).start;
     beginRaw(start);
     contents_->header = {start, start};
-    const auto components = diffHeaderRegex().firstMatch(line);
+    const auto components = diffHeaderComponentsOfLine(line);
     if (components.empty())
         return false;
-    contents_->oldFilePath = pathWithoutPrefix(*components[1]);
-    contents_->filePath = pathWithoutPrefix(*components[2]);
+    contents_->oldFilePath = pathWithoutPrefix(components[0]);
+    contents_->filePath = pathWithoutPrefix(components[1]);
     contents_->fileStatus = 'M';
     return true;
 }
@@ -243,14 +336,7 @@ bool RVGitDiffOutputParser::parseCombinedDiffLine(std::string_view line) {
 }
 
 std::vector<std::string_view> RVGitDiffOutputParser::indexComponentsOfLine(std::string_view line) {
-    // "$" lets one line break pass.
-    for (const std::string_view lineBreak :
-         {"\r", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"}) {
-        if (line.ends_with(lineBreak)) {
-            line.remove_suffix(lineBreak.size());
-            break;
-        }
-    }
+    line = withoutLineBreak(line);
     constexpr std::string_view prefix = "index ";
     if (!line.starts_with(prefix))
         return {};
@@ -305,37 +391,21 @@ bool RVGitDiffOutputParser::parseIndexLine(std::string_view line) {
 // The chunks.
 
 std::string_view RVGitDiffOutputParser::chunkHeaderOfLine(std::string_view line) {
-    const auto skipSigns = [line](std::size_t position) {
-        while (position < line.size() && line[position] == '@')
-            ++position;
-        return position;
+    const auto endOfSigns = [line](std::size_t position) {
+        return std::min(line.find_first_not_of('@', position), line.size());
     };
-    const auto characterAt = [line](std::size_t position) {
-        return position < line.size() ? line[position] : '\0';
-    };
-    const auto isRangeAt = [&](std::size_t position, char sign) {
-        const char digit = characterAt(position + 2);
-        return characterAt(position) == ' ' && characterAt(position + 1) == sign && digit >= '0' &&
-               digit <= '9';
-    };
-
-    std::size_t position = skipSigns(0);
+    std::size_t position = endOfSigns(0);
     if (position == 0)
         return {};
     bool hasOldRange = false;
-    for (; isRangeAt(position, '-'); hasOldRange = true)
-        position = endOfNumbers(line, position + 2);
-    if (hasOldRange && isRangeAt(position, '+')) {
-        position = endOfNumbers(line, position + 2);
-        if (characterAt(position) == ' ' && characterAt(position + 1) == '@')
-            return line.substr(0, skipSigns(position + 1));
+    for (auto end = endOfRange(line, position, '-'); end; end = endOfRange(line, position, '-')) {
+        hasOldRange = true;
+        position = *end;
     }
-    // Digits are those of every script. git prints no others than these.
-    if (std::ranges::all_of(line,
-                            [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
+    const auto end = endOfRange(line, position, '+');
+    if (!hasOldRange || !end || !line.substr(*end).starts_with(" @"))
         return {};
-    const auto components = chunkHeaderRegex().firstMatch(line);
-    return components.empty() ? std::string_view() : *components[0];
+    return line.substr(0, endOfSigns(*end + 1));
 }
 
 void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,
@@ -347,6 +417,7 @@ void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,
     chunk.raw = range;
     chunk.firstLine = static_cast<std::uint32_t>(contents_->lines.size());
     chunk.firstLineNumber = static_cast<std::uint32_t>(contents_->lineNumbers.size());
+    chunk.fileRanges.reserve(static_cast<std::size_t>(std::ranges::count(chunkHeader, ' ') - 1));
     std::size_t position = chunkHeader.find(' ') + 1;
     for (std::size_t end; (end = chunkHeader.find(' ', position)) != std::string_view::npos;
          position = end + 1)
@@ -363,9 +434,47 @@ void RVGitDiffOutputParser::parseChunkHeaderLine(std::string_view line,
     }
 }
 
-void RVGitDiffOutputParser::advance(std::size_t column) {
+inline void RVGitDiffOutputParser::advance(std::size_t column) {
     if (currentLineNumbers_[column] != maxCurrentLineNumbers_[column])
         ++currentLineNumbers_[column];
+}
+
+// What the columns say, which also moves the numbers on.
+inline std::optional<RVGitDiffLineType> RVGitDiffOutputParser::typeOfStatus(
+    std::string_view status) {
+    std::optional<RVGitDiffLineType> type;
+    bool isBlank = true;
+    // Each column takes away what the one before it noted, so that of the parents in which an
+    // added line stands the last alone is counted on.
+    bool lastColumnIsNoted = false;
+    std::size_t column = 0;
+    for (const char character : status) {
+        if ((static_cast<unsigned char>(character) & 0xC0) == 0x80)
+            continue;
+        lastColumnIsNoted = false;
+        if (character == '+') {
+            type = RVGitDiffLineAdded;
+        } else if (character == '\\') {
+            type = RVGitDiffLineNoNewlineAtEndOfFile;
+        } else if (character == '-') {
+            advance(column);
+            type = RVGitDiffLineDeleted;
+        } else {
+            lastColumnIsNoted = true;
+            isBlank = isBlank && character == ' ';
+        }
+        ++column;
+    }
+    if (type == RVGitDiffLineAdded) {
+        if (lastColumnIsNoted)
+            advance(numberOfParents_ - 1);
+        advance(numberOfParents_);
+    } else if (!type && isBlank) {
+        for (column = 0; column < currentLineNumbers_.size(); ++column)
+            advance(column);
+        type = RVGitDiffLineContext;
+    }
+    return type;
 }
 
 bool RVGitDiffOutputParser::parseChunkLine(std::string_view line) {
@@ -374,51 +483,19 @@ bool RVGitDiffOutputParser::parseChunkLine(std::string_view line) {
     const auto statusLength = lengthOfCharacters(line, numberOfParents_);
     if (!statusLength)
         return false;
-    const std::string_view status = line.substr(0, *statusLength);
-
-    std::optional<RVGitDiffLineType> type;
-    if (status.find_first_not_of(' ') == std::string_view::npos) {
-        type = RVGitDiffLineContext;
-        for (std::size_t column = 0; column < currentLineNumbers_.size(); ++column)
-            advance(column);
-    } else {
-        // Each column takes away what the one before it noted, so that of the parents in which an
-        // added line stands the last alone is counted on.
-        bool lastColumnIsNoted = false;
-        std::size_t column = 0;
-        for (const char character : status) {
-            if ((static_cast<unsigned char>(character) & 0xC0) == 0x80)
-                continue;
-            lastColumnIsNoted = false;
-            if (character == '+') {
-                type = RVGitDiffLineAdded;
-            } else if (character == '\\') {
-                type = RVGitDiffLineNoNewlineAtEndOfFile;
-            } else if (character == '-') {
-                advance(column);
-                type = RVGitDiffLineDeleted;
-            } else {
-                lastColumnIsNoted = true;
-            }
-            ++column;
-        }
-        if (!type)
-            return false;
-        if (type == RVGitDiffLineAdded) {
-            if (lastColumnIsNoted)
-                advance(numberOfParents_ - 1);
-            advance(numberOfParents_);
-        }
-    }
+    const auto type = typeOfStatus(line.substr(0, *statusLength));
+    if (!type)
+        return false;
 
     // A line ahead of the first chunk belongs to none.
-    if (contents_->chunks.empty())
+    RVGitDiffContents& diff = *contents_;
+    if (diff.chunks.empty())
         return true;
-    RVGitDiffContents::Chunk& chunk = contents_->chunks.back();
+    RVGitDiffContents::Chunk& chunk = diff.chunks.back();
     chunk.raw.end = range.end;
     ++chunk.lineCount;
-    contents_->lines.emplace_back(range.start, line.size(), *statusLength, *type);
-    contents_->lineNumbers.insert(contents_->lineNumbers.end(), currentLineNumbers_.begin(),
-                                  currentLineNumbers_.end());
+    diff.lines.emplace_back(range.start, line.size(), *statusLength, *type);
+    for (const std::uint32_t number : currentLineNumbers_)
+        diff.lineNumbers.push_back(number);
     return true;
 }

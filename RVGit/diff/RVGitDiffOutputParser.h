@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -13,7 +14,9 @@ class RVDataBuffer;
 class RVRegularExpression;
 
 /// Reads the diff of one file, ordinary or combined. Code 11 for a line that is none of a diff's.
-/// A diff of 4 GB or more cannot be read.
+/// A diff of 4 GB or more cannot be read. Empty lines are passed over: where git is configured to
+/// print an empty line of context without its blank (diff.suppressBlankEmpty), that line is
+/// missing, the numbers behind it are too low, and git refuses a patch of the chunk.
 class RVGitDiffOutputParser : public RVGitOutputParser {
 public:
     /// Copies the bytes.
@@ -24,6 +27,8 @@ public:
 
     /// What was read; after a failure, what was read until then.
     [[nodiscard]] RVGitDiffMap diff() const { return RVGitDiffMap(contents_); }
+    /// The same, to be finished by whoever knows where the text will stand in the end.
+    [[nodiscard]] const std::shared_ptr<RVGitDiffContents>& contents() const { return contents_; }
     /// Whether the "+++" line has passed.
     [[nodiscard]] bool isFinishedParsingHeader() const { return isFinishedParsingHeader_; }
     /// Of the last chunk: 1 for an ordinary diff.
@@ -41,6 +46,10 @@ public:
     [[nodiscard]] static const RVRegularExpression& combinedDiffHeaderRegex();
     [[nodiscard]] static const RVRegularExpression& indexRegex();
     [[nodiscard]] static const RVRegularExpression& chunkHeaderRegex();
+    /// The two groups of diffHeaderRegex(), found at a fraction of the cost. Empty if there is no
+    /// match.
+    [[nodiscard]] static std::vector<std::string_view> diffHeaderComponentsOfLine(
+        std::string_view line);
     /// The four groups of indexRegex(), found at a fraction of the cost, and in proportion to the
     /// length of a line that does not match; a group that took no part is empty. Empty if there is
     /// no match.
@@ -56,6 +65,7 @@ protected:
 private:
     explicit RVGitDiffOutputParser(std::shared_ptr<RVGitDiffContents> contents);
     bool parseDiffHeaderLine(std::string_view line);
+    void finishHeader();
     bool parseDiffLine(std::string_view line);
     bool parseCombinedDiffLine(std::string_view line);
     bool parseIndexLine(std::string_view line);
@@ -65,6 +75,7 @@ private:
     void beginRaw(std::uint32_t start);
     void appendToRaw(RVGitDiffContents::Range line);
     void advance(std::size_t column);
+    [[nodiscard]] std::optional<RVGitDiffLineType> typeOfStatus(std::string_view status);
 
     std::shared_ptr<RVGitDiffContents> contents_;
     std::uint32_t endOfLastLine_ = 0;

@@ -46,8 +46,9 @@ std::string RVGitDiffPatchGenerator::patchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes, int mode) const {
     requireParameter(chunkIndex < diff_->chunks().size(), "chunkIndex < chunks.count");
     const RVGitDiffChunk& chunk = *diff_->chunks()[chunkIndex];
-    RVGitDiffRange oldRange = chunk.fileRanges().at(0);
-    RVGitDiffRange newRange = chunk.fileRanges().at(1);
+    requireParameter(chunk.fileRanges().size() >= 2, "chunk.fileRanges.count >= 2");
+    RVGitDiffRange oldRange = chunk.fileRanges()[0];
+    RVGitDiffRange newRange = chunk.fileRanges()[1];
     std::string body;
     std::size_t index = 0;
     for (const RVGitDiffChunkLine& line : chunk.lines()) {

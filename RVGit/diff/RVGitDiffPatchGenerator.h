@@ -32,8 +32,8 @@ public:
     /// The selected lines, by their indexes in the chunk's lines. The chunk must exist. What is not
     /// selected is left as it is, but for a line that says that there is no newline at the end of
     /// the file: it is lost, so whoever selects the last line selects that one too. git refuses
-    /// the patch where nothing is left to change, where it takes back a part of a new file, or
-    /// makes a part of a deletion.
+    /// the patch where nothing is left to change, where it makes a part of a deletion, or where
+    /// such a line is missing behind one that stays or goes.
     [[nodiscard]] std::string indexPatchForChunkAtIndex(
         std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const;
     [[nodiscard]] std::string worktreePatchForChunkAtIndex(

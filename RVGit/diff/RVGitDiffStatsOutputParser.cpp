@@ -74,17 +74,24 @@ std::optional<RawRecord> rawRecordByColumns(std::string_view line) {
     return endsInASCII ? std::optional(record) : std::nullopt;
 }
 
+// A record may begin anywhere in the line; it is looked for where the last of its colons may stand.
 std::optional<RawRecord> rawRecord(std::string_view line) {
     static const RVRegularExpression expression(
-        R"(:+((\d{6} )+)(([a-f0-9]{40} )+)([ADMCR])([ADMCR])?(\d{1,3})?)");
-    if (line.find(':') == std::string_view::npos)
-        return std::nullopt;
-    if (auto record = rawRecordByColumns(line))
-        return record;
-    const auto groups = expression.firstMatch(line);
-    if (groups.empty())
-        return std::nullopt;
-    return RawRecord{*groups[1], *groups[3], *groups[5], groups[7].value_or("")};
+        R"(^:((\d{6} )+)(([a-f0-9]{40} )+)([ADMCR])([ADMCR])?(\d{1,3})?)");
+    const auto mayBeDigit = [](char c) {
+        return isDigit(c) || static_cast<unsigned char>(c) >= 0x80;
+    };
+    for (auto colon = line.find(':'); colon != std::string_view::npos;
+         colon = line.find(':', colon + 1)) {
+        if (colon + 1 == line.size() || !mayBeDigit(line[colon + 1]))
+            continue;
+        if (auto record = rawRecordByColumns(line.substr(colon)))
+            return record;
+        const auto groups = expression.firstMatch(line.substr(colon));
+        if (!groups.empty())
+            return RawRecord{*groups[1], *groups[3], *groups[5], groups[7].value_or("")};
+    }
+    return std::nullopt;
 }
 
 std::optional<NumstatRecord> numstatRecordByColumns(std::string_view line) {

@@ -145,6 +145,10 @@ public:
         return loadedDiffStats_;
     }
     [[nodiscard]] std::vector<RVGitDiffStatsOutputParserResultItem> takeLoadedDiffStats();
+    /// Kept for compatibility: nothing fills it.
+    [[nodiscard]] const std::vector<RVGitDiffStatsOutputParserResultItem>& diffStats() const {
+        return diffStats_;
+    }
 
     [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
     /// Whether git says that there is no commit yet: an empty history, and no failure.
@@ -201,6 +205,7 @@ private:
     std::int64_t commitCount_ = RVNotFound;
     std::vector<RVGitDiffMap> loadedDiffs_;
     std::vector<RVGitDiffStatsOutputParserResultItem> loadedDiffStats_;
+    std::vector<RVGitDiffStatsOutputParserResultItem> diffStats_;
 
     /// What has been parsed while git runs. It becomes the result only if the output as a whole
     /// does.

@@ -181,6 +181,14 @@ TEST_F(RVGitApplyCommandTest, ACorruptPatchFailsWith1400WhereGitSaysFatal) {
     EXPECT_EQ(errorOfAnswer("fatal: corrupt patch at line 12\n", 1).code(), RVGitRVGitGenericError);
 }
 
+TEST_F(RVGitApplyCommandTest, TheLineNumberStaysBesideTheFiles) {
+    useFakeGit().setAnswer({.standardError = "fatal: corrupt patch at line 12\n", .exitCode = 128});
+    const auto error = errorOf(*RVGitApplyCommand::gitApplyCommandWithRepository(
+        repository(), std::vector<std::string>{"a.patch", "b.patch"}, std::nullopt));
+    EXPECT_EQ(error.userInfoString(RVGitPatchLineNumberErrorKey), "12");
+    EXPECT_TRUE(error.userInfo().contains(RVGitFilePathsErrorKey));
+}
+
 TEST_F(RVGitApplyCommandTest, GarbageFailsWith1400WhereGitSaysFatal) {
     const auto error = errorOfAnswer("fatal: patch with only garbage at line 3\n", 128);
     EXPECT_EQ(error.code(), RVGitApplyPatchCorruptError);

@@ -318,35 +318,94 @@ TEST_F(RVGitChangesetTest, GeneratesThePatchThatGitPrints) {
     EXPECT_EQ(loader.generatePatchForFilePaths({"missing"}), "");
 }
 
-TEST_F(RVGitChangesetTest, AUsersConfigurationChangesNothing) {
-    write("old name é", "1\n2\n3\n");
-    write("f", "a\nb\nc\n");
+TEST_F(RVGitChangesetTest, TheDiffOfAnEntryIsThatOfItsFile) {
+    for (const char* name : {"a!", "a?", "a[b]", "ab", "*", ":k"})
+        write(name, "1\n");
     commitAll();
-    git({"mv", "old name é", "new name é"}, repositoryPath());
-    write("f", "a\nB\nc\n");
+    for (const char* name : {"a!", "a?", "a[b]", "ab", "*", ":k"})
+        write(name, std::string(name) + "\n");
     commitAll();
-    const auto expected = summary(changesetOfHead());
-    EXPECT_THAT(expected, ElementsAre("M f<f +1 -1", "R new name é<old name é +0 -0"));
-    for (const auto& [key, value] :
-         std::vector<std::pair<const char*, const char*>>{{"diff.noprefix", "true"},
-                                                          {"diff.mnemonicPrefix", "true"},
-                                                          {"diff.algorithm", "patience"},
-                                                          {"diff.renames", "copies"},
-                                                          {"diff.external", "false"},
-                                                          {"diff.wordRegex", "."},
-                                                          {"color.ui", "always"},
-                                                          {"core.quotePath", "false"},
-                                                          {"core.quotePath", "true"},
-                                                          {"log.showSignature", "true"},
-                                                          {"diff.submodule", "log"}}) {
-        git({"config", key, value}, repositoryPath());
-        const auto changeset = changesetOfHead();
-        EXPECT_EQ(summary(changeset), expected) << key;
-        const auto diff = changeset->diffForEntryWithFilePath("f");
-        ASSERT_NE(diff, nullptr) << key;
-        EXPECT_EQ(diff->linesAdded(), 1u) << key;
-        EXPECT_EQ(changeset->allDiffs()->size(), 2u) << key;
+    const auto changeset = changesetOfHead();
+    for (const char* name : {"a!", "a?", "ab", "*"}) {
+        const auto diff = changeset->diffForEntryWithFilePath(name);
+        ASSERT_NE(diff, nullptr) << name;
+        EXPECT_EQ(diff->filePath(), name);
     }
+    // To git it is a pattern that does not match itself.
+    std::optional<RVError> error = RVError("domain", 1);
+    EXPECT_EQ(changeset->diffForEntryWithFilePath(":k", &error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitChangesetTest, TheDiffOfADeletedFileIsFoundByItsOldPath) {
+    write("d!", "1\n");
+    write("d?", "1\n");
+    commitAll();
+    git({"rm", "--quiet", "d!", "d?"}, repositoryPath());
+    commitAll();
+    const auto diff = changesetOfHead()->diffForEntryWithFilePath("d?");
+    ASSERT_NE(diff, nullptr);
+    EXPECT_EQ(diff->oldFilePath(), "d?");
+    EXPECT_EQ(diff->filePath(), std::nullopt);
+}
+
+TEST_F(RVGitChangesetTest, CopiesAreFoundOnlyWhereTheConfigurationSaysSo) {
+    write("a", "1\n2\n3\n4\n5\n6\n");
+    write("kept", "a\nb\nc\nd\ne\nf\n");
+    commitAll();
+    write("b", "1\n2\n3\n4\n5\n6\n");
+    write("a", "1\n2\n3\n4\n5\nsix\n");
+    write("copy of kept", "a\nb\nc\nd\ne\nf\n");
+    commitAll();
+    EXPECT_THAT(summary(changesetOfHead()),
+                ElementsAre("M a<a +1 -1", "A b<b +6 -0", "A copy of kept<copy of kept +6 -0"));
+    git({"config", "diff.renames", "copies"}, repositoryPath());
+    const auto changeset = changesetOfHead();
+    EXPECT_THAT(summary(changeset),
+                ElementsAre("M a<a +1 -1", "C b<a +0 -0", "C copy of kept<kept +0 -0"));
+    EXPECT_TRUE(changeset->entries()[1]->isFileStatusCopied());
+    // The source stands ahead of it.
+    const auto diff = changeset->diffForEntryWithFilePath("b");
+    ASSERT_NE(diff, nullptr);
+    EXPECT_EQ(diff->filePath(), "b");
+    EXPECT_TRUE(diff->isFileStatusCopied());
+}
+
+TEST_F(RVGitChangesetTest, WithoutRenamesInTheConfigurationTheDiffIsThatOfADeletion) {
+    write("b", "1\n2\n3\n4\n5\n6\n");
+    commitAll();
+    git({"mv", "b", "c"}, repositoryPath());
+    commitAll();
+    git({"config", "diff.renames", "false"}, repositoryPath());
+    const auto changeset = changesetOfHead();
+    EXPECT_THAT(summary(changeset), ElementsAre("R c<b +0 -0"));
+    EXPECT_EQ(changeset->allDiffs()->size(), 2u);
+}
+
+TEST_F(RVGitChangesetTest, DiffsOfAnIndexChangesetAreThoseOfTheIndex) {
+    write("f", "1\n");
+    commitAll();
+    write("f", "2\n");
+    git({"add", "f"}, repositoryPath());
+    write("f", "3\n");
+    const auto changeset =
+        RVGitChangeset::changesetByComparingIndexWithBaseForFilePaths({}, repository(), noOptions);
+    ASSERT_NE(changeset, nullptr);
+    const auto recorder = useRecordingGit();
+    const auto diff = changeset->diffForEntryWithFilePath("f");
+    ASSERT_NE(diff, nullptr);
+    EXPECT_THAT(lastArguments(recorder), testing::Contains("--staged"));
+    EXPECT_EQ(diff->chunks().at(0)->content(), "1\n2\n");
+    ASSERT_TRUE(changeset->allDiffs());
+    EXPECT_THAT(lastArguments(recorder), testing::Contains("--staged"));
+}
+
+TEST_F(RVGitChangesetTest, WithFilePathsItIsTheLastCommitThatTouchedOne) {
+    write("a", "1\n");
+    commitAll();
+    write("b", "1\n");
+    commitAll();
+    EXPECT_THAT(summary(changesetOfHead({}, {"a"})), ElementsAre("A a<a +1 -0"));
 }
 
 TEST_F(RVGitChangesetTest, AnUnknownRevisionFails) {

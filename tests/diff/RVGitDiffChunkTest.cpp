@@ -112,6 +112,18 @@ TEST(RVGitDiffChunkTest, ContentWithoutLinesIsALineBreak) {
     EXPECT_THAT(chunk.addedLineNumberToLineMapping(), IsEmpty());
 }
 
+TEST(RVGitDiffChunkTest, LinesCanBeSearched) {
+    const auto diff =
+        RVGitDiff::diffFromRawDiff("diff --git a/x b/x\n+++ b/x\n@@ -1,2 +1,2 @@\n a\n-b\n+c\n");
+    const auto& chunk = diff->chunks().at(0);
+    const auto found = std::find_if(chunk->lines().begin(), chunk->lines().end(),
+                                    [](const auto& line) { return line.isDeletedLine(); });
+    ASSERT_FALSE(found == chunk->lines().end());
+    EXPECT_EQ((*found).content(), "b");
+    EXPECT_TRUE(std::none_of(chunk->lines().begin(), chunk->lines().end(),
+                             [](const auto& line) { return line.isNoNewlineAtEndOfFileLine(); }));
+}
+
 TEST(RVGitDiffChunkTest, DoesNotKeepItsDiffAlive) {
     auto diff = RVGitDiff::diffFromRawDiff("diff --git a/x b/x\n+++ b/x\n@@ -1 +1 @@\n+a\n");
     const auto chunk = diff->chunks().at(0);

@@ -140,4 +140,16 @@ TEST_F(RVGitDiffCommandTest, ExitCodeOfOneWithoutAMessageIsASuccess) {
     EXPECT_EQ(error->code(), RVGitRVGitGenericError);
 }
 
+TEST_F(RVGitDiffCommandTest, AGitThatWasKilledIsNoSuccess) {
+    RVFakeGit fake = useFakeGit();
+    for (const int exitCode : {2, 128, 137}) {
+        fake.setAnswer({.standardOutput = "diff --git a/f b/f\n", .exitCode = exitCode});
+        std::optional<RVError> error;
+        EXPECT_FALSE(command()->run(&error)) << exitCode;
+        EXPECT_TRUE(error) << exitCode;
+    }
+    fake.setAnswer({.standardOutput = "diff --git a/f b/f\n", .exitCode = 1});
+    EXPECT_TRUE(command()->run());
+}
+
 }  // namespace

@@ -426,11 +426,37 @@ TEST(RVGitDiffOutputParserTest, ChunkHeadersAreThoseOfTheRegularExpression) {
     }
     for (const char* line :
          {"@@ -1,2 +3,4 @@", "@@@ -1,2 -3 +5 @@@", "@ -1 +1 @", "@@@@ -1 +1 @ section @@",
-          "@@ -1,2, +1 @@", "@@  -1 +1 @@", "@@ -1 -2 @@", "@@ +1 @@", "@@ -\xD9\xA3 +1 @@"})
+          // By the expression it would take seconds to find that this is none.
+          "@@ -11111111 -11111111 -11111111 -11111111 x\xC3\xA9", "@@ -1,2, +1 @@", "@@  -1 +1 @@",
+          "@@ -1 -2 @@", "@@ +1 @@", "@@ -\xD9\xA3 +1 @@"})
         check(line);
     for (const std::string& line : damagedOutputs("@@@ -10,2 -3 +45,6 @@@ f"))
         check(line);
     EXPECT_GT(numberOfMatches, 300);
+}
+
+TEST(RVGitDiffOutputParserTest, DiffLinesAreThoseOfTheRegularExpression) {
+    std::mt19937 random(9);
+    const std::vector<std::string> pieces = {
+        "a/",   "b/",       " a/",  " b/",         " \"b/",       "\"a/",         "\"",
+        " ",    "x",        "a/x ", " b/y",        "diff --git ", "\t",           "\r",
+        "\x7F", "\xC3\xA9", "\\t",  "a",           "b",           "a/long/path ", "\x0B",
+        "\x0C", "/",        ".",    "\xC2\x85 b/", "\xE2\x80\xA8"};
+    int numberOfMatches = 0;
+    for (int round = 0; round < 60000; ++round) {
+        std::string line = random() % 8 ? "diff --git " : "";
+        if (random() % 2)
+            line += random() % 2 ? "a/" : "\"a/";
+        for (auto count = random() % 8; count > 0; --count)
+            line += pieces[random() % pieces.size()];
+        const auto match = RVGitDiffOutputParser::diffHeaderRegex().firstMatch(line);
+        std::vector<std::string_view> expected;
+        if (!match.empty())
+            expected = {*match[1], *match[2]};
+        ASSERT_EQ(RVGitDiffOutputParser::diffHeaderComponentsOfLine(line), expected) << line;
+        numberOfMatches += !match.empty();
+    }
+    EXPECT_GT(numberOfMatches, 1000);
 }
 
 TEST(RVGitDiffOutputParserTest, IndexLinesAreThoseOfTheRegularExpression) {

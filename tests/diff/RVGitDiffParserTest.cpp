@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <map>
 #include <random>
 
 #include "RVGit/base/RVDataBuffer.h"
@@ -78,6 +79,15 @@ TEST(RVGitDiffParserTest, LoneCarriageReturnCountsAsALineBreak) {
                 ElementsAre("+a\r\n", "diff --git a/x b/x\n"));
 }
 
+TEST(RVGitDiffParserTest, WhatIsToldOfASubmoduleStandsApart) {
+    const std::string output =
+        "diff --git a/a b/a\n+++ b/a\n@@ -0,0 +1 @@\n+a\n"
+        "Submodule inner 12ab..34cd:\n  > message\n"
+        "diff --git a/inner/f b/inner/f\n+++ b/inner/f\n@@ -0,0 +1 @@\n+f\rSubmodule x\n";
+    EXPECT_THAT(blocksOf(output), testing::SizeIs(3));
+    EXPECT_THAT(pathsOf(output), ElementsAre("a", "inner/f"));
+}
+
 TEST(RVGitDiffParserTest, TenBytesMustFollow) {
     EXPECT_THAT(blocksOf("x\ndiff --git"), ElementsAre("x\n", "diff --git"));
     EXPECT_THAT(blocksOf("x\ndiff --gi"), ElementsAre("x\ndiff --gi"));
@@ -86,8 +96,8 @@ TEST(RVGitDiffParserTest, TenBytesMustFollow) {
 TEST(RVGitDiffParserTest, BlocksOfRandomBytesAreThoseOfTheByteByByteWalk) {
     std::mt19937 random(11);
     const std::vector<std::string> pieces = {
-        "\n",         "\r",      "d", "diff --git",         "diff --cc ",
-        "diff --com", "diff --", "x", std::string(61, '+'), std::string(3, '\0')};
+        "\n",      "\r",         "d", "diff --git",         "diff --cc ",        "diff --com",
+        "diff --", "Submodule ", "x", std::string(61, '+'), std::string(3, '\0')};
     for (int round = 0; round < 3000; ++round) {
         std::string output;
         for (auto count = random() % 30; count > 0; --count)
@@ -135,6 +145,39 @@ TEST(RVGitDiffParserTest, ResultsShareTheOutputAndKeepItAlive) {
     EXPECT_EQ(diffs[1].contents()->text.data(), buffer->view().data() + 19);
     buffer.reset();
     EXPECT_EQ(diffs[1].gitDiffRaw(), "diff --git a/y b/y\n");
+}
+
+TEST(RVGitDiffParserTest, OutputThatArrivesInPiecesIsReadAsTheWhole) {
+    const std::string output =
+        "\ndiff --git a/x b/x\nindex 1..2 100644\n--- a/x\n+++ b/x\n@@ -1 +1,2 @@\n-a\n+b\r\n+c\n"
+        "diff --git a/y b/y\n+++ b/y\n@@ -1 +1 @@\n+\xE9\ndiff --git a/bad b/bad\nindex bad\n"
+        "diff --cc z\nindex 1,2..3\n--- a/z\n+++ b/z\n@@@ -1 -1 +1 @@@\n++z\n++\rdiff --gi";
+    std::vector<std::string> expected;
+    for (const RVGitDiffMap& diff : diffsOf(output))
+        expected.push_back(describedDiff(diff));
+    ASSERT_EQ(expected.size(), 3u);
+    std::mt19937 random(7);
+    for (std::size_t round = 0; round < 300; ++round) {
+        auto buffer = std::make_shared<RVDataBuffer>();
+        RVGitDiffParser parser(buffer);
+        // Each byte by itself first.
+        const std::size_t longest = 1 + round % 60;
+        for (std::size_t start = 0; start < output.size();) {
+            const std::size_t size = 1 + random() % longest;
+            // The bytes stand elsewhere each time.
+            auto grown = RVDataBuffer();
+            grown.append(buffer->view());
+            grown.append(std::string_view(output).substr(start, size));
+            *buffer = std::move(grown);
+            parser.parseAhead();
+            start += size;
+        }
+        EXPECT_TRUE(parser.parse());
+        std::vector<std::string> descriptions;
+        for (const RVGitDiffMap& diff : parser.result())
+            descriptions.push_back(describedDiff(diff));
+        ASSERT_EQ(descriptions, expected) << round;
+    }
 }
 
 TEST(RVGitDiffParserTest, OneFileInAnotherEncodingLeavesTheOthersAlone) {
@@ -219,6 +262,15 @@ TEST_F(RVGitDiffParserGitTest, UglyFilesAreReadAsThePlainWayReadsThem) {
                                  "\xC3\xA9t\xC3\xA9", "a -> b"})
             EXPECT_THAT(paths, testing::Contains(name)) << quotes;
     }
+    std::map<std::string, RVGitFileStatus> statuses;
+    for (const RVGitDiffMap& diff : diffsOf(diff({"HEAD~", "HEAD"})))
+        statuses[diff.gitDiffFilePath().value_or("")] = diff.gitDiffFileStatus();
+    EXPECT_EQ(statuses["copied"], RVGitFileStatusCopied);
+    EXPECT_EQ(statuses["renamed"], RVGitFileStatusRenamed);
+    EXPECT_EQ(statuses["caf\xC3\xA9"], RVGitFileStatusModified);
+    // The path is taken to begin behind the last " b/".
+    EXPECT_EQ(statuses["f b/d/e b/f"], RVGitFileStatusNone);
+    EXPECT_EQ(statuses["f"], RVGitFileStatusModified);
     // The lone carriage return has cut the file "cr" in two; the second piece is no diff.
     EXPECT_THAT(blocksOf(diff({"HEAD~", "HEAD", "--", "cr"})), testing::SizeIs(2));
     EXPECT_THAT(diffsOf(diff({"HEAD~", "HEAD", "--", "cr"})), testing::SizeIs(1));

@@ -124,8 +124,24 @@ TEST(RVGitDiffPatchGeneratorTest, ALengthMayFallBelowZero) {
               fileHeader + "@@ -1,0 +1,-1 @@\n");
 }
 
+TEST(RVGitDiffPatchGeneratorTest, AnyOtherModeIsTakenForTheSecond) {
+    const std::string diff = fileHeader + "@@ -10,3 +10,4 @@\n a\n-b\n+c\n+d\n e\n";
+    for (const int mode : {2, -1})
+        EXPECT_EQ(patchOf(diff, {2}, mode), patchOf(diff, {2}, worktreeMode));
+}
+
 TEST(RVGitDiffPatchGeneratorTest, NeedsADiff) {
     EXPECT_THROW(RVGitDiffPatchGenerator(nullptr), RVInvalidParameterException);
+}
+
+TEST(RVGitDiffPatchGeneratorTest, LinesNeedAChunkWithTwoRanges) {
+    const std::string text = fileHeader + "@@ -1 +1 @@\n-a\n+b\n";
+    EXPECT_THROW((void)RVGitDiffPatchGenerator(diffFrom(text)).patchForChunkAtIndex(1, {}, 0),
+                 RVInvalidParameterException);
+    const auto diff = diffFrom(text);
+    diff->setChunks({RVGitDiffChunk::diffChunkWithRawChunk("@@ -1 @@\n", {{1, 1}}, {})});
+    EXPECT_THROW((void)RVGitDiffPatchGenerator(diff).patchForChunkAtIndex(0, {}, 0),
+                 RVInvalidParameterException);
 }
 
 // Against git.
@@ -226,6 +242,11 @@ TEST_F(RVGitDiffPatchApplicationTest, GitRefusesToDeleteAPartOfADeletedFile) {
 TEST_F(RVGitDiffPatchApplicationTest, APartOfADeletedFileCanBeRestored) {
     EXPECT_TRUE(applies("a\nb\n", std::nullopt, {1}, worktreeMode));
     EXPECT_EQ(indexedFiles({"f"})["f"], "b\n");
+}
+
+TEST_F(RVGitDiffPatchApplicationTest, APartOfANewFileCanBeTakenBack) {
+    EXPECT_TRUE(applies(std::nullopt, "a\nb\nc\n", {1}, worktreeMode));
+    EXPECT_EQ(indexedFiles({"f"})["f"], "a\nc\n");
 }
 
 TEST_F(RVGitDiffPatchApplicationTest, GitRefusesAChangedLineWithoutItsNoNewlineMarker) {
@@ -390,10 +411,10 @@ std::string fileMeantBy(const Versions& versions, const RVGitDiffChunk& chunk,
     return joined(result);
 }
 
-/// RVGIT_TEST_PATCHES sets how many patches are made; some hundred by default.
+/// RVGIT_TEST_PATCHES sets another number.
 int numberOfRandomPatches() {
     const char* number = std::getenv("RVGIT_TEST_PATCHES");
-    return number ? std::atoi(number) : 600;
+    return number ? std::atoi(number) : 10000;
 }
 
 TEST_F(RVGitDiffPatchApplicationTest, RandomSelectionsGiveTheFilesThatTheyMean) {
@@ -420,6 +441,9 @@ TEST_F(RVGitDiffPatchApplicationTest, RandomSelectionsGiveTheFilesThatTheyMean) 
         // All patches of a mode are applied at once, each to a file of its own.
         std::string patches[2];
         std::map<std::string, std::string> meant[2];
+        // What each mode leaves undone of some files, as a patch in the other mode.
+        std::string complements[2];
+        std::vector<std::string> completedPaths;
         for (const auto& diff : diffs) {
             if (diff->chunks().empty())
                 continue;
@@ -447,6 +471,13 @@ TEST_F(RVGitDiffPatchApplicationTest, RandomSelectionsGiveTheFilesThatTheyMean) 
                 add(randomSelection(random, chunk, false), worktreeMode, *diff->oldFilePath());
             // What is not taken back is what is staged.
             if (diff->chunks().size() == 1) {
+                if (!staged.empty() && !takenBack.empty() && !diff->isFileStatusRenamed()) {
+                    complements[indexMode] += generator.patchForChunkAtIndex(
+                        chunkIndex, withMarkers(chunk, takenBack, worktreeMode), worktreeMode);
+                    complements[worktreeMode] += generator.patchForChunkAtIndex(
+                        chunkIndex, withMarkers(chunk, staged, indexMode), indexMode);
+                    completedPaths.push_back(*diff->filePath());
+                }
                 ASSERT_EQ(fileMeantBy(versions, chunk, staged, indexMode),
                           fileMeantBy(versions, chunk, takenBack, worktreeMode));
             }
@@ -461,22 +492,31 @@ TEST_F(RVGitDiffPatchApplicationTest, RandomSelectionsGiveTheFilesThatTheyMean) 
             for (const auto& [path, contents] : meant[mode])
                 ASSERT_EQ(results.at(path).value_or(""), contents)
                     << path << ", round " << round << ", mode " << mode;
-            if (mode == worktreeMode)
-                continue;
-            // The changes that are left lead to the new files.
-            std::string remainder;
-            std::vector<std::string> completedPaths;
-            for (const auto& diff : diffsBetween(gitInRepository({"write-tree"}), newTree)) {
-                if (diff->chunks().size() != 1 || !diff->filePath())
-                    continue;
-                remainder += *RVGitDiffPatchGenerator(diff).patchForChunkAtIndex(0);
-                completedPaths.push_back(*diff->filePath());
-            }
+            // A selection with its complement is the whole, whichever way.
             ASSERT_FALSE(completedPaths.empty());
-            ASSERT_TRUE(applies(remainder, indexMode)) << "round " << round;
-            for (const auto& [path, contents] : indexedFiles(completedPaths))
-                ASSERT_EQ(contents, newFiles.at(path)) << path << ", round " << round;
+            ASSERT_TRUE(applies(complements[mode], mode)) << "round " << round;
+            const Files& completed = mode == indexMode ? newFiles : oldFiles;
+            for (const auto& [path, contents] : indexedFiles(completedPaths)) {
+                const auto expected = completed.find(path);
+                ASSERT_EQ(contents, expected == completed.end() ? std::nullopt
+                                                                : std::optional(expected->second))
+                    << path << ", round " << round << ", mode " << mode;
+            }
         }
+        // Whole chunks make of any files the new ones.
+        readTree(oldTree);
+        ASSERT_TRUE(applies(patches[indexMode], indexMode));
+        std::string wholeChunks;
+        std::vector<std::string> changedPaths;
+        for (const auto& diff : diffsBetween(gitInRepository({"write-tree"}), newTree)) {
+            if (diff->chunks().size() != 1 || !diff->filePath())
+                continue;
+            wholeChunks += *RVGitDiffPatchGenerator(diff).patchForChunkAtIndex(0);
+            changedPaths.push_back(*diff->filePath());
+        }
+        ASSERT_TRUE(applies(wholeChunks, indexMode)) << "round " << round;
+        for (const auto& [path, contents] : indexedFiles(changedPaths))
+            ASSERT_EQ(contents, newFiles.at(path)) << path << ", round " << round;
     }
     for (const auto status : {RVGitFileStatusModified, RVGitFileStatusAdded, RVGitFileStatusDeleted,
                               RVGitFileStatusRenamed})

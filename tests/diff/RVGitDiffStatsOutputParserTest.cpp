@@ -242,6 +242,12 @@ TEST(RVGitDiffStatsOutputParserTest, NothingGivesNoItems) {
     EXPECT_THAT(parse("\0\n\0nonsense\0:\0\t\t\0"s), IsEmpty());
 }
 
+TEST(RVGitDiffStatsOutputParserTest, ColonsAloneCostNoMoreThanTheirNumber) {
+    const std::string colons(100000, ':');
+    EXPECT_THAT(parse(colons), IsEmpty());
+    EXPECT_THAT(parse(colons + raw("M", "a")), SizeIs(1));
+}
+
 TEST(RVGitDiffStatsOutputParserTest, PathsAreDecodedOneByOne) {
     EXPECT_THAT(counts(raw("M", "caf\xE9") + raw("M", "caf\xC3\xA9")),
                 ElementsAre("0-0 caf\xC3\xA9", "0-0 caf\xC3\xA9"));

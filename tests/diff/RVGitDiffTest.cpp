@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/diff/RVGitChangeset.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffMap.h"
 #include "RVGit/diff/RVGitDiffParser.h"
@@ -269,6 +270,159 @@ TEST_F(RVGitDiffTest, BlobsAreComparedByHash) {
         nullptr);
 }
 
+TEST_F(RVGitDiffTest, ABlobIsComparedWithDevNullAndWithoutTheOptions) {
+    const std::string hash = gitInRepository({"rev-parse", first_ + ":f"});
+    const RVRecordingGit recorder = useRecordingGit();
+    for (const bool isLeft : {true, false}) {
+        (void)RVGitDiff::diffByComparingBlob(isLeft ? std::optional(hash) : std::nullopt,
+                                             isLeft ? std::nullopt : std::optional(hash),
+                                             repository(),
+                                             RVOptions{{RVGitDiffOptionBinary, true}});
+        const auto arguments = lastArguments(recorder);
+        ASSERT_GT(arguments.size(), 2u);
+        const std::vector<std::string> sides(arguments.end() - 2, arguments.end());
+        EXPECT_EQ(sides[isLeft ? 0 : 1], hash);
+        EXPECT_EQ(sides[isLeft ? 1 : 0], "/dev/null");
+        EXPECT_THAT(arguments, Not(testing::Contains("--binary")));
+    }
+}
+
+TEST_F(RVGitDiffTest, ABlobIsComparedWithTheEmptyBlobOnEitherSide) {
+    const std::string hash = gitInRepository({"rev-parse", first_ + ":f"});
+    const auto added =
+        RVGitDiff::diffByComparingBlobWithEmptyBlob(std::nullopt, hash, repository());
+    ASSERT_TRUE(added);
+    EXPECT_EQ(added->linesAdded(), 3u);
+    EXPECT_EQ(added->linesDeleted(), 0u);
+    const auto deleted =
+        RVGitDiff::diffByComparingBlobWithEmptyBlob(hash, std::nullopt, repository());
+    ASSERT_TRUE(deleted);
+    EXPECT_EQ(deleted->linesAdded(), 0u);
+    EXPECT_EQ(deleted->linesDeleted(), 3u);
+    std::optional<RVError> error;
+    EXPECT_EQ(
+        RVGitDiff::diffByComparingBlobWithEmptyBlob("nothing", std::nullopt, repository(), &error),
+        nullptr);
+    EXPECT_TRUE(error);
+    EXPECT_THROW(
+        (void)RVGitDiff::diffByComparingBlobWithEmptyBlob(std::nullopt, std::nullopt, repository()),
+        RVInvalidParameterException);
+}
+
+TEST_F(RVGitDiffTest, WithFilePathsItIsTheLastCommitThatTouchedOne) {
+    const std::string third = commitFile(repositoryPath(), "other", "1\n", "Third");
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+                  third, {"f"}, repository(), none_)),
+              "-3;+THREE;");
+}
+
+TEST_F(RVGitDiffTest, WithoutOptionsTheWorkingTreeIsCompared) {
+    EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+                  second_, {}, repository(), std::nullopt)),
+              "-1;+ONE;-3;+THREE;");
+}
+
+// UTF-16 holds NUL bytes, which stand between the commits of a log.
+TEST_F(RVGitDiffTest, UTF16AsTextIsReadByGitDiffAndNotByGitLog) {
+    using namespace std::string_literals;
+    const auto textInUTF16 = [](const std::string& ascii) {
+        std::string text = "\xFF\xFE";
+        for (const char character : ascii)
+            text += {character, '\0'};
+        return text;
+    };
+    gitInRepository({"checkout", "-q", "-f"});
+    commitFile(repositoryPath(), ".gitattributes", "*.u16 diff\n", "Attributes");
+    commitFile(repositoryPath(), "a.u16", textInUTF16("one\ntwo\n"), "Text");
+    commitFile(repositoryPath(), "a.u16", textInUTF16("one\n2\n"), "Change");
+    const auto diffs =
+        RVGitDiff::allDiffsByComparingRevisions({"HEAD~", "HEAD"}, {}, repository(), none_);
+    ASSERT_TRUE(diffs);
+    ASSERT_EQ(diffs->size(), 1u);
+    EXPECT_FALSE(diffs->front()->isBinary());
+    EXPECT_EQ(diffs->front()->linesAdded(), 1u);
+    EXPECT_EQ(diffs->front()->linesDeleted(), 1u);
+    // The second byte of the last newline is a line without one.
+    EXPECT_EQ(changesOf(diffs), "-\0t\0w\0o\0;+\0\x32\0;\\ No newline at end of file;"s);
+    const auto diffsOfLog = RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+        "HEAD", {}, repository(), none_);
+    ASSERT_TRUE(diffsOfLog);
+    EXPECT_THAT(*diffsOfLog, IsEmpty());
+}
+
+TEST_F(RVGitDiffTest, UTF16IsBinaryUnlessAnAttributeSaysOtherwise) {
+    using namespace std::string_literals;
+    gitInRepository({"checkout", "-q", "-f"});
+    commitFile(repositoryPath(), "a.u16",
+               "\xFF\xFE"
+               "a\0\n\0"s,
+               "Text");
+    const auto diffs = RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+        "HEAD", {"a.u16"}, repository(), none_);
+    ASSERT_TRUE(diffs);
+    ASSERT_EQ(diffs->size(), 1u);
+    EXPECT_TRUE(diffs->front()->isBinary());
+    EXPECT_THAT(diffs->front()->chunks(), IsEmpty());
+}
+
+// git prints an empty line of context without its blank, and empty lines are passed over.
+TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLine) {
+    gitInRepository({"checkout", "-q", "-f"});
+    commitFile(repositoryPath(), "g", "a\n\nb\nc\n", "Blank");
+    commitFile(repositoryPath(), "g", "a\n\nb\nC\n", "Change");
+    const auto diffOf = [&] {
+        return RVGitDiff::allDiffsByComparingRevisions({"HEAD~", "HEAD"}, {}, repository(), none_)
+            ->at(0);
+    };
+    EXPECT_EQ(diffOf()->chunks()[0]->lines().size(), 5u);
+    gitInRepository({"config", "diff.suppressBlankEmpty", "true"});
+    const auto diff = diffOf();
+    EXPECT_EQ(diff->linesAdded(), 1u);
+    EXPECT_EQ(diff->linesDeleted(), 1u);
+    const auto& lines = diff->chunks()[0]->lines();
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[1].content(), "b");
+    EXPECT_THAT(lines[1].lineNumbers(), ElementsAre(2u, 2u));
+}
+
+TEST_F(RVGitDiffTest, AMergeOfEightParentsIsACombinedDiff) {
+    gitInRepository({"checkout", "-q", "-f"});
+    std::vector<std::string> command = {"commit-tree", "-m", "Merge"};
+    for (int parent = 0; parent < 8; ++parent) {
+        writeFile(repositoryPath() + "/f", "parent " + std::to_string(parent) + "\n");
+        gitInRepository({"add", "f"});
+        command.insert(command.end(),
+                       {"-p", gitInRepository({"commit-tree", "-m", "Parent", "-p", second_,
+                                               gitInRepository({"write-tree"})})});
+    }
+    writeFile(repositoryPath() + "/f", "merged\n");
+    gitInRepository({"add", "f"});
+    command.push_back(gitInRepository({"write-tree"}));
+    const std::string merge = gitInRepository(command);
+    const auto diffs = RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+        merge, {}, repository(), RVOptions{{RVGitDiffOptionMergeCommitsMergedFilePaths, true}});
+    ASSERT_TRUE(diffs);
+    ASSERT_EQ(diffs->size(), 1u);
+    const auto& diff = diffs->front();
+    EXPECT_TRUE(diff->isCombinedDiff());
+    EXPECT_EQ(diff->originalObjectHashes().size(), 8u);
+    ASSERT_EQ(diff->totalChunks(), 1u);
+    EXPECT_EQ(diff->chunks()[0]->fileRanges().size(), 9u);
+    EXPECT_EQ(diff->linesAdded(), 1u);
+    EXPECT_EQ(diff->linesDeleted(), 8u);
+    const auto changeset = RVGitChangeset::changesetByComparingRevisionWithAncestorForRevision(
+        merge, {}, repository(), RVOptions{{RVGitDiffOptionMergeCommitsMergedFilePaths, true}});
+    ASSERT_TRUE(changeset);
+    ASSERT_EQ(changeset->totalFilesChanged(), 1u);
+    const auto& entry = changeset->entries().front();
+    EXPECT_TRUE(entry->isCombinedDiff());
+    EXPECT_EQ(entry->originalObjectHashes().size(), 8u);
+    EXPECT_EQ(entry->originalFileModes().size(), 8u);
+    EXPECT_EQ(entry->objectHash(), diff->objectHash());
+    EXPECT_EQ(entry->linesAdded(), 0u);
+    EXPECT_EQ(entry->linesDeleted(), 0u);
+}
+
 TEST_F(RVGitDiffTest, NoBlobAtAllIsAFailedPrecondition) {
     try {
         (void)RVGitDiff::diffByComparingBlob(std::nullopt, std::nullopt, repository(), none_);
@@ -289,6 +443,13 @@ TEST_F(RVGitDiffTest, EqualityIsThatOfTheRawText) {
     EXPECT_FALSE(here->isEqualToDiff(*nowhere));
 }
 
+TEST_F(RVGitDiffTest, ADiffThatNothingSharesMakesPatches) {
+    const RVGitDiff diff = *RVGitDiff::diffFromRawDiff(rawDiff);
+    EXPECT_EQ(diff.patchForChunkAtIndex(0), *diff.header() + diff.chunks()[0]->rawChunk());
+    EXPECT_THAT(diff.indexPatchForChunkAtIndex(0, {2}), HasSubstr(" b\n+B\n"));
+    EXPECT_THAT(diff.worktreePatchForChunkAtIndex(0, {2}), HasSubstr(" a\n+B\n"));
+}
+
 TEST_F(RVGitDiffTest, PatchesOfAChunkComeFromTheGenerator) {
     const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
     EXPECT_EQ(diff->patchForChunkAtIndex(1), *diff->header() + diff->chunks()[1]->rawChunk());
@@ -296,27 +457,6 @@ TEST_F(RVGitDiffTest, PatchesOfAChunkComeFromTheGenerator) {
     EXPECT_THAT(diff->indexPatchForChunkAtIndex(0, {2}),
                 HasSubstr("@@ -1,2 +1,3 @@\n a\n b\n+B\n"));
     EXPECT_THAT(diff->worktreePatchForChunkAtIndex(0, {2}), HasSubstr("@@ -1,1 +1,2 @@\n a\n+B\n"));
-}
-
-// The user's configuration changes nothing of what is read.
-TEST_F(RVGitDiffTest, ConfigurationOfTheUserIsBeaten) {
-    const std::vector<std::pair<std::string, std::string>> settings = {
-        {"diff.noprefix", "true"},  {"diff.mnemonicPrefix", "true"}, {"diff.algorithm", "patience"},
-        {"diff.renames", "copies"}, {"diff.external", "false"},      {"diff.wordRegex", "."},
-        {"color.ui", "always"},     {"core.quotePath", "false"},     {"log.showSignature", "true"},
-        {"diff.submodule", "log"}};
-    for (const auto& [key, value] : settings) {
-        gitInRepository({"config", key, value});
-        EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
-                      second_, {}, repository(), none_)),
-                  "-2;+TWO;")
-            << key;
-        EXPECT_EQ(changesOf(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
-                      {}, repository(), none_)),
-                  "-1;+ONE;")
-            << key;
-        gitInRepository({"config", "--unset", key});
-    }
 }
 
 }  // namespace

@@ -331,7 +331,8 @@ std::vector<std::string> blocksOfTwin(std::string_view output) {
         if ((output[index] != '\n' && output[index] != '\r') || output.size() - index - 1 < 10)
             continue;
         const std::string_view next = output.substr(index + 1, 10);
-        if (next == "diff --git" || next == "diff --cc " || next == "diff --com") {
+        if (next == "diff --git" || next == "diff --cc " || next == "diff --com" ||
+            (next == "Submodule " && output[index] == '\n')) {
             blocks.push_back(block);
             block.clear();
         }

@@ -382,6 +382,7 @@ TEST_F(RVGitLogCommandTest, LoadsStatistics) {
     EXPECT_EQ(stats[0].filePath, "file.txt");
     EXPECT_EQ(stats[0].fileStatus, RVGitFileStatusAdded);
     EXPECT_EQ(stats[0].linesAdded, 1u);
+    EXPECT_THAT(command->diffStats(), IsEmpty());
 }
 
 TEST_F(RVGitLogCommandTest, PatchesComeAheadOfStatistics) {

@@ -15,8 +15,17 @@ namespace {
 
 // What a compiler's runtime or the search for programs needs, and nothing that git reads.
 constexpr const char* allowedVariables[] = {
-    "PATH",          "TMPDIR",      "ASAN_OPTIONS",      "LSAN_OPTIONS",      "TSAN_OPTIONS",
-    "UBSAN_OPTIONS", "GCOV_PREFIX", "GCOV_PREFIX_STRIP", "LLVM_PROFILE_FILE", "RVGIT_TEST_PATCHES",
+    "PATH",
+    "TMPDIR",
+    "ASAN_OPTIONS",
+    "LSAN_OPTIONS",
+    "TSAN_OPTIONS",
+    "UBSAN_OPTIONS",
+    "GCOV_PREFIX",
+    "GCOV_PREFIX_STRIP",
+    "LLVM_PROFILE_FILE",
+    "RVGIT_TEST_PATCHES",
+    "RVGIT_TEST_HISTORY",
 };
 
 std::string root;
