@@ -141,15 +141,8 @@ std::shared_ptr<RVGitDiff> RVGitChangeset::diffForEntryWithFilePath(const std::s
     const auto diffs = loader.loadDiffsForFilePaths(filePaths, error);
     if (!diffs)
         return nullptr;
-    if (diffs->empty()) {
+    auto diff = RVGitDiff::diffOfFile(diffs, *entry->filePath());
+    if (!diff)
         clearErrorPlace(error);
-        return nullptr;
-    }
-    // A path is a pattern to git, and a copy comes behind its source.
-    const auto isOfEntry = [&](const std::shared_ptr<RVGitDiff>& diff) {
-        const auto& path = diff->filePath() ? diff->filePath() : diff->oldFilePath();
-        return path && isEqualToUnicodeString(*path, *entry->filePath());
-    };
-    const auto found = std::ranges::find_if(*diffs, isOfEntry);
-    return found == diffs->end() ? diffs->front() : *found;
+    return diff;
 }

@@ -115,6 +115,20 @@ RVGitDiff::Diffs RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
                                                 error);
 }
 
+std::shared_ptr<RVGitDiff> RVGitDiff::diffOfFile(const Diffs& diffs, std::string_view filePath) {
+    if (RVArrayIsEmpty(diffs))
+        return nullptr;
+    for (const auto& diff : *diffs) {
+        const auto& path = diff->filePath() ? diff->filePath() : diff->oldFilePath();
+        if (path && isEqualToUnicodeString(*path, filePath))
+            return diff;
+    }
+    // The path that git prints may have been read in another way.
+    const bool mayBePattern =
+        filePath.starts_with(':') || filePath.find_first_of("*?[\\") != std::string_view::npos;
+    return mayBePattern ? nullptr : diffs->front();
+}
+
 std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlob(
     const std::optional<std::string>& leftObjectHash,
     const std::optional<std::string>& rightObjectHash,

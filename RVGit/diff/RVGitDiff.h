@@ -73,6 +73,11 @@ public:
     [[nodiscard]] static Diffs allDiffsByComparingIndexWithBaseForFilePaths(
         const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr);
+    /// Of what a comparison gave that was asked for one file, that file's diff. Git takes a path
+    /// for a pattern, so that the first diff may be another's; it counts only for a path that
+    /// cannot be a pattern. Null without one.
+    [[nodiscard]] static std::shared_ptr<RVGitDiff> diffOfFile(const Diffs& diffs,
+                                                               std::string_view filePath);
     /// At least one hash is required; an absent one becomes "/dev/null", with which git fails to
     /// compare a blob. The options are not passed on. Null also if the blobs are the same.
     [[nodiscard]] static std::shared_ptr<RVGitDiff> diffByComparingBlob(

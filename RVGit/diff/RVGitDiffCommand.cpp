@@ -29,16 +29,12 @@ void RVGitDiffCommand::gitCommandWillInitialize() {
     setGitCommand("diff");
     addGitCommandOptions(
         {"--no-color", "--word-diff=none", "--no-ext-diff", "--full-index", "-C", "-M"});
-    const std::pair<bool, const char*> flags[] = {
+    addGitCommandOptionsThatAreSet({
         {comparesToIndex_, "--staged"},
         {generatesBinaryDiffs_, "--binary"},
         {skipsRenameDetection_, "--no-renames"},
         {ignoresWhitespaceChanges_, "--ignore-all-space"},
-    };
-    for (const auto& [isSet, option] : flags) {
-        if (isSet)
-            addGitCommandOption(option);
-    }
+    });
     if (submodule_)
         addGitCommandOption("--submodule=" + *submodule_);
 }

@@ -38,10 +38,6 @@ std::shared_ptr<RVGitBlob> blobOfVersionClearingPlace(
     return nullptr;
 }
 
-std::shared_ptr<RVGitDiff> firstDiff(const RVGitDiff::Diffs& diffs) {
-    return RVArrayIsEmpty(diffs) ? nullptr : diffs->front();
-}
-
 }  // namespace
 
 RVGitWorkingTreeEntry::RVGitWorkingTreeEntry(std::shared_ptr<RVGitRepository> repository,
@@ -280,14 +276,16 @@ std::shared_ptr<RVGitBlob> RVGitWorkingTreeEntry::blobForUnmergedBaseVersion(
 
 std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::compareWorkingTreeWithIndexWithOptions(
     const std::optional<RVOptions>& options, RVErrorPlace error) const {
-    return firstDiff(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
-        {filePath()}, repository(), options, error));
+    return RVGitDiff::diffOfFile(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
+                                     {filePath()}, repository(), options, error),
+                                 filePath());
 }
 
 std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::compareIndexWithBaseWithOptions(
     const std::optional<RVOptions>& options, RVErrorPlace error) const {
-    return firstDiff(RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
-        {filePath()}, repository(), options, error));
+    return RVGitDiff::diffOfFile(RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
+                                     {filePath()}, repository(), options, error),
+                                 filePath());
 }
 
 std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::compareUnmergedVersionsWithOptions(
