@@ -11,6 +11,11 @@ class RVGitDiff;
 /// Writes patches that hold one chunk of a diff, or some of its lines. Meant for ordinary diffs: of
 /// a combined one only the first two ranges count. Nothing is read but the diff. Readable on any
 /// thread.
+///
+/// A chunk keeps its new location, which counts the changes of the chunks ahead of it, and git
+/// looks there first: where those are not applied, and the lines around the chunk come again at
+/// just that distance, the patch goes to the wrong one of them. More lines of context
+/// (RVGitDiffOptionContextLines) make that less likely.
 class RVGitDiffPatchGenerator {
 public:
     /// What the patch is to be applied to, and how.

@@ -276,6 +276,29 @@ TEST_F(RVGitDiffPatchApplicationTest, ANewFileTakenBackWhollyStaysEmpty) {
     EXPECT_EQ(indexedFiles({"f"})["f"], "");
 }
 
+TEST_F(RVGitDiffPatchApplicationTest, AmongEqualLinesALaterChunkMayGoToAnotherPlace) {
+    std::string equalLines;
+    for (int line = 0; line < 40; ++line)
+        equalLines += "same\n";
+    const std::string start = "1\n2\n3\n4\n5\n6\n7\n8\n";
+    const std::string half = equalLines.substr(equalLines.size() / 2);
+    const std::string oldTree = makeTree({{"f", start + equalLines}});
+    const std::string newTree = makeTree({{"f", "a\nb\nc\n" + start + half + "new\n" + half}});
+    const auto diff = diffsBetween(oldTree, newTree).at(0);
+    ASSERT_EQ(diff->chunks().size(), 2);
+    // The new location counts the three lines of the first chunk, and that is where git looks
+    // first.
+    readTree(oldTree);
+    EXPECT_TRUE(applies(*RVGitDiffPatchGenerator(diff).patchForChunkAtIndex(1), indexMode));
+    const std::string moved = "same\nsame\nsame\n";
+    EXPECT_EQ(indexedFiles({"f"})["f"], start + half + moved + "new\n" + half.substr(moved.size()));
+    // With the first chunk ahead of it, it goes to its place.
+    readTree(oldTree);
+    EXPECT_TRUE(applies(*RVGitDiffPatchGenerator(diff).patchForChunkAtIndex(0), indexMode));
+    EXPECT_TRUE(applies(*RVGitDiffPatchGenerator(diff).patchForChunkAtIndex(1), indexMode));
+    EXPECT_EQ(indexedFiles({"f"})["f"], "a\nb\nc\n" + start + half + "new\n" + half);
+}
+
 // Random selections.
 
 using Lines = std::vector<std::string>;
