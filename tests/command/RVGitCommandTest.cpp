@@ -1,7 +1,6 @@
 #include "RVGit/command/RVGitCommand.h"
 
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <atomic>
@@ -99,30 +98,6 @@ protected:
     }
 
     std::shared_ptr<RVGitBinary> realGit() { return RVGitBinary::gitBinaryWithPath(gitPath()); }
-
-    void expectEveryBatchOfLongPathsToLaunch() {
-        std::vector<std::string> paths;
-        for (int number = 0; number < 4000; ++number)
-            paths.push_back(std::to_string(number) + std::string(4000, 'x'));
-        auto remaining = paths;
-        std::vector<std::string> seen;
-        bool exceeds = true;
-        int batches = 0;
-        while (exceeds) {
-            const auto batch = RVGitCommand::filePathsForGitCommand(remaining, &exceeds);
-            auto command = scripted("printf %s $#");
-            command->addGitCommandArguments(batch);
-            RVErrorPlace none = nullptr;
-            ASSERT_TRUE(command->run(none));
-            EXPECT_EQ(command->standardOutputString(), std::to_string(batch.size() + 1));
-            seen.insert(seen.end(), batch.begin(), batch.end());
-            if (exceeds)
-                remaining = RVGitCommand::remainingFilePathsFromFilePaths(remaining);
-            ++batches;
-        }
-        EXPECT_GT(batches, 1);
-        EXPECT_EQ(seen, paths);
-    }
 };
 
 TEST_F(RVGitCommandTest, ABinaryOrARepositoryIsRequired) {
@@ -331,51 +306,6 @@ TEST_F(RVGitCommandTest, TheOverflowReachesWhoeverWaitsForAnEnqueuedCommandAndTh
     EXPECT_THROW(command->waitUntilFinished(), RVGitCommandArgumentsOverflowException);
     auto next = scripted("exit 0");
     EXPECT_TRUE(next->run());
-}
-
-TEST_F(RVGitCommandTest, FilePathsAreCutAt4000) {
-    bool exceeds = true;
-    const std::vector<std::string> exactly(4000, "path");
-    EXPECT_EQ(RVGitCommand::filePathsForGitCommand(exactly, &exceeds), exactly);
-    EXPECT_FALSE(exceeds);
-    std::vector<std::string> more = exactly;
-    more.push_back("last");
-    EXPECT_EQ(RVGitCommand::filePathsForGitCommand(more, &exceeds), exactly);
-    EXPECT_TRUE(exceeds);
-    EXPECT_THAT(RVGitCommand::remainingFilePathsFromFilePaths(more), ElementsAre("last"));
-    EXPECT_TRUE(RVGitCommand::filePathsForGitCommand({}, &exceeds).empty());
-    EXPECT_FALSE(exceeds);
-}
-
-TEST_F(RVGitCommandTest, FilePathsAreCutAtTheMaximumThatIsSet) {
-    ASSERT_EQ(RVGitCommand::maximumNumberOfAllowedFilePathArguments(), 4000u);
-    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(2);
-    bool exceeds = false;
-    EXPECT_THAT(RVGitCommand::filePathsForGitCommand({"a", "b", "c"}, &exceeds),
-                ElementsAre("a", "b"));
-    EXPECT_TRUE(exceeds);
-    EXPECT_THAT(RVGitCommand::remainingFilePathsFromFilePaths({"a", "b", "c"}), ElementsAre("c"));
-    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(4000);
-}
-
-TEST_F(RVGitCommandTest, LongPathsAreCutEarlierSoThatEveryBatchLaunches) {
-    expectEveryBatchOfLongPathsToLaunch();
-}
-
-TEST_F(RVGitCommandTest, LongPathsAreCutWhereTheStackIsUnlimitedToo) {
-    rlimit before;
-    getrlimit(RLIMIT_STACK, &before);
-    const rlimit unlimited{before.rlim_max, before.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_STACK, &unlimited), 0);
-    expectEveryBatchOfLongPathsToLaunch();
-    setrlimit(RLIMIT_STACK, &before);
-}
-
-TEST_F(RVGitCommandTest, OnePathAlwaysGoesHoweverLong) {
-    bool exceeds = true;
-    const std::vector<std::string> huge = {std::string(100'000'000, 'x'), "next"};
-    EXPECT_EQ(RVGitCommand::filePathsForGitCommand(huge, &exceeds).size(), 1u);
-    EXPECT_TRUE(exceeds);
 }
 
 TEST_F(RVGitCommandTest, HooksOfASuccessRunInOrder) {
