@@ -27,20 +27,22 @@ struct BatchResult {
     bool allSucceeded = true;
 };
 
-/// Runs the operation on one batch after the other, until one fails. It is told whether the batch
-/// is the first. Each batch is cut from a window on the list, so that no path is copied for every
-/// batch before it.
+/// Runs the operation on one batch after the other, until one fails. The list is sliced by the
+/// maximum number of paths, and a slice with too many bytes is cut further; the operation is told
+/// whether the batch belongs to the first slice. Each batch is cut from a window on the list, so
+/// that no path is copied for every batch before it.
 BatchResult runBatches(const Paths& filePaths,
                        const std::function<bool(Paths batch, bool isFirst)>& operation) {
+    const auto maximum =
+        std::max<std::size_t>(RVGitCommand::maximumNumberOfAllowedFilePathArguments(), 1);
     std::size_t position = 0;
     while (position < filePaths.size()) {
         const auto begin = filePaths.begin() + static_cast<std::ptrdiff_t>(position);
-        const std::size_t count = std::min(
-            filePaths.size() - position,
-            std::max<std::size_t>(RVGitCommand::maximumNumberOfAllowedFilePathArguments(), 1));
+        const std::size_t count =
+            std::min(filePaths.size() - position, maximum - position % maximum);
         Paths batch = RVGitCommand::filePathsForGitCommand(
             {begin, begin + static_cast<std::ptrdiff_t>(count)}, nullptr);
-        const bool isFirst = position == 0;
+        const bool isFirst = position < maximum;
         position += batch.size();
         if (!operation(std::move(batch), isFirst))
             return {.firstSucceeded = !isFirst, .allSucceeded = false};
@@ -144,7 +146,7 @@ bool RVGitWorkingTreeManager::resetToRevision(
 
 bool RVGitWorkingTreeManager::stageFiles(const std::vector<std::string>& filePaths,
                                          RVErrorPlace error) {
-    return stageFiles(filePaths, 0U, error);
+    return stageFiles(filePaths, RVGitStageOptionNone, error);
 }
 
 bool RVGitWorkingTreeManager::stageFiles(const std::vector<std::string>& filePaths,

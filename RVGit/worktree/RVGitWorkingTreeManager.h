@@ -14,6 +14,8 @@ class RVURL;
 
 /// How RVGitWorkingTreeManager::stageFiles() stages.
 enum RVGitStageOptions : unsigned {
+    /// In a call a plain 0 would be ambiguous: it could be the error place.
+    RVGitStageOptionNone = 0,
     /// Stages ignored files as well.
     RVGitStageOptionForce = 1,
     /// Stages the name without the contents.
@@ -35,11 +37,16 @@ enum RVGitMoveOptions : unsigned {
 /// stands for all in it. For names that come from a listing, pass ":(literal)" with the name behind
 /// it, or set "GIT_LITERAL_PATHSPECS" to "1" in RVGitCommandEnvironment for the time, but not while
 /// a stash is saved, since git stash has patterns of its own; else an operation that loses changes
-/// may lose those of other files.
+/// may lose those of other files. Where paths are taken as they are, one with a leading dash would
+/// be an option: write "./-name".
 ///
 /// A list of more paths than one command line takes is cut into batches, one process for each, in
-/// order. A batch that fails ends the operation, and those before it stay applied. A list without
-/// paths is a success, and nothing runs. Where an operation differs, it says so.
+/// order: 4000 paths (RVGitCommand::maximumNumberOfAllowedFilePathArguments()) make a slice, which
+/// is one batch or, if its paths are long, several. A batch that fails ends the operation, and
+/// those before it stay applied. One that is cancelled counts as a success: the next one runs, and
+/// a patch may end anywhere. A list without paths is a success, and nothing runs. Where an
+/// operation differs, it says so; one that is not cut into batches throws
+/// RVGitCommandArgumentsOverflowException for more paths than about 4090.
 class RVGitWorkingTreeManager {
 public:
     /// The repository is required.
@@ -52,12 +59,12 @@ public:
     // HEAD.
 
     /// Checks out a branch or another revision. Changes are kept; code 1600 where they would be
-    /// overwritten. Kept for compatibility: a name that is no revision, but a file's, reverts that
-    /// file to the index, and its changes are lost.
+    /// overwritten. Ignored files in the way are overwritten. Kept for compatibility: a name that
+    /// is no revision, but a file's, reverts that file to the index, and its changes are lost.
     [[nodiscard]] bool checkoutRevision(const std::string& revision, RVErrorPlace error = nullptr);
     /// Moves HEAD and what `withMode` says; or, with paths, sets their index entries alone, for
     /// which the mode must be none. An absent revision is HEAD. RVGitResetModeHard loses changes.
-    /// Neither cut into batches nor skipped for an empty list.
+    /// Not cut into batches. An empty list counts as none: HEAD moves.
     [[nodiscard]] bool resetToRevision(const std::optional<std::string>& revision,
                                        RVGitResetMode withMode,
                                        const std::optional<std::vector<std::string>>& filePaths,
@@ -66,18 +73,20 @@ public:
     // The index.
 
     /// Stages the files as they are, removed ones as removals. `options` are RVGitStageOptions and
-    /// apply, kept for compatibility, to the first batch alone. Code 1300 if git finds no file at a
+    /// apply, kept for compatibility, to the first slice alone. Code 1300 if git finds no file at a
     /// path; nothing of the batch is staged then. An ignored file that is not forced fails with
     /// code 1, and the others are staged.
     [[nodiscard]] bool stageFiles(const std::vector<std::string>& filePaths,
                                   RVErrorPlace error = nullptr);
     [[nodiscard]] bool stageFiles(const std::vector<std::string>& filePaths, unsigned options,
                                   RVErrorPlace error = nullptr);
+    /// Stages all changes, new files and removals; ignored files stay out.
     [[nodiscard]] bool stageAllFiles(RVErrorPlace error = nullptr);
     /// Sets the files' index entries to those of HEAD, and removes the entries of files that HEAD
     /// does not have. The working tree is left alone.
     [[nodiscard]] bool unstageFiles(const std::vector<std::string>& filePaths,
                                     RVErrorPlace error = nullptr);
+    /// The same for every file: all that is staged, removals too.
     [[nodiscard]] bool unstageAllFiles(RVErrorPlace error = nullptr);
     /// Removes files from the index and leaves them in the working tree. A path that git does not
     /// know is no failure.
@@ -89,7 +98,7 @@ public:
     [[nodiscard]] bool unresolveIndexEntries(const std::vector<std::string>& filePaths,
                                              RVErrorPlace error = nullptr);
     /// Has git take the files for unchanged without looking at them, or look again. Paths are
-    /// taken as they are. Kept for compatibility: the result is that of the first batch, while
+    /// taken as they are. Kept for compatibility: the result is that of the first slice, while
     /// `error` is filled by any. Code 3000 for a path that is not in the index.
     [[nodiscard]] bool setAssumeUnchangedFlagForFilePaths(const std::vector<std::string>& filePaths,
                                                           RVErrorPlace error = nullptr);
@@ -104,20 +113,20 @@ public:
     [[nodiscard]] bool removeFiles(const std::vector<std::string>& filePaths,
                                    RVErrorPlace error = nullptr);
     /// Moves or renames a file or directory, in the index and the working tree. Paths are taken as
-    /// they are. The same path twice is a success, and nothing runs. Codes 2100 to 2106: see
-    /// RVGitMoveCommand.
+    /// they are. The same path twice, or in two Unicode forms, is a success, and nothing runs, even
+    /// where the two forms are two files. Codes 2100 to 2106: see RVGitMoveCommand.
     ///
     /// A rename that changes only the case of letters is always forced, since the two names may be
     /// one file; where they are two, the second is overwritten.
     [[nodiscard]] bool moveFileAtPath(const std::string& filePath, const std::string& toPath,
                                       unsigned options, RVErrorPlace error = nullptr);
     /// Replaces the files and their index entries by those of HEAD or of the revision: their
-    /// changes are lost, and so is a directory that stands where a file was, with all that is in
-    /// it. A path that the revision does not have fails with code 1, and nothing of the batch is
-    /// reverted. "--ours" and "--theirs" in the revision's place take one side of a conflict, and
-    /// leave the conflict in the index.
+    /// changes are lost, and so is what stands in the way of a file: one that is untracked or
+    /// ignored, or a directory with all that is in it. A path that the revision does not have fails
+    /// with code 1, and nothing of the batch is reverted. "--ours" and "--theirs" in the revision's
+    /// place take one side of a conflict, and leave the conflict in the index.
     ///
-    /// Kept for compatibility: batches behind the first are reverted to HEAD, whatever the
+    /// Kept for compatibility: slices behind the first are reverted to HEAD, whatever the
     /// revision, and the result is that of the first, while `error` is filled by any.
     [[nodiscard]] bool revertFiles(const std::vector<std::string>& filePaths,
                                    RVErrorPlace error = nullptr);

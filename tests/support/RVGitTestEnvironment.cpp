@@ -26,6 +26,7 @@ constexpr const char* allowedVariables[] = {
     "LLVM_PROFILE_FILE",
     "RVGIT_TEST_PATCHES",
     "RVGIT_TEST_HISTORY",
+    "RVGIT_TEST_LONG_LISTS",
 };
 
 std::string root;

@@ -262,6 +262,17 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingReplacesADirectoryThatStandsIn
     EXPECT_EQ(read("file"), "committed\n");
 }
 
+TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingReplacesUnknownFilesThatTheRevisionHas) {
+    git({"rm", "-q", "-r", "file", "dir"}, repositoryPath());
+    write(".gitignore", "file\n");
+    commitAll();
+    write("file", "ignored\n");
+    write("dir/inner", "untracked\n");
+    EXPECT_TRUE(manager().revertFiles({"file", "dir/inner"}, "HEAD^"));
+    EXPECT_EQ(read("file"), "committed\n");
+    EXPECT_EQ(read("dir/inner"), "committed\n");
+}
+
 TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingASubmoduleLeavesItsFilesAlone) {
     addChangedSubmodule();
     commitFile("repository/sub", "tracked", "two\n", "Message");
@@ -386,6 +397,16 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, CheckingOutARevisionKeepsChangesOrFails
     EXPECT_EQ(read("file"), "changed\n");
 }
 
+TEST_F(RVGitWorkingTreeManagerFilesTest, CheckingOutARevisionOverwritesIgnoredFiles) {
+    git({"branch", "topic"}, repositoryPath());
+    git({"rm", "-q", "file"}, repositoryPath());
+    write(".gitignore", "file\n");
+    commitAll();
+    write("file", "ignored\n");
+    EXPECT_TRUE(manager().checkoutRevision("topic"));
+    EXPECT_EQ(read("file"), "committed\n");
+}
+
 TEST_F(RVGitWorkingTreeManagerFilesTest, CheckingOutANameThatIsAFileRevertsTheFile) {
     changeFileTwice();
     EXPECT_TRUE(manager().checkoutRevision("file"));
@@ -429,6 +450,16 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, ABareRepositoryHasNoWorkingTree) {
           errorOf([&](RVErrorPlace place) { return bare.revertFiles({"file"}, place); }),
           errorOf([&](RVErrorPlace place) { return bare.commitWithMessage("a", 0, place); })})
         EXPECT_EQ(error.code(), RVGitNoWorkTreeError);
+}
+
+TEST_F(RVGitWorkingTreeManagerFilesTest, ResettingWithAnEmptyListMovesHeadAndLosesChanges) {
+    const std::string first = gitInRepository({"rev-parse", "HEAD"});
+    commitFile("repository", "other", "newer\n", "Message");
+    write("file", "changed\n");
+    EXPECT_TRUE(manager().resetToRevision("HEAD^", RVGitResetModeHard, Paths()));
+    EXPECT_EQ(gitInRepository({"rev-parse", "HEAD"}), first);
+    EXPECT_EQ(read("file"), "committed\n");
+    EXPECT_FALSE(exists("other"));
 }
 
 TEST_F(RVGitWorkingTreeManagerFilesTest, EachResetModeKeepsWhatItPromises) {

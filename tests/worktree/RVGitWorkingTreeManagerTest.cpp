@@ -26,13 +26,6 @@ protected:
     static void cutListsAfterTwoPaths() {
         RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(2);
     }
-    /// Records every call and answers it with success.
-    [[nodiscard]] RVRecordingGit useDeafRecordingGit() const {
-        RVRecordingGit recorder(scratchPath("deaf-git"), "/bin/true");
-        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(recorder.path()));
-        recorder.clear();
-        return recorder;
-    }
     /// A git that fails where the word stands on the line; a recording git gets the other calls.
     [[nodiscard]] std::pair<RVFakeGit, RVRecordingGit> useGitThatFailsFor(
         const std::string& word,
@@ -73,7 +66,8 @@ TEST_F(RVGitWorkingTreeManagerTest, TheLineOfEachOperation) {
         {[&] { return manager().resetToRevision(std::nullopt, RVGitResetModeNone, Paths()); },
          {"reset", "-q", "--"}},
         {[&] { return manager().stageFiles(paths); }, {"add", "--all", "--", "a", "-b"}},
-        {[&] { return manager().stageFiles(paths, 0U); }, {"add", "--all", "--", "a", "-b"}},
+        {[&] { return manager().stageFiles(paths, RVGitStageOptionNone); },
+         {"add", "--all", "--", "a", "-b"}},
         {[&] { return manager().stageFiles(paths, RVGitStageOptionForce); },
          {"add", "--all", "-f", "--", "a", "-b"}},
         {[&] { return manager().stageFiles(paths, RVGitStageOptionIntentToAdd); },
@@ -205,13 +199,29 @@ TEST_F(RVGitWorkingTreeManagerTest, OtherOperationsRepeatThemselvesForEachBatch)
     }
 }
 
-TEST_F(RVGitWorkingTreeManagerTest, OperationsThatDoNotBatchTakeAnyList) {
+TEST_F(RVGitWorkingTreeManagerTest, OperationsThatDoNotBatchRunOnceOrThrow) {
     cutListsAfterTwoPaths();
     const auto recorder = useDeafRecordingGit();
     EXPECT_TRUE(manager().revertUnmergedFiles(fivePaths));
     EXPECT_TRUE(manager().unresolveIndexEntries(fivePaths));
     EXPECT_TRUE(manager().resetToRevision("HEAD", RVGitResetModeNone, fivePaths));
     EXPECT_EQ(recorder.invocations().size(), 3U);
+
+    const Paths tooMany(4097, "a");
+    using Overflow = RVGitCommandArgumentsOverflowException;
+    EXPECT_THROW((void)manager().revertUnmergedFiles(tooMany), Overflow);
+    EXPECT_THROW((void)manager().unresolveIndexEntries(tooMany), Overflow);
+    EXPECT_THROW((void)manager().resetToRevision("HEAD", RVGitResetModeNone, tooMany), Overflow);
+    EXPECT_EQ(recorder.invocations().size(), 3U);
+}
+
+TEST_F(RVGitWorkingTreeManagerTest, AMaximumOfZeroPassesOnePathAtATime) {
+    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(0);
+    const auto recorder = useDeafRecordingGit();
+    EXPECT_TRUE(manager().revertFiles({"a", "b", "c"}, "v1"));
+    EXPECT_THAT(commandLines(recorder), ElementsAre(Paths{"checkout", "v1", "--", "a"},
+                                                    Paths{"checkout", "HEAD", "--", "b"},
+                                                    Paths{"checkout", "HEAD", "--", "c"}));
 }
 
 TEST_F(RVGitWorkingTreeManagerTest, AListAsLongAsTheLimitIsOneBatch) {

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/worktree/RVGitWorkingTreeManager.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
@@ -65,6 +66,13 @@ protected:
         std::optional<RVError> error;
         EXPECT_FALSE(operation(&error));
         return error.value_or(RVError("none", 0));
+    }
+    /// Records every call and answers it with success.
+    [[nodiscard]] RVRecordingGit useDeafRecordingGit() const {
+        RVRecordingGit recorder(scratchPath("deaf-git"), "/bin/true");
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(recorder.path()));
+        recorder.clear();
+        return recorder;
     }
     /// The recorded arguments from the command word on.
     [[nodiscard]] static std::vector<Paths> commandLines(const RVRecordingGit& recorder) {
