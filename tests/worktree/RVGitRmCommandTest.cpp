@@ -13,10 +13,27 @@ using testing::ElementsAre;
 
 class RVGitRmCommandTest : public RVGitFlagTestCase {
 protected:
+    void TearDown() override {
+        if (!immutablePath_.empty()) {
+            EXPECT_EQ(runProgram({"chattr", "-i", immutablePath_}).exitCode, 0);
+        }
+    }
+
+    /// Until the test ends, so that the scratch directory can be deleted. False where the file
+    /// system or the privileges do not allow it.
+    [[nodiscard]] bool makeImmutable(const std::string& path) {
+        if (runProgram({"chattr", "+i", path}).exitCode != 0)
+            return false;
+        immutablePath_ = path;
+        return true;
+    }
     [[nodiscard]] std::shared_ptr<RVGitRmCommand> commandFor(
         std::optional<Arguments> filePaths) const {
         return RVGitRmCommand::gitRmCommandWithRepository(repository(), std::move(filePaths));
     }
+
+private:
+    std::string immutablePath_;
 };
 
 TEST_F(RVGitRmCommandTest, ArgumentsOfEachField) {
@@ -50,11 +67,9 @@ TEST_F(RVGitRmCommandTest, OptionsOfTheCallerStandFirst) {
 
 TEST_F(RVGitRmCommandTest, AFileThatMayNotBeRemovedFailsWith2600) {
     commitFile("repository", "it's fixed", "one\n", "Message");
-    const std::string path = scratchPath("repository/it's fixed");
-    if (runProgram({"chattr", "+i", path}).exitCode != 0)
+    if (!makeImmutable(scratchPath("repository/it's fixed")))
         GTEST_SKIP() << "the file system or the privileges do not allow immutable files";
     const auto error = errorOf(*commandFor(Arguments{"it's fixed"}));
-    ASSERT_EQ(runProgram({"chattr", "-i", path}).exitCode, 0);
     EXPECT_EQ(error.code(), RVGitRemoveOperationNotPermittedError);
     EXPECT_EQ(error.userInfoString(RVGitSubmodulePathErrorKey), "it's fixed");
     EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "");

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <functional>
@@ -10,6 +11,8 @@
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/worktree/RVGitCommitCommand.h"
+#include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
 #include "tests/worktree/RVGitWorkingTreeManagerTestCase.h"
 
 namespace {
@@ -78,6 +81,26 @@ TEST_F(RVGitWorkingTreeManagerLockTest, EachOperationFailsWith103WhileTheIndexIs
     }
 }
 
+TEST_F(RVGitWorkingTreeManagerLockTest, UnresolvingFailsWith103WhileTheIndexIsLocked) {
+    git({"commit", "-q", "-a", "-m", "Message"}, repositoryPath());
+    git({"checkout", "-q", "-b", "theirs"}, repositoryPath());
+    commitFile("repository", "c", "theirs\n", "Theirs");
+    git({"checkout", "-q", "main"}, repositoryPath());
+    commitFile("repository", "c", "ours\n", "Ours");
+    ASSERT_EQ(runGit({"merge", "theirs"}, repositoryPath()).exitCode, 1);
+    write("c", "resolved\n");
+    git({"add", "c"}, repositoryPath());
+    write(lock, "");
+    const auto error =
+        errorOf([&](RVErrorPlace place) { return manager().unresolveIndexEntries({"c"}, place); });
+    EXPECT_EQ(error.code(), RVGitIndexLockError);
+    EXPECT_THAT(status(), testing::ElementsAre("M  c"));
+    EXPECT_TRUE(exists(lock));
+    std::filesystem::remove(scratchPath("repository/" + lock));
+    EXPECT_TRUE(manager().unresolveIndexEntries({"c"}));
+    EXPECT_THAT(status(), testing::ElementsAre("UU c"));
+}
+
 TEST_F(RVGitWorkingTreeManagerLockTest, PatchesOfTheWorkingTreeNeedNoLock) {
     write(lock, "");
     EXPECT_TRUE(
@@ -87,26 +110,47 @@ TEST_F(RVGitWorkingTreeManagerLockTest, PatchesOfTheWorkingTreeNeedNoLock) {
     EXPECT_EQ(read("d"), "two\n");
 }
 
-TEST_F(RVGitWorkingTreeManagerLockTest, PollingTheStatusDisturbsStagingAndCommittingByLocksAlone) {
+TEST_F(RVGitWorkingTreeManagerLockTest,
+       PollingTheListingsDisturbsStagingAndCommittingByLocksAlone) {
     constexpr int numberOfCommits = 200;
     std::atomic<bool> isDone = false;
-    int numberOfPolls = 0;
+    std::atomic<int> numberOfPolls = 0;
     std::vector<RVError> pollErrors;
+    int numberOfWrongLists = 0;
     std::thread poller([&] {
+        const RVOptions withUnchanged{{RVGitWorkingTreeOptionIncludeUnchangedFiles, true}};
         do {
-            const auto command = RVGitCommand::gitCommandWithRepository(repository());
-            command->setGitCommand("status");
-            command->addGitCommandOptions({"--porcelain=v2", "-z"});
-            std::optional<RVError> error;
-            if (!command->run(&error))
-                pollErrors.push_back(error.value_or(RVError("none", 0)));
+            for (const bool isChangedOnly : {true, false}) {
+                std::optional<RVError> error;
+                const auto entries =
+                    isChangedOnly ? RVGitWorkingTreeEntry::changedWorkingTreeEntriesForRepository(
+                                        repository(), &error)
+                                  : RVGitWorkingTreeEntry::allWorkingTreeEntriesForRepository(
+                                        repository(), withUnchanged, &error);
+                if (!entries || error) {
+                    pollErrors.push_back(error.value_or(RVError("none", 0)));
+                    continue;
+                }
+                // "a" is changed all the time; "b" and "c" come and go.
+                const auto isA = [](const auto& entry) {
+                    return entry->filePath() == "a" &&
+                           entry->currentStatus() == RVGitFileStatusModified;
+                };
+                if (std::count_if(entries->begin(), entries->end(), isA) != 1 ||
+                    (!isChangedOnly && entries->size() != 4))
+                    ++numberOfWrongLists;
+            }
             ++numberOfPolls;
+            numberOfPolls.notify_all();
         } while (!isDone);
     });
+    numberOfPolls.wait(0);
     int numberOfLocks = 0;
     const auto runUntilUnlocked = [&](const auto& operation) {
-        std::optional<RVError> error;
-        while (!operation(&error)) {
+        for (int attempt = 0; attempt < 1000; ++attempt) {
+            std::optional<RVError> error;
+            if (operation(&error))
+                return;
             if (!error || error->code() != RVGitIndexLockError) {
                 ADD_FAILURE() << (error ? error->userInfoString(RVGitCommandErrorOutputErrorKey)
                                               .value_or("no output")
@@ -114,8 +158,8 @@ TEST_F(RVGitWorkingTreeManagerLockTest, PollingTheStatusDisturbsStagingAndCommit
                 return;
             }
             ++numberOfLocks;
-            error.reset();
         }
+        ADD_FAILURE() << "the lock stays";
     };
     for (int index = 0; index < numberOfCommits; ++index) {
         write("c", std::to_string(index));
@@ -128,7 +172,9 @@ TEST_F(RVGitWorkingTreeManagerLockTest, PollingTheStatusDisturbsStagingAndCommit
     poller.join();
     EXPECT_TRUE(pollErrors.empty())
         << pollErrors.front().userInfoString(RVGitCommandErrorOutputErrorKey).value_or("");
-    EXPECT_GT(numberOfPolls, 0);
+    EXPECT_EQ(numberOfWrongLists, 0);
+    // The first one was over before the first stage.
+    EXPECT_GT(numberOfPolls, 1);
     RecordProperty("locks", numberOfLocks);
     EXPECT_EQ(gitInRepository({"rev-list", "--count", "HEAD"}),
               std::to_string(1 + numberOfCommits));
