@@ -150,7 +150,9 @@ inline constexpr char RVGitMasterBranchName[] = "master";
 
 /// A path as git quotes it, with its quotes and backslash escapes resolved. Text that does not
 /// begin with a quote comes back unchanged; quoted text that is not ASCII only loses its first and
-/// last character.
+/// last character. Kept for compatibility: the letters a, b, v and f behind a backslash, as which
+/// git writes the characters 7, 8, 11 and 12, are not known, and are lost with up to two characters
+/// that follow, so that the path of another file may come back.
 [[nodiscard]] std::string unquotedCString(std::string_view text);
 /// The text with a backslash in front of each of "![]?#*".
 [[nodiscard]] std::string stringByEscapingReservedGitPatternCharacters(std::string_view text);

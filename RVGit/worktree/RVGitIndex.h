@@ -38,8 +38,9 @@ public:
     /// The entries of a file, or of all files in a directory.
     [[nodiscard]] std::optional<Entries> indexEntriesForFilePath(
         const std::string& filePath, RVErrorPlace error = nullptr) const;
-    /// The entries of several, all of them where no paths are given. The paths are git's path
-    /// specifications, as many as one command line takes. `options` are bits of
+    /// The entries of several, all of them where no paths are given; as many paths as one command
+    /// line takes. Git matches them as path specifications, and of what it prints only paths that
+    /// begin with one of the texts are kept: a pattern finds nothing. `options` are bits of
     /// RVGitIndexOptions; with paths, these are listed beside what the bits ask for.
     [[nodiscard]] std::optional<Entries> indexEntriesForFilePaths(
         const std::optional<std::vector<std::string>>& filePaths, unsigned options,

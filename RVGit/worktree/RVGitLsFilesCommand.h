@@ -28,8 +28,8 @@ public:
     explicit RVGitIndexOutputParser(std::string_view outputData);
     explicit RVGitIndexOutputParser(std::vector<std::string> outputLines);
 
-    /// With a filter on, records whose path begins with one of these, or equals one, are kept
-    /// beside those of the filter. No paths: none are; without a filter, all records are.
+    /// Records whose path begins with one of these, or equals one, are kept, beside those of the
+    /// filters. No paths and no filter: all.
     [[nodiscard]] const std::vector<std::string>& filePaths() const { return filePaths_; }
     void setFilePaths(std::vector<std::string> paths) { filePaths_ = std::move(paths); }
     /// Keeps records with an assume-unchanged flag.

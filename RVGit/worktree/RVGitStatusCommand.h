@@ -32,7 +32,9 @@ struct RVGitStatusOutputParserResultItem {
 ///
 /// A line of fewer than four characters cannot be read, nor can a line of a staged rename or copy
 /// whose names hold " -> ". Only the left letter tells of a rename: where git prints "R" on the
-/// right alone, both names stay in one path.
+/// right alone, both names stay in one path. A name that holds the characters 7, 8, 11 or 12 is
+/// read as another name (see unquotedCString), which may be that of another file: do not delete or
+/// discard a file by it unseen.
 class RVGitStatusOutputParser : public RVGitItemOutputParser<RVGitStatusOutputParserResultItem> {
 public:
     explicit RVGitStatusOutputParser(std::string_view outputData);

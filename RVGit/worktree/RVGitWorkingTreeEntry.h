@@ -49,14 +49,16 @@ public:
     [[nodiscard]] static std::optional<Entries> allWorkingTreeEntriesForRepository(
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
-    /// What lies at or below a path, which is a path specification of git's; absent, empty or "."
-    /// for all.
+    /// What lies at or below a path; absent, empty or "." for all. Git matches it as a path
+    /// specification, and of the index only paths that begin with the text are kept: a pattern
+    /// finds changes, without their versions, and nothing that is unchanged.
     [[nodiscard]] static std::optional<Entries> workingTreeEntriesForFilePath(
         const std::optional<std::string>& filePath,
         const std::shared_ptr<RVGitRepository>& inRepository,
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr);
     /// One file, in whatever state; null with a cleared place if there is none. Lists the whole
-    /// directory that it lies in.
+    /// directory that it lies in, which git matches as a path specification: a file below ":dir",
+    /// or below a directory in another Unicode form, is not found.
     [[nodiscard]] static std::shared_ptr<RVGitWorkingTreeEntry> workingTreeEntryForFilePath(
         const std::string& filePath, const std::shared_ptr<RVGitRepository>& inRepository,
         RVErrorPlace error = nullptr);
@@ -83,8 +85,9 @@ public:
     using RVGitFileEntry::setFileMode;
 
     // Versions: null if there is none. Each is loaded when it is first read, by one run of git,
-    // unless the listing has attached what the index holds. A failure gives null as well, and
-    // the next call tries again.
+    // unless the listing has attached what the index holds. That run looks the path up as a path
+    // specification, so that one with a leading colon is not found. A failure gives null as well,
+    // and the next call tries again.
 
     /// What is staged, from the index.
     [[nodiscard]] std::shared_ptr<RVGitIndexEntry> stagedVersion() const;
@@ -144,6 +147,8 @@ public:
         RVErrorPlace error = nullptr) const;
     [[nodiscard]] std::shared_ptr<RVGitBlob> blobForStagedVersion(
         RVErrorPlace error = nullptr) const;
+    /// Only an untracked or added file clears the place; any other of which HEAD has no version, a
+    /// copied one too, gives git's error.
     [[nodiscard]] std::shared_ptr<RVGitBlob> blobForBaseVersion(RVErrorPlace error = nullptr) const;
     /// Leaves the place as it was if there is no such version.
     [[nodiscard]] std::shared_ptr<RVGitBlob> blobForUnmergedOursVersion(

@@ -16,8 +16,9 @@ class RVGitRepository;
 struct RVGitStatusOutputParserResultItem;
 
 /// Lists the working tree: merges what `git status` and `git ls-files` print. It keeps nothing, so
-/// any thread may use it. Paths are git's path specifications, passed as they are; the options are
-/// those of RVGitWorkingTreeOptions.h.
+/// any thread may use it. Git matches paths as path specifications, as they are; of the index only
+/// paths that begin with the text are kept, so that a pattern finds changes, but nothing of the
+/// index. The options are those of RVGitWorkingTreeOptions.h.
 class RVGitWorkingTreeEntryLoader {
 public:
     using Entries = RVGitWorkingTreeEntry::Entries;

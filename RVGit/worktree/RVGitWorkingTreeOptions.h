@@ -35,7 +35,7 @@ inline constexpr char RVGitWorkingTreeOptionIncludeAssumeUnchangedFiles[] =
 inline constexpr char RVGitWorkingTreeOptionIncludeIgnoredFiles[] =
     "RVGitWorkingTreeOptionIncludeIgnoredFiles";
 /// Boolean, false if absent: loads the index entries of submodules, so that they have their modes.
-/// A listing that finds a directory among the changes sets it by itself.
+/// A listing that finds a directory that is not untracked among the changes sets it by itself.
 inline constexpr char RVGitWorkingTreeOptionIncludeSubmodules[] =
     "RVGitWorkingTreeOptionIncludeSubmodules";
 /// A RVGitUntrackedFilesMode; if absent, git's configuration decides.

@@ -107,6 +107,45 @@ TEST(RVGitDiffModelTest, TotalChunksAlwaysCountsTheChunks) {
     EXPECT_EQ(diff->totalChunks(), 0u);
 }
 
+TEST(RVGitDiffModelTest, TheDiffOfAFileIsThatOfItsPath) {
+    const auto diffOf = [](std::optional<std::string> path, std::optional<std::string> oldPath) {
+        const auto diff = std::make_shared<RVGitDiff>();
+        diff->setFilePath(std::move(path));
+        diff->setOldFilePath(std::move(oldPath));
+        return diff;
+    };
+    const auto first = diffOf("a!", "a!");
+    const auto second = diffOf("a?", "a?");
+    const auto renamed = diffOf("new", "old");
+    const auto deleted = diffOf(std::nullopt, "deleted");
+    const auto composed = diffOf("caf\u00E9", "caf\u00E9");
+    const RVGitDiff::Diffs diffs = {{first, second, renamed, deleted, composed}};
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, "a!"), first);
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, "a?"), second);
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, "new"), renamed);
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, "deleted"), deleted);
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, "cafe\u0301"), composed);
+    EXPECT_EQ(RVGitDiff::diffOfFile({{renamed, deleted}}, "old"), renamed)
+        << "the first, not the one of that old path";
+}
+
+TEST(RVGitDiffModelTest, WithoutADiffOfThePathTheFirstCountsUnlessThePathMayBeAPattern) {
+    const auto other = std::make_shared<RVGitDiff>();
+    const auto another = std::make_shared<RVGitDiff>();
+    other->setFilePath("other");
+    for (const char* path : {"file", "dir/file", "a:b", "a]b", "a!", ""})
+        EXPECT_EQ(RVGitDiff::diffOfFile({{other, another}}, path), other) << path;
+    for (const char* path : {"a*", "a?", "[a]", "a\\b", ":a", ":(literal)other"})
+        EXPECT_EQ(RVGitDiff::diffOfFile({{other, another}}, path), nullptr) << path;
+    EXPECT_EQ(RVGitDiff::diffOfFile(RVGitDiff::Diffs({another}), "file"), another)
+        << "a diff without any path";
+}
+
+TEST(RVGitDiffModelTest, WithoutDiffsThereIsNoneOfAFile) {
+    EXPECT_EQ(RVGitDiff::diffOfFile(std::nullopt, "file"), nullptr);
+    EXPECT_EQ(RVGitDiff::diffOfFile(std::vector<std::shared_ptr<RVGitDiff>>(), "file"), nullptr);
+}
+
 TEST(RVGitDiffModelTest, StatusIsAskedForByName) {
     RVGitDiff diff;
     for (const auto status : {RVGitFileStatusAdded, RVGitFileStatusDeleted, RVGitFileStatusModified,

@@ -55,12 +55,15 @@ std::vector<RVPorcelainStatus> porcelainStatuses(std::string_view output) {
 
 std::map<std::string, RVPorcelainStatus> porcelainStatusesByPath(std::string_view output) {
     std::map<std::string, RVPorcelainStatus> byPath;
-    for (auto& status : porcelainStatuses(output)) {
-        const std::string path = status.path;
-        const char right = status.right;
-        const auto [found, isNew] = byPath.try_emplace(path, std::move(status));
-        if (!isNew)
-            found->second.right = right;
+    for (const auto& status : porcelainStatuses(output)) {
+        const std::string& path = status.path;
+        const auto [found, isNew] = byPath.try_emplace(path, status);
+        if (isNew)
+            continue;
+        const bool isLeftOver = status.left == '?' || status.left == '!';
+        if (found->second.left != 'D' || !isLeftOver)
+            throw std::runtime_error("a path that comes twice: " + path);
+        found->second.right = status.right;
     }
     return byPath;
 }

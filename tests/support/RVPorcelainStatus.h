@@ -31,6 +31,7 @@ struct RVPorcelainStatus {
 /// The records in git's order, byte for byte. Throws std::runtime_error at what it does not know.
 [[nodiscard]] std::vector<RVPorcelainStatus> porcelainStatuses(std::string_view output);
 /// The same by path. A path that git prints twice, deleted in the index and then untracked (or
-/// ignored), is one: 'D' on the left, '?' (or '!') on the right.
+/// ignored), is one: 'D' on the left, '?' (or '!') on the right. Throws for any other that comes
+/// twice.
 [[nodiscard]] std::map<std::string, RVPorcelainStatus> porcelainStatusesByPath(
     std::string_view output);

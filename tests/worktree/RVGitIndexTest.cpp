@@ -75,8 +75,6 @@ protected:
             texts.push_back(std::to_string(entry->stage()) + " " + entry->filePath());
         return texts;
     }
-    /// The place is filled beforehand.
-    [[nodiscard]] static std::optional<RVError> filledPlace() { return RVError("before", 1); }
 };
 
 TEST_F(RVGitIndexTest, RequiresARepository) {
@@ -128,6 +126,19 @@ TEST_F(RVGitIndexTest, ListsThePathAndWhatLiesBelowIt) {
     EXPECT_THAT(texts(index->indexEntriesForFilePath("missing")), IsEmpty());
     EXPECT_THAT(texts(index->indexEntriesForFilePaths({{"dir/c", "directory"}}, 0)),
                 ElementsAre("0 dir/c", "0 directory"));
+}
+
+TEST_F(RVGitIndexTest, APatternFindsNothing) {
+    for (const char* file : {"a.txt", "*", "*.txt"})
+        stageFile(file, file);
+    const auto index = repository()->index();
+    EXPECT_THAT(texts(index->indexEntriesForFilePaths({{"*"}}, 0)), ElementsAre("0 *", "0 *.txt"));
+    for (const char* pattern : {"?.txt", "a*", ":(literal)a.txt", ":(top)"}) {
+        std::optional<RVError> error;
+        EXPECT_THAT(texts(index->indexEntriesForFilePaths({{pattern}}, 0, &error)), IsEmpty())
+            << pattern;
+        EXPECT_EQ(error, std::nullopt) << pattern;
+    }
 }
 
 TEST_F(RVGitIndexTest, OptionsSelectKindsOfEntries) {

@@ -257,6 +257,26 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, EntriesAssumedUnchangedAreListedWhereAsk
     EXPECT_FALSE(entryAt("skipped", unchangedToo)->isAssumeUnchangedFile());
 }
 
+TEST_F(RVGitWorkingTreeEntryLoaderTest, AnUnchangedEntryThatTheIndexGaveIsNotListedUnlessAskedFor) {
+    stageFile("dir/assumed", "");
+    stageFile("dir/plain", "");
+    addSubmodule("changed");
+    addSubmodule("clean");
+    gitInRepository({"update-index", "--assume-unchanged", "dir/assumed"});
+    EXPECT_THAT(listing(assumeUnchangedToo, "dir"), ElementsAre("   Regular dir/assumed"));
+    EXPECT_THAT(listing(unchangedToo, "dir"),
+                ElementsAre("   Regular dir/assumed", "   Regular dir/plain"));
+    EXPECT_THAT(listing(RVOptions{{RVGitWorkingTreeOptionIncludeSubmodules, true}}), IsEmpty());
+    EXPECT_THAT(listing(RVOptions{{RVGitWorkingTreeOptionIncludeSubmodules, true},
+                                  {RVGitWorkingTreeOptionIncludeAssumeUnchangedFiles, true}}),
+                ElementsAre("   Regular dir/assumed"));
+    EXPECT_THAT(listing(RVOptions{{RVGitWorkingTreeOptionIncludeSubmodules, true}}, "dir"),
+                IsEmpty())
+        << "the flag alone is not enough";
+    writeFile("repository/changed/inside", "changed");
+    EXPECT_THAT(listing(), ElementsAre(" M Submodule changed"));
+}
+
 TEST_F(RVGitWorkingTreeEntryLoaderTest, TheStagesOfAPathAreOneEntry) {
     const auto record = [](const char* stage, const char* path) {
         return "M 100644 " + hash + " " + stage + "\t" + path + "\0"s;
@@ -353,6 +373,17 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, AFileThatGaveWayToADirectoryIsRegularAnd
     EXPECT_THAT(listing(RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, 3}}),
                 ElementsAre(" D Regular file.txt", "?? Regular file.txt/inside"));
     EXPECT_EQ(commandsOf(std::nullopt).size(), 2u);
+}
+
+TEST_F(RVGitWorkingTreeEntryLoaderTest, AnUntrackedDirectoryIsNoSubmoduleWhateverTheIndexSays) {
+    makeDirectory("repository/m");
+    EXPECT_THAT(listingOf("D  m\n?? m/\n", "H 160000 " + hash + " 0\tm\0"s),
+                ElementsAre("D? Directory m"));
+    const auto untracked = entryAt("m");
+    EXPECT_TRUE(untracked->hasLoadedIndexVersions());
+    ASSERT_TRUE(untracked->stagedVersion());
+    EXPECT_EQ(untracked->stagedVersion()->objectHash(), hash);
+    EXPECT_EQ(untracked->stagedVersion()->fileMode(), RVGitFileModeSubmodule);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/command/RVGitError.h"
-#include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/objects/RVGitBlob.h"
 #include "RVGit/objects/RVGitTreeEntry.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -22,13 +21,6 @@ const std::string hash = "0123456789abcdef0123456789abcdef01234567";
 
 class RVGitWorkingTreeEntryTest : public RVGitWorkingTreeTestCase {
 protected:
-    /// An entry that no listing has made, so that nothing is attached to it.
-    [[nodiscard]] std::shared_ptr<Entry> entry(RVGitFileStatus leftStatus,
-                                               RVGitFileStatus rightStatus,
-                                               const std::string& filePath = "file.txt") const {
-        return std::make_shared<Entry>(repository(), filePath, RVGitFileModeRegular, leftStatus,
-                                       rightStatus);
-    }
     [[nodiscard]] std::shared_ptr<RVGitIndexEntry> version(
         std::optional<std::string> objectHash) const {
         return std::make_shared<RVGitIndexEntry>(repository(), "file.txt", std::move(objectHash),
@@ -38,11 +30,10 @@ protected:
     [[nodiscard]] static std::string contentsOf(const std::shared_ptr<RVGitBlob>& blob) {
         return blob ? std::string(blob->contents()) : "no blob";
     }
-    [[nodiscard]] static std::optional<RVError> filledPlace() { return RVError("before", 1); }
 };
 
 TEST_F(RVGitWorkingTreeEntryTest, TheLeftStatusIsTheStagedOne) {
-    const auto plain = entry(RVGitFileStatusAdded, RVGitFileStatusModified, "dir/a");
+    const auto plain = newEntry(RVGitFileStatusAdded, RVGitFileStatusModified, "dir/a");
     EXPECT_EQ(plain->repository(), repository());
     EXPECT_EQ(plain->filePath(), "dir/a");
     EXPECT_EQ(plain->fileMode(), RVGitFileModeRegular);
@@ -67,7 +58,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AConflictKeepsTheRawStatuses) {
         {RVGitFileStatusUnmerged, RVGitFileStatusDeleted},
     };
     for (const auto& [left, right] : pairs) {
-        const auto conflict = entry(left, right);
+        const auto conflict = newEntry(left, right);
         EXPECT_TRUE(conflict->isUnmergedFile());
         EXPECT_EQ(conflict->stagedStatus(), RVGitFileStatusUnmerged);
         EXPECT_EQ(conflict->currentStatus(), RVGitFileStatusUnmerged);
@@ -93,13 +84,13 @@ TEST_F(RVGitWorkingTreeEntryTest, RequiresARepository) {
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, TheAbsolutePathLiesBelowTheRepository) {
-    const auto deep = entry(RVGitFileStatusAdded, RVGitFileStatusUnchanged, "dir/a b");
+    const auto deep = newEntry(RVGitFileStatusAdded, RVGitFileStatusUnchanged, "dir/a b");
     EXPECT_EQ(deep->absoluteFilePath(), repositoryPath() + "/dir/a b");
     EXPECT_EQ(&deep->absoluteFilePath(), &deep->absoluteFilePath());
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, ComputedBooleansReadNoStoredOnes) {
-    const auto plain = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    const auto plain = newEntry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
     plain->setUnmergedFile(true);
     plain->setAssumeUnchangedFile(true);
     EXPECT_FALSE(plain->isUnmergedFile());
@@ -108,9 +99,9 @@ TEST_F(RVGitWorkingTreeEntryTest, ComputedBooleansReadNoStoredOnes) {
     plain->setIgnored(true);
     EXPECT_TRUE(plain->isIgnored());
     EXPECT_FALSE(plain->isIgnoredFile());
-    EXPECT_TRUE(entry(RVGitFileStatusIgnored, RVGitFileStatusIgnored)->isIgnoredFile());
-    EXPECT_FALSE(entry(RVGitFileStatusDeleted, RVGitFileStatusIgnored)->isIgnoredFile());
-    EXPECT_FALSE(entry(RVGitFileStatusIgnored, RVGitFileStatusDeleted)->isIgnoredFile());
+    EXPECT_TRUE(newEntry(RVGitFileStatusIgnored, RVGitFileStatusIgnored)->isIgnoredFile());
+    EXPECT_FALSE(newEntry(RVGitFileStatusDeleted, RVGitFileStatusIgnored)->isIgnoredFile());
+    EXPECT_FALSE(newEntry(RVGitFileStatusIgnored, RVGitFileStatusDeleted)->isIgnoredFile());
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AnIgnoredFileOfAListingIsNotMarked) {
@@ -128,7 +119,7 @@ TEST_F(RVGitWorkingTreeEntryTest, TheStagedVersionIsLoadedOnceWhenItIsRead) {
     makeCommit();
     stageFile("file.txt", "staged");
     const auto recorder = useRecordingGit();
-    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
     const auto staged = changed->stagedVersion();
     ASSERT_TRUE(staged);
     EXPECT_EQ(staged->objectHash(), gitInRepository({"rev-parse", ":file.txt"}));
@@ -142,17 +133,17 @@ TEST_F(RVGitWorkingTreeEntryTest, AnUntrackedOrDeletedFileHasNoStagedVersion) {
     makeCommit();
     const auto recorder = useRecordingGit();
     for (const auto status : {RVGitFileStatusUntracked, RVGitFileStatusDeleted})
-        EXPECT_EQ(entry(status, RVGitFileStatusUntracked)->stagedVersion(), nullptr);
+        EXPECT_EQ(newEntry(status, RVGitFileStatusUntracked)->stagedVersion(), nullptr);
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionIsFinalOnceTheIndexHasBeenLoaded) {
     makeCommit();
     const auto recorder = useRecordingGit();
-    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
     changed->setHasLoadedIndexVersions(true);
     EXPECT_EQ(changed->stagedVersion(), nullptr);
-    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged);
+    const auto conflict = newEntry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged);
     conflict->setHasLoadedIndexVersions(true);
     EXPECT_EQ(conflict->unmergedBaseVersion(), nullptr);
     EXPECT_EQ(conflict->unmergedOursVersion(), nullptr);
@@ -161,7 +152,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionIsFinalOnceTheIndexHasBeenLoade
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AVersionThatIsSetIsReadWhateverTheStatus) {
-    const auto untracked = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    const auto untracked = newEntry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
     const auto some = version(hash);
     untracked->setStagedVersion(some);
     untracked->setUnmergedBaseVersion(some);
@@ -179,7 +170,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AVersionThatIsSetIsReadWhateverTheStatus) {
 
 TEST_F(RVGitWorkingTreeEntryTest, AStagedVersionIsMadeOfWhatTheIndexSaysAndThenKept) {
     const auto recorder = useRecordingGit();
-    const auto changed = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    const auto changed = newEntry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
     changed->setStagedVersion(RVGitCompactHash::hashOfDigits(hash).value(), RVGitFileModeExecutable,
                               'h');
     const auto staged = changed->stagedVersion();
@@ -203,7 +194,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AStagedVersionIsMadeOfWhatTheIndexSaysAndThenK
 TEST_F(RVGitWorkingTreeEntryTest, TheVersionsOfAConflictAreLoadedOneByOne) {
     makeConflicts();
     const auto recorder = useRecordingGit();
-    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged, "both");
+    const auto conflict = newEntry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged, "both");
     const std::pair<std::shared_ptr<RVGitIndexEntry>, std::string> versions[] = {
         {conflict->unmergedBaseVersion(), ":1:both"},
         {conflict->unmergedOursVersion(), ":2:both"},
@@ -218,7 +209,7 @@ TEST_F(RVGitWorkingTreeEntryTest, TheVersionsOfAConflictAreLoadedOneByOne) {
 TEST_F(RVGitWorkingTreeEntryTest, AFileWithoutAConflictHasNoUnmergedVersions) {
     makeConflicts();
     const auto recorder = useRecordingGit();
-    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusModified, "both");
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusModified, "both");
     EXPECT_EQ(changed->unmergedBaseVersion(), nullptr);
     EXPECT_EQ(changed->unmergedOursVersion(), nullptr);
     EXPECT_EQ(changed->unmergedTheirsVersion(), nullptr);
@@ -228,7 +219,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AFileWithoutAConflictHasNoUnmergedVersions) {
 TEST_F(RVGitWorkingTreeEntryTest, TheBaseVersionComesFromHEAD) {
     makeCommit();
     const auto recorder = useRecordingGit();
-    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
     const auto base = changed->baseVersion();
     ASSERT_TRUE(base);
     EXPECT_THAT(lastArguments(recorder), ElementsAre("ls-tree", "-z", "HEAD", "--", "file.txt"));
@@ -241,18 +232,18 @@ TEST_F(RVGitWorkingTreeEntryTest, AnUntrackedOrAddedFileHasNoBaseVersion) {
     makeCommit();
     const auto recorder = useRecordingGit();
     for (const auto status : {RVGitFileStatusUntracked, RVGitFileStatusAdded})
-        EXPECT_EQ(entry(status, RVGitFileStatusModified)->baseVersion(), nullptr);
+        EXPECT_EQ(newEntry(status, RVGitFileStatusModified)->baseVersion(), nullptr);
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, ARenamedFileHasItsBaseAtTheOriginalPathAndACopiedOneAtTheNew) {
     makeCommit();
-    const auto renamed = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged, "new");
+    const auto renamed = newEntry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged, "new");
     renamed->setOriginalFilePath("file.txt");
     ASSERT_TRUE(renamed->baseVersion());
     EXPECT_EQ(renamed->baseVersion()->filePath(), "file.txt");
     EXPECT_EQ(contentsOf(renamed->blobForBaseVersion()), "1");
-    const auto copied = entry(RVGitFileStatusCopied, RVGitFileStatusUnchanged, "new");
+    const auto copied = newEntry(RVGitFileStatusCopied, RVGitFileStatusUnchanged, "new");
     copied->setOriginalFilePath("file.txt");
     EXPECT_EQ(copied->baseVersion(), nullptr);
     std::optional<RVError> error;
@@ -262,13 +253,13 @@ TEST_F(RVGitWorkingTreeEntryTest, ARenamedFileHasItsBaseAtTheOriginalPathAndACop
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AVersionThatCouldNotBeLoadedIsTriedAgain) {
-    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
     EXPECT_EQ(changed->stagedVersion(), nullptr);
     EXPECT_EQ(changed->baseVersion(), nullptr);
     makeCommit();
     EXPECT_NE(changed->stagedVersion(), nullptr);
     EXPECT_NE(changed->baseVersion(), nullptr);
-    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged, "both");
+    const auto conflict = newEntry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged, "both");
     EXPECT_EQ(conflict->unmergedOursVersion(), nullptr);
     makeConflicts();
     EXPECT_NE(conflict->unmergedOursVersion(), nullptr);
@@ -276,11 +267,12 @@ TEST_F(RVGitWorkingTreeEntryTest, AVersionThatCouldNotBeLoadedIsTriedAgain) {
 
 TEST_F(RVGitWorkingTreeEntryTest, AssumeUnchangedIsReadFromTheStagedVersion) {
     makeCommit();
-    const auto plain = entry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged);
+    const auto plain = newEntry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged);
     EXPECT_FALSE(plain->isAssumeUnchangedFile());
     gitInRepository({"update-index", "--assume-unchanged", "file.txt"});
     EXPECT_FALSE(plain->isAssumeUnchangedFile()) << "a snapshot";
-    EXPECT_TRUE(entry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged)->isAssumeUnchangedFile());
+    EXPECT_TRUE(
+        newEntry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged)->isAssumeUnchangedFile());
 }
 
 // Contents.
@@ -298,7 +290,7 @@ TEST_F(RVGitWorkingTreeEntryTest, EachVersionHasItsContents) {
 TEST_F(RVGitWorkingTreeEntryTest, ADeletedFileHasNoCurrentContentsAndClearsThePlace) {
     auto error = filledPlace();
     EXPECT_EQ(
-        entry(RVGitFileStatusUnchanged, RVGitFileStatusDeleted)->blobForCurrentVersion(&error),
+        newEntry(RVGitFileStatusUnchanged, RVGitFileStatusDeleted)->blobForCurrentVersion(&error),
         nullptr);
     EXPECT_EQ(error, std::nullopt);
 }
@@ -306,14 +298,14 @@ TEST_F(RVGitWorkingTreeEntryTest, ADeletedFileHasNoCurrentContentsAndClearsThePl
 TEST_F(RVGitWorkingTreeEntryTest, AFileThatCannotBeReadIsAnError) {
     std::optional<RVError> error;
     EXPECT_EQ(
-        entry(RVGitFileStatusUnchanged, RVGitFileStatusModified)->blobForCurrentVersion(&error),
+        newEntry(RVGitFileStatusUnchanged, RVGitFileStatusModified)->blobForCurrentVersion(&error),
         nullptr);
     ASSERT_TRUE(error.has_value());
     EXPECT_EQ(error->code(), 1200);
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionClearsThePlaceButThatOfOurSide) {
-    const auto plain = entry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
+    const auto plain = newEntry(RVGitFileStatusUntracked, RVGitFileStatusUntracked);
     auto error = filledPlace();
     EXPECT_EQ(plain->blobForStagedVersion(&error), nullptr);
     EXPECT_EQ(error, std::nullopt);
@@ -330,7 +322,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionClearsThePlaceButThatOfOurSide)
     EXPECT_EQ(plain->blobForBaseVersion(&error), nullptr);
     EXPECT_EQ(error, std::nullopt);
     error = filledPlace();
-    EXPECT_EQ(entry(RVGitFileStatusAdded, RVGitFileStatusModified)->blobForBaseVersion(&error),
+    EXPECT_EQ(newEntry(RVGitFileStatusAdded, RVGitFileStatusModified)->blobForBaseVersion(&error),
               nullptr);
     EXPECT_EQ(error, std::nullopt);
 }
@@ -346,108 +338,75 @@ TEST_F(RVGitWorkingTreeEntryTest, EachSideOfAConflictHasItsContents) {
     EXPECT_EQ(conflict->blobForStagedVersion(), nullptr);
 }
 
+TEST_F(RVGitWorkingTreeEntryTest, TheBaseContentsAreThoseOfTheBaseVersion) {
+    makeCommit();
+    const std::string other = gitInRepository({"rev-parse", makeCommit() + ":file.txt"});
+    makeCommit();
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    changed->setBaseVersion(std::make_shared<RVGitTreeEntry>(
+        repository(), "file.txt", RVGitObjectTypeBlob, other, RVGitFileModeRegular, 1));
+    EXPECT_EQ(contentsOf(changed->blobForBaseVersion()), "2");
+    changed->setBaseVersion(nullptr);
+    EXPECT_EQ(contentsOf(changed->blobForBaseVersion()), "3");
+}
+
+TEST_F(RVGitWorkingTreeEntryTest, AVersionThatCannotBeLoadedIsMissingWithoutAnError) {
+    auto fake = useFakeGit();
+    fake.setAnswer({.standardError = "fatal: broken\n", .exitCode = 128});
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusModified);
+    auto error = filledPlace();
+    EXPECT_EQ(changed->blobForStagedVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    const auto conflict = newEntry(RVGitFileStatusUnmerged, RVGitFileStatusUnmerged);
+    error = filledPlace();
+    EXPECT_EQ(conflict->blobForUnmergedTheirsVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    error = filledPlace();
+    EXPECT_EQ(conflict->blobForUnmergedBaseVersion(&error), nullptr);
+    EXPECT_EQ(error, std::nullopt);
+    error = filledPlace();
+    EXPECT_EQ(conflict->blobForUnmergedOursVersion(&error), nullptr);
+    EXPECT_EQ(error, filledPlace());
+}
+
 TEST_F(RVGitWorkingTreeEntryTest, AnObjectThatIsGoneIsAnError) {
     makeCommit();
-    const auto changed = entry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
+    const auto changed = newEntry(RVGitFileStatusModified, RVGitFileStatusUnchanged);
     changed->setStagedVersion(version(hash));
     std::optional<RVError> error;
     EXPECT_EQ(changed->blobForStagedVersion(&error), nullptr);
     EXPECT_TRUE(error.has_value());
 }
 
-// Comparing.
-
-TEST_F(RVGitWorkingTreeEntryTest, ComparesTheWorkingTreeWithTheIndexAndTheIndexWithHEAD) {
-    commitFile("repository", "file.txt", "base\n", "Message");
-    commitFile("repository", "other", "base\n", "Message");
-    stageFile("file.txt", "staged\n");
-    writeFile("repository/file.txt", "current\n");
-    writeFile("repository/other", "current\n");
-    const auto changed = entryAt("file.txt");
-    const auto current = changed->compareWorkingTreeWithIndexWithOptions(std::nullopt);
-    ASSERT_TRUE(current);
-    EXPECT_EQ(current->filePath(), "file.txt");
-    EXPECT_THAT(current->rawDiff().value(), testing::HasSubstr("-staged\n+current"));
-    const auto staged = changed->compareIndexWithBaseWithOptions(std::nullopt);
-    ASSERT_TRUE(staged);
-    EXPECT_THAT(staged->rawDiff().value(), testing::HasSubstr("-base\n+staged"));
-}
-
-TEST_F(RVGitWorkingTreeEntryTest, NothingToCompareIsNoDiff) {
-    makeCommit();
-    const auto unchanged = entry(RVGitFileStatusUnchanged, RVGitFileStatusUnchanged);
-    std::optional<RVError> error;
-    EXPECT_EQ(unchanged->compareWorkingTreeWithIndexWithOptions(std::nullopt, &error), nullptr);
-    EXPECT_EQ(unchanged->compareIndexWithBaseWithOptions(std::nullopt, &error), nullptr);
-    EXPECT_EQ(error, std::nullopt);
-}
-
-TEST_F(RVGitWorkingTreeEntryTest, ComparesTheSidesOfAConflict) {
-    makeConflicts();
-    const auto diff = entryAt("both")->compareUnmergedVersionsWithOptions(std::nullopt);
-    ASSERT_TRUE(diff);
-    EXPECT_THAT(diff->rawDiff().value(), testing::HasSubstr("-ours\n+theirs"));
-}
-
-TEST_F(RVGitWorkingTreeEntryTest, WithoutAConflictThereIsNothingToCompareAndThePlaceIsCleared) {
-    const auto recorder = useRecordingGit();
-    auto error = filledPlace();
-    EXPECT_EQ(entry(RVGitFileStatusModified, RVGitFileStatusModified)
-                  ->compareUnmergedVersionsWithOptions(std::nullopt, &error),
-              nullptr);
-    EXPECT_EQ(error, std::nullopt);
-    EXPECT_THAT(recorder.invocations(), IsEmpty());
-}
-
-TEST_F(RVGitWorkingTreeEntryTest, TheOnlySideOfAConflictIsComparedAsItLiesInTheWorkingTree) {
-    makeConflicts();
-    writeFile("repository/ours-deleted", "current\n");
-    const auto theirs = entryAt("ours-deleted")->compareUnmergedVersionsWithOptions(std::nullopt);
-    ASSERT_TRUE(theirs);
-    EXPECT_THAT(theirs->rawDiff().value(), testing::HasSubstr("--- /dev/null\n"));
-    EXPECT_THAT(theirs->rawDiff().value(), testing::EndsWith("\n+current\n"));
-    const auto ours = entryAt("theirs-deleted")->compareUnmergedVersionsWithOptions(std::nullopt);
-    ASSERT_TRUE(ours);
-    EXPECT_THAT(ours->rawDiff().value(), testing::HasSubstr("+++ /dev/null\n"));
-}
-
-TEST_F(RVGitWorkingTreeEntryTest, AConflictWithoutSidesHasNothingToCompare) {
-    makeConflicts();
-    std::optional<RVError> error;
-    EXPECT_EQ(entryAt("renamed")->compareUnmergedVersionsWithOptions(std::nullopt, &error),
-              nullptr);
-    EXPECT_EQ(error, std::nullopt);
-}
-
 // Equality.
 
 TEST_F(RVGitWorkingTreeEntryTest, EqualityTakesPathAndStatuses) {
-    const auto one = entry(RVGitFileStatusAdded, RVGitFileStatusModified);
+    const auto one = newEntry(RVGitFileStatusAdded, RVGitFileStatusModified);
     EXPECT_TRUE(
-        one->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusAdded, RVGitFileStatusModified)));
+        one->isEqualToWorkingTreeEntry(*newEntry(RVGitFileStatusAdded, RVGitFileStatusModified)));
     EXPECT_FALSE(
-        one->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusAdded, RVGitFileStatusDeleted)));
-    EXPECT_FALSE(
-        one->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusModified, RVGitFileStatusModified)));
+        one->isEqualToWorkingTreeEntry(*newEntry(RVGitFileStatusAdded, RVGitFileStatusDeleted)));
     EXPECT_FALSE(one->isEqualToWorkingTreeEntry(
-        *entry(RVGitFileStatusAdded, RVGitFileStatusModified, "other")));
-    const auto conflict = entry(RVGitFileStatusUnmerged, RVGitFileStatusAdded);
-    EXPECT_TRUE(
-        conflict->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusUnmerged, RVGitFileStatusAdded)));
+        *newEntry(RVGitFileStatusModified, RVGitFileStatusModified)));
+    EXPECT_FALSE(one->isEqualToWorkingTreeEntry(
+        *newEntry(RVGitFileStatusAdded, RVGitFileStatusModified, "other")));
+    const auto conflict = newEntry(RVGitFileStatusUnmerged, RVGitFileStatusAdded);
+    EXPECT_TRUE(conflict->isEqualToWorkingTreeEntry(
+        *newEntry(RVGitFileStatusUnmerged, RVGitFileStatusAdded)));
     EXPECT_FALSE(conflict->isEqualToWorkingTreeEntry(
-        *entry(RVGitFileStatusUnmerged, RVGitFileStatusDeleted)));
+        *newEntry(RVGitFileStatusUnmerged, RVGitFileStatusDeleted)));
     EXPECT_FALSE(
-        conflict->isEqualToWorkingTreeEntry(*entry(RVGitFileStatusAdded, RVGitFileStatusAdded)));
+        conflict->isEqualToWorkingTreeEntry(*newEntry(RVGitFileStatusAdded, RVGitFileStatusAdded)));
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AnOriginalPathHereEqualsNoneThereButNotTheOtherWayRound) {
-    const auto with = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
+    const auto with = newEntry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
     with->setOriginalFilePath("old");
-    const auto without = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
+    const auto without = newEntry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
     EXPECT_TRUE(with->isEqualToWorkingTreeEntry(*without));
     EXPECT_FALSE(without->isEqualToWorkingTreeEntry(*with));
     EXPECT_TRUE(with->isEqualToWorkingTreeEntry(*with));
-    const auto other = entry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
+    const auto other = newEntry(RVGitFileStatusRenamed, RVGitFileStatusUnchanged);
     other->setOriginalFilePath("older");
     EXPECT_FALSE(with->isEqualToWorkingTreeEntry(*other));
 }

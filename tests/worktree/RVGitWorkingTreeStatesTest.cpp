@@ -3,13 +3,10 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVString.h"
-#include "RVGit/command/RVGitError.h"
-#include "RVGit/objects/RVGitTreeEntry.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
-#include "tests/support/RVPorcelainStatus.h"
-#include "tests/worktree/RVGitWorkingTreeTestCase.h"
+#include "tests/worktree/RVGitWorkingTreeStatesTestCase.h"
 
 namespace {
 
@@ -18,27 +15,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-const RVOptions everything = {{RVGitWorkingTreeOptionIncludeUnchangedFiles, true},
-                              {RVGitWorkingTreeOptionIncludeIgnoredFiles, true},
-                              {RVGitWorkingTreeOptionUntrackedFilesMode, 3}};
-
-class RVGitWorkingTreeStatesTest : public RVGitWorkingTreeTestCase {
+class RVGitWorkingTreeStatesTest : public RVGitWorkingTreeStatesTestCase {
 protected:
-    void writeContents(const std::string& file) const {
-        writeFile("repository/" + file, contentsForFile(file));
-    }
-    void change(const std::string& file) const {
-        writeFile("repository/" + file, contentsForFile(file) + "changed\n");
-    }
-    void stage(const std::string& file) const { gitInRepository({"add", "-f", "--", file}); }
-    void remove(const std::string& file) const {
-        std::filesystem::remove(scratchPath("repository/" + file));
-    }
-    void replaceByLink(const std::string& file, const std::string& target = "target") const {
-        remove(file);
-        std::filesystem::create_symlink(target, scratchPath("repository/" + file));
-    }
-
     /// Files in the state that the letters tell; "D_" is "D " and untracked. Commits first.
     void makeStates(const std::vector<std::string>& states) const {
         for (const std::string& state : states)
@@ -52,33 +30,6 @@ protected:
     /// The name tells the letters, without blanks.
     [[nodiscard]] static std::string fileOf(const std::string& state) {
         return "state " + stringByReplacingOccurrences(state, " ", "-");
-    }
-
-    /// Compares the whole listing with what another format of git's tells.
-    void expectListingOfGit() const {
-        const auto statuses = porcelainStatusesByPath(
-            git({"status", "--porcelain=v2", "-z", "--ignored", "--untracked-files=all"},
-                repositoryPath()));
-        std::set<std::string> paths;
-        for (const auto& [path, status] : statuses)
-            paths.insert(path);
-        const std::string tracked = git({"ls-files", "-z"}, repositoryPath());
-        for (const auto& path : componentsSeparatedByNULByte(tracked))
-            if (!path.empty())
-                paths.insert(std::string(path));
-
-        const auto entries = entriesByPath(everything);
-        std::set<std::string> listed;
-        for (const auto& [path, entry] : entries) {
-            listed.insert(path);
-            SCOPED_TRACE(path);
-            const auto status = statuses.find(path);
-            if (status != statuses.end())
-                expectEntry(*entry, status->second);
-            else
-                EXPECT_THAT(textOfEntry(*entry), testing::StartsWith("   "));
-        }
-        EXPECT_EQ(listed, paths);
     }
 
 private:
@@ -134,46 +85,6 @@ private:
                 break;
         }
     }
-
-    /// An entry against the record of the same path.
-    void expectEntry(const RVGitWorkingTreeEntry& entry, const RVPorcelainStatus& status) const {
-        EXPECT_EQ(textOfEntry(entry).substr(0, 2), std::string({status.left, status.right}));
-        EXPECT_EQ(entry.originalFilePath(), status.originalPath);
-        EXPECT_EQ(entry.isUnmergedFile(), status.isUnmerged);
-        if (status.hashes.empty())
-            return;
-        const auto expectVersion = [](const std::shared_ptr<RVGitFileEntry>& version,
-                                      const std::string& mode, const std::string& hash) {
-            if (hash == RVGitNullObjectHash) {
-                EXPECT_EQ(version, nullptr);
-                return;
-            }
-            ASSERT_TRUE(version);
-            EXPECT_EQ(version->objectHash(), hash);
-            EXPECT_EQ(version->fileMode(), RVGitFileModeFromString(mode));
-        };
-        if (status.isUnmerged) {
-            expectVersion(entry.unmergedBaseVersion(), status.modes[0], status.hashes[0]);
-            expectVersion(entry.unmergedOursVersion(), status.modes[1], status.hashes[1]);
-            expectVersion(entry.unmergedTheirsVersion(), status.modes[2], status.hashes[2]);
-            EXPECT_EQ(entry.stagedVersion(), nullptr);
-        } else {
-            // Git reads a leading colon as magic.
-            if (!status.path.starts_with(':'))
-                expectVersion(entry.baseVersion(), status.modes[0], status.hashes[0]);
-            // For git a file of which only the intent is known is not in the index, where it stands
-            // with the hash of an empty one.
-            if (status.right != 'A')
-                expectVersion(entry.stagedVersion(), status.modes[1], status.hashes[1]);
-        }
-        // Git tells no mode of what is left over of a deleted file, and a deleted submodule keeps
-        // the mode of the index here.
-        const std::string& mode = status.modes.back();
-        if (status.right != '?' && !status.submodule.starts_with('S')) {
-            EXPECT_EQ(entry.fileMode(),
-                      mode == "000000" ? RVGitFileModeNone : RVGitFileModeFromString(mode));
-        }
-    }
 };
 
 TEST_F(RVGitWorkingTreeStatesTest, EachPairOfLettersOfFilesThatKeepTheirNames) {
@@ -226,6 +137,22 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyIsListedWhereGitLooksForCopies) {
     EXPECT_EQ(entryAt("copy")->baseVersion(), nullptr) << "HEAD is asked for the new path";
 }
 
+TEST_F(RVGitWorkingTreeStatesTest, ACopyMayBeDeletedOrReplacedByALink) {
+    gitInRepository({"config", "status.renames", "copies"});
+    writeContents("original");
+    gitInRepository({"add", "."});
+    commitIndex();
+    for (const char* copy : {"copy", "copy 2"})
+        writeFile(std::string("repository/") + copy, contentsForFile("original"));
+    change("original");
+    gitInRepository({"add", "."});
+    remove("copy");
+    replaceByLink("copy 2");
+    EXPECT_THAT(listing(),
+                UnorderedElementsAre("CD None copy <- original",
+                                     "CT Symbolic Link copy 2 <- original", "M  Regular original"));
+}
+
 TEST_F(RVGitWorkingTreeStatesTest, ARenameInTheWorkingTreeAloneKeepsBothNamesInOnePath) {
     writeContents("old");
     gitInRepository({"add", "."});
@@ -235,6 +162,32 @@ TEST_F(RVGitWorkingTreeStatesTest, ARenameInTheWorkingTreeAloneKeepsBothNamesInO
     EXPECT_THAT(listing(), ElementsAre(" R None old -> new"));
     EXPECT_THAT(listing(RVOptions{{RVGitWorkingTreeOptionIncludeUnchangedFiles, true}}),
                 ElementsAre(" R None old -> new", "   Regular new", "   Regular old"));
+}
+
+TEST_F(RVGitWorkingTreeStatesTest, ACopyInTheWorkingTreeAloneKeepsBothNamesInOnePath) {
+    gitInRepository({"config", "status.renames", "copies"});
+    writeContents("old");
+    gitInRepository({"add", "."});
+    commitIndex();
+    writeFile("repository/new", contentsForFile("old"));
+    gitInRepository({"add", "-N", "new"});
+    change("old");
+    EXPECT_THAT(listing(), UnorderedElementsAre(" C None old -> new", " M Regular old"));
+}
+
+TEST_F(RVGitWorkingTreeStatesTest, ADeletedFileMayComeBackAsARenamedOrCopiedOne) {
+    for (const char* file : {"old", "new"})
+        writeContents(file);
+    gitInRepository({"add", "."});
+    commitIndex();
+    gitInRepository({"rm", "-q", "--cached", "new"});
+    writeFile("repository/new", contentsForFile("old"));
+    gitInRepository({"add", "-N", "new"});
+    remove("old");
+    EXPECT_THAT(listing(), ElementsAre("DR None old -> new"));
+    change("old");
+    gitInRepository({"config", "status.renames", "copies"});
+    EXPECT_THAT(listing(), UnorderedElementsAre("DC None old -> new", " M Regular old"));
 }
 
 TEST_F(RVGitWorkingTreeStatesTest, TheSevenKindsOfConflict) {
@@ -333,6 +286,14 @@ TEST_F(RVGitWorkingTreeStatesTest, ASubmoduleOfAnotherCommitMayBeStaged) {
                 IsEmpty());
     gitInRepository({"add", "module"});
     EXPECT_THAT(listing(), ElementsAre("M  Submodule module"));
+    expectListingOfGit();
+}
+
+TEST_F(RVGitWorkingTreeStatesTest, ASubmoduleMayHaveAnotherName) {
+    addSubmodule("module");
+    gitInRepository({"mv", "module", "new module"});
+    EXPECT_THAT(listing(), UnorderedElementsAre("M  Regular .gitmodules",
+                                                "R  Submodule new module <- module"));
     expectListingOfGit();
 }
 
@@ -436,146 +397,6 @@ TEST_F(RVGitWorkingTreeStatesTest, ATreeWithEveryStateAtOnceIsWhatGitTellsInAnot
         letters.insert(textOfEntry(*entry).substr(0, 2));
     EXPECT_THAT(letters, ElementsAre("  ", " A", " M", "!!", "??", "A ", "AM", "AU", "DD", "DU",
                                      "M ", "R ", "RD", "RM", "UA", "UD", "UU"));
-}
-
-// Ugly names.
-
-const std::vector<std::string> uglyNames = {
-    "-dash",  ":colon",   ":(top)",    "[brackets]", "star*",      "quest?",     " before",
-    "after ", "tab\t",    "new\nline", "\r",         "\"quoted\"", "\"",         "back\\slash",
-    "\\101",  "a -> b",   "-> b",      "caf\u00E9",  "cafe\u0301", "\u00E9 \t",  "\U0001F389",
-    "#hash",  "!bang",    "~",         "$x",         "'single'",   "a//b\u2028", "\x01\x7F",
-    "{a,b}",  "x -> y/z", "a\"b c",    "%s%d",
-};
-
-class RVGitUglyNamesTest : public RVGitWorkingTreeStatesTest {};
-
-TEST_F(RVGitUglyNamesTest, EveryNameComesThroughStatusAndIndex) {
-    std::set<std::string> expected;
-    for (const std::string& name : uglyNames) {
-        writeFile("repository/" + name, "1");
-        expected.insert(std::filesystem::path(name).lexically_normal().string());
-    }
-    expected.insert(std::string(255, 'x'));
-    writeFile("repository/" + std::string(255, 'x'), "1");
-    const auto listed = [&](const char* letters, const RVOptions& options) {
-        std::set<std::string> paths;
-        for (const auto& entry : entries(options)) {
-            EXPECT_EQ(textOfEntry(*entry).substr(0, 2), letters) << entry->filePath();
-            EXPECT_EQ(entry->fileMode(), RVGitFileModeRegular) << entry->filePath();
-            EXPECT_TRUE(paths.insert(entry->filePath()).second) << entry->filePath();
-        }
-        return paths;
-    };
-    const RVOptions untracked = {{RVGitWorkingTreeOptionUntrackedFilesMode, 3}};
-    EXPECT_EQ(listed("??", untracked), expected);
-    gitInRepository({"add", "."});
-    EXPECT_EQ(listed("A ", everything), expected);
-    expectListingOfGit();
-    commitIndex();
-    EXPECT_EQ(listed("  ", everything), expected);
-    for (const std::string& path : expected)
-        writeFile("repository/" + path, "22");
-    EXPECT_EQ(listed(" M", everything), expected);
-    expectListingOfGit();
-    gitInRepository({"rm", "-q", "--cached", "-r", "."});
-    EXPECT_EQ(listed("D?", untracked), expected);
-}
-
-TEST_F(RVGitUglyNamesTest, WithoutQuotesOfGitOtherScriptsComeThroughUnlessTheyAreQuotedAnyway) {
-    gitInRepository({"config", "core.quotePath", "false"});
-    for (const char* name : {"caf\u00E9", "cafe\u0301", "\u00E9 a", "\U0001F389"})
-        writeFile(std::string("repository/") + name, "");
-    EXPECT_THAT(listing(), UnorderedElementsAre("?? Regular caf\u00E9", "?? Regular cafe\u0301",
-                                                "?? Regular \u00E9 a", "?? Regular \U0001F389"));
-    // Quoted text that is not ASCII loses its quotes alone.
-    writeFile("repository/\u00E9\t", "");
-    EXPECT_THAT(listing(), Contains("?? None \u00E9\\t"));
-}
-
-TEST_F(RVGitUglyNamesTest, ANameThatIsNoUTF8IsTextThatNamesNoFile) {
-    writeFile("repository/caf\xE9", "1");
-    EXPECT_THAT(listing(), ElementsAre("?? None caf\u00E9"));
-    gitInRepository({"add", "."});
-    EXPECT_THAT(listing(everything), ElementsAre("A  None caf\u00E9"));
-    // Beside a file of that text the two are one entry, of the later line.
-    writeFile("repository/caf\u00E9", "2", 0755);
-    EXPECT_THAT(listing(), ElementsAre("?? Executable caf\u00E9"));
-    // Unquoted, it spoils the other names, all of which are then decoded as one byte a character.
-    gitInRepository({"config", "core.quotePath", "false"});
-    EXPECT_THAT(listing(), ElementsAre("A  Executable caf\u00E9", "?? None caf\u00C3\u00A9"));
-    EXPECT_EQ(gitInRepository({"ls-files", "-z"}), std::string("caf\xE9\0", 5))
-        << "nothing is lost";
-}
-
-TEST_F(RVGitUglyNamesTest, ARenameToANameWithAnArrowCannotBeListed) {
-    writeContents("plain");
-    gitInRepository({"add", "."});
-    commitIndex();
-    gitInRepository({"mv", "plain", "a -> b"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(
-        RVGitWorkingTreeEntry::changedWorkingTreeEntriesForRepository(repository(), &error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
-    EXPECT_EQ(error->userInfoString(RVGitOutputParserLineErrorKey), "R  plain -> \"a -> b\"");
-    EXPECT_EQ(gitInRepository({"ls-files"}), "a -> b") << "nothing is lost";
-    commitIndex();
-    change("a -> b");
-    EXPECT_THAT(listing(), ElementsAre(" M Regular a -> b"));
-}
-
-TEST_F(RVGitUglyNamesTest, RenamesOfOtherUglyNamesAreListed) {
-    const std::vector<std::string> names = {" a ", "tab\t", "caf\u00E9", "\"q\"", "-dash"};
-    for (const std::string& name : names)
-        writeContents(name);
-    gitInRepository({"add", "."});
-    commitIndex();
-    std::vector<std::string> expected;
-    for (const std::string& name : names) {
-        gitInRepository({"mv", "--", name, "dir" + name});
-        expected.push_back("R  Regular dir" + name + " <- " + name);
-    }
-    EXPECT_THAT(listing(), testing::UnorderedElementsAreArray(expected));
-    expectListingOfGit();
-}
-
-TEST_F(RVGitUglyNamesTest, APathIsASpecificationOfGits) {
-    for (const char* name : {"star*", "starling", ":colon", "[a]", "a"})
-        stageFile(name, "");
-    const auto listedAt = [&](const std::string& filePath) {
-        return listing(std::nullopt, filePath);
-    };
-    EXPECT_THAT(listedAt("star*"), ElementsAre("A  Regular star*", "A  Regular starling"));
-    EXPECT_THAT(listedAt("[a]"), ElementsAre("A  Regular [a]", "A  Regular a"));
-    EXPECT_THAT(listedAt(":(literal)star*"), ElementsAre("A  Regular star*"));
-    EXPECT_THAT(listedAt(":(literal):colon"), ElementsAre("A  Regular :colon"));
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitWorkingTreeEntry::workingTreeEntriesForFilePath(":(colon", repository(),
-                                                                      std::nullopt, &error));
-    EXPECT_TRUE(error.has_value());
-    // One file is looked up by its directory, so that its own name may be anything.
-    EXPECT_TRUE(RVGitWorkingTreeEntry::workingTreeEntryForFilePath(":colon", repository()));
-    EXPECT_EQ(RVGitWorkingTreeEntry::workingTreeEntryForFilePath("star*", repository())->filePath(),
-              "star*");
-}
-
-TEST_F(RVGitUglyNamesTest, AVersionThatIsReadAloneIsLookedUpByASpecification) {
-    for (const char* name : {"star*", "starling", "[a]", "a", ":colon"})
-        commitFile("repository", std::string("./") + name, name, "Message");
-    for (const char* name : {"star*", "[a]", ":colon"})
-        writeFile(std::string("repository/") + name, "changed");
-    for (const char* name : {"star*", "[a]"}) {
-        const auto entry = entryAt(name);
-        ASSERT_TRUE(entry->stagedVersion()) << name;
-        EXPECT_EQ(entry->stagedVersion()->filePath(), name);
-        ASSERT_TRUE(entry->baseVersion()) << name;
-        EXPECT_EQ(entry->baseVersion()->filePath(), name);
-    }
-    // A leading colon is magic, so that the version is found with a listing of the index alone.
-    EXPECT_EQ(entryAt(":colon")->stagedVersion(), nullptr);
-    EXPECT_EQ(entryAt(":colon")->baseVersion(), nullptr);
-    EXPECT_NE(entryAt(":colon", everything)->stagedVersion(), nullptr);
 }
 
 }  // namespace

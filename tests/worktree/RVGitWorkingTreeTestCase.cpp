@@ -75,8 +75,13 @@ std::shared_ptr<RVGitWorkingTreeEntry> RVGitWorkingTreeTestCase::entryAt(
     if (const auto entry = entriesByPath(options)[filePath])
         return entry;
     ADD_FAILURE() << "no entry of " << filePath;
-    return std::make_shared<Entry>(repository(), filePath, RVGitFileModeNone, RVGitFileStatusNone,
-                                   RVGitFileStatusNone);
+    return newEntry(RVGitFileStatusNone, RVGitFileStatusNone, filePath);
+}
+
+std::shared_ptr<RVGitWorkingTreeEntry> RVGitWorkingTreeTestCase::newEntry(
+    RVGitFileStatus leftStatus, RVGitFileStatus rightStatus, const std::string& filePath) const {
+    return std::make_shared<Entry>(repository(), filePath, RVGitFileModeRegular, leftStatus,
+                                   rightStatus);
 }
 
 std::string RVGitWorkingTreeTestCase::textOfEntry(const RVGitWorkingTreeEntry& entry) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVError.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
@@ -39,6 +40,12 @@ protected:
     /// The entry of that path; fails the test, and gives a new one, if there is none.
     [[nodiscard]] std::shared_ptr<Entry> entryAt(
         const std::string& filePath, const std::optional<RVOptions>& options = std::nullopt) const;
+
+    /// An entry that no listing has made, so that nothing is attached to it.
+    [[nodiscard]] std::shared_ptr<Entry> newEntry(RVGitFileStatus leftStatus,
+                                                  RVGitFileStatus rightStatus,
+                                                  const std::string& filePath = "file.txt") const;
+    [[nodiscard]] static std::optional<RVError> filledPlace() { return RVError("before", 1); }
 
     /// The letters as git prints them (those of the sides of a conflict), the mode as a word and
     /// the path: "RM Regular new <- old".
