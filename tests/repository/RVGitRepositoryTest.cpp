@@ -1,7 +1,5 @@
 #include "RVGit/repository/RVGitRepository.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 #include <set>
 #include <thread>
@@ -12,6 +10,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
 
@@ -209,9 +208,10 @@ TEST_F(RVGitRepositoryTest, ADescriptionThatCannotBeWrittenFailsWith301) {
 }
 
 TEST_F(RVGitRepositoryTest, ADescriptionWithoutWritePermissionFailsWith301) {
-    if (geteuid() == 0)
-        GTEST_SKIP() << "nothing is forbidden to root";
     writeFile(descriptionFile(), "old", 0444);
+    const RVUnprivilegedUser user(gitDirectory());
+    if (!user.isEffective())
+        GTEST_SKIP() << "nothing is forbidden to this user";
     std::optional<RVError> error;
     EXPECT_FALSE(repository()->setDescription("new", &error));
     expectError(error, RVGitDescriptionWriteError, repositoryPath());

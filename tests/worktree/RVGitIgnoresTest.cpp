@@ -18,6 +18,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVDamagedOutput.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVUnprivilegedUser.h"
 
 namespace fs = std::filesystem;
 
@@ -40,28 +41,6 @@ struct stat statusOf(const std::string& path) {
     EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
     return status;
 }
-
-/// Another user than root, to whom something is forbidden, while it lives.
-class Unprivileged {
-public:
-    Unprivileged() {
-        if (wasRoot_)
-            changed_ = ::seteuid(nobody) == 0;
-    }
-    ~Unprivileged() {
-        if (changed_)
-            (void)!::seteuid(0);
-    }
-    Unprivileged(const Unprivileged&) = delete;
-    Unprivileged& operator=(const Unprivileged&) = delete;
-
-    [[nodiscard]] bool isEffective() const { return !wasRoot_ || changed_; }
-
-private:
-    static constexpr uid_t nobody = 65534;
-    bool wasRoot_ = ::geteuid() == 0;
-    bool changed_ = false;
-};
 
 /// No file can grow beyond so many bytes while it lives: a write is cut off there and then fails.
 class FileSizeLimit {
@@ -125,12 +104,6 @@ protected:
         EXPECT_FALSE(ignores->writeIgnorePatterns(patterns, &error));
         expectError(error, RVGitIgnoresWriteError);
         EXPECT_FALSE(ignores->setIgnorePatterns(patterns));
-    }
-    /// Lets other users reach the repository.
-    void openDirectories() const {
-        for (fs::path directory = repositoryPath(); directory != "/" && directory != "/tmp";
-             directory = directory.parent_path())
-            fs::permissions(directory, fs::perms(0055), fs::perm_options::add);
     }
 };
 
@@ -392,9 +365,8 @@ TEST_F(RVGitIgnoresTest, ADirectoryThatCannotBeMadeFailsWith401) {
 
 TEST_F(RVGitIgnoresTest, AReadOnlyFileFailsWith401) {
     writeFile(path, "old\n", 0444);
-    openDirectories();
     {
-        const Unprivileged user;
+        const RVUnprivilegedUser user(repositoryPath());
         if (!user.isEffective())
             GTEST_SKIP() << "nothing is forbidden to this user";
         EXPECT_THAT(ignores->readIgnorePatterns(), Optional(ElementsAre("old")));
@@ -407,10 +379,9 @@ TEST_F(RVGitIgnoresTest, AReadOnlyFileFailsWith401) {
 }
 
 TEST_F(RVGitIgnoresTest, AReadOnlyDirectoryFailsWith401OnlyForANewFile) {
-    openDirectories();
     fs::permissions(repositoryPath(), fs::perms(0555));
     {
-        const Unprivileged user;
+        const RVUnprivilegedUser user(repositoryPath());
         if (!user.isEffective())
             GTEST_SKIP() << "nothing is forbidden to this user";
         expectUnwritable();
@@ -422,7 +393,7 @@ TEST_F(RVGitIgnoresTest, AReadOnlyDirectoryFailsWith401OnlyForANewFile) {
     writeFile(path, "old\n", 0666);
     fs::permissions(repositoryPath(), fs::perms(0555));
     {
-        const Unprivileged user;
+        const RVUnprivilegedUser user(repositoryPath());
         EXPECT_TRUE(ignores->addIgnorePattern("a"));
     }
     fs::permissions(repositoryPath(), fs::perms(0755));
@@ -431,9 +402,8 @@ TEST_F(RVGitIgnoresTest, AReadOnlyDirectoryFailsWith401OnlyForANewFile) {
 
 TEST_F(RVGitIgnoresTest, AFileThatCannotBeReadCanBeReplaced) {
     writeFile(path, "old\n", 0222);
-    openDirectories();
     {
-        const Unprivileged user;
+        const RVUnprivilegedUser user(repositoryPath());
         if (!user.isEffective())
             GTEST_SKIP() << "nothing is forbidden to this user";
         EXPECT_TRUE(ignores->writeIgnorePatterns({"new"}));
@@ -444,9 +414,8 @@ TEST_F(RVGitIgnoresTest, AFileThatCannotBeReadCanBeReplaced) {
 
 TEST_F(RVGitIgnoresTest, AnUnreadableFileFailsWith400) {
     writeFile(path, "old\n", 0222);
-    openDirectories();
     {
-        const Unprivileged user;
+        const RVUnprivilegedUser user(repositoryPath());
         if (!user.isEffective())
             GTEST_SKIP() << "nothing is forbidden to this user";
         expectUnreadable();
