@@ -143,7 +143,7 @@ int main(int argc, char** argv) {
     };
     RVBenchTable diffs(bench, "diffs of 10,000 changed files");
     addDiffs(diffs, changes);
-    diffs.run(11);
+    diffs.run(21);
     diffs.bound("library", "bare", 1.10);
 
     // Here git has next to nothing to do but to print.
