@@ -210,24 +210,37 @@ std::set<std::uint64_t> RVGitWorkingTreeModel::someChangesOf(const RVGitDiffChun
     return {changes.begin(), changes.begin() + 1 + below(changes.size())};
 }
 
-bool RVGitWorkingTreeModel::stageLines() {
-    const auto path = pathWhere([this](const auto& each) { return differ(index_, files_, each); });
+bool RVGitWorkingTreeModel::applyLines(const Files& before, const Files& after, bool stages) {
+    const auto path = pathWhere([&](const auto& each) { return differ(before, after, each); });
     if (!path)
         return false;
-    const auto diffs = RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
-        {*path}, repository_, std::nullopt, &error_);
+    const auto compare = stages
+                             ? &RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths
+                             : &RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths;
+    const auto diffs = compare({*path}, repository_, std::nullopt, &error_);
     if (!diffs || diffs->size() != 1) {
         ADD_FAILURE() << "There is no diff of " << *path;
         return true;
     }
-    const auto& diff = diffs->front();
-    const auto chunkIndex = below(diff->chunks().size());
-    const RVGitDiffChunk& chunk = *diff->chunks()[chunkIndex];
+    const RVGitDiff& diff = *diffs->front();
+    const auto chunkIndex = below(diff.chunks().size());
+    const RVGitDiffChunk& chunk = *diff.chunks()[chunkIndex];
     const auto selected = someChangesOf(chunk);
-    expectDone(manager_->applyPatch(diff->indexPatchForChunkAtIndex(chunkIndex, selected),
-                                    RVOptions{{RVGitApplyOptionCached, true}}, &error_));
-    index_[*path] = fileWithChanges(index_.at(*path), chunk, selected, 0);
+    const auto patch = stages ? diff.indexPatchForChunkAtIndex(chunkIndex, selected)
+                              : diff.worktreePatchForChunkAtIndex(chunkIndex, selected);
+    expectDone(manager_->applyPatch(
+        patch, RVOptions{{RVGitApplyOptionCached, true}, {RVGitApplyOptionReverse, !stages}},
+        &error_));
+    index_[*path] = fileWithChanges(index_.at(*path), chunk, selected, stages ? 0 : 1);
     return true;
+}
+
+bool RVGitWorkingTreeModel::stageLines() {
+    return applyLines(index_, files_, true);
+}
+
+bool RVGitWorkingTreeModel::unstageLines() {
+    return applyLines(head_, index_, false);
 }
 
 bool RVGitWorkingTreeModel::unstageFile() {
@@ -240,27 +253,6 @@ bool RVGitWorkingTreeModel::unstageFile() {
         index_[*path] = head_.at(*path);
     else
         index_.erase(*path);
-    return true;
-}
-
-bool RVGitWorkingTreeModel::unstageLines() {
-    const auto path = pathWhere([this](const auto& each) { return differ(head_, index_, each); });
-    if (!path)
-        return false;
-    const auto diffs = RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
-        {*path}, repository_, std::nullopt, &error_);
-    if (!diffs || diffs->size() != 1) {
-        ADD_FAILURE() << "There is no diff of " << *path;
-        return true;
-    }
-    const auto& diff = diffs->front();
-    const auto chunkIndex = below(diff->chunks().size());
-    const RVGitDiffChunk& chunk = *diff->chunks()[chunkIndex];
-    const auto selected = someChangesOf(chunk);
-    expectDone(manager_->applyPatch(
-        diff->worktreePatchForChunkAtIndex(chunkIndex, selected),
-        RVOptions{{RVGitApplyOptionCached, true}, {RVGitApplyOptionReverse, true}}, &error_));
-    index_[*path] = fileWithChanges(index_.at(*path), chunk, selected, 1);
     return true;
 }
 

@@ -86,6 +86,8 @@ private:
     /// The tracked files as they are on disk.
     [[nodiscard]] Files trackedFiles() const;
     [[nodiscard]] bool isClean() const { return index_ == head_ && trackedFiles() == index_; }
+    /// Stages some of the lines of a file in which the two differ, or takes them back.
+    bool applyLines(const Files& before, const Files& after, bool stages);
     /// Some of the lines of the chunk that have changed.
     [[nodiscard]] std::set<std::uint64_t> someChangesOf(const RVGitDiffChunk& chunk);
     void expectDone(bool done);
