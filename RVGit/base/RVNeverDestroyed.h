@@ -2,27 +2,40 @@
 
 #include <concepts>
 #include <cstddef>
+#include <initializer_list>
 #include <new>
-#include <type_traits>
 #include <utility>
 
 /// Holds a value that is never destroyed: for what lives as long as the process, such as tables,
 /// expressions and singletons. Commands may still run on other threads while main() returns, so
 /// nothing that they read may die with it.
 ///
-///     static const RVNeverDestroyed<std::vector<std::string>> names({"one", "two"});
+///     static const RVNeverDestroyed<std::vector<std::string>> names = {"one", "two"};
+///     static const RVNeverDestroyed<RVRegularExpression> expression("^[0-9]+$");
 ///     return *names;
 ///
 /// Making it is as safe among threads as that of any function-local static. Only for statics:
 /// anywhere else it leaks.
 template <typename T>
 class RVNeverDestroyed {
+    template <typename U>
+    struct ElementOf {
+        struct type {};
+    };
+    template <typename U>
+    requires requires { typename U::value_type; }
+    struct ElementOf<U> {
+        using type = typename U::value_type;
+    };
+
 public:
     RVNeverDestroyed() requires std::default_initializable<T> { new (storage_) T(); }
-    /// For braced lists and the results of functions.
-    explicit RVNeverDestroyed(T&& value) requires std::move_constructible<T> {
-        new (storage_) T(std::move(value));
+    /// For containers.
+    RVNeverDestroyed(std::initializer_list<typename ElementOf<T>::type> elements) requires
+        std::constructible_from<T, decltype(elements)> {
+        new (storage_) T(elements);
     }
+    /// Of one argument, which may be the value itself.
     template <typename Argument>
     requires std::constructible_from<T, Argument>
     explicit RVNeverDestroyed(Argument&& argument) {

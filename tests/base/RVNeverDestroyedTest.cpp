@@ -31,11 +31,11 @@ TEST(RVNeverDestroyedTest, AValueIsNotDestroyedWithIt) {
 }
 
 TEST(RVNeverDestroyedTest, TakesBracedListsArgumentsAndValues) {
-    static const RVNeverDestroyed<std::vector<std::string>> list({"one", "two"});
+    static const RVNeverDestroyed<std::vector<std::string>> list = {"one", "two"};
     EXPECT_EQ(*list, (std::vector<std::string>{"one", "two"}));
-    static const RVNeverDestroyed<std::vector<std::string>> one({"one"});
+    static const RVNeverDestroyed<std::vector<std::string>> one = {"one"};
     EXPECT_EQ(*one, (std::vector<std::string>{"one"}));
-    static const RVNeverDestroyed<std::vector<std::vector<std::string>>> row({{"one", "two"}});
+    static const RVNeverDestroyed<std::vector<std::vector<std::string>>> row = {{"one", "two"}};
     EXPECT_EQ(row->size(), 1u);
     static const RVNeverDestroyed<std::string> repeated(std::in_place, std::size_t{3}, 'x');
     EXPECT_EQ(*repeated, "xxx");
