@@ -1,8 +1,9 @@
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 
 const RVGitErrorTable& RVGitCommand::sharedGitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         {.errorCode = RVGitCommandUsageError,
          .exitCodes = {129},
          .standardErrorPatterns = {"^Usage:"}},
@@ -71,5 +72,5 @@ const RVGitErrorTable& RVGitCommand::sharedGitErrorDefinitions() {
                                    "There are no candidates for merging among the refs that you "
                                    "just fetched"}},
     };
-    return table;
+    return *table;
 }

@@ -5,6 +5,7 @@
 
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVDateFormatter.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/diff/RVGitDiffParser.h"
@@ -81,7 +82,7 @@ void RVGitLogCommand::readOptions(const RVOptions& options) {
 }
 
 const RVGitErrorTable& RVGitLogCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         {.errorCode = RVGitLogNoSuchRevisionError,
          .commandNames = {"log"},
          .exitCodes = {128},
@@ -94,7 +95,7 @@ const RVGitErrorTable& RVGitLogCommand::gitErrorDefinitions() {
          .standardErrorPatterns = {"fatal: bad revision '(.+)'"},
          .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
     };
-    return table;
+    return *table;
 }
 
 // Building the command line.

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
 
@@ -27,7 +28,7 @@ std::shared_ptr<RVGitTagCommand> RVGitTagCommand::gitDeleteTagCommandWithReposit
 }
 
 const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         {.errorCode = RVGitCreateTagAlreadyExistsError,
          .commandNames = {"tag"},
          .exitCodes = {128},
@@ -50,7 +51,7 @@ const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
                                    "error: unable to sign the tag"},
          .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
     };
-    return table;
+    return *table;
 }
 
 void RVGitTagCommand::gitCommandWillInitialize() {

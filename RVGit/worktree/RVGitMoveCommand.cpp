@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitMoveCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -24,11 +25,11 @@ const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
                              .standardErrorPatterns = {pattern},
                              .standardErrorMatchedComponentNames = names};
     };
-    static const std::vector<std::string> file = {RVGitFilePathErrorKey};
-    static const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
-                                                   RVGitDestinationFilePathErrorKey};
+    const std::vector<std::string> file = {RVGitFilePathErrorKey};
+    const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
+                                            RVGitDestinationFilePathErrorKey};
     // The row of a bad source stands twice, for compatibility.
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         row(RVGitMoveFileSourceDirectoryEmptyError,
             "fatal: source directory is empty, source=(.+), destination=(.+)", files),
         row(RVGitMoveFileSelfTargetError,
@@ -45,7 +46,7 @@ const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
         row(RVGitMoveFileSourceNotFoundError, "fatal: bad source, source=(.+), destination=(.+)",
             files),
     };
-    return table;
+    return *table;
 }
 
 void RVGitMoveCommand::gitCommandWillInitialize() {
