@@ -22,6 +22,10 @@ public:
     /// Whether the path names an executable file and a binary made of it is valid.
     [[nodiscard]] static bool isGitBinaryAtPath(const std::string& path);
 
+    /// The first executable "git" in the directories of PATH that are absolute; null if there is
+    /// none. Whether it is new enough isValid() tells.
+    [[nodiscard]] static std::shared_ptr<RVGitBinary> gitBinaryInPath();
+
     /// What commands use unless told otherwise; null until it is set. Any thread.
     [[nodiscard]] static std::shared_ptr<RVGitBinary> defaultGitBinary();
     static void setDefaultGitBinary(std::shared_ptr<RVGitBinary> gitBinary);
