@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "RVGit/base/RVErrorManager.h"
+#include "RVGit/base/RVFirstException.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
@@ -312,17 +313,29 @@ void RVGitCommand::commandDidFailToLaunch(int) {
 }
 
 void RVGitCommand::commandDidTerminate() {
-    gitCommandDidTerminate();
+    RVFirstException exception;
+    exception.keepFrom([&] { gitCommandDidTerminate(); });
     if (commandProgress_) {
         commandProgress_->finishProgress();
-        if (progressHandler_)
-            progressHandler_(*commandProgress_);
+        if (progressHandler_ && !handlerDidThrow())
+            exception.keepFrom([&] { progressHandler_(*commandProgress_); });
     }
-    mapResult();
+    exception.keepFrom([&] {
+        try {
+            mapResult();
+        } catch (...) {
+            // Whoever is only told of the end is not to take it for a success.
+            if (!isCancelled() && !error())
+                finishWithError(
+                    gitErrorWithCode(RVGitRVGitGenericError, makeGitErrorUserInfo()));
+            throw;
+        }
+    });
     // Taken out first: the handler may set another, and may hold the command that holds it.
     if (const CompletionHandler handler = std::exchange(completionHandler_, nullptr))
-        handler(*this);
+        exception.keepFrom([&] { handler(*this); });
     completionHandler_ = nullptr;
+    exception.rethrow();
 }
 
 void RVGitCommand::mapResult() {
