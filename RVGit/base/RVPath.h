@@ -3,8 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 // Paths as text. None of these touches the disk, but for the tilde, which needs HOME or the
 // user database.
+
+inline namespace RVGIT_EXPORT rvgit {
 
 /// Whether the text holds a NUL. The system would take a path, an argument or a variable only up
 /// to there, and so act on another one: whoever passes text on to it refuses such a text first.
@@ -25,3 +29,5 @@
 [[nodiscard]] std::string pathByDeletingLastComponent(std::string_view path);
 /// "/a/b/" gives "b", "/" gives "/".
 [[nodiscard]] std::string lastPathComponent(std::string_view path);
+
+}  // namespace rvgit

@@ -7,7 +7,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
-#include "RVGit/worktree/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitFilePathsOutputParser.h"
 #include "RVGit/worktree/RVGitIndexHelper.h"
 
 namespace {
