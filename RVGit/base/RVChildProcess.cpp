@@ -14,6 +14,7 @@
 #include <csignal>
 #include <utility>
 
+#include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 
 using Clock = std::chrono::steady_clock;
@@ -183,10 +184,13 @@ int spawn(const RVChildProcess::Launch& launch, const Descriptor& input, const D
 
     std::vector<std::string> arguments;
     arguments.reserve(launch.arguments.size() + 1);
+    // Relative to this process, as it was when somebody looked whether the file is there; the child
+    // would take it relative to its working directory.
+    const std::string path = RVFileManager::absolutePath(launch.path);
     arguments.push_back(launch.path);
     arguments.insert(arguments.end(), launch.arguments.begin(), launch.arguments.end());
     const std::vector<std::string> environment = environmentStrings(launch.environment);
-    return posix_spawn(&pid, launch.path.c_str(), actions, &settings.attributes,
+    return posix_spawn(&pid, path.c_str(), actions, &settings.attributes,
                        pointersToStrings(arguments).data(), pointersToStrings(environment).data());
 }
 

@@ -32,6 +32,7 @@ public:
     static constexpr std::chrono::milliseconds cancelGrace{2'000};
 
     struct Launch {
+        /// A relative one is taken from this process's current directory, not the child's.
         std::string path;
         std::vector<std::string> arguments;
         RVEnvironment environment;

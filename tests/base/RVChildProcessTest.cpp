@@ -104,6 +104,19 @@ TEST(RVChildProcessTest, RunsInTheWorkingDirectory) {
     EXPECT_EQ(run(launch).output, "/usr\n");
 }
 
+TEST(RVChildProcessTest, ARelativePathIsThatOfThisProcessAndNotOfTheWorkingDirectory) {
+    const std::string before = std::filesystem::current_path();
+    RVChildProcess::Launch launch = shell("pwd");
+    launch.path = "sh";
+    launch.workingDirectory = "/";
+    std::filesystem::current_path("/bin");
+    EXPECT_EQ(run(launch).output, "/\n");
+    std::filesystem::current_path("/");
+    launch.workingDirectory = "/bin";
+    EXPECT_EQ(run(launch).launchError, ENOENT);
+    std::filesystem::current_path(before);
+}
+
 TEST(RVChildProcessTest, StandardInputIsEmptyUnlessGiven) {
     EXPECT_EQ(run(shell("wc -c")).output, "0\n");
 }
@@ -382,13 +395,14 @@ TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsTheChildAsTerminateDoesAndIsKe
     RVChildProcess process;
     int calls = 0;
     // The child cleans up behind itself, which SIGKILL would not let it do, and goes on to write.
-    ASSERT_EQ(process.run(shell("trap 'echo cleaned; exit 5' TERM; echo $$; while :; do sleep 0.01; "
-                                "done"),
-                          [&](std::string_view) {
-                              ++calls;
-                              throw std::runtime_error("no");
-                          }),
-              0);
+    ASSERT_EQ(
+        process.run(shell("trap 'echo cleaned; exit 5' TERM; echo $$; while :; do sleep 0.01; "
+                          "done"),
+                    [&](std::string_view) {
+                        ++calls;
+                        throw std::runtime_error("no");
+                    }),
+        0);
     EXPECT_EQ(calls, 1) << "a handler that has thrown is not called again";
     EXPECT_EQ(process.exitCode(), 5);
     EXPECT_THAT(std::string(process.standardOutput().view()), testing::EndsWith("cleaned\n"));
