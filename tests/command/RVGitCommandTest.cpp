@@ -15,6 +15,7 @@
 #include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitCommandProgress.h"
 #include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/command/RVGitConfiguration.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
@@ -259,6 +260,41 @@ TEST_F(RVGitCommandTest, SanitizingComesBeforeTheSharedVariables) {
     EXPECT_EQ(unsanitized->environment().count("GIT_INDEX_FILE"), 1u);
 }
 
+TEST_F(RVGitCommandTest, TheWholeProcessMaySanitizeWhatItsCommandsInherit) {
+    const std::string other = initRepository("other");
+    commitFile(other, "file", "text", "Other");
+    makeCommit();
+    for (const char* name : {"GIT_DIR", "GIT_INDEX_FILE", "GIT_OBJECT_DIRECTORY"})
+        setEnvironmentVariable(name,
+                               other + "/.git" + (std::string(name) == "GIT_DIR" ? "" : "/x"));
+    setEnvironmentVariable("GIT_EDITOR", "inherited");
+    const auto environmentOf = [&] {
+        auto command = scripted("exit 0");
+        // What a command is given by its caller is not inherited.
+        command->setValueForEnvironmentVariable("own", "GIT_SEQUENCE_EDITOR");
+        command->willInitialize = [](HookedCommand& self) {
+            self.setValueForEnvironmentVariable("hook", "GIT_SSH_COMMAND");
+        };
+        command->run();
+        return command->environment();
+    };
+    EXPECT_EQ(environmentOf().count("GIT_INDEX_FILE"), 1u) << "off unless set";
+    RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(true);
+    RVGitCommandEnvironment::sharedEnvironment().setValueForEnvironmentVariable(
+        "shared", "GIT_EXTERNAL_DIFF");
+    const RVEnvironment environment = environmentOf();
+    // A command that the library makes for itself, by way of an explicit path.
+    const auto opened = RVGitRepository::repositoryWithPath(repositoryPath());
+    const auto head = opened->isValid() ? std::optional(opened->gitDirectoryPath()) : std::nullopt;
+    RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(false);
+    for (const char* name : {"GIT_DIR", "GIT_INDEX_FILE", "GIT_OBJECT_DIRECTORY", "GIT_EDITOR"})
+        EXPECT_EQ(environment.count(name), 0u) << name;
+    EXPECT_EQ(environment.at("GIT_SEQUENCE_EDITOR"), "own");
+    EXPECT_EQ(environment.at("GIT_SSH_COMMAND"), "hook");
+    EXPECT_EQ(environment.at("GIT_EXTERNAL_DIFF"), "shared");
+    EXPECT_EQ(head, repositoryPath() + "/.git");
+}
+
 TEST_F(RVGitCommandTest, TheDirectoryOptionsCanBeRemovedFromTheFinalArguments) {
     auto command = std::make_shared<HookedCommand>(scriptedGit("exit 0"), std::nullopt, "/g", "/w");
     command->setGitCommand("status");
@@ -343,9 +379,10 @@ TEST_F(RVGitCommandTest, ACompletionHandlerIsDroppedWhateverItDoes) {
 
 TEST_F(RVGitCommandTest, AHandlerThatThrowsLetsGitCleanUpAndTheCommandFinish) {
     // As git does it: the lock goes when the process is asked to end, and stays if it is killed.
-    auto command = scripted("trap 'rm \"$LOCK\"; exit 130' TERM; : > \"$LOCK\"; "
-                            "printf 'Receiving objects: 10%% (1/10)\\r' >&2; "
-                            "while :; do sleep 0.01; done");
+    auto command = scripted(
+        "trap 'rm \"$LOCK\"; exit 130' TERM; : > \"$LOCK\"; "
+        "printf 'Receiving objects: 10%% (1/10)\\r' >&2; "
+        "while :; do sleep 0.01; done");
     command->setValueForEnvironmentVariable(scratchPath("index.lock"), "LOCK");
     command->willInitialize = [](HookedCommand& self) {
         self.setGitCommand("clone");
