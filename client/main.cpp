@@ -16,6 +16,7 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/command/RVGitConfiguration.h"
 #include "RVGit/command/RVGitEnglishTexts.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
@@ -103,6 +104,9 @@ int run(std::vector<std::string> words) {
     }
     words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(position));
 
+    // Started from a hook or an alias, it would otherwise show, and stage into, the repository that
+    // the variables name, and not the one that its user names.
+    RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(true);
     const auto gitBinary = RVGitBinary::gitBinaryInPath();
     if (!gitBinary || !gitBinary->isValid())
         return complain("there is no git in PATH, or it is older than " +
