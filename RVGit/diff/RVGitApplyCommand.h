@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
@@ -30,7 +31,7 @@ inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
 /// place there, and reports success. With it, a chunk goes where its header says; behind a chunk
 /// that changes the count of lines and is left out of the patch that is a wrong place, but for
 /// patches of RVGitDiffPatchGenerator::locatedPatchForLinesWithIndexes().
-class RVGitApplyCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitApplyCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     RVGitApplyCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitDiff;
@@ -25,7 +26,7 @@ class RVGitDiff;
 /// a wrong place wherever the same lines stand there, and new lines always do; and where some of
 /// its lines are not selected, git takes those that stay for context, and looks for them at the
 /// end of the file. A patch without context needs RVGitApplyOptionUnidiffZero.
-class RVGitDiffPatchGenerator {
+class RVGIT_EXPORT RVGitDiffPatchGenerator {
 public:
     /// What the patch is to be applied to, and how.
     enum Mode : int {
