@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "RVGit/base/RVError.h"
 
@@ -23,6 +24,10 @@ public:
                                                                       RVErrorPlace error = nullptr);
 
     [[nodiscard]] const std::string& commitMessage() const { return commitMessage_; }
+
+    /// Whether a script hands the message over whole. False for one with the delimiter's line, see
+    /// below, and for one with a NUL byte, which no shell keeps.
+    [[nodiscard]] static bool isCommitMessageSafe(std::string_view commitMessage);
 
     /// Writes the script to a file URL (required), with the permissions 0755. What stood there is
     /// replaced in one step, and kept on failure, which leaves an error of the operating system.
