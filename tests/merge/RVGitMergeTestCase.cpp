@@ -99,6 +99,7 @@ void RVGitMergeTestCase::makePlace(RVGitMergePlace place) {
                                              ? initRepository(name + " main")
                                              : initBareRepository(name + " main");
             git({"symbolic-ref", "HEAD", "refs/heads/unborn"}, mainPath);
+            git({"config", "core.logAllRefUpdates", "true"}, mainPath);
             importHistory(mainPath);
             git({"worktree", "add", "-q", path_, "main"}, mainPath);
             break;
