@@ -5,6 +5,7 @@
 #include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/merge/RVGitMergeToolCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
@@ -26,6 +27,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitMergeToolCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());

@@ -1,5 +1,6 @@
 #include "RVGit/merge/RVGitMergeToolCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitMergeToolCommand::RVGitMergeToolCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -12,13 +13,13 @@ std::shared_ptr<RVGitMergeToolCommand> RVGitMergeToolCommand::gitMergeToolComman
 }
 
 const RVGitErrorTable& RVGitMergeToolCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{
+    static const RVNeverDestroyed<RVGitErrorTable> table{
         gitErrorRow(RVGitMergetoolMergeFailedError)
             .command("mergetool")
             .exitCode(1)
             .standardError("merge of (.+) failed", {RVGitFilePathErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitMergeToolCommand::gitCommandWillInitialize() {
