@@ -5,7 +5,11 @@
 #include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/merge/RVGitCherryPickCommand.h"
+#include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitMergeToolCommand.h"
+#include "RVGit/merge/RVGitRebaseCommand.h"
+#include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
@@ -25,11 +29,15 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitCherryPickCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitMergeCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMergeToolCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitRebaseCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitRevertCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
