@@ -9,6 +9,8 @@
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
+#include "RVGit/remotes/RVGitBranchCommand.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
@@ -23,10 +25,12 @@ void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitBranchCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitRemoteCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
