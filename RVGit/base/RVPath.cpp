@@ -18,6 +18,8 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
 
 /// The home of a user, or of the user of this process if the name is empty.
 std::optional<std::string> homeDirectory(const std::string& userName) {
+    if (holdsNUL(userName))
+        return std::nullopt;
     if (userName.empty()) {
         const char* home = std::getenv("HOME");
         if (home && *home)
@@ -40,11 +42,11 @@ std::optional<std::string> homeDirectory(const std::string& userName) {
 
 }  // namespace
 
-bool isAbsolutePath(std::string_view path) {
+bool rvgit::isAbsolutePath(std::string_view path) {
     return path.starts_with('/');
 }
 
-std::string pathByExpandingTilde(std::string_view path) {
+std::string rvgit::pathByExpandingTilde(std::string_view path) {
     if (!path.starts_with('~'))
         return std::string(path);
     const auto end = std::min(path.find('/'), path.size());
@@ -54,7 +56,7 @@ std::string pathByExpandingTilde(std::string_view path) {
     return pathByAppendingComponent(*home, path.substr(end));
 }
 
-std::string standardizedPath(std::string_view path) {
+std::string rvgit::standardizedPath(std::string_view path) {
     const std::string expanded = pathByExpandingTilde(path);
     if (expanded.empty())
         return expanded;
@@ -83,7 +85,7 @@ std::string standardizedPath(std::string_view path) {
     return result.empty() ? "." : result;
 }
 
-std::string pathByAppendingComponent(std::string_view path, std::string_view component) {
+std::string rvgit::pathByAppendingComponent(std::string_view path, std::string_view component) {
     if (path.empty() || component.empty())
         return std::string(path.empty() ? component : path);
     std::string result(withoutTrailingSlashes(path));
@@ -93,7 +95,7 @@ std::string pathByAppendingComponent(std::string_view path, std::string_view com
     return result;
 }
 
-std::string pathByDeletingLastComponent(std::string_view path) {
+std::string rvgit::pathByDeletingLastComponent(std::string_view path) {
     path = withoutTrailingSlashes(path);
     const auto slash = path.rfind('/');
     if (slash == std::string_view::npos)
@@ -101,7 +103,7 @@ std::string pathByDeletingLastComponent(std::string_view path) {
     return std::string(withoutTrailingSlashes(path.substr(0, slash + 1)));
 }
 
-std::string lastPathComponent(std::string_view path) {
+std::string rvgit::lastPathComponent(std::string_view path) {
     path = withoutTrailingSlashes(path);
     if (path == "/")
         return std::string(path);

@@ -5,6 +5,7 @@
 
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVDateFormatter.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/diff/RVGitDiffParser.h"
@@ -81,20 +82,19 @@ void RVGitLogCommand::readOptions(const RVOptions& options) {
 }
 
 const RVGitErrorTable& RVGitLogCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
-        {.errorCode = RVGitLogNoSuchRevisionError,
-         .commandNames = {"log"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: ambiguous argument '(.+)': unknown revision or path not "
-                                   "in the working tree"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
-        {.errorCode = RVGitLogNoSuchRevisionError,
-         .commandNames = {"log"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: bad revision '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(RVGitLogNoSuchRevisionError)
+            .command("log")
+            .exitCode(128)
+            .standardError("fatal: ambiguous argument '(.+)': unknown revision or path not "
+                           "in the working tree",
+                           {RVGitRevisionErrorKey}),
+        gitErrorRow(RVGitLogNoSuchRevisionError)
+            .command("log")
+            .exitCode(128)
+            .standardError("fatal: bad revision '(.+)'", {RVGitRevisionErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 // Building the command line.
@@ -122,7 +122,7 @@ void RVGitLogCommand::gitCommandWillInitialize() {
         addGitCommandOption("--since=" + rfc3339DateString(*sinceDate_));
     if (untilDate_)
         addGitCommandOption("--until=" + rfc3339DateString(*untilDate_));
-    addGitCommandArguments(revisions_);
+    addGitCommandRevisions(revisions_, RVGitLogNoSuchRevisionError);
     addRefSelectionOptions();
     addGitCommandArgument("--");
     addGitCommandArguments(filePaths_);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/objects/RVGitObject.h"
 #include "RVGit/objects/RVGitObjectReference.h"
@@ -24,30 +25,29 @@ std::shared_ptr<RVGitShowCommand> RVGitShowCommand::gitShowCommandWithRepository
 
 const RVGitErrorTable& RVGitShowCommand::gitErrorDefinitions() {
     // The first row names a key of the patch errors; without a group it captures nothing.
-    static const RVGitErrorTable table = {
-        {.errorCode = RVGitBlobNotFoundError,
-         .commandNames = {"show"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"unknown revision or path not in the working tree"},
-         .standardErrorMatchedComponentNames = {RVGitPatchLineNumberErrorKey}},
-        {.errorCode = RVGitBlobNotFoundError,
-         .commandNames = {"show"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"Path '(.+)' does not exist in '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitFilePathErrorKey, RVGitRevisionErrorKey}},
-        {.errorCode = RVGitBlobNotFoundError,
-         .commandNames = {"show"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"Invalid object name '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitObjectHashErrorKey}},
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(RVGitBlobNotFoundError)
+            .command("show")
+            .exitCode(128)
+            .standardError("unknown revision or path not in the working tree",
+                           {RVGitPatchLineNumberErrorKey}),
+        gitErrorRow(RVGitBlobNotFoundError)
+            .command("show")
+            .exitCode(128)
+            .standardError("Path '(.+)' does not exist in '(.+)'",
+                           {RVGitFilePathErrorKey, RVGitRevisionErrorKey}),
+        gitErrorRow(RVGitBlobNotFoundError)
+            .command("show")
+            .exitCode(128)
+            .standardError("Invalid object name '(.+)'", {RVGitObjectHashErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitShowCommand::gitCommandWillInitialize() {
     setGitCommand("show");
     addGitCommandOption("--no-color");
-    addGitCommandArgument(objectReference_);
+    addGitCommandRevision(objectReference_, RVGitBlobNotFoundError);
 }
 
 RVUserInfo RVGitShowCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

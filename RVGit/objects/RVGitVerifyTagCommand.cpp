@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
@@ -38,11 +39,12 @@ bool RVGitGPGTagSignatureOutputParser::parseOutputLine(std::string_view line) {
         return true;
 
     // The brackets are meant as a group, but the words were tested above.
-    static const RVRegularExpression userExpression(
+    static const RVNeverDestroyed<RVRegularExpression> userExpression(
+        std::in_place,
         R"(^\[GNUPG:\]\s+[GOODSIG|EXPSIG|EXPKEYSIG|REVKEYSIG|BADSIG|ERRSIG]+\s+[0-9A-F]+\s+)"
         R"((.*)\s+<(.*)>)",
         RVRegularExpression::CaseInsensitive);
-    if (const auto user = userExpression.firstMatch(line); !user.empty()) {
+    if (const auto user = userExpression->firstMatch(line); !user.empty()) {
         result_.username = *user[1];
         result_.email = *user[2];
     }
@@ -84,19 +86,18 @@ std::shared_ptr<RVGitVerifyTagCommand> RVGitVerifyTagCommand::gitVerifyTagComman
 
 const RVGitErrorTable& RVGitVerifyTagCommand::gitErrorDefinitions() {
     // Neither code stands in the catalogue.
-    static const RVGitErrorTable table = {
-        {.errorCode = 1703,
-         .commandNames = {"verify-tag"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {".*cannot verify a non-tag object of type commit."},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = 1704,
-         .commandNames = {"verify-tag"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"error: no signature found"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(1703)
+            .command("verify-tag")
+            .exitCode(1)
+            .standardError(".*cannot verify a non-tag object of type commit.",
+                           {RVGitRefNameErrorKey}),
+        gitErrorRow(1704)
+            .command("verify-tag")
+            .exitCode(1)
+            .standardError("error: no signature found", {RVGitRefNameErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitVerifyTagCommand::gitCommandWillInitialize() {
@@ -105,7 +106,7 @@ void RVGitVerifyTagCommand::gitCommandWillInitialize() {
     setGitCommand("verify-tag");
     addGitCommandOption("--raw");
     if (refName_)
-        addGitCommandArgument(*refName_);
+        addGitCommandName(*refName_);
 }
 
 bool RVGitVerifyTagCommand::gitCommandShouldHandleError(const RVError&) {

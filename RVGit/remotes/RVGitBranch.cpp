@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/command/RVGitBinary.h"
@@ -39,8 +40,8 @@ constexpr char detachedHeadName[] = "(no branch)";
 
 template <typename Value>
 const std::optional<Value>& absent() {
-    static const auto& none = *new std::optional<Value>();
-    return none;
+    static const RVNeverDestroyed<std::optional<Value>> none;
+    return *none;
 }
 
 std::string configKey(const std::string& refName, const char* key) {

@@ -7,12 +7,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVObservable.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/repository/RVGitRef.h"
 
 class RVGitRemote;
 struct RVGitBranchTrackingState;
+class RVGitRepository;
 
 // Configuration keys of a branch, for RVGitMakeBranchConfigKey().
 inline constexpr char RVGitBranchRemoteConfigKey[] = "remote";
@@ -26,7 +28,7 @@ inline constexpr char RVGitBranchRebaseConfigKey[] = "rebase";
 /// Observers are told of "ref", "isHead", "trackedRemoteName" and "trackedRefNames" when they are
 /// set, and then of what depends on them: "fullRefName", "refName", "commitHash", "commit" and
 /// "isDetachedHead" on the ref, "isOrphaned" on ref and isHead, "isTracking" on the other two.
-class RVGitBranch : public RVGitRefProtocol, public RVObservable {
+class RVGIT_EXPORT RVGitBranch : public RVGitRefProtocol, public RVObservable {
 public:
     using List = std::vector<std::shared_ptr<RVGitBranch>>;
 

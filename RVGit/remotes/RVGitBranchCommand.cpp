@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
@@ -60,10 +61,11 @@ bool RVGitBranchOutputParser::parseOutputLine(std::string_view line) {
         addBranch(plain->isMarked, plain->name, plain->hash, 0, 0);
         return true;
     }
-    static const auto& expression = *new RVRegularExpression(
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place,
         R"(^(\*)?\s*(\(.+\)|[^ ]+)\s+([0-9a-f]{40})\s+(\[(ahead (\d+),?\s?)?(behind (\d+))?\])?)",
         RVRegularExpression::DotMatchesLineSeparators);
-    const auto components = expression.firstMatch(line);
+    const auto components = expression->firstMatch(line);
     if (components.empty())
         return !RVGitBranchLineHoldsHashOfOtherFormat(line);
     addBranch(components[1] == "*", trimmedWhitespaceAndNewline(*components[2]), *components[3],
@@ -91,12 +93,13 @@ std::string_view RVGitDeleteBranchErrorOutputParser::parserName() const {
 }
 
 bool RVGitDeleteBranchErrorOutputParser::parseOutputLine(std::string_view line) {
-    static const auto& expression = *new RVRegularExpression(
-        "^error: The branch '(.+)' is not fully merged.$", RVRegularExpression::AnchorsMatchLines);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, "^error: The branch '(.+)' is not fully merged.$",
+        RVRegularExpression::AnchorsMatchLines);
     // The expression's "^" would match behind a line separator inside of the line, too.
     if (!line.starts_with("error: The branch '"))
         return true;
-    const auto components = expression.firstMatch(line);
+    const auto components = expression->firstMatch(line);
     if (!components.empty() && components[0]->data() == line.data())
         addResult(std::string(*components[1]));
     return true;
@@ -178,64 +181,55 @@ std::shared_ptr<RVGitBranchCommand> RVGitBranchCommand::gitRenameBranchCommandWi
 }
 
 const RVGitErrorTable& RVGitBranchCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{
-        {.errorCode = RVGitRenameBranchInvalidObjectError,
-         .commandNames = {"branch"},
-         .commandArguments = {"-m"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"error: refname (.+) not found"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitRenameBranchRefAlreadyExistsError,
-         .commandNames = {"branch"},
-         .commandArguments = {"-m"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: A branch named '(.+)' already exists"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitDeleteUnmergedBranchError,
-         .commandNames = {"branch"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"The branch '(.+)' is not fully merged"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitCreateBranchInvalidNameError,
-         .commandNames = {"branch"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: '(.+)' is not a valid branch name"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitCreateBranchInvalidObjectError,
-         .commandNames = {"branch"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: Not a valid object name: '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitObjectHashErrorKey}},
-        {.errorCode = RVGitCreateBranchRefAlreadyExistsError,
-         .commandNames = {"branch"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: A branch named '(.+)' already exists"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitDeleteBranchNoSuchBranchError,
-         .commandNames = {"branch"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"error: branch '(.+)' not found"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitDeleteCurrentBranchError,
-         .commandNames = {"branch"},
-         .exitCodes = {1},
-         .standardErrorPatterns =
-             {"error: Cannot delete the branch '(.+)' which you are currently on",
-              "error: Cannot delete branch '(.+)' checked out at"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitTrackBranchInvalidObjectError,
-         .commandNames = {"branch"},
-         .exitCodes = {128},
-         .standardOutputPatterns = {"fatal: Not a valid object name: '(.+)'"},
-         .standardOutputMatchedComponentNames = {RVGitRevisionErrorKey}},
-        {.errorCode = RVGitDeleteUnmergedBranchError,
-         .commandNames = {"branch"},
-         .commandArguments = {"-d"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"error: The branch '(.+)' is not fully merged."},
-         .standardErrorMatchedComponentNames = {RVGitMultipleRefNamesErrorKey}},
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(RVGitRenameBranchInvalidObjectError)
+            .command("branch")
+            .argument("-m")
+            .exitCode(128)
+            .standardError("error: refname (.+) not found", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitRenameBranchRefAlreadyExistsError)
+            .command("branch")
+            .argument("-m")
+            .exitCode(128)
+            .standardError("fatal: A branch named '(.+)' already exists", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitDeleteUnmergedBranchError)
+            .command("branch")
+            .exitCode(1)
+            .standardError("The branch '(.+)' is not fully merged", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitCreateBranchInvalidNameError)
+            .command("branch")
+            .exitCode(128)
+            .standardError("fatal: '(.+)' is not a valid branch name", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitCreateBranchInvalidObjectError)
+            .command("branch")
+            .exitCode(128)
+            .standardError("fatal: Not a valid object name: '(.+)'", {RVGitObjectHashErrorKey}),
+        gitErrorRow(RVGitCreateBranchRefAlreadyExistsError)
+            .command("branch")
+            .exitCode(128)
+            .standardError("fatal: A branch named '(.+)' already exists", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitDeleteBranchNoSuchBranchError)
+            .command("branch")
+            .exitCode(1)
+            .standardError("error: branch '(.+)' not found", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitDeleteCurrentBranchError)
+            .command("branch")
+            .exitCode(1)
+            .standardError("error: Cannot delete the branch '(.+)' which you are currently on",
+                           {RVGitRefNameErrorKey})
+            .standardError("error: Cannot delete branch '(.+)' checked out at"),
+        gitErrorRow(RVGitTrackBranchInvalidObjectError)
+            .command("branch")
+            .exitCode(128)
+            .standardOutput("fatal: Not a valid object name: '(.+)'", {RVGitRevisionErrorKey}),
+        gitErrorRow(RVGitDeleteUnmergedBranchError)
+            .command("branch")
+            .argument("-d")
+            .exitCode(1)
+            .standardError("error: The branch '(.+)' is not fully merged.",
+                           {RVGitMultipleRefNamesErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitBranchCommand::gitCommandWillInitialize() {
@@ -246,34 +240,36 @@ void RVGitBranchCommand::gitCommandWillInitialize() {
             addGitCommandOption("-r");
         return;
     }
-    const auto addFirstName = [this](std::int64_t) {
+    const auto addFirstName = [this] {
         if (!refNames_->empty())
-            addGitCommandArgument(shortBranchName(refNames_->front()));
+            addGitCommandName(shortBranchName(refNames_->front()),
+                              RVGitCreateBranchInvalidNameError);
     };
     if (renamesBranch_) {
         addGitCommandOption(forcesRenaming_ ? "-M" : "-m");
-        addFirstName(RVGitCreateBranchInvalidNameError);
+        addFirstName();
         if (renameToRefName_)
-            addGitCommandArgument(shortBranchName(*renameToRefName_));
+            addGitCommandName(shortBranchName(*renameToRefName_),
+                              RVGitCreateBranchInvalidNameError);
     } else if (deletesBranch_) {
         addGitCommandOption(forcesDeletion_ ? "-D" : "-d");
         for (const std::string& refName : *refNames_)
-            addGitCommandArgument(shortBranchName(refName));
+            addGitCommandName(shortBranchName(refName), RVGitDeleteBranchNoSuchBranchError);
     } else if (addsTracking_) {
         addGitCommandOption("-u");
         if (trackedRefName_)
-            addGitCommandArgument(*trackedRefName_);
-        addFirstName(RVGitCreateBranchInvalidNameError);
+            addGitCommandName(*trackedRefName_, RVGitTrackBranchInvalidObjectError);
+        addFirstName();
     } else if (removesTracking_) {
         addGitCommandOption("--unset-upstream");
-        addFirstName(RVGitCreateBranchInvalidNameError);
+        addFirstName();
     } else {
         addGitCommandOption(createsTracking_ ? "--track" : "--no-track");
-        addFirstName(RVGitCreateBranchInvalidNameError);
+        addFirstName();
         if (trackedRefName_)
-            addGitCommandArgument(*trackedRefName_);
+            addGitCommandName(*trackedRefName_, RVGitTrackBranchInvalidObjectError);
         if (startingPoint_)
-            addGitCommandArgument(*startingPoint_);
+            addGitCommandName(*startingPoint_, RVGitCreateBranchInvalidObjectError);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
@@ -24,7 +25,7 @@ inline constexpr char RVGitBranchOptionAddTracking[] = "addTracking";
 inline constexpr char RVGitBranchOptionRemoveTracking[] = "removeTracking";
 
 /// One line of a listing of branches.
-struct RVGitBranchOutputParserResultItem {
+struct RVGIT_EXPORT RVGitBranchOutputParserResultItem {
     /// Absent for the line of a detached HEAD.
     std::optional<std::string> fullRefName;
     /// Absent for a remote branch that only the remote's HEAD names.
@@ -39,7 +40,8 @@ struct RVGitBranchOutputParserResultItem {
 /// kept for compatibility, that of a branch that is checked out in another worktree, which git
 /// marks by "+" instead of "*". The subject of a commit that begins like "[ahead 1]" is taken for
 /// counts. A hash of 64 digits fails with code 11.
-class RVGitBranchOutputParser : public RVGitItemOutputParser<RVGitBranchOutputParserResultItem> {
+class RVGIT_EXPORT RVGitBranchOutputParser
+    : public RVGitItemOutputParser<RVGitBranchOutputParserResultItem> {
 public:
     explicit RVGitBranchOutputParser(std::string_view outputData);
 
@@ -62,7 +64,7 @@ private:
 
 /// Reads the names of the branches that git refused to delete, since they are not fully merged, in
 /// its standard error.
-class RVGitDeleteBranchErrorOutputParser : public RVGitItemOutputParser<std::string> {
+class RVGIT_EXPORT RVGitDeleteBranchErrorOutputParser : public RVGitItemOutputParser<std::string> {
 public:
     explicit RVGitDeleteBranchErrorOutputParser(std::string_view outputData);
 
@@ -76,7 +78,7 @@ protected:
 /// Lists, creates, renames, deletes and tracks branches: git branch. What it does follows from the
 /// fields: without names it lists; else the first that is set of renaming, deleting, adding and
 /// removing tracking; else it creates. Names may be short or full ones.
-class RVGitBranchCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitBranchCommand : public RVGitCommand {
 public:
     /// The repository is required.
     explicit RVGitBranchCommand(const std::shared_ptr<RVGitRepository>& repository,

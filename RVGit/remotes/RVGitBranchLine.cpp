@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 
 namespace {
@@ -40,7 +41,7 @@ std::optional<RVGitPlainBranchLine> RVGitPlainBranchLineFrom(std::string_view li
 }
 
 bool RVGitBranchLineHoldsHashOfOtherFormat(std::string_view line) {
-    static const auto& expression =
-        *new RVRegularExpression(R"(^[*+]?\s*(?:\([^)]*\)|[^ ]+)\s+[0-9a-f]{64}\s)");
-    return expression.matches(line);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        R"(^[*+]?\s*(?:\([^)]*\)|[^ ]+)\s+[0-9a-f]{64}\s)");
+    return expression->matches(line);
 }

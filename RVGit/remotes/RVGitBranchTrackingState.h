@@ -6,10 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// What one local branch tracks and how far apart the two are.
-struct RVGitBranchTrackingState {
+struct RVGIT_EXPORT RVGitBranchTrackingState {
     std::string fullRefName;
     std::string commitHash;
     /// Whether it is checked out in this worktree.
@@ -27,7 +28,7 @@ struct RVGitBranchTrackingState {
 
 /// Reads what `git for-each-ref` prints with formatForGitVersion(). A record of another shape fails
 /// with code 11, as does a hash that has not 40 digits: no branch is ever skipped.
-class RVGitBranchTrackingStateOutputParser
+class RVGIT_EXPORT RVGitBranchTrackingStateOutputParser
     : public RVGitItemOutputParser<RVGitBranchTrackingState> {
 public:
     explicit RVGitBranchTrackingStateOutputParser(std::string_view outputData);

@@ -4,17 +4,18 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// The creator's date of one branch, as `git for-each-ref` tells it.
-struct RVGitForEachRefBranchOutputParserResultItem {
+struct RVGIT_EXPORT RVGitForEachRefBranchOutputParserResultItem {
     std::string fullRefName;
     RVDate creatorDate;
 };
 
 /// The same of a remote branch.
-struct RVGitForEachRefRemoteBranchOutputParserResultItem {
+struct RVGIT_EXPORT RVGitForEachRefRemoteBranchOutputParserResultItem {
     std::string fullRefName;
     RVDate creatorDate;
 };
@@ -23,7 +24,7 @@ struct RVGitForEachRefRemoteBranchOutputParserResultItem {
 inline constexpr char RVGitForEachRefBranchFormat[] = "%(*refname)%1f%1d%1f%(creatordate:unix)%00";
 
 /// Reads what `git for-each-ref` prints with that format. A record of another shape is skipped.
-class RVGitForEachRefBranchOutputParser
+class RVGIT_EXPORT RVGitForEachRefBranchOutputParser
     : public RVGitItemOutputParser<RVGitForEachRefBranchOutputParserResultItem> {
 public:
     explicit RVGitForEachRefBranchOutputParser(std::string_view outputData);
@@ -41,7 +42,7 @@ protected:
 };
 
 /// The same for remote branches.
-class RVGitForEachRefRemoteBranchOutputParser
+class RVGIT_EXPORT RVGitForEachRefRemoteBranchOutputParser
     : public RVGitItemOutputParser<RVGitForEachRefRemoteBranchOutputParserResultItem> {
 public:
     explicit RVGitForEachRefRemoteBranchOutputParser(std::string_view outputData);

@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitCommand;
 
 /// Commands that only read, side by side on the shared queue. What is made of them, and the error
 /// where one fails, are the same as if they ran one after the other: the caller finishes them in
 /// that order and stops at the first that fails.
-class RVGitParallelReads {
+class RVGIT_EXPORT RVGitParallelReads {
 public:
     explicit RVGitParallelReads(std::initializer_list<std::shared_ptr<RVGitCommand>> commands);
     /// Cancels those that still run.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitValues.h"
 
@@ -38,7 +39,7 @@ inline constexpr char RVGitSVNRemoteUUIDConfigKey[] = "uuid";
 /// Three addresses are kept apart: `downstreamURL` is what git fetches from and `upstreamURL` what
 /// it pushes to, rewritten by the configuration's "insteadOf"; `URL` and `pushURL` are what the
 /// configuration holds.
-class RVGitRemote {
+class RVGIT_EXPORT RVGitRemote {
 public:
     using List = std::vector<std::shared_ptr<RVGitRemote>>;
     using Branches = std::vector<std::shared_ptr<RVGitRemoteBranch>>;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVObservable.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/repository/RVGitRef.h"
@@ -18,7 +19,7 @@ class RVGitRemote;
 /// stays on one thread, since its ref does; the static operations may be called on any.
 ///
 /// Observers of "fullRefName", "refName", "commitHash" and "commit" are told when the ref is set.
-class RVGitRemoteBranch : public RVGitRefProtocol, public RVObservable {
+class RVGIT_EXPORT RVGitRemoteBranch : public RVGitRefProtocol, public RVObservable {
 public:
     using List = std::vector<std::shared_ptr<RVGitRemoteBranch>>;
 
@@ -73,7 +74,7 @@ private:
 };
 
 /// The two listings that the remote branches are made of: for whoever runs them beside others.
-struct RVGitRemoteBranchCommands {
+struct RVGIT_EXPORT RVGitRemoteBranchCommands {
     explicit RVGitRemoteBranchCommands(const std::shared_ptr<RVGitRepository>& repository);
 
     /// Waits for the commands, which are on the queue, and makes the list.

@@ -1,5 +1,6 @@
 #include "RVGit/remotes/RVGitRemoteBranchOutputParser.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/remotes/RVGitBranchLine.h"
 
@@ -16,13 +17,14 @@ bool RVGitRemoteBranchOutputParser::parseOutputLine(std::string_view line) {
         branchNamed(plain->name).commitHash = plain->hash;
         return true;
     }
-    static const auto& branchLine = *new RVRegularExpression(R"(^\s*([^ ]+)\s+([0-9a-f]{40})\s+)");
-    if (const auto components = branchLine.firstMatch(line); !components.empty()) {
+    static const RVNeverDestroyed<RVRegularExpression> branchLine(
+        R"(^\s*([^ ]+)\s+([0-9a-f]{40})\s+)");
+    if (const auto components = branchLine->firstMatch(line); !components.empty()) {
         branchNamed(*components[1]).commitHash = *components[2];
         return true;
     }
-    static const auto& symbolicLine = *new RVRegularExpression(R"(^\s*[^ ]+\s+\-\>\s(.+))");
-    if (const auto components = symbolicLine.firstMatch(line); !components.empty()) {
+    static const RVNeverDestroyed<RVRegularExpression> symbolicLine(R"(^\s*[^ ]+\s+\-\>\s(.+))");
+    if (const auto components = symbolicLine->firstMatch(line); !components.empty()) {
         branchNamed(*components[1]).isHead = true;
         return true;
     }

@@ -5,9 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
-struct RVGitRemoteBranchOutputParserResultItem {
+struct RVGIT_EXPORT RVGitRemoteBranchOutputParserResultItem {
     std::string fullRefName;
     /// Absent for a branch that only the remote's HEAD names.
     std::optional<std::string> commitHash;
@@ -18,7 +19,7 @@ struct RVGitRemoteBranchOutputParserResultItem {
 /// Reads what `git branch -v -r` prints with whole hashes. The line of a remote's HEAD marks the
 /// branch that it points at, in whichever order the lines stand, and makes no branch of its own.
 /// Any other line is ignored, but for a hash of 64 digits, which fails with code 11.
-class RVGitRemoteBranchOutputParser
+class RVGIT_EXPORT RVGitRemoteBranchOutputParser
     : public RVGitItemOutputParser<RVGitRemoteBranchOutputParserResultItem> {
 public:
     explicit RVGitRemoteBranchOutputParser(std::string_view outputData);

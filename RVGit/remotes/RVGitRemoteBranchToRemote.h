@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitRepository;
@@ -19,7 +20,7 @@ class RVGitRepository;
 ///
 /// Kept for compatibility: a path need not end where a component of the name does, so that a ref
 /// below "refs/remotes/origin2" belongs to "origin" where no remote "origin2" is configured.
-class RVGitRemoteBranchToRemote {
+class RVGIT_EXPORT RVGitRemoteBranchToRemote {
 public:
     /// Names of remotes by path.
     using RemotesByPath = std::map<std::string, std::string, std::less<>>;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitError.h"
 
 namespace {
@@ -75,33 +76,31 @@ std::shared_ptr<RVGitRemoteCommand> RVGitRemoteCommand::gitDeleteRemoteCommandWi
 }
 
 const RVGitErrorTable& RVGitRemoteCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{
-        {.errorCode = RVGitCreateRemoteAlreadyExistsError,
-         .commandNames = {"remote"},
-         .subCommandNames = {"add"},
-         .exitCodes = {3, 128},
-         .standardErrorPatterns = {"remote (.+) already exists"},
-         .standardErrorMatchedComponentNames = {RVGitRemoteNameErrorKey}},
-        {.errorCode = RVGitCreateRemoteInvalidNameError,
-         .commandNames = {"remote"},
-         .subCommandNames = {"add"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: '(.+)' is not a valid remote name"},
-         .standardErrorMatchedComponentNames = {RVGitRemoteNameErrorKey}},
-        {.errorCode = RVGitRenameRemoteAlreadyExistsError,
-         .commandNames = {"remote"},
-         .subCommandNames = {"rename"},
-         .exitCodes = {3, 128},
-         .standardErrorPatterns = {"remote (.+) already exists"},
-         .standardErrorMatchedComponentNames = {RVGitRemoteNameErrorKey}},
-        {.errorCode = RVGitRenameRemoteInvalidNameError,
-         .commandNames = {"remote"},
-         .subCommandNames = {"rename"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: '(.+)' is not a valid remote name"},
-         .standardErrorMatchedComponentNames = {RVGitRemoteNameErrorKey}},
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(RVGitCreateRemoteAlreadyExistsError)
+            .command("remote")
+            .subCommand("add")
+            .exitCode(3)
+            .exitCode(128)
+            .standardError("remote (.+) already exists", {RVGitRemoteNameErrorKey}),
+        gitErrorRow(RVGitCreateRemoteInvalidNameError)
+            .command("remote")
+            .subCommand("add")
+            .exitCode(128)
+            .standardError("fatal: '(.+)' is not a valid remote name", {RVGitRemoteNameErrorKey}),
+        gitErrorRow(RVGitRenameRemoteAlreadyExistsError)
+            .command("remote")
+            .subCommand("rename")
+            .exitCode(3)
+            .exitCode(128)
+            .standardError("remote (.+) already exists", {RVGitRemoteNameErrorKey}),
+        gitErrorRow(RVGitRenameRemoteInvalidNameError)
+            .command("remote")
+            .subCommand("rename")
+            .exitCode(128)
+            .standardError("fatal: '(.+)' is not a valid remote name", {RVGitRemoteNameErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitRemoteCommand::gitCommandWillInitialize() {
@@ -115,9 +114,10 @@ void RVGitRemoteCommand::gitCommandWillInitialize() {
     else
         addGitCommandOption("-v");
     if (remoteNames_)
-        addGitCommandArguments(*remoteNames_);
+        addGitCommandNames(*remoteNames_, renamesRemote_ ? RVGitRenameRemoteInvalidNameError
+                                                         : RVGitCreateRemoteInvalidNameError);
     if (URL_)
-        addGitCommandArgument(*URL_);
+        addGitCommandName(*URL_);
 }
 
 RVUserInfo RVGitRemoteCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

@@ -6,11 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// One remote, as `git remote -v` tells it.
-struct RVGitRemoteOutputParserResultItem {
+struct RVGIT_EXPORT RVGitRemoteOutputParserResultItem {
     std::string name;
     /// Where it is fetched from. Absent for a partial clone from git 2.37 on, which puts the filter
     /// behind the address.
@@ -21,7 +22,8 @@ struct RVGitRemoteOutputParserResultItem {
 
 /// Reads what `git remote -v` prints: a name, a tab, an address and what it serves. The lines of
 /// one name become one item.
-class RVGitRemoteOutputParser : public RVGitItemOutputParser<RVGitRemoteOutputParserResultItem> {
+class RVGIT_EXPORT RVGitRemoteOutputParser
+    : public RVGitItemOutputParser<RVGitRemoteOutputParserResultItem> {
 public:
     explicit RVGitRemoteOutputParser(std::string_view outputData);
 
@@ -37,7 +39,7 @@ protected:
 
 /// Lists, adds, renames and removes remotes: git remote. Without names and an address, and with
 /// nothing to do, it lists.
-class RVGitRemoteCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitRemoteCommand : public RVGitCommand {
 public:
     /// The repository is required.
     explicit RVGitRemoteCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitRepository;
 
 /// What the configuration says of one remote: a snapshot. A plain and a Subversion section of the
 /// same name are one record.
-class RVGitRemoteConfig {
+class RVGIT_EXPORT RVGitRemoteConfig {
 public:
     RVGitRemoteConfig(std::shared_ptr<RVGitRepository> repository, std::string name,
                       RVOptions gitConfigOptions);
@@ -64,7 +65,7 @@ private:
 };
 
 /// Loads those records; it keeps none.
-class RVGitRemoteConfigLoader {
+class RVGIT_EXPORT RVGitRemoteConfigLoader {
 public:
     /// The repository is required.
     explicit RVGitRemoteConfigLoader(std::shared_ptr<RVGitRepository> repository);
@@ -87,16 +88,16 @@ private:
 // The values of a key in a section of the configuration, whichever way it holds them.
 
 /// Of a list, the first; absent without the key.
-[[nodiscard]] std::optional<std::string> RVGitFirstConfigValue(const RVOptions& section,
-                                                               std::string_view key);
+[[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitFirstConfigValue(
+    const RVOptions& section, std::string_view key);
 /// Of a list, the last.
-[[nodiscard]] std::optional<std::string> RVGitLastConfigValue(const RVOptions& section,
-                                                              std::string_view key);
-/// A single value as a list of one.
-[[nodiscard]] std::optional<std::vector<std::string>> RVGitAllConfigValues(const RVOptions& section,
+[[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitLastConfigValue(const RVOptions& section,
                                                                            std::string_view key);
+/// A single value as a list of one.
+[[nodiscard]] RVGIT_EXPORT std::optional<std::vector<std::string>> RVGitAllConfigValues(
+    const RVOptions& section, std::string_view key);
 /// The sections of the repository's configuration whose keys match the expression, by name: one
 /// `git config`. Absent on failure; no section at all is a success.
-[[nodiscard]] std::optional<std::map<std::string, RVOptions, std::less<>>> RVGitConfigSections(
-    const std::shared_ptr<RVGitRepository>& repository, const std::string& regularExpression,
-    RVErrorPlace error);
+[[nodiscard]] RVGIT_EXPORT std::optional<std::map<std::string, RVOptions, std::less<>>>
+RVGitConfigSections(const std::shared_ptr<RVGitRepository>& repository,
+                    const std::string& regularExpression, RVErrorPlace error);

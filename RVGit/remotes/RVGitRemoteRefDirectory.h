@@ -4,13 +4,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitRepository;
 
 /// The directory of a remote's loose refs, "refs/remotes/NAME" in the git directory. The name comes
 /// from a configuration that anybody may have written: one that would lead elsewhere ("..", or
 /// through a symbolic link) is taken for one without a directory.
-class RVGitRemoteRefDirectory {
+class RVGIT_EXPORT RVGitRemoteRefDirectory {
 public:
     RVGitRemoteRefDirectory(const RVGitRepository& repository, std::string remoteName);
 

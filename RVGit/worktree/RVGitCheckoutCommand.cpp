@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -21,20 +22,19 @@ std::shared_ptr<RVGitCheckoutCommand> RVGitCheckoutCommand::gitCheckoutCommandWi
 }
 
 const RVGitErrorTable& RVGitCheckoutCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
-        {.errorCode = RVGitCheckoutUncommittedChangesError,
-         .commandNames = {"checkout"},
-         .exitCodes = {1},
-         .standardErrorPatterns =
-             {"Your local changes to the following files would be overwritten by"}},
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(RVGitCheckoutUncommittedChangesError)
+            .command("checkout")
+            .exitCode(1)
+            .standardError("Your local changes to the following files would be overwritten by"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitCheckoutCommand::gitCommandWillInitialize() {
     setGitCommand("checkout");
     if (revision_)
-        addGitCommandArgument(*revision_);
+        addGitCommandRevision(*revision_);
     if (usesForce_)
         addGitCommandOption("-f");
     if (usesMerge_)

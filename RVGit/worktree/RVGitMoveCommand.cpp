@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitMoveCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -18,17 +19,13 @@ std::shared_ptr<RVGitMoveCommand> RVGitMoveCommand::gitMoveCommandWithRepository
 const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
     const auto row = [](RVGitErrorCode code, const char* pattern,
                         const std::vector<std::string>& names) {
-        return RVGitErrorRow{.errorCode = code,
-                             .commandNames = {"mv"},
-                             .exitCodes = {128},
-                             .standardErrorPatterns = {pattern},
-                             .standardErrorMatchedComponentNames = names};
+        return gitErrorRow(code).command("mv").exitCode(128).standardError(pattern, names);
     };
-    static const std::vector<std::string> file = {RVGitFilePathErrorKey};
-    static const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
-                                                   RVGitDestinationFilePathErrorKey};
+    const std::vector<std::string> file = {RVGitFilePathErrorKey};
+    const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
+                                            RVGitDestinationFilePathErrorKey};
     // The row of a bad source stands twice, for compatibility.
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         row(RVGitMoveFileSourceDirectoryEmptyError,
             "fatal: source directory is empty, source=(.+), destination=(.+)", files),
         row(RVGitMoveFileSelfTargetError,
@@ -45,7 +42,7 @@ const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
         row(RVGitMoveFileSourceNotFoundError, "fatal: bad source, source=(.+), destination=(.+)",
             files),
     };
-    return table;
+    return *table;
 }
 
 void RVGitMoveCommand::gitCommandWillInitialize() {
@@ -55,7 +52,7 @@ void RVGitMoveCommand::gitCommandWillInitialize() {
     if (ignoresErrors_)
         addGitCommandOption("-k");
     if (sourceFilePath_)
-        addGitCommandArgument(*sourceFilePath_);
+        addGitCommandFilePath(*sourceFilePath_);
     if (destinationFilePath_)
-        addGitCommandArgument(*destinationFilePath_);
+        addGitCommandFilePath(*destinationFilePath_);
 }
