@@ -14,6 +14,8 @@
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
+#include "RVGit/remotes/RVGitBranchCommand.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
@@ -28,6 +30,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitBranchCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCherryPickCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
@@ -36,6 +39,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitMergeToolCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRebaseCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitRemoteCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevertCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
