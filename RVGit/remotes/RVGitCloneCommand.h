@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
@@ -33,7 +34,7 @@ inline constexpr char RVGitCloneOptionSingleBranch[] = "RVGitCloneOptionSingleBr
 /// Failure: code 200 to 204 for a remote that cannot be reached, asks for a password that nobody
 /// gives, refuses it, or has no such repository; 1 for everything else, an address that begins with
 /// "-" too, which is never given to git. A failure holds the address under RVGitRemoteURLErrorKey.
-class RVGitCloneCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitCloneCommand : public RVGitCommand {
 public:
     RVGitCloneCommand(std::string remoteURL, std::string localPath,
                       const std::optional<RVOptions>& options);

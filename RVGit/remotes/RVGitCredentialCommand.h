@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/base/RVURL.h"
 #include "RVGit/command/RVGitCommand.h"
@@ -22,7 +23,7 @@ inline constexpr char RVGitCredentialOptionReject[] = "RVGitCredentialOptionAcce
 /// Reads the answer of git credential: lines of a key, "=" and a value. A line without "=" and a
 /// key other than protocol, host, path, username and password fail with code 11. Kept for
 /// compatibility: a value is cut at a "=" in it.
-class RVGitCredentialOutputParser : public RVGitOutputParser {
+class RVGIT_EXPORT RVGitCredentialOutputParser : public RVGitOutputParser {
 public:
     explicit RVGitCredentialOutputParser(std::string_view outputData);
 
@@ -54,7 +55,7 @@ private:
 /// request: a line of it could be given that nobody wrote; the same for a carriage return in the
 /// address, which helpers take for the end of a line. Code 1 too where no helper knows the password
 /// and nobody can be asked; 11 for an answer with other keys, as helpers of newer gits give them.
-class RVGitCredentialCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitCredentialCommand : public RVGitCommand {
 public:
     explicit RVGitCredentialCommand(const std::optional<RVOptions>& options);
 

@@ -4,8 +4,10 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
+
 /// A name and a password for a server, immutable.
-class RVGitCredentials {
+class RVGIT_EXPORT RVGitCredentials {
 public:
     RVGitCredentials(std::string scheme, std::string host, std::optional<std::string> path,
                      std::string user, std::string password)

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
@@ -31,7 +32,7 @@ inline constexpr char RVGitFetchOptionUnshallow[] = "RVGitFetchOptionUnshallow";
 /// gives, refuses it, or has no such repository; 1 for everything else, a name, address or spec
 /// that begins with "-" too, which is never given to git. A failure holds RVGitRemoteNameErrorKey,
 /// and RVGitRefSpecErrorKey and RVGitRemoteURLErrorKey where there is one.
-class RVGitFetchCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitFetchCommand : public RVGitCommand {
 public:
     /// From a remote; an absent one leaves the choice to git. The repository is required.
     RVGitFetchCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
@@ -21,7 +22,7 @@ inline constexpr char RVGitLsRemoteOptionTags[] = "tags";
 /// gives, refuses it, or has no such repository; 11 for output that cannot be read; 1 for
 /// everything else, an address that begins with "-" too, which is never given to git. A failure
 /// holds the address under RVGitRemoteURLErrorKey.
-class RVGitLsRemoteCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitLsRemoteCommand : public RVGitCommand {
 public:
     RVGitLsRemoteCommand(std::string remoteURL, const std::optional<RVOptions>& options);
     [[nodiscard]] static std::shared_ptr<RVGitLsRemoteCommand> gitLsRemoteCommandWithRemoteURL(

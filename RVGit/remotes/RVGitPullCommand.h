@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
@@ -28,7 +29,7 @@ inline constexpr char RVGitPullOptionNoVerify[] = "noVerify";
 /// everything else, a name or spec that begins with "-" too, which is never given to git. A failure
 /// holds RVGitRemoteNameErrorKey, and RVGitRefSpecErrorKey and RVGitRemoteURLErrorKey where there
 /// is one.
-class RVGitPullCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitPullCommand : public RVGitCommand {
 public:
     /// An absent remote is this repository. The repository is required.
     RVGitPullCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
@@ -34,7 +35,7 @@ inline constexpr char RVGitPushOptionNoVerify[] = "noVerify";
 /// branch on standard error, so that this is code 1. A failure holds RVGitRemoteNameErrorKey,
 /// RVGitRevisionErrorKey with the branch of the first spec, and RVGitRemoteURLErrorKey where there
 /// is one.
-class RVGitPushCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitPushCommand : public RVGitCommand {
 public:
     using RefSpecs = std::vector<std::shared_ptr<RVGitRefSpec>>;
 

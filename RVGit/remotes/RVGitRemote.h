@@ -6,11 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 class RVGitRemoteBranch;
 class RVGitRepository;
 
 /// A remote of a repository, as far as a transfer needs to know it.
-class RVGitRemote {
+class RVGIT_EXPORT RVGitRemote {
 public:
     using Branches = std::optional<std::vector<std::shared_ptr<RVGitRemoteBranch>>>;
 

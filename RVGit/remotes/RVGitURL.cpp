@@ -44,9 +44,7 @@ bool hasScheme(const RVURL& url, std::string_view scheme) {
 
 }  // namespace
 
-inline namespace rvgit {
-
-std::optional<RVURL> URLWithGitURLString(const std::optional<std::string>& text) {
+std::optional<RVURL> rvgit::URLWithGitURLString(const std::optional<std::string>& text) {
     if (!text || text->starts_with('.'))
         return std::nullopt;
     if (text->starts_with('/') && text->find(' ') != std::string::npos)
@@ -56,7 +54,7 @@ std::optional<RVURL> URLWithGitURLString(const std::optional<std::string>& text)
     return RVURL(*text);
 }
 
-bool isSCPSyntax(const RVURL& url) {
+bool rvgit::isSCPSyntax(const RVURL& url) {
     const std::string_view text = url.absoluteString();
     const auto colon = text.find(':');
     return colon != std::string_view::npos && text.find(':', colon + 1) == std::string_view::npos &&
@@ -64,7 +62,7 @@ bool isSCPSyntax(const RVURL& url) {
            numberOfCharacters(text.substr(colon + 1)) >= 3;
 }
 
-std::optional<RVURL> gitURL(const RVURL& url) {
+std::optional<RVURL> rvgit::gitURL(const RVURL& url) {
     const std::string& text = url.absoluteString();
     const bool isShortForm = isSCPSyntax(url);
     if (!url.scheme() && !isShortForm) {
@@ -81,81 +79,79 @@ std::optional<RVURL> gitURL(const RVURL& url) {
     return url;
 }
 
-std::optional<std::string> gitURLString(const RVURL& url) {
+std::optional<std::string> rvgit::gitURLString(const RVURL& url) {
     const auto real = gitURL(url);
     return real ? std::optional(real->absoluteString()) : std::nullopt;
 }
 
-std::optional<std::string> gitURLUsername(const RVURL& url) {
+std::optional<std::string> rvgit::gitURLUsername(const RVURL& url) {
     return isSCPSyntax(url) ? gitURL(url)->user() : url.user();
 }
 
-std::optional<std::string> gitURLHostname(const RVURL& url) {
+std::optional<std::string> rvgit::gitURLHostname(const RVURL& url) {
     return isSCPSyntax(url) ? gitURL(url)->host() : url.host();
 }
 
-std::optional<std::string> gitURLPath(const RVURL& url) {
+std::optional<std::string> rvgit::gitURLPath(const RVURL& url) {
     const auto real = gitURL(url);
     return real ? std::optional(real->path()) : std::nullopt;
 }
 
-std::optional<std::string> gitURLProtocol(const RVURL& url) {
+std::optional<std::string> rvgit::gitURLProtocol(const RVURL& url) {
     if (isSCPSyntax(url) || hasScheme(url, "git+ssh"))
         return "ssh";
     return isFileProtocol(url) ? "file" : url.scheme();
 }
 
-bool isSVNSSHProtocol(const RVURL& url) {
+bool rvgit::isSVNSSHProtocol(const RVURL& url) {
     return hasScheme(url, "svn+ssh");
 }
 
-bool isFileProtocol(const RVURL& url) {
+bool rvgit::isFileProtocol(const RVURL& url) {
     return !url.scheme() || hasScheme(url, "file");
 }
 
-bool isGitProtocol(const RVURL& url) {
+bool rvgit::isGitProtocol(const RVURL& url) {
     return hasScheme(url, "git");
 }
 
-bool isSSHProtocol(const RVURL& url) {
+bool rvgit::isSSHProtocol(const RVURL& url) {
     return isSCPSyntax(url) || hasScheme(url, "ssh") || hasScheme(url, "git+ssh") ||
            isSVNSSHProtocol(url);
 }
 
-bool isHTTPProtocol(const RVURL& url) {
+bool rvgit::isHTTPProtocol(const RVURL& url) {
     return hasScheme(url, "http");
 }
 
-bool isHTTPSProtocol(const RVURL& url) {
+bool rvgit::isHTTPSProtocol(const RVURL& url) {
     return hasScheme(url, "https");
 }
 
-bool isFTPProtocol(const RVURL& url) {
+bool rvgit::isFTPProtocol(const RVURL& url) {
     return hasScheme(url, "ftp");
 }
 
-bool isFTPSProtocol(const RVURL& url) {
+bool rvgit::isFTPSProtocol(const RVURL& url) {
     return hasScheme(url, "ftps");
 }
 
-bool isValidGitURLProtocol(const RVURL& url) {
+bool rvgit::isValidGitURLProtocol(const RVURL& url) {
     return isSSHProtocol(url) || isGitProtocol(url) || isFileProtocol(url) ||
            isHTTPSProtocol(url) || isHTTPProtocol(url) || isFTPSProtocol(url) || isFTPProtocol(url);
 }
 
-bool isValidGitURL(const RVURL& url) {
+bool rvgit::isValidGitURL(const RVURL& url) {
     const auto path = gitURLPath(url);
     return gitURLString(url) && isValidGitURLProtocol(url) &&
            !RVStringIsEmpty(gitURLHostname(url)) && !RVStringIsEmpty(path) &&
            (!isFileProtocol(url) || isAbsolutePath(*path));
 }
 
-bool isAnonymousProtocol(const RVURL& url) {
+bool rvgit::isAnonymousProtocol(const RVURL& url) {
     return (!url.scheme() && !isSCPSyntax(url)) || hasScheme(url, "file") || isGitProtocol(url);
 }
 
-bool requiresAuthentication(const RVURL& url) {
+bool rvgit::requiresAuthentication(const RVURL& url) {
     return !isAnonymousProtocol(url) && gitURLUsername(url);
 }
-
-}  // namespace rvgit

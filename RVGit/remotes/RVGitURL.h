@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVURL.h"
 
 // The forms of address that git accepts, asked of a URL. One of them is no URL: the short form,
@@ -10,7 +11,7 @@
 // of these are pure: nothing is looked up on the disk or the net. Schemes count as they are
 // written: git knows "https" and no "HTTPS".
 
-inline namespace rvgit {
+inline namespace RVGIT_EXPORT rvgit {
 
 /// The URL of what somebody has typed or a configuration holds. Absent for absent text, for a
 /// relative path (text that begins with "."), and for what is no URL: characters that no URL holds
