@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <exception>
 #include <utility>
 
 #include "RVGit/base/RVPath.h"
@@ -204,7 +205,7 @@ public:
         if (input_.isOpen())
             makeNonBlocking(input_);
     }
-    // An exception of a handler leaves the loop early: the child goes with it.
+    // An exception, of the memory that runs out, leaves the loop early: the child goes with it.
     ~Pump() {
         if (reaped_)
             return;
@@ -244,6 +245,8 @@ public:
         if (cancelledAt_)
             kill(-pid_, SIGKILL);
         reap();
+        if (handlerFailure_)
+            std::rethrow_exception(handlerFailure_);
     }
 
     int exitCode() const { return exitCode_; }
@@ -348,8 +351,16 @@ private:
             fcntl(output.descriptor.number(), F_SETPIPE_SZ, largePipeCapacity);
             output.pipeEnlarged = true;
         }
-        if (*output.handler)
+        if (!*output.handler || handlerFailure_)
+            return;
+        // The child is ended as by a cancel, so that it can put away what it has begun.
+        try {
             (*output.handler)({tail, static_cast<std::size_t>(count)});
+        } catch (...) {
+            handlerFailure_ = std::current_exception();
+            if (!cancelledAt_)
+                beginTermination(Clock::now());
+        }
     }
 
     bool hasExited() const {
@@ -388,6 +399,7 @@ private:
     bool isQuiet_ = false;
     bool killed_ = false;
     bool reaped_ = false;
+    std::exception_ptr handlerFailure_;
     int exitCode_ = unknownExitCode;
 };
 
