@@ -16,6 +16,8 @@
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
 #include "RVGit/remotes/RVGitBranchCommand.h"
 #include "RVGit/remotes/RVGitRemoteCommand.h"
+#include "RVGit/remotes/RVGitPullCommand.h"
+#include "RVGit/remotes/RVGitPushCommand.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
@@ -40,6 +42,8 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRebaseCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRemoteCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitPullCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitPushCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevertCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
