@@ -1,5 +1,6 @@
 #include "RVGit/command/RVGitErrorRegistration.h"
 
+#include "RVGit/archive/RVGitArchiveCommand.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitCommandErrorDefinitionManager.h"
 #include "RVGit/diff/RVGitApplyCommand.h"
@@ -23,6 +24,7 @@ void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitArchiveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
