@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "RVGit/remotes/RVGitRefUpdatesOutputParser.h"
+#include "RVGit/command/RVGitRefUpdatesOutputParser.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     RVGitRefUpdatesOutputParser parser({reinterpret_cast<const char*>(data), size});

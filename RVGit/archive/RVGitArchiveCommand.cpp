@@ -3,10 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/command/RVGitErrorCodes.h"
-#include "RVGit/worktree/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitFilePathsOutputParser.h"
 
 RVGitArchiveCommand::RVGitArchiveCommand(const std::shared_ptr<RVGitRepository>& repository,
                                          std::string revision,
@@ -25,7 +24,7 @@ std::shared_ptr<RVGitArchiveCommand> RVGitArchiveCommand::gitArchiveCommandWithR
 }
 
 const RVGitErrorTable& RVGitArchiveCommand::gitErrorDefinitions() {
-    static const RVNeverDestroyed<RVGitErrorTable> table({
+    static const auto& table = *new RVGitErrorTable{
         gitErrorRow(RVGitArchiveFilesError)
             .command("archive")
             .exitCode(128)
@@ -34,8 +33,8 @@ const RVGitErrorTable& RVGitArchiveCommand::gitErrorDefinitions() {
             .command("archive")
             .exitCode(128)
             .standardError("Not a valid object name"),
-    });
-    return *table;
+    };
+    return table;
 }
 
 void RVGitArchiveCommand::gitCommandWillInitialize() {

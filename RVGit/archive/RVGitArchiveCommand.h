@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// What `git archive` is told to write. Any other number: git goes by the destination's extension.
@@ -26,7 +27,7 @@ enum RVGitArchiveFormat : std::int64_t {
 /// before it looks at the revision. What a failed or cancelled run has begun is removed if nothing
 /// was there before, so that half an archive never stands as if it were whole; what it has begun to
 /// write over a file that was there stays, cut off.
-class RVGitArchiveCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitArchiveCommand : public RVGitCommand {
 public:
     /// The repository is required. A relative destination is below the repository's path.
     RVGitArchiveCommand(const std::shared_ptr<RVGitRepository>& repository, std::string revision,

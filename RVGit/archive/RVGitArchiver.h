@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitArchiveCommand;
 class RVGitCommandProgress;
@@ -25,7 +26,7 @@ class RVGitRepository;
 ///
 /// Errors are those of RVGitArchiveCommand, and code 100 where git could not be launched. A
 /// cancelled run has no error, and leaves no archive that was not there before.
-class RVGitArchiver : public std::enable_shared_from_this<RVGitArchiver> {
+class RVGIT_EXPORT RVGitArchiver : public std::enable_shared_from_this<RVGitArchiver> {
 public:
     /// The text that git has printed so far, and how far it has come, from 0 to 1.
     using ProgressHandler = std::function<void(const std::string& output, double progress)>;

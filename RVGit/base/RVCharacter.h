@@ -4,7 +4,11 @@
 #include <optional>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 // Characters of UTF-8 text, which may count several bytes each.
+
+inline namespace RVGIT_EXPORT rvgit {
 
 /// Whether the byte goes on with a character that began before it.
 [[nodiscard]] inline bool continuesCharacter(char byte) {
@@ -36,3 +40,5 @@
     }
     return text;
 }
+
+}  // namespace rvgit

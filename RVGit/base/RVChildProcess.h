@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "RVGit/base/RVDataBuffer.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVStandardInput.h"
 #include "RVGit/base/RVTypes.h"
 
@@ -19,7 +20,7 @@
 /// Exit and end of output are two events. Where something that the child has started still holds
 /// a pipe after the child has exited, reading goes on until `outputGrace` has passed without a
 /// byte, or `outputLimit` in all, and then stops.
-class RVChildProcess {
+class RVGIT_EXPORT RVChildProcess {
 public:
     static constexpr std::chrono::milliseconds outputGrace{250};
     static constexpr std::chrono::milliseconds outputLimit{10'000};

@@ -72,7 +72,7 @@ void RVCommandOperation::cancel() {
 
 void RVCommandOperation::main() {
     commandWillExecute();
-    if (isCancelled())
+    if (isCancelled() || error_)
         return;
     const RVChildProcess::Launch launch{launchPath_, arguments_, environment_, workingDirectory_,
                                         std::move(standardInput_)};

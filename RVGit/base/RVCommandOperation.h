@@ -8,6 +8,7 @@
 
 #include "RVGit/base/RVChildProcess.h"
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVOperation.h"
 #include "RVGit/base/RVStandardInput.h"
 #include "RVGit/base/RVTypes.h"
@@ -15,7 +16,7 @@
 class RVCommandOperation;
 
 /// Told of the course of a command, on the operation's thread. All operations are optional.
-class RVCommandOperationDelegate {
+class RVGIT_EXPORT RVCommandOperationDelegate {
 public:
     virtual ~RVCommandOperationDelegate() = default;
     virtual void commandDidFailToLaunch(RVCommandOperation&) {}
@@ -26,7 +27,7 @@ public:
 
 /// An operation that runs one child process. Fields are set before it is run; results are read
 /// after it has finished. All hooks run on the operation's thread.
-class RVCommandOperation : public RVOperation {
+class RVGIT_EXPORT RVCommandOperation : public RVOperation {
 public:
     explicit RVCommandOperation(std::string launchPath,
                                 std::optional<std::string> workingDirectory = std::nullopt,
@@ -80,8 +81,9 @@ public:
     void cancel() override;
 
 protected:
-    /// Called once, immediately before the launch; may change the fields. An exception leaves the
-    /// child unlaunched and reaches whoever waits.
+    /// Called once, immediately before the launch; may change the fields. With an error stored
+    /// there is no launch; an exception leaves the child unlaunched, too, and reaches whoever
+    /// waits.
     virtual void commandWillExecute() {}
     /// Called instead of commandDidTerminate() when the process could not start, with errno's
     /// value.

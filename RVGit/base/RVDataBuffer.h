@@ -3,10 +3,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 /// The bytes of one output stream, contiguous, and kept once: a reader writes straight behind
 /// what is there, and growth moves pages instead of copying bytes where the system can.
 /// Growing may move the bytes, so views are to be taken once nothing more is added.
-class RVDataBuffer {
+class RVGIT_EXPORT RVDataBuffer {
 public:
     RVDataBuffer() = default;
     ~RVDataBuffer();

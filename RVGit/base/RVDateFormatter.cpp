@@ -44,7 +44,7 @@ private:
 
 }  // namespace
 
-std::string rfc3339DateString(RVDate date) {
+std::string rvgit::rfc3339DateString(RVDate date) {
     date = std::clamp(date, firstDate, lastDate);
     const auto midnight = floor<days>(date);
     const year_month_day day(midnight);
@@ -58,7 +58,7 @@ std::string rfc3339DateString(RVDate date) {
     return std::string(text, static_cast<std::size_t>(length));
 }
 
-std::optional<RVDate> dateFromISO8601String(std::string_view text) {
+std::optional<RVDate> rvgit::dateFromISO8601String(std::string_view text) {
     Scanner scanner(text);
     const int yearNumber = scanner.digits(4);
     scanner.require('-');

@@ -17,7 +17,7 @@ std::optional<std::string> RVError::localizedFailureReason() const {
     return userInfoString(RVLocalizedFailureReasonErrorKey);
 }
 
-RVError posixError(int errorNumber, std::string_view path) {
+RVError rvgit::posixError(int errorNumber, std::string_view path) {
     RVUserInfo userInfo{
         {RVLocalizedFailureReasonErrorKey, std::generic_category().message(errorNumber)}};
     if (!path.empty()) {

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 /// User-info keys under which the composed texts of an error record stand.
@@ -16,7 +17,7 @@ inline constexpr char RVPOSIXErrorDomain[] = "RVPOSIXErrorDomain";
 inline constexpr char RVFilePathErrorKey[] = "RVFilePathErrorKey";
 
 /// A failure as a value: a domain, a code within it, and what is known of the circumstances.
-class RVError {
+class RVGIT_EXPORT RVError {
 public:
     RVError(std::string domain, std::int64_t code, RVUserInfo userInfo = {})
         : domain_(std::move(domain)), code_(code), userInfo_(std::move(userInfo)) {}
@@ -43,6 +44,8 @@ private:
 /// Where an operation leaves its error; null if the caller does not ask for one.
 using RVErrorPlace = std::optional<RVError>*;
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// Empties the place, if there is one: the operation failed to find something, which is no error.
 inline void clearErrorPlace(RVErrorPlace error) {
     if (error)
@@ -58,21 +61,27 @@ inline void fillErrorPlace(RVErrorPlace error, RVError record) {
 /// with a path, also that and a title that names it.
 [[nodiscard]] RVError posixError(int errorNumber, std::string_view path = {});
 
+}  // namespace rvgit
+
 /// A caller broke a precondition: "Invalid parameter not satisfying: " and the condition.
-class RVInvalidParameterException : public std::invalid_argument {
+class RVGIT_EXPORT RVInvalidParameterException : public std::invalid_argument {
 public:
     explicit RVInvalidParameterException(const std::string& condition)
         : std::invalid_argument("Invalid parameter not satisfying: " + condition) {}
 };
 
 /// The library's own state contradicts itself.
-class RVInternalInconsistencyException : public std::logic_error {
+class RVGIT_EXPORT RVInternalInconsistencyException : public std::logic_error {
 public:
     using std::logic_error::logic_error;
 };
+
+inline namespace RVGIT_EXPORT rvgit {
 
 /// Throws RVInvalidParameterException with the condition's text unless `holds`.
 inline void requireParameter(bool holds, const char* condition) {
     if (!holds)
         throw RVInvalidParameterException(condition);
 }
+
+}  // namespace rvgit

@@ -61,14 +61,14 @@ struct Translations {
 
 }  // namespace
 
-std::string localizedString(std::string_view key, std::string_view fallback) {
+std::string rvgit::localizedString(std::string_view key, std::string_view fallback) {
     auto& translations = Translations::shared();
     const std::shared_lock lock(translations.mutex);
     const auto entry = translations.texts.find(key);
     return entry == translations.texts.end() ? std::string(fallback) : entry->second;
 }
 
-void setLocalizedString(std::string key, std::string text) {
+void rvgit::setLocalizedString(std::string key, std::string text) {
     auto& translations = Translations::shared();
     const std::unique_lock lock(translations.mutex);
     translations.texts.insert_or_assign(std::move(key), std::move(text));

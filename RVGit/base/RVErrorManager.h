@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 /// One entry of an error catalogue.
 struct RVErrorDefinition {
@@ -22,7 +23,7 @@ struct RVErrorDefinition {
 
 /// Composes the texts of error records from the catalogue of their domain. Safe on any thread;
 /// definitions are registered once, before the first error is made.
-class RVErrorManager {
+class RVGIT_EXPORT RVErrorManager {
 public:
     [[nodiscard]] static RVErrorManager& sharedManager();
 
@@ -44,8 +45,12 @@ private:
     std::map<std::string, std::map<std::int64_t, RVErrorDefinition>, std::less<>> definitions_;
 };
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// The translation of a text's key, or `fallback` if none has been set.
 [[nodiscard]] std::string localizedString(std::string_view key, std::string_view fallback);
 /// Sets the translation of a key, for the process. Titles and reasons of the catalogue are their
 /// own keys.
 void setLocalizedString(std::string key, std::string text);
+
+}  // namespace rvgit

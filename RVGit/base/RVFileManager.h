@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 /// The file-system operations that the library needs, with error records for failures. All
 /// operations are free of state and safe on any thread. Errors are those of posixError(), with the
 /// path.
-class RVFileManager {
+class RVGIT_EXPORT RVFileManager {
 public:
     [[nodiscard]] static bool fileExistsAtPath(const std::string& path);
     /// False also for a path that does not exist. Links are followed.

@@ -5,10 +5,12 @@
 #include <memory>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 /// An object that tells handlers when a field has changed. It costs one pointer until the first
 /// handler is added. Handlers run on the thread that changes the field, after the change; the
 /// object takes no lock. Copies and moves do not take the handlers along.
-class RVObservable {
+class RVGIT_EXPORT RVObservable {
 public:
     using Handler = std::function<void(std::string_view field)>;
     /// Keeps its handler registered while it lives. It may outlive the object. While handlers run,

@@ -5,9 +5,11 @@
 #include <functional>
 #include <memory>
 
+#include "RVGit/base/RVExport.h"
+
 /// A piece of work that runs once, on a queue or on a thread of its own. It is made by
 /// std::make_shared. All public operations may be called on any thread.
-class RVOperation : public std::enable_shared_from_this<RVOperation> {
+class RVGIT_EXPORT RVOperation : public std::enable_shared_from_this<RVOperation> {
 public:
     virtual ~RVOperation();
     RVOperation(const RVOperation&) = delete;

@@ -5,12 +5,13 @@
 #include <memory>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVOperation.h"
 
 /// Runs operations in the order in which they were added, at most so many at a time. Threads
 /// exist only while there is work. Safe on any thread; work that is under way when the queue is
 /// destroyed goes on to its end.
-class RVOperationQueue {
+class RVGIT_EXPORT RVOperationQueue {
 public:
     RVOperationQueue(std::string name, std::size_t maxConcurrentOperationCount);
     ~RVOperationQueue();

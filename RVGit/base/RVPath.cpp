@@ -40,11 +40,11 @@ std::optional<std::string> homeDirectory(const std::string& userName) {
 
 }  // namespace
 
-bool isAbsolutePath(std::string_view path) {
+bool rvgit::isAbsolutePath(std::string_view path) {
     return path.starts_with('/');
 }
 
-std::string pathByExpandingTilde(std::string_view path) {
+std::string rvgit::pathByExpandingTilde(std::string_view path) {
     if (!path.starts_with('~'))
         return std::string(path);
     const auto end = std::min(path.find('/'), path.size());
@@ -54,7 +54,7 @@ std::string pathByExpandingTilde(std::string_view path) {
     return pathByAppendingComponent(*home, path.substr(end));
 }
 
-std::string standardizedPath(std::string_view path) {
+std::string rvgit::standardizedPath(std::string_view path) {
     const std::string expanded = pathByExpandingTilde(path);
     if (expanded.empty())
         return expanded;
@@ -83,7 +83,7 @@ std::string standardizedPath(std::string_view path) {
     return result.empty() ? "." : result;
 }
 
-std::string pathByAppendingComponent(std::string_view path, std::string_view component) {
+std::string rvgit::pathByAppendingComponent(std::string_view path, std::string_view component) {
     if (path.empty() || component.empty())
         return std::string(path.empty() ? component : path);
     std::string result(withoutTrailingSlashes(path));
@@ -93,7 +93,7 @@ std::string pathByAppendingComponent(std::string_view path, std::string_view com
     return result;
 }
 
-std::string pathByDeletingLastComponent(std::string_view path) {
+std::string rvgit::pathByDeletingLastComponent(std::string_view path) {
     path = withoutTrailingSlashes(path);
     const auto slash = path.rfind('/');
     if (slash == std::string_view::npos)
@@ -101,7 +101,7 @@ std::string pathByDeletingLastComponent(std::string_view path) {
     return std::string(withoutTrailingSlashes(path.substr(0, slash + 1)));
 }
 
-std::string lastPathComponent(std::string_view path) {
+std::string rvgit::lastPathComponent(std::string_view path) {
     path = withoutTrailingSlashes(path);
     if (path == "/")
         return std::string(path);

@@ -3,8 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 // Paths as text. None of these touches the disk, but for the tilde, which needs HOME or the
 // user database.
+
+inline namespace RVGIT_EXPORT rvgit {
 
 [[nodiscard]] bool isAbsolutePath(std::string_view path);
 /// Expands a leading "~" or "~user", removes "." and ".." components, doubled slashes and a
@@ -20,3 +24,5 @@
 [[nodiscard]] std::string pathByDeletingLastComponent(std::string_view path);
 /// "/a/b/" gives "b", "/" gives "/".
 [[nodiscard]] std::string lastPathComponent(std::string_view path);
+
+}  // namespace rvgit

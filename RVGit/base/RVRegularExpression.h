@@ -7,13 +7,15 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 /// A compiled regular expression in ICU's syntax and semantics, matched against UTF-8 in place.
 /// Immutable: one object may be used by any number of threads.
 ///
 /// Bytes that are not UTF-8 match as U+FFFD; views into the text stay exact. Matching is bounded in
 /// steps (in proportion to the text's length) and in memory, so that no text can hang it: a search
 /// that goes beyond the bound has no match.
-class RVRegularExpression {
+class RVGIT_EXPORT RVRegularExpression {
 public:
     enum Options : unsigned {
         CaseInsensitive = 1,

@@ -4,12 +4,13 @@
 #include <string>
 #include <variant>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 /// What a child process reads on its standard input: bytes that are fed through a pipe as fast
 /// as the child takes them, after which the pipe is closed; or a file, opened for reading when
 /// the child is launched. By default there is nothing to read.
-class RVStandardInput {
+class RVGIT_EXPORT RVStandardInput {
 public:
     RVStandardInput() = default;
     [[nodiscard]] static RVStandardInput data(RVData bytes) {

@@ -254,15 +254,15 @@ std::optional<std::uint64_t> takeVersionComponent(std::string_view& version) {
 
 }  // namespace
 
-bool isASCII(std::string_view text) {
+bool rvgit::isASCII(std::string_view text) {
     return lengthOfASCIIPrefix(text) == text.size();
 }
 
-bool isValidUTF8(std::string_view bytes) {
+bool rvgit::isValidUTF8(std::string_view bytes) {
     return lengthOfUTF8Prefix(bytes) == bytes.size();
 }
 
-std::string stringUsingBestEncoding(std::string_view bytes) {
+std::string rvgit::stringUsingBestEncoding(std::string_view bytes) {
     if (isValidUTF8(bytes))
         return std::string(bytes);
     if (auto text = stringFromMarkedUTF16(bytes))
@@ -270,7 +270,7 @@ std::string stringUsingBestEncoding(std::string_view bytes) {
     return stringFromWindows1252(bytes);
 }
 
-std::string stringUsingUTF8Encoding(std::string_view bytes) {
+std::string rvgit::stringUsingUTF8Encoding(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
     for (;;) {
@@ -284,24 +284,24 @@ std::string stringUsingUTF8Encoding(std::string_view bytes) {
     }
 }
 
-std::vector<std::string_view> componentsSeparatedByNULByte(std::string_view bytes) {
+std::vector<std::string_view> rvgit::componentsSeparatedByNULByte(std::string_view bytes) {
     return split<std::string_view>(bytes, std::string_view("\0", 1),
                                    [](std::string_view piece) { return piece; });
 }
 
-std::vector<std::string> componentsSeparatedByStringSequence(std::string_view bytes,
-                                                             std::string_view sequence) {
+std::vector<std::string> rvgit::componentsSeparatedByStringSequence(std::string_view bytes,
+                                                                    std::string_view sequence) {
     return split<std::string>(bytes, sequence, stringUsingBestEncoding);
 }
 
-std::vector<std::string> componentsSeparatedByString(std::string_view text,
-                                                     std::string_view separator) {
+std::vector<std::string> rvgit::componentsSeparatedByString(std::string_view text,
+                                                            std::string_view separator) {
     return split<std::string>(text, separator,
                               [](std::string_view piece) { return std::string(piece); });
 }
 
-std::string stringByJoiningComponents(const std::vector<std::string>& components,
-                                      std::string_view separator) {
+std::string rvgit::stringByJoiningComponents(const std::vector<std::string>& components,
+                                             std::string_view separator) {
     std::string text;
     for (const auto& component : components) {
         if (&component != &components.front())
@@ -311,23 +311,23 @@ std::string stringByJoiningComponents(const std::vector<std::string>& components
     return text;
 }
 
-std::string stringByReplacingOccurrences(std::string_view text, std::string_view target,
-                                         std::string_view replacement) {
+std::string rvgit::stringByReplacingOccurrences(std::string_view text, std::string_view target,
+                                                std::string_view replacement) {
     return stringByJoiningComponents(componentsSeparatedByString(text, target), replacement);
 }
 
-std::string_view trimmedWhitespaceAndNewline(std::string_view text) {
+std::string_view rvgit::trimmedWhitespaceAndNewline(std::string_view text) {
     text = withoutLeadingBlanks(text);
     while (const auto length = lengthOfBlank(text, true))
         text.remove_suffix(length);
     return text;
 }
 
-std::string stringByTrimmingWhitespaceAndNewline(std::string_view text) {
+std::string rvgit::stringByTrimmingWhitespaceAndNewline(std::string_view text) {
     return std::string(trimmedWhitespaceAndNewline(text));
 }
 
-std::string_view trimmedNewlines(std::string_view text) {
+std::string_view rvgit::trimmedNewlines(std::string_view text) {
     static constexpr std::string_view newlines[] = {
         "\n", "\v", "\f", "\r", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9",
     };
@@ -346,7 +346,7 @@ std::string_view trimmedNewlines(std::string_view text) {
     return text;
 }
 
-bool isEqualToUnicodeString(std::string_view left, std::string_view right) {
+bool rvgit::isEqualToUnicodeString(std::string_view left, std::string_view right) {
     if (left == right)
         return true;
     // ASCII is in composed form already.
@@ -355,22 +355,22 @@ bool isEqualToUnicodeString(std::string_view left, std::string_view right) {
     return isValidUTF8(left) && isValidUTF8(right) && composedString(left) == composedString(right);
 }
 
-bool containsStringSearchingInsensitive(std::string_view text, std::string_view searched) {
+bool rvgit::containsStringSearchingInsensitive(std::string_view text, std::string_view searched) {
     return stringInCaseForm(text, CaseForm::Folded)
                .find(stringInCaseForm(searched, CaseForm::Folded)) != std::string::npos;
 }
 
-std::string precomposedString(std::string_view text) {
+std::string rvgit::precomposedString(std::string_view text) {
     if (isASCII(text) || !isValidUTF8(text))
         return std::string(text);
     return composedString(text);
 }
 
-std::string lowercaseString(std::string_view text) {
+std::string rvgit::lowercaseString(std::string_view text) {
     return stringInCaseForm(text, CaseForm::Lower);
 }
 
-bool isGreaterThanOrEqualToVersion(std::string_view version, std::string_view required) {
+bool rvgit::isGreaterThanOrEqualToVersion(std::string_view version, std::string_view required) {
     version = withoutLeadingBlanks(version);
     required = withoutLeadingBlanks(required);
     for (;;) {
@@ -388,12 +388,12 @@ bool isGreaterThanOrEqualToVersion(std::string_view version, std::string_view re
     }
 }
 
-std::size_t lineCount(std::string_view text) {
+std::size_t rvgit::lineCount(std::string_view text) {
     const auto newlines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     return newlines + (!text.empty() && text.back() != '\n');
 }
 
-std::int64_t integerValue(std::string_view text) {
+std::int64_t rvgit::integerValue(std::string_view text) {
     using Limits = std::numeric_limits<std::int64_t>;
     text = withoutLeadingBlanks(text);
     const bool isNegative = text.starts_with('-');
@@ -405,17 +405,18 @@ std::int64_t integerValue(std::string_view text) {
     return isNegative ? -static_cast<std::int64_t>(number) : static_cast<std::int64_t>(number);
 }
 
-std::int32_t int32Value(std::string_view text) {
+std::int32_t rvgit::int32Value(std::string_view text) {
     using Limits = std::numeric_limits<std::int32_t>;
     return static_cast<std::int32_t>(
         std::clamp<std::int64_t>(integerValue(text), Limits::min(), Limits::max()));
 }
 
-bool isMatchedByRegularExpression(std::string_view text, const RVRegularExpression& expression) {
+bool rvgit::isMatchedByRegularExpression(std::string_view text,
+                                         const RVRegularExpression& expression) {
     return expression.matches(text);
 }
 
-std::vector<std::optional<std::string>> componentsMatchedByRegularExpression(
+std::vector<std::optional<std::string>> rvgit::componentsMatchedByRegularExpression(
     std::string_view text, const RVRegularExpression& expression) {
     const auto views = expression.firstMatch(text);
     return {views.begin(), views.end()};
@@ -425,7 +426,7 @@ const char* RVStringFromBOOL(bool value) {
     return value ? "YES" : "NO";
 }
 
-std::string prettyDescriptionWithItems(
+std::string rvgit::prettyDescriptionWithItems(
     std::string_view className,
     const std::vector<std::pair<std::string, std::optional<std::string>>>& items) {
     std::string text = "<" + std::string(className);
@@ -438,8 +439,8 @@ std::string prettyDescriptionWithItems(
     return text + ">";
 }
 
-std::string stringByFillingPlaceholders(std::string_view format,
-                                        const std::vector<std::string>& values) {
+std::string rvgit::stringByFillingPlaceholders(std::string_view format,
+                                               const std::vector<std::string>& values) {
     const auto pieces = componentsSeparatedByString(format, "%@");
     std::string text = pieces.front();
     for (std::size_t index = 1; index < pieces.size(); ++index) {

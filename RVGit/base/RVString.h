@@ -6,11 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVRegularExpression;
 
 // Bytes into text. All text in the library is UTF-8.
+
+inline namespace RVGIT_EXPORT rvgit {
 
 [[nodiscard]] bool isASCII(std::string_view text);
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
@@ -82,6 +85,8 @@ class RVRegularExpression;
 [[nodiscard]] std::vector<std::optional<std::string>> componentsMatchedByRegularExpression(
     std::string_view text, const RVRegularExpression& expression);
 
+}  // namespace rvgit
+
 [[nodiscard]] inline bool RVStringIsEmpty(const std::optional<std::string>& text) {
     return !text || text->empty();
 }
@@ -94,7 +99,9 @@ template <typename T>
     return left == right;
 }
 /// "YES" or "NO", for descriptions.
-[[nodiscard]] const char* RVStringFromBOOL(bool value);
+[[nodiscard]] RVGIT_EXPORT const char* RVStringFromBOOL(bool value);
+
+inline namespace RVGIT_EXPORT rvgit {
 
 /// Debug text of named properties: "<Name: key = value; ...>", absent values as "(null)".
 [[nodiscard]] std::string prettyDescriptionWithItems(
@@ -104,3 +111,5 @@ template <typename T>
 /// Text with the places "%@" filled in order; a place without a value stays empty.
 [[nodiscard]] std::string stringByFillingPlaceholders(std::string_view format,
                                                       const std::vector<std::string>& values);
+
+}  // namespace rvgit

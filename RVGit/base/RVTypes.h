@@ -12,6 +12,8 @@
 #include <variant>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 /// Bytes in any encoding, as a child process wrote them.
 using RVData = std::string;
 
@@ -23,7 +25,7 @@ inline constexpr std::int64_t RVNotFound = std::numeric_limits<std::int64_t>::ma
 
 /// One value of an option map or of an error's user info: a closed set of types, converted
 /// implicitly from the natural C++ types. A string literal becomes text, never a boolean.
-class RVValue {
+class RVGIT_EXPORT RVValue {
 public:
     using StringList = std::vector<std::string>;
     using StringMap = std::map<std::string, std::string, std::less<>>;
@@ -70,6 +72,8 @@ private:
 /// A map from option constants to values. An absent map is not an empty one.
 using RVOptions = std::map<std::string, RVValue, std::less<>>;
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// The value under a key; null if there is none.
 [[nodiscard]] inline const RVValue* valueForOption(const std::optional<RVOptions>& options,
                                                    std::string_view key) {
@@ -84,6 +88,8 @@ using RVOptions = std::map<std::string, RVValue, std::less<>>;
     const RVValue* value = valueForOption(options, key);
     return value && value->boolValue();
 }
+
+}  // namespace rvgit
 
 /// What an error record carries beside its code, by user-info key.
 using RVUserInfo = std::map<std::string, RVValue, std::less<>>;

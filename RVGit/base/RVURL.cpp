@@ -235,7 +235,7 @@ RVURL RVURL::URLByAppendingPathComponent(std::string_view component) const {
                               pathByAppendingComponent(base, percentEncodedPath(component)));
 }
 
-RVURL normalizedKeychainURL(const RVURL& url) {
+RVURL rvgit::normalizedKeychainURL(const RVURL& url) {
     const Components components(url.absoluteString());
     std::string text;
     std::string scheme;

@@ -4,9 +4,11 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 /// A URL as its text, with the generic components of RFC 3986. Parsing never fails: what is no
 /// URL has a path alone. Components are percent-decoded where said so.
-class RVURL {
+class RVGIT_EXPORT RVURL {
 public:
     explicit RVURL(std::string text);
     /// A "file" URL of the path, percent-encoded. A relative path is taken relative to the current
@@ -42,6 +44,10 @@ private:
     std::string text_;
 };
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// The form under which a credential for the URL is kept: scheme and host in lower case, no
 /// user, password, default port, query or fragment, no trailing slash.
 [[nodiscard]] RVURL normalizedKeychainURL(const RVURL& url);
+
+}  // namespace rvgit

@@ -4,9 +4,11 @@
 #include <optional>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
+
 /// Who made something: a name with an e-mail address, either of which may be absent. A plain
 /// value; one object is used by one thread at a time while it is changed.
-class RVGitActor {
+class RVGIT_EXPORT RVGitActor {
 public:
     RVGitActor() = default;
     RVGitActor(std::optional<std::string> name, std::optional<std::string> email)

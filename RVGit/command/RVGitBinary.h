@@ -6,11 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 /// One installation of git. The application picks it and makes it the default; nothing here
 /// searches for one. Making one runs git once to ask for its version, and waits for it. A binary
 /// that cannot run or is too old is no error: it is not valid. Set up on one thread before
 /// commands use it, then read by any.
-class RVGitBinary {
+class RVGIT_EXPORT RVGitBinary {
 public:
     /// `libexecPath` is git's exec directory, if it is not the one that git itself knows.
     explicit RVGitBinary(std::string path, std::optional<std::string> libexecPath = std::nullopt);

@@ -36,6 +36,27 @@ const RVGitRepository& requiredRepository(const std::shared_ptr<RVGitRepository>
     return *repository;
 }
 
+// Whether git would read the text for an option that does more than to select revisions.
+bool isOption(std::string_view text) {
+    if (!text.starts_with('-'))
+        return false;
+    static constexpr std::string_view selecting[] = {"--all", "--branches", "--tags", "--remotes",
+                                                     "--not", "--reflog",   "--ours", "--theirs"};
+    static constexpr std::string_view selectingByPattern[] = {
+        "--branches=", "--tags=", "--remotes=", "--glob=", "--exclude="};
+    const auto isStart = [&](std::string_view prefix) { return text.starts_with(prefix); };
+    return std::ranges::find(selecting, text) == std::ranges::end(selecting) &&
+           std::ranges::none_of(selectingByPattern, isStart);
+}
+
+bool isOptionInPlaceOfRevision(std::string_view text) {
+    if (isOption(text) || text.starts_with("^-"))
+        return true;
+    // Both ends of a range. What follows ":/" or "{/" is text to be searched for.
+    const std::size_t range = std::min(text.find("..-"), text.find("...-"));
+    return range < std::min(text.find(":/"), text.find("{/"));
+}
+
 template <typename T>
 void append(std::vector<T>& list, const std::vector<T>& items) {
     list.insert(list.end(), items.begin(), items.end());
@@ -146,6 +167,45 @@ void RVGitCommand::addGitCommandArguments(const std::vector<std::string>& argume
     append(gitCommandArguments_, arguments);
 }
 
+void RVGitCommand::addGitCommandRevision(std::string revision, std::int64_t refusalCode) {
+    if (isOptionInPlaceOfRevision(revision))
+        refuseGitCommandArgument(refusalCode, RVGitRevisionErrorKey, std::move(revision));
+    else
+        addGitCommandArgument(std::move(revision));
+}
+
+void RVGitCommand::addGitCommandRevisions(const std::vector<std::string>& revisions,
+                                          std::int64_t refusalCode) {
+    for (const std::string& revision : revisions)
+        addGitCommandRevision(revision, refusalCode);
+}
+
+void RVGitCommand::addGitCommandName(std::string name, std::int64_t refusalCode) {
+    if (name.starts_with('-'))
+        refuseGitCommandArgument(refusalCode, RVGitRefNameErrorKey, std::move(name));
+    else
+        addGitCommandArgument(std::move(name));
+}
+
+void RVGitCommand::addGitCommandNames(const std::vector<std::string>& names,
+                                      std::int64_t refusalCode) {
+    for (const std::string& name : names)
+        addGitCommandName(name, refusalCode);
+}
+
+void RVGitCommand::addGitCommandFilePath(std::string filePath) {
+    if (filePath.starts_with('-'))
+        filePath.insert(0, "./");
+    addGitCommandArgument(std::move(filePath));
+}
+
+void RVGitCommand::refuseGitCommandArgument(std::int64_t code, const char* key,
+                                            std::string argument) {
+    if (!refusal_)
+        refusal_ = gitErrorWithCode(
+            code, gitCommandWillUseErrorUserInfo(RVUserInfo{{key, std::move(argument)}}));
+}
+
 void RVGitCommand::addEnvironmentVariables(const RVEnvironment& variables) {
     RVEnvironment changed = environment();
     for (const auto& [name, value] : variables)
@@ -232,6 +292,8 @@ void RVGitCommand::commandWillExecute() {
     addEnvironmentVariables(
         RVGitCommandEnvironment::sharedEnvironment().dictionaryRepresentation());
     gitCommandWillInitialize();
+    if (refusal_)
+        return finishWithError(*refusal_);
     if (supportsProgressOutput_) {
         setDelegate(this);
         commandProgress_ = std::make_shared<RVGitCommandProgress>(gitCommand_);

@@ -12,7 +12,9 @@
 
 #include "RVGit/base/RVCommandOperation.h"
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
+#include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorRow.h"
 
 class RVGitBinary;
@@ -21,7 +23,7 @@ class RVGitRepository;
 
 /// Raised when a command line counts more than 4096 arguments: a programming error, since lists of
 /// paths are cut by RVGitCommand::filePathsForGitCommand().
-class RVGitCommandArgumentsOverflowException : public std::length_error {
+class RVGIT_EXPORT RVGitCommandArgumentsOverflowException : public std::length_error {
 public:
     RVGitCommandArgumentsOverflowException(const std::string& reason, RVUserInfo userInfo)
         : std::length_error(reason), userInfo_(std::move(userInfo)) {}
@@ -33,7 +35,7 @@ private:
     RVUserInfo userInfo_;
 };
 
-class RVGitCommandCancelling {
+class RVGIT_EXPORT RVGitCommandCancelling {
 public:
     virtual ~RVGitCommandCancelling() = default;
     virtual void cancel() = 0;
@@ -41,7 +43,7 @@ public:
 
 using RVGitCommandProgressHandler = std::function<void(RVGitCommandProgress&)>;
 
-class RVGitCommandProgressObserving {
+class RVGIT_EXPORT RVGitCommandProgressObserving {
 public:
     virtual ~RVGitCommandProgressObserving() = default;
     virtual void setProgressHandler(RVGitCommandProgressHandler handler) = 0;
@@ -54,10 +56,10 @@ public:
 /// else. Fields are set on one thread before the run and results read after it; hooks, parsing
 /// and the completion handler run on the operation's thread, and the progress handler on that
 /// thread too, while the child runs. cancel() may be called on any thread.
-class RVGitCommand : public RVCommandOperation,
-                     public RVGitCommandCancelling,
-                     public RVGitCommandProgressObserving,
-                     private RVCommandOperationDelegate {
+class RVGIT_EXPORT RVGitCommand : public RVCommandOperation,
+                                  public RVGitCommandCancelling,
+                                  public RVGitCommandProgressObserving,
+                                  private RVCommandOperationDelegate {
 public:
     using CompletionHandler = std::function<void(RVGitCommand&)>;
 
@@ -96,8 +98,27 @@ public:
     /// Those options whose flags are set.
     void addGitCommandOptionsThatAreSet(
         std::initializer_list<std::pair<bool, const char*>> options);
+    /// For words of the library's own, and for what stands behind "--".
     void addGitCommandArgument(std::string argument);
     void addGitCommandArguments(const std::vector<std::string>& arguments);
+    /// Adds a revision or a range that came as data, of which git must not make an option: a text
+    /// that begins with "-", behind a "^" or as the end of a range, too, is refused, unless it is
+    /// one of the few that select revisions and do nothing else ("--all", "--not", "--glob=...").
+    /// A command with a refused text is not launched: it fails with the code given, the text
+    /// standing under RVGitRevisionErrorKey.
+    void addGitCommandRevision(std::string revision,
+                               std::int64_t refusalCode = RVGitRVGitGenericError);
+    void addGitCommandRevisions(const std::vector<std::string>& revisions,
+                                std::int64_t refusalCode = RVGitRVGitGenericError);
+    /// The same for the name of a ref, tag, branch, remote or stash, for an address, a hash or a
+    /// configuration key: every text that begins with "-" is refused, and stands under
+    /// RVGitRefNameErrorKey.
+    void addGitCommandName(std::string name, std::int64_t refusalCode = RVGitRVGitGenericError);
+    void addGitCommandNames(const std::vector<std::string>& names,
+                            std::int64_t refusalCode = RVGitRVGitGenericError);
+    /// Adds a path for a git command that knows no "--": one that begins with "-" gets "./" in
+    /// front.
+    void addGitCommandFilePath(std::string filePath);
     /// Merges the variables over the environment.
     void addEnvironmentVariables(const RVEnvironment& variables);
     /// An absent value removes the variable.
@@ -168,7 +189,8 @@ public:
         return commandProgress_;
     }
     /// Called once when the command has run, whatever the outcome, and dropped afterwards. Not
-    /// called for a command that was cancelled before its launch or could not be launched.
+    /// called for a command that was cancelled before its launch, had an argument refused or could
+    /// not be launched.
     [[nodiscard]] const CompletionHandler& completionHandler() const { return completionHandler_; }
     void setCompletionHandler(CompletionHandler handler) {
         completionHandler_ = std::move(handler);
@@ -213,7 +235,8 @@ public:
 protected:
     // Hooks, in the order of their calls.
 
-    /// Turns fields into options and arguments, in the order in which they must stand.
+    /// Turns fields into options and arguments, in the order in which they must stand. An error
+    /// stored here keeps the command from being launched.
     virtual void gitCommandWillInitialize() {}
     /// A last look at arguments().
     virtual void gitCommandDidInitialize() {}
@@ -232,6 +255,10 @@ protected:
     /// For gitCommandDidInitialize(): each takes the one such argument out of arguments().
     void removeGitDirOption();
     void removeWorkTreeOption();
+
+    /// Keeps the command from being launched: it fails with the code, the first refused text
+    /// standing under the key.
+    void refuseGitCommandArgument(std::int64_t code, const char* key, std::string argument);
 
     [[nodiscard]] RVError makeGitError();
     [[nodiscard]] RVUserInfo makeGitErrorUserInfo();
@@ -259,6 +286,8 @@ private:
     std::vector<std::string> gitOptions_;
     std::vector<std::string> gitCommandOptions_;
     std::vector<std::string> gitCommandArguments_;
+    /// Of the first argument that was refused.
+    std::optional<RVError> refusal_;
     RVGitCommandProgressHandler progressHandler_;
     CompletionHandler completionHandler_;
     std::shared_ptr<RVGitCommandProgress> commandProgress_;

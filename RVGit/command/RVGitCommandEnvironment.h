@@ -5,10 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 /// Variables that every command is given. Any thread; a command works on its own copy.
-class RVGitCommandEnvironment {
+class RVGIT_EXPORT RVGitCommandEnvironment {
 public:
     [[nodiscard]] static RVGitCommandEnvironment& sharedEnvironment();
 

@@ -5,11 +5,12 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 /// The names of the variables that redirect git or change what it prints, as listed in the
 /// library's resource of the same name.
-class RVGitCommandEnvironmentSanitizerConfig {
+class RVGIT_EXPORT RVGitCommandEnvironmentSanitizerConfig {
 public:
     [[nodiscard]] static const RVGitCommandEnvironmentSanitizerConfig& sharedConfig();
 
@@ -27,7 +28,7 @@ private:
 };
 
 /// Removes variables from an environment by their exact names. Any thread.
-class RVGitCommandEnvironmentSanitizer {
+class RVGIT_EXPORT RVGitCommandEnvironmentSanitizer {
 public:
     /// Without names, those of the shared configuration.
     explicit RVGitCommandEnvironmentSanitizer(

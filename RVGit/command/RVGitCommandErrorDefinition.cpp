@@ -44,7 +44,7 @@ std::shared_ptr<const RVRegularExpression> RVGitRegularExpressionCache::regularE
 
 RVGitCommandErrorDefinition::RVGitCommandErrorDefinition(std::string name, Cache cache)
     : name_(std::move(name)),
-      row_{.errorCode = 0},
+      row_(gitErrorRow(0)),
       cache_(cache ? std::move(cache) : sharedRegularExpressionCache()) {}
 
 RVGitCommandErrorDefinition::RVGitCommandErrorDefinition(RVGitErrorRow definition, Cache cache)

@@ -9,13 +9,14 @@
 #include <unordered_map>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitErrorRow.h"
 
 class RVRegularExpression;
 
 /// Compiled regular expressions by pattern text, all of which ignore case. Any thread.
-class RVGitRegularExpressionCache {
+class RVGIT_EXPORT RVGitRegularExpressionCache {
 public:
     RVGitRegularExpressionCache();
     ~RVGitRegularExpressionCache();
@@ -32,7 +33,7 @@ private:
 /// One row of an error table, ready to be matched against a command that failed. An empty list
 /// matches anything, an absent value included; a non-empty one needs a value that is present.
 /// Immutable; any thread.
-class RVGitCommandErrorDefinition {
+class RVGIT_EXPORT RVGitCommandErrorDefinition {
 public:
     using Cache = std::shared_ptr<RVGitRegularExpressionCache>;
     using Components = std::optional<RVUserInfo>;

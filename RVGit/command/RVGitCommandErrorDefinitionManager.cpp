@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "RVGit/RVGitErrorRegistration.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitCommandErrorDefinition.h"
-#include "RVGit/command/RVGitErrorRegistration.h"
 
 RVGitCommandErrorDefinitionManager& RVGitCommandErrorDefinitionManager::defaultManager() {
     static auto& manager = [&]() -> RVGitCommandErrorDefinitionManager& {

@@ -4,13 +4,14 @@
 #include <mutex>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitErrorRow.h"
 
 class RVGitCommand;
 class RVGitCommandErrorDefinition;
 
 /// The rows by which failed commands are told apart. Any thread.
-class RVGitCommandErrorDefinitionManager {
+class RVGIT_EXPORT RVGitCommandErrorDefinitionManager {
 public:
     using Definition = std::shared_ptr<const RVGitCommandErrorDefinition>;
     using DefinitionList = std::vector<Definition>;

@@ -4,7 +4,7 @@
 
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
-#include "RVGit/remotes/RVGitRefUpdatesOutputParser.h"
+#include "RVGit/command/RVGitRefUpdatesOutputParser.h"
 
 namespace {
 

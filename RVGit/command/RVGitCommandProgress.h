@@ -8,11 +8,13 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 class RVRegularExpression;
 
 /// What a running command has printed so far, with lines rewritten by carriage returns as a
 /// terminal would show them, and how far it has come, from 0 to 1. Any thread.
-class RVGitCommandProgress {
+class RVGIT_EXPORT RVGitCommandProgress {
 public:
     /// The git command selects the stages that are counted.
     explicit RVGitCommandProgress(std::optional<std::string> command);

@@ -23,8 +23,13 @@ void RVGitCommandQueue::enqueueCommand(const std::shared_ptr<RVGitCommand>& comm
 
 bool RVGitCommandQueue::executeCommand(const std::shared_ptr<RVGitCommand>& command,
                                        RVErrorPlace error) {
+    return executeCommandOnQueue(command, *queue_, error);
+}
+
+bool RVGitCommandQueue::executeCommandOnQueue(const std::shared_ptr<RVGitCommand>& command,
+                                              RVOperationQueue& queue, RVErrorPlace error) {
     requireParameter(command != nullptr, "command");
-    queue_->runOperation(command);
+    queue.runOperation(command);
     if (!command->error())
         return true;
     fillErrorPlace(error, *command->error());

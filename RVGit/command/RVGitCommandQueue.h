@@ -3,13 +3,14 @@
 #include <memory>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitCommand;
 class RVOperationQueue;
 
 /// The one queue that every git process of the library runs on, bounded by
 /// RVGitConfiguration's maxConcurrentCommands when it is made. It lives as long as the process.
-class RVGitCommandQueue {
+class RVGIT_EXPORT RVGitCommandQueue {
 public:
     [[nodiscard]] static RVGitCommandQueue& sharedQueue();
 
@@ -20,6 +21,10 @@ public:
     /// Waits until the command has finished; true exactly when it has no error, which is otherwise
     /// left in the place. Throws what was raised while the command was prepared.
     bool executeCommand(const std::shared_ptr<RVGitCommand>& command, RVErrorPlace error = nullptr);
+    /// The same on another queue than the shared one, for a part of the library that has one of its
+    /// own.
+    static bool executeCommandOnQueue(const std::shared_ptr<RVGitCommand>& command,
+                                      RVOperationQueue& queue, RVErrorPlace error = nullptr);
     void cancelAllCommands();
     void waitUntilAllCommandsFinished();
 

@@ -3,8 +3,10 @@
 #include <atomic>
 #include <cstddef>
 
+#include "RVGit/base/RVExport.h"
+
 /// The library's one tunable. Any thread.
-class RVGitConfiguration {
+class RVGIT_EXPORT RVGitConfiguration {
 public:
     [[nodiscard]] static RVGitConfiguration& sharedConfiguration();
 

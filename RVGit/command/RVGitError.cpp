@@ -16,13 +16,13 @@ void mergeOver(RVUserInfo& userInfo, const RVUserInfo& entries) {
 
 }  // namespace
 
-RVError gitErrorWithCode(std::int64_t code, RVUserInfo userInfo) {
+RVError rvgit::gitErrorWithCode(std::int64_t code, RVUserInfo userInfo) {
     loadErrorDefinitionsForGitErrorDomain();
     return RVErrorManager::sharedManager().errorWithDomain(RVGitErrorDomain, code,
                                                            std::move(userInfo));
 }
 
-RVError gitErrorWithCommand(RVGitCommand& command, RVUserInfo userInfo) {
+RVError rvgit::gitErrorWithCommand(RVGitCommand& command, RVUserInfo userInfo) {
     auto row =
         RVGitCommandErrorDefinitionManager::defaultManager().gitCommandErrorDefinitionForCommand(
             command);
@@ -35,7 +35,7 @@ RVError gitErrorWithCommand(RVGitCommand& command, RVUserInfo userInfo) {
     return gitErrorWithCode(row->errorCode(), std::move(userInfo));
 }
 
-RVError gitErrorWithException(const std::exception_ptr& exception) {
+RVError rvgit::gitErrorWithException(const std::exception_ptr& exception) {
     std::string text;
     try {
         std::rethrow_exception(exception);

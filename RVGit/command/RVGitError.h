@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -13,6 +14,8 @@ class RVGitRepository;
 
 /// The domain of every error record that the library makes.
 inline constexpr char RVGitErrorDomain[] = "RVGitErrorDomain";
+
+inline namespace RVGIT_EXPORT rvgit {
 
 /// An error record with the title and reason of the catalogue, which are absent for a code that it
 /// does not hold. Any thread.
@@ -28,10 +31,16 @@ inline constexpr char RVGitErrorDomain[] = "RVGitErrorDomain";
 /// RVGitCommandErrorOutputErrorKey.
 [[nodiscard]] RVError gitErrorWithException(const std::exception_ptr& exception);
 
+}  // namespace rvgit
+
 /// User info for errors that are made without a command: the version of the default binary, if
 /// there is one, and the repository's path, with the given entries over them.
 [[nodiscard]] RVUserInfo RVGitMakeErrorUserInfo(const std::shared_ptr<RVGitRepository>& repository,
                                                 const RVUserInfo& userInfo = {});
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// Registers the catalogue; done on first use, and a second call does nothing.
 void loadErrorDefinitionsForGitErrorDomain();
+
+}  // namespace rvgit

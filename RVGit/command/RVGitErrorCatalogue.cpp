@@ -405,7 +405,7 @@ std::vector<RVErrorDefinition> catalogue() {
 
 }  // namespace
 
-void loadErrorDefinitionsForGitErrorDomain() {
+void rvgit::loadErrorDefinitionsForGitErrorDomain() {
     static std::once_flag once;
     std::call_once(once, [] {
         RVErrorManager::sharedManager().addErrorDefinitions(catalogue(), RVGitErrorDomain);

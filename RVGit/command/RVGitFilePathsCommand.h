@@ -6,10 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Base of the commands that are given paths of files.
-class RVGitFilePathsCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitFilePathsCommand : public RVGitCommand {
 public:
     /// From the top of the working tree. Git takes them for patterns unless the command says
     /// otherwise. Absent is not the same as none, where the command makes a difference.

@@ -9,13 +9,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVRegularExpression;
 
 /// Base of the parsers: cuts what git printed into lines and hands each to a subclass, which
 /// keeps its results in the caches of RVGitItemOutputParser. A parser is used by one thread, for
 /// one output, once. The bytes are not copied and must outlive the parser.
-class RVGitOutputParser {
+class RVGIT_EXPORT RVGitOutputParser {
 public:
     enum class Delimiter { Newline, NULByte };
 

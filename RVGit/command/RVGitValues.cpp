@@ -157,7 +157,7 @@ std::optional<std::string> RVGitShortStringForFileStatus(RVGitFileStatus status)
     return form ? std::optional(std::string(form->text)) : std::nullopt;
 }
 
-bool isValidCommitHash(std::string_view text) {
+bool rvgit::isValidCommitHash(std::string_view text) {
     static const RVRegularExpression expression("^[a-f0-9]{40}$",
                                                 RVRegularExpression::CaseInsensitive);
     return expression.matches(text);
@@ -227,7 +227,7 @@ std::string RVGitMakeQueueName(std::string_view label) {
     return joined({"com.varnelsoft.Git.", label});
 }
 
-std::string unquotedCString(std::string_view text) {
+std::string rvgit::unquotedCString(std::string_view text) {
     if (!text.starts_with('"'))
         return std::string(text);
     if (!isASCII(text))
@@ -240,7 +240,7 @@ std::string unquotedCString(std::string_view text) {
     return unquoted;
 }
 
-std::string stringByEscapingReservedGitPatternCharacters(std::string_view text) {
+std::string rvgit::stringByEscapingReservedGitPatternCharacters(std::string_view text) {
     std::string escaped;
     for (char c : text) {
         if (std::string_view("![]?#*").find(c) != std::string_view::npos)

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 class RVGitRefSpec;
 
 enum RVGitObjectType : std::uint64_t {
@@ -68,85 +70,100 @@ inline constexpr char RVGitMasterBranchName[] = "master";
 // Enumerations from and to text.
 
 /// "commit" and its like, in any case; anything else is None.
-[[nodiscard]] RVGitObjectType RVGitObjectTypeFromString(std::string_view text);
+[[nodiscard]] RVGIT_EXPORT RVGitObjectType RVGitObjectTypeFromString(std::string_view text);
 /// "Commit"; "None" for a value that is not listed, here and below.
-[[nodiscard]] std::string RVGitStringForObjectType(RVGitObjectType objectType);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitStringForObjectType(RVGitObjectType objectType);
 
 /// "100644"; anything unknown is Regular.
-[[nodiscard]] RVGitFileMode RVGitFileModeFromString(std::string_view text);
+[[nodiscard]] RVGIT_EXPORT RVGitFileMode RVGitFileModeFromString(std::string_view text);
 /// The same, but absent for a text that is none of git's modes.
-[[nodiscard]] std::optional<RVGitFileMode> RVGitKnownFileModeFromString(std::string_view text);
+[[nodiscard]] RVGIT_EXPORT std::optional<RVGitFileMode> RVGitKnownFileModeFromString(
+    std::string_view text);
 /// "Regular".
-[[nodiscard]] std::string RVGitStringForFileMode(RVGitFileMode fileMode);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitStringForFileMode(RVGitFileMode fileMode);
 
 /// "1" to "3"; anything else is Default.
-[[nodiscard]] RVGitIndexStage RVGitIndexStageFromString(std::string_view text);
+[[nodiscard]] RVGIT_EXPORT RVGitIndexStage RVGitIndexStageFromString(std::string_view text);
 /// "Base"; "Default" for a value that is not listed.
-[[nodiscard]] std::string RVGitStringForIndexStage(RVGitIndexStage stage);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitStringForIndexStage(RVGitIndexStage stage);
 
 /// A status letter, as git prints it; anything unknown is Unchanged.
-[[nodiscard]] RVGitFileStatus RVGitFileStatusFromString(std::string_view text);
+[[nodiscard]] RVGIT_EXPORT RVGitFileStatus RVGitFileStatusFromString(std::string_view text);
 /// "Type Changed".
-[[nodiscard]] std::string RVGitStringForFileStatus(RVGitFileStatus status);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitStringForFileStatus(RVGitFileStatus status);
 /// The letter; absent for None.
-[[nodiscard]] std::optional<std::string> RVGitShortStringForFileStatus(RVGitFileStatus status);
+[[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitShortStringForFileStatus(
+    RVGitFileStatus status);
 
 // Hashes.
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// Forty hexadecimal digits, in either case; one newline behind them is let pass.
 [[nodiscard]] bool isValidCommitHash(std::string_view text);
-[[nodiscard]] bool RVGitValidateCommitHash(std::string_view hash);
+
+}  // namespace rvgit
+
+[[nodiscard]] RVGIT_EXPORT bool RVGitValidateCommitHash(std::string_view hash);
 /// The first 8 characters; a shorter hash comes back whole, an absent one absent.
-[[nodiscard]] std::optional<std::string> RVGitShortenHash(const std::optional<std::string>& hash);
+[[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitShortenHash(
+    const std::optional<std::string>& hash);
 /// The first characters; absent for an absent hash and for one that has fewer.
-[[nodiscard]] std::optional<std::string> RVGitShortenHashWithLength(
+[[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitShortenHashWithLength(
     const std::optional<std::string>& hash, std::size_t length);
 
 // Ref names.
 
 /// Puts the prefix of the type in front of a name that has none; "HEAD" stays.
-[[nodiscard]] std::string RVGitMakeFullRefName(std::string_view refName, RVGitRefType refType);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeFullRefName(std::string_view refName,
+                                                            RVGitRefType refType);
 /// Cuts the length of the type's prefix off a name that begins with "refs/".
-[[nodiscard]] std::string RVGitMakeShortRefName(std::string_view refName, RVGitRefType refType);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeShortRefName(std::string_view refName,
+                                                             RVGitRefType refType);
 /// The full name, on this side, of a remote's branch: "refs/remotes/origin/x".
-[[nodiscard]] std::string RVGitMakeFullRemoteRefName(const std::optional<std::string>& remoteName,
-                                                     std::string_view refName);
-/// The reverse: the full name on the remote's side. Absent for a name that is not of the remote.
-[[nodiscard]] std::optional<std::string> RVGitMakeFullRefNameForRemote(
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeFullRemoteRefName(
     const std::optional<std::string>& remoteName, std::string_view refName);
-[[nodiscard]] std::shared_ptr<RVGitRefSpec> RVGitMakeRefSpec(
+/// The reverse: the full name on the remote's side. Absent for a name that is not of the remote.
+[[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitMakeFullRefNameForRemote(
+    const std::optional<std::string>& remoteName, std::string_view refName);
+[[nodiscard]] RVGIT_EXPORT std::shared_ptr<RVGitRefSpec> RVGitMakeRefSpec(
     std::optional<std::string> localRefName, std::optional<std::string> remoteRefName);
 /// Asks git whether the name is well formed, which costs a child process. False for an absent one.
-[[nodiscard]] bool RVGitValidateRefName(const std::optional<std::string>& refName);
+[[nodiscard]] RVGIT_EXPORT bool RVGitValidateRefName(const std::optional<std::string>& refName);
 
 // Revisions.
 
 /// "revision:path"; an absent part counts as empty.
-[[nodiscard]] std::string RVGitMakeObjectReference(const std::optional<std::string>& revision,
-                                                   const std::optional<std::string>& filePath);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeObjectReference(
+    const std::optional<std::string>& revision, const std::optional<std::string>& filePath);
 /// "second..first": the arguments are turned round on purpose.
-[[nodiscard]] std::string RVGitMakeRevisionRange(std::string_view first, std::string_view second);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeRevisionRange(std::string_view first,
+                                                              std::string_view second);
 /// "first...second", in order.
-[[nodiscard]] std::string RVGitMakeRevisionComparisonString(std::string_view first,
-                                                            std::string_view second);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeRevisionComparisonString(std::string_view first,
+                                                                         std::string_view second);
 
 // Names of configuration sections and keys: "branch.NAME" and "branch.NAME.KEY".
 
-[[nodiscard]] std::string RVGitMakeBranchConfigSection(std::string_view branch);
-[[nodiscard]] std::string RVGitMakeBranchConfigKey(std::string_view branch, std::string_view key);
-[[nodiscard]] std::string RVGitMakeRemoteConfigSection(std::string_view remote);
-[[nodiscard]] std::string RVGitMakeRemoteConfigKey(std::string_view remote, std::string_view key);
-[[nodiscard]] std::string RVGitMakeSVNRemoteConfigSection(std::string_view remote);
-[[nodiscard]] std::string RVGitMakeSVNRemoteConfigKey(std::string_view remote,
-                                                      std::string_view key);
-[[nodiscard]] std::string RVGitMakeSubmoduleConfigSection(std::string_view submodule);
-[[nodiscard]] std::string RVGitMakeSubmoduleConfigKey(std::string_view submodule,
-                                                      std::string_view key);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeBranchConfigSection(std::string_view branch);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeBranchConfigKey(std::string_view branch,
+                                                                std::string_view key);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeRemoteConfigSection(std::string_view remote);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeRemoteConfigKey(std::string_view remote,
+                                                                std::string_view key);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeSVNRemoteConfigSection(std::string_view remote);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeSVNRemoteConfigKey(std::string_view remote,
+                                                                   std::string_view key);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeSubmoduleConfigSection(std::string_view submodule);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeSubmoduleConfigKey(std::string_view submodule,
+                                                                   std::string_view key);
 
 /// The full name of one of the library's queues.
-[[nodiscard]] std::string RVGitMakeQueueName(std::string_view label);
+[[nodiscard]] RVGIT_EXPORT std::string RVGitMakeQueueName(std::string_view label);
 
 // Text.
+
+inline namespace RVGIT_EXPORT rvgit {
 
 /// A path as git quotes it, with its quotes and backslash escapes resolved. Text that does not
 /// begin with a quote comes back unchanged; quoted text that is not ASCII only loses its first and
@@ -156,3 +173,5 @@ inline constexpr char RVGitMasterBranchName[] = "master";
 [[nodiscard]] std::string unquotedCString(std::string_view text);
 /// The text with a backslash in front of each of "![]?#*".
 [[nodiscard]] std::string stringByEscapingReservedGitPatternCharacters(std::string_view text);
+
+}  // namespace rvgit

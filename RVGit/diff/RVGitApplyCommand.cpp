@@ -39,24 +39,23 @@ std::shared_ptr<RVGitApplyCommand> RVGitApplyCommand::gitApplyCommandWithReposit
 
 const RVGitErrorTable& RVGitApplyCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitApplyPatchCorruptError,
-         .commandNames = {"apply"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {R"(fatal: corrupt patch at line (\d+))"},
-         .standardErrorMatchedComponentNames = {RVGitPatchLineNumberErrorKey}},
-        {.errorCode = RVGitApplyPatchCorruptError,
-         .commandNames = {"apply"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {R"(fatal: patch with only garbage at line (\d+))"},
-         .standardErrorMatchedComponentNames = {RVGitPatchLineNumberErrorKey}},
-        {.errorCode = RVGitApplyPatchWithNoChangesError,
-         .commandNames = {"apply"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"No changes"}},
-        {.errorCode = RVGitApplyPatchWithNoTargetError,
-         .commandNames = {"apply"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"No such file or directory"}},
+        gitErrorRow(RVGitApplyPatchCorruptError)
+            .command("apply")
+            .exitCode(128)
+            .standardError(R"(fatal: corrupt patch at line (\d+))", {RVGitPatchLineNumberErrorKey}),
+        gitErrorRow(RVGitApplyPatchCorruptError)
+            .command("apply")
+            .exitCode(128)
+            .standardError(R"(fatal: patch with only garbage at line (\d+))",
+                           {RVGitPatchLineNumberErrorKey}),
+        gitErrorRow(RVGitApplyPatchWithNoChangesError)
+            .command("apply")
+            .exitCode(1)
+            .standardError("No changes"),
+        gitErrorRow(RVGitApplyPatchWithNoTargetError)
+            .command("apply")
+            .exitCode(1)
+            .standardError("No such file or directory"),
     };
     return table;
 }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
@@ -22,7 +23,7 @@ inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
 /// Runs `git apply` for one patch in memory, or for patch files. Without further options the patch
 /// is applied to the working tree. Failure: code 1400 if the patch is corrupt, 1401 if it changes
 /// nothing, 1402 if a file that it changes does not exist.
-class RVGitApplyCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitApplyCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     RVGitApplyCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/diff/RVGitChangesetEntry.h"
 #include "RVGit/diff/RVGitDiffSettings.h"
@@ -18,7 +19,7 @@ class RVGitRepository;
 /// The files that a comparison finds changed, with the counts of their lines, loaded without any
 /// of the lines themselves. It remembers the comparison, so that diffs can be had of it later. A
 /// snapshot, readable on any thread.
-class RVGitChangeset {
+class RVGIT_EXPORT RVGitChangeset {
 public:
     using Entries = std::vector<std::shared_ptr<RVGitChangesetEntry>>;
     using FilePaths = std::vector<std::string>;

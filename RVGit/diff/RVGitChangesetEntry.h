@@ -6,11 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/diff/RVGitDiffStatsOutputParser.h"
 
 /// One changed file of a changeset. A snapshot, readable on any thread.
-class RVGitChangesetEntry {
+class RVGIT_EXPORT RVGitChangesetEntry {
 public:
     explicit RVGitChangesetEntry(RVGitDiffStatsOutputParserResultItem item)
         : item_(std::move(item)) {}

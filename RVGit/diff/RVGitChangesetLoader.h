@@ -6,13 +6,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/diff/RVGitComparisonLoader.h"
 
 class RVGitChangeset;
 
 /// Loads the changed files of a comparison with the counts of their lines. It also reads the option
 /// RVGitDiffOptionNoRenames. Used by one thread.
-class RVGitChangesetLoader : public RVGitComparisonLoader {
+class RVGIT_EXPORT RVGitChangesetLoader : public RVGitComparisonLoader {
 public:
     /// The repository is required.
     explicit RVGitChangesetLoader(std::shared_ptr<RVGitRepository> repository);

@@ -21,13 +21,13 @@ RVGitComparisonLoader::Command RVGitComparisonLoader::commandWithOptions(
     const std::vector<std::string>& commandOptions,
     const std::vector<std::string>& filePaths) const {
     const auto options = this->options();
-    const auto prepared = [&](auto command) -> Command {
+    const auto prepared = [&](auto command, std::int64_t refusalCode) -> Command {
         command->addGitCommandOptions(commandOptions);
         if (optionIsSet(options, RVGitDiffOptionMergeCommitsFirstParent))
             command->addGitCommandOptions({"-m", "--first-parent"});
         if (optionIsSet(options, RVGitDiffOptionMergeCommitsMergedFilePaths))
             command->addGitCommandOption("-c");
-        command->addGitCommandArguments(revisions());
+        command->addGitCommandRevisions(revisions(), refusalCode);
         if (!filePaths.empty()) {
             command->addGitCommandArgument("--");
             command->addGitCommandArguments(filePaths);
@@ -35,9 +35,10 @@ RVGitComparisonLoader::Command RVGitComparisonLoader::commandWithOptions(
         return command;
     };
     if (!logOptions())
-        return prepared(RVGitDiffCommand::gitDiffCommandWithRepository(repository_, options));
+        return prepared(RVGitDiffCommand::gitDiffCommandWithRepository(repository_, options),
+                        RVGitRVGitGenericError);
     // The changes of one commit, without its header.
     auto command = RVGitLogCommand::gitLogCommandWithRepository(repository_, options);
     command->addGitCommandOptions({"-1", "--pretty=format:"});
-    return prepared(std::move(command));
+    return prepared(std::move(command), RVGitLogNoSuchRevisionError);
 }

@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/diff/RVGitDiffSettings.h"
 
@@ -20,7 +21,7 @@ class RVGitRepository;
 ///
 /// Of what git log prints no diff is read if a NUL byte stands in it, as where an attribute calls
 /// UTF-16 text: the result is then empty, and no failure. git diff is read all the same.
-class RVGitComparisonLoader : public RVGitDiffSettings {
+class RVGIT_EXPORT RVGitComparisonLoader : public RVGitDiffSettings {
 public:
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
     /// The revisions and options.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/diff/RVGitDiffChunk.h"
@@ -19,7 +20,7 @@ class RVGitDiffPatchGenerator;
 class RVGitRepository;
 
 /// What changed in one file. A snapshot; a raw text is made when it is read, of what git printed.
-class RVGitDiff {
+class RVGIT_EXPORT RVGitDiff {
 public:
     using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;
     using FilePaths = std::vector<std::string>;

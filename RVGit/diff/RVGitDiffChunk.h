@@ -12,13 +12,14 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/diff/RVGitDiffChunkLine.h"
 
 class RVGitDiff;
 
 /// The lines of a chunk: a list that makes each line when it is asked for. It keeps alive what it
 /// shows.
-class RVGitDiffChunkLines {
+class RVGIT_EXPORT RVGitDiffChunkLines {
 public:
     class Iterator {
     public:
@@ -62,7 +63,7 @@ private:
 
 /// A run of changed lines with the context around it. Texts are made when they are read. Any thread
 /// may read it once its diff is made.
-class RVGitDiffChunk {
+class RVGIT_EXPORT RVGitDiffChunk {
 public:
     using LineMapping = std::map<std::uint64_t, RVGitDiffChunkLine>;
 

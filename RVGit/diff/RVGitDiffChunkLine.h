@@ -7,11 +7,12 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/diff/RVGitDiffContents.h"
 
 /// One line of a chunk. A light value that keeps alive what git printed; texts are made when they
 /// are read. Immutable: any thread may read it.
-class RVGitDiffChunkLine {
+class RVGIT_EXPORT RVGitDiffChunkLine {
 public:
     RVGitDiffChunkLine(std::vector<std::uint32_t> lineNumbers, RVGitDiffLineType type,
                        std::string_view status, std::string_view content);

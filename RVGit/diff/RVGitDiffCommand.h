@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/diff/RVGitDiffMap.h"
@@ -45,7 +46,7 @@ inline constexpr char RVGitDiffOptionNULByteDelimiter[] = "RVGitDiffOptionNULByt
 
 /// `git diff`. Revisions and paths are added by whoever runs it. An exit code of 1 with nothing on
 /// standard error says that there are differences, and is a success.
-class RVGitDiffCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitDiffCommand : public RVGitCommand {
 public:
     /// The repository is required.
     RVGitDiffCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -8,8 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 /// Where a chunk stands in one version of a file, in lines.
-struct RVGitDiffRange {
+struct RVGIT_EXPORT RVGitDiffRange {
     std::int64_t location = 0;
     std::int64_t length = 0;
 
@@ -25,7 +27,7 @@ enum RVGitDiffLineType : std::uint32_t {
 
 /// What diff maps and diffs are made of: one file's diff as ranges of the text that git printed,
 /// which is kept alive and not copied. Filled by one thread; afterwards any number may read.
-struct RVGitDiffContents {
+struct RVGIT_EXPORT RVGitDiffContents {
     /// A range of whole lines, the line break behind the last one included, be it there or not.
     struct Range {
         std::uint32_t start = 0;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/diff/RVGitComparisonLoader.h"
 
@@ -13,7 +14,7 @@ class RVGitDiff;
 
 /// Loads diffs with their lines. It also reads the option RVGitDiffOptionContextLines. Used by one
 /// thread.
-class RVGitDiffLoader : public RVGitComparisonLoader {
+class RVGIT_EXPORT RVGitDiffLoader : public RVGitComparisonLoader {
 public:
     /// The repository is required.
     explicit RVGitDiffLoader(std::shared_ptr<RVGitRepository> repository);

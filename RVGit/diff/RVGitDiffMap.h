@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/diff/RVGitDiffContents.h"
 
@@ -88,7 +89,7 @@ using RVGitDiffMapValue =
                  std::vector<RVGitDiffChunkMap>, std::vector<RVGitDiffChunkLineMap>>;
 
 /// One line of a chunk, as RVGitDiffMap is one file.
-class RVGitDiffChunkLineMap {
+class RVGIT_EXPORT RVGitDiffChunkLineMap {
 public:
     /// `lineIndex` counts from the first line of the chunk.
     RVGitDiffChunkLineMap(std::shared_ptr<const RVGitDiffContents> contents, std::size_t chunkIndex,
@@ -113,7 +114,7 @@ private:
 };
 
 /// One chunk, as RVGitDiffMap is one file.
-class RVGitDiffChunkMap {
+class RVGIT_EXPORT RVGitDiffChunkMap {
 public:
     RVGitDiffChunkMap(std::shared_ptr<const RVGitDiffContents> contents, std::size_t chunkIndex);
 
@@ -133,7 +134,7 @@ private:
 /// What was parsed of one file's diff, under the keys above: the form in which RVGitDiffParser
 /// hands diffs to RVGitDiff. A value that is read is made then, of the text that git printed and
 /// that the map keeps alive; so copies are cheap. Immutable: any thread may read it.
-class RVGitDiffMap {
+class RVGIT_EXPORT RVGitDiffMap {
 public:
     /// An empty map.
     RVGitDiffMap();

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/diff/RVGitDiffMap.h"
 
@@ -17,7 +18,7 @@ class RVRegularExpression;
 /// A diff of 4 GB or more cannot be read. Empty lines are passed over: where git is configured to
 /// print an empty line of context without its blank (diff.suppressBlankEmpty), that line is
 /// missing, the numbers behind it are too low, and git refuses a patch of the chunk.
-class RVGitDiffOutputParser : public RVGitOutputParser {
+class RVGIT_EXPORT RVGitDiffOutputParser : public RVGitOutputParser {
 public:
     /// Copies the bytes.
     explicit RVGitDiffOutputParser(std::string_view outputData);

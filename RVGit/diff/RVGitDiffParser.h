@@ -8,13 +8,14 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/diff/RVGitDiffMap.h"
 
 class RVDataBuffer;
 
 /// Reads the output of `git diff`, `git show` or `git log -p`: one map for each file. The maps
 /// share the bytes and keep them alive. Used by one thread, once.
-class RVGitDiffParser {
+class RVGIT_EXPORT RVGitDiffParser {
 public:
     /// Copies the bytes.
     explicit RVGitDiffParser(std::string_view outputData);

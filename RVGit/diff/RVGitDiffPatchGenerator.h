@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
+
 class RVGitDiff;
 
 /// Writes patches that hold one chunk of a diff, or some of its lines. Meant for ordinary diffs: of
@@ -16,7 +18,7 @@ class RVGitDiff;
 /// looks there first: where those are not applied, and the lines around the chunk come again at
 /// just that distance, the patch goes to the wrong one of them. More lines of context
 /// (RVGitDiffOptionContextLines) make that less likely.
-class RVGitDiffPatchGenerator {
+class RVGIT_EXPORT RVGitDiffPatchGenerator {
 public:
     /// What the patch is to be applied to, and how.
     enum Mode : int {

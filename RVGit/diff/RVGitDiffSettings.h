@@ -5,10 +5,11 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 /// What a comparison compares, and how.
-class RVGitDiffSettings {
+class RVGIT_EXPORT RVGitDiffSettings {
 public:
     [[nodiscard]] const std::vector<std::string>& revisions() const { return revisions_; }
     void setRevisions(std::vector<std::string> revisions) { revisions_ = std::move(revisions); }

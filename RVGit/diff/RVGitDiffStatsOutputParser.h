@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/command/RVGitValues.h"
 
@@ -35,7 +36,7 @@ struct RVGitDiffStatsOutputParserResultItem {
 /// of its own and takes those of the next text file, as do all files behind it. So do those behind
 /// a file whose type has changed or that is unmerged, since neither becomes an item. With "-c" git
 /// prints the numstat records first, and all counts stay 0.
-class RVGitDiffStatsOutputParser
+class RVGIT_EXPORT RVGitDiffStatsOutputParser
     : public RVGitItemOutputParser<RVGitDiffStatsOutputParserResultItem> {
 public:
     explicit RVGitDiffStatsOutputParser(std::string_view outputData);

@@ -1,6 +1,6 @@
 #include "RVGit/diff/RVGitFormatPatchCommand.h"
 
-#include "RVGit/worktree/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitFilePathsOutputParser.h"
 
 RVGitFormatPatchCommand::RVGitFormatPatchCommand(const std::shared_ptr<RVGitRepository>& repository,
                                                  std::string revision,
@@ -26,7 +26,7 @@ void RVGitFormatPatchCommand::gitCommandWillInitialize() {
         addGitCommandOption("--no-prefix");
     if (limit_ != 0)
         addGitCommandOption("-" + std::to_string(limit_));
-    addGitCommandArgument(revision_);
+    addGitCommandRevision(revision_);
 }
 
 bool RVGitFormatPatchCommand::gitCommandWillParseOutput(RVErrorPlace error) {

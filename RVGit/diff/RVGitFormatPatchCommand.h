@@ -7,12 +7,13 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/base/RVURL.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Runs `git format-patch`, which writes commits to files as patches.
-class RVGitFormatPatchCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitFormatPatchCommand : public RVGitCommand {
 public:
     /// The repository is required. The options are not read. A single revision names those behind
     /// it, up to HEAD, unless a limit is set: then that many up to it.

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitCommit;
 class RVGitRepository;
 
 /// One line of an annotated file, immutable.
-class RVGitAnnotatedLine {
+class RVGIT_EXPORT RVGitAnnotatedLine {
 public:
     /// The commit is required.
     RVGitAnnotatedLine(std::string filePath, std::optional<std::string> lineContents,
@@ -50,7 +51,7 @@ private:
 };
 
 /// A file with the commit that each of its lines comes from, immutable.
-class RVGitBlame {
+class RVGIT_EXPORT RVGitBlame {
 public:
     /// The repository is required.
     RVGitBlame(std::shared_ptr<RVGitRepository> repository, std::string filePath,

@@ -18,7 +18,7 @@ void RVGitBlameCommand::gitCommandWillInitialize() {
     setGitCommand("blame");
     addGitCommandOption("--porcelain");
     if (revision_)
-        addGitCommandArgument(*revision_);
+        addGitCommandRevision(*revision_);
     addGitCommandArgument("--");
     if (filePath_)
         addGitCommandArgument(*filePath_);

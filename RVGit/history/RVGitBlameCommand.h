@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/history/RVGitBlameOutputParser.h"
 
 /// Runs `git blame --porcelain` for a file as it was in a revision.
-class RVGitBlameCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitBlameCommand : public RVGitCommand {
 public:
     /// The repository is required.
     RVGitBlameCommand(const std::shared_ptr<RVGitRepository>& repository,

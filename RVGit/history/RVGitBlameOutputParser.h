@@ -6,12 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// One line of an annotated file as `git blame --porcelain` printed it. Git prints what it knows
 /// of a commit with the commit's first line only: on its other lines these fields are absent.
-struct RVGitBlameOutputParserResultItem {
+struct RVGIT_EXPORT RVGitBlameOutputParserResultItem {
     std::optional<std::string> commitHash;
     std::optional<std::string> authorName;
     /// Without the angle brackets.
@@ -47,7 +48,8 @@ private:
 
 /// Reads what `git blame --porcelain` prints. Every line can be read: one that it does not know is
 /// skipped.
-class RVGitBlameOutputParser : public RVGitItemOutputParser<RVGitBlameOutputParserResultItem> {
+class RVGIT_EXPORT RVGitBlameOutputParser
+    : public RVGitItemOutputParser<RVGitBlameOutputParserResultItem> {
 public:
     explicit RVGitBlameOutputParser(std::string_view outputData);
     explicit RVGitBlameOutputParser(std::vector<std::string> outputLines);

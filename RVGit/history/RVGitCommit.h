@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVObservable.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/history/RVGitCommitOutputParser.h"
@@ -30,7 +31,7 @@ class RVGitTree;
 ///
 /// Any number of threads may read one commit; a setter needs it for itself. Each setter tells the
 /// observers of its field; "mergeCommit" and "rootCommit" change with "parentCommitHashes".
-class RVGitCommit : public RVGitObject, public RVObservable {
+class RVGIT_EXPORT RVGitCommit : public RVGitObject, public RVObservable {
 public:
     using List = std::vector<std::shared_ptr<RVGitCommit>>;
     using Refs = std::vector<std::shared_ptr<RVGitRef>>;

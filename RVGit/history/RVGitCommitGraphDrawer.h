@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/history/RVGitCommitGraphDrawerCommitLines.h"
 #include "RVGit/history/RVGitCommitGraphLines.h"
 
@@ -18,7 +19,7 @@ class RVGitCommit;
 /// looked up in the repository and nothing is known of later commits: the state is the list of
 /// open lanes, and a drawer that is given the list of another goes on where that one stopped.
 /// Used by one thread at a time.
-class RVGitCommitGraphDrawer {
+class RVGIT_EXPORT RVGitCommitGraphDrawer {
 public:
     /// Without a list of lanes, the drawing begins with a new one.
     explicit RVGitCommitGraphDrawer(

@@ -8,9 +8,11 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 /// One open lane of a commit graph: a line of descent that waits for one commit. It lives from the
 /// row that opens it to the row that closes it.
-class RVGitCommitGraphDrawerCommitLine {
+class RVGIT_EXPORT RVGitCommitGraphDrawerCommitLine {
 public:
     RVGitCommitGraphDrawerCommitLine() = default;
     RVGitCommitGraphDrawerCommitLine(std::uint64_t lineID, std::string_view commitHash)
@@ -50,7 +52,7 @@ private:
 /// The open lanes of a commit graph, which are the whole state of its drawing: the position of a
 /// lane is its column, and a lane that is removed moves those to its right one column left. The
 /// lanes of a list have distinct IDs, and none is null. Used by one thread at a time.
-class RVGitCommitGraphDrawerCommitLines {
+class RVGIT_EXPORT RVGitCommitGraphDrawerCommitLines {
 public:
     using CommitLine = std::shared_ptr<RVGitCommitGraphDrawerCommitLine>;
 

@@ -6,11 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 /// Drawing units: the width of a column, and the distance of its centre line from its left edge.
 inline constexpr int KTCommitLineColumnWidth = 10;
 inline constexpr int KTCommitLineColumnMiddle = 7;
 
-struct RVGitCommitGraphPoint {
+struct RVGIT_EXPORT RVGitCommitGraphPoint {
     double x = 0;
     double y = 0;
 
@@ -29,7 +31,7 @@ struct RVGitCommitGraphRect {
 /// One line drawn inside a row of the graph, a plain value. A lane that passes the row is neither
 /// starting nor ending, one that leaves the commit's dot is starting, and one that runs into the
 /// dot and is closed there is ending.
-class RVGitCommitGraphLine {
+class RVGIT_EXPORT RVGitCommitGraphLine {
 public:
     RVGitCommitGraphLine() = default;
     RVGitCommitGraphLine(std::uint64_t lineID, std::uint64_t startIndex, std::uint64_t endIndex,
@@ -80,7 +82,7 @@ private:
 /// One row of the graph: where the commit's dot stands, and the lines around it, the passing and
 /// ending ones in the order of their columns before the starting ones in the order of the parents.
 /// A copy shares the list of lines and keeps the commit's column.
-class RVGitCommitGraphLines {
+class RVGIT_EXPORT RVGitCommitGraphLines {
 public:
     RVGitCommitGraphLines() = default;
     // Being copied where it is moved from, a row is never left without a list.

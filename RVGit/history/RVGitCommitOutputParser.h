@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
@@ -17,7 +18,7 @@ class RVRegularExpression;
 /// One commit as `git log` printed it. A field that the format did not ask for is absent. The item
 /// is a place in the listing's output: texts are made on request, and the whole output stays alive
 /// as long as one item of it does. Immutable, so any thread may read it.
-class RVGitCommitOutputParserResultItem {
+class RVGIT_EXPORT RVGitCommitOutputParserResultItem {
 public:
     /// An item without any field.
     RVGitCommitOutputParserResultItem() = default;
@@ -67,7 +68,8 @@ private:
 /// Reads the records that `git log`, `git stash list` and `git reflog` print in one of the formats
 /// below: fields between commitBoundaryString(), records ended by NUL or newline. A record with
 /// another number of fields fails the parse.
-class RVGitCommitOutputParser : public RVGitItemOutputParser<RVGitCommitOutputParserResultItem> {
+class RVGIT_EXPORT RVGitCommitOutputParser
+    : public RVGitItemOutputParser<RVGitCommitOutputParserResultItem> {
 public:
     using DateFormatter = std::optional<RVDate> (*)(std::string_view text);
 

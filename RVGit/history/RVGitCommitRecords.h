@@ -10,12 +10,14 @@
 #include <unordered_map>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 class RVDataBuffer;
 
 /// The records of one listing of commits, as ranges of the output that git printed: nothing is
 /// copied but a record that had to be decoded. It keeps the output alive. Records are added by
 /// one thread; afterwards any number of threads may read.
-class RVGitCommitRecords {
+class RVGIT_EXPORT RVGitCommitRecords {
 public:
     /// What a field can hold, in the order of git's placeholders in `placeholders`.
     enum Field : std::size_t {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitActor;
 class RVGitRepository;
@@ -18,7 +19,7 @@ enum RVGitContributionInfoOption : unsigned {
 };
 
 /// How many commits a person has in the history of a revision: an immutable snapshot.
-class RVGitContributionInfo {
+class RVGIT_EXPORT RVGitContributionInfo {
 public:
     /// The author is required. Absent file paths: the whole tree was counted.
     RVGitContributionInfo(std::shared_ptr<RVGitActor> author, std::uint64_t numberOfCommits,

@@ -82,17 +82,16 @@ void RVGitLogCommand::readOptions(const RVOptions& options) {
 
 const RVGitErrorTable& RVGitLogCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitLogNoSuchRevisionError,
-         .commandNames = {"log"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: ambiguous argument '(.+)': unknown revision or path not "
-                                   "in the working tree"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
-        {.errorCode = RVGitLogNoSuchRevisionError,
-         .commandNames = {"log"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: bad revision '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+        gitErrorRow(RVGitLogNoSuchRevisionError)
+            .command("log")
+            .exitCode(128)
+            .standardError("fatal: ambiguous argument '(.+)': unknown revision or path not "
+                           "in the working tree",
+                           {RVGitRevisionErrorKey}),
+        gitErrorRow(RVGitLogNoSuchRevisionError)
+            .command("log")
+            .exitCode(128)
+            .standardError("fatal: bad revision '(.+)'", {RVGitRevisionErrorKey}),
     };
     return table;
 }
@@ -122,7 +121,7 @@ void RVGitLogCommand::gitCommandWillInitialize() {
         addGitCommandOption("--since=" + rfc3339DateString(*sinceDate_));
     if (untilDate_)
         addGitCommandOption("--until=" + rfc3339DateString(*untilDate_));
-    addGitCommandArguments(revisions_);
+    addGitCommandRevisions(revisions_, RVGitLogNoSuchRevisionError);
     addRefSelectionOptions();
     addGitCommandArgument("--");
     addGitCommandArguments(filePaths_);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/history/RVGitCommitOutputParser.h"
@@ -19,7 +20,7 @@ struct RVGitDiffStatsOutputParserResultItem;
 /// whoever parses them. An unborn branch is an empty history and no failure, unless a revision is
 /// named: "HEAD" is unknown there. Codes: 1900 for an unknown revision, 11 where a message holds
 /// the field boundary. Names are those that stand in the commit; the mailmap counts for searches.
-class RVGitLogCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitLogCommand : public RVGitCommand {
 public:
     using Items = std::vector<RVGitCommitOutputParserResultItem>;
 

@@ -35,7 +35,7 @@ void RVGitMergeBaseCommand::gitCommandWillInitialize() {
     setGitCommand("merge-base");
     if (checksAncestor_)
         addGitCommandOption("--is-ancestor");
-    addGitCommandArguments(revisions_);
+    addGitCommandRevisions(revisions_);
 }
 
 void RVGitMergeBaseCommand::gitCommandDidTerminate() {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
@@ -14,7 +15,7 @@ struct RVGitMergeBaseOutputParserResultItem {
 };
 
 /// Reads one hash a line; any other line fails with code 11.
-class RVGitMergeBaseOutputParser
+class RVGIT_EXPORT RVGitMergeBaseOutputParser
     : public RVGitItemOutputParser<RVGitMergeBaseOutputParserResultItem> {
 public:
     explicit RVGitMergeBaseOutputParser(std::string_view outputData);
@@ -30,7 +31,7 @@ protected:
 /// Finds the best common ancestor of revisions, or tells whether the first is an ancestor of the
 /// second: git merge-base. "No common ancestor" and "is no ancestor" are exit code 1, with which
 /// run() is false and the error generic: read exitCode() to tell them from a failure.
-class RVGitMergeBaseCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitMergeBaseCommand : public RVGitCommand {
 public:
     explicit RVGitMergeBaseCommand(const std::shared_ptr<RVGitRepository>& repository);
     [[nodiscard]] static std::shared_ptr<RVGitMergeBaseCommand> gitMergeBaseCommandWithRepository(

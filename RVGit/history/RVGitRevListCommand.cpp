@@ -23,7 +23,7 @@ const RVGitErrorTable& RVGitRevListCommand::gitErrorDefinitions() {
 
 void RVGitRevListCommand::gitCommandWillInitialize() {
     setGitCommand("rev-list");
-    addGitCommandArguments(revisions_);
+    addGitCommandRevisions(revisions_);
     if (countsCommits_)
         addGitCommandOption("--count");
     if (maxCount_ != 0)

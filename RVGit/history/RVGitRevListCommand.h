@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
@@ -17,7 +18,7 @@ inline constexpr char RVGitRevListOptionFirstParent[] = "RVGitRevListOptionFirst
 /// Counts revisions, or tells whether they can be listed: git rev-list. Only the count is read.
 /// An unborn branch that git reports as codes 105 or 107 is a success with a count of 0; one that
 /// is named ("HEAD") fails as a bad revision, since that is how git reports it.
-class RVGitRevListCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitRevListCommand : public RVGitCommand {
 public:
     RVGitRevListCommand(const std::shared_ptr<RVGitRepository>& repository,
                         const std::optional<RVOptions>& options);

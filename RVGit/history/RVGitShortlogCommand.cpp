@@ -41,7 +41,7 @@ void RVGitShortlogCommand::gitCommandWillInitialize() {
         addGitCommandOption("-c");
     if (limit_ != 0)
         addGitCommandOption("-" + std::to_string(limit_));
-    addGitCommandArgument(revision_);
+    addGitCommandRevision(revision_);
     if (filePaths_) {
         addGitCommandArgument("--");
         addGitCommandArguments(*filePaths_);

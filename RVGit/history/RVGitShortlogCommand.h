@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
@@ -19,7 +20,8 @@ struct RVGitShortlogOutputItem {
 
 /// Reads the lines of "git shortlog -s -e"; a line of another form, such as that of an author
 /// without an e-mail address, is skipped. A name that holds " <" is split at the last one.
-class RVGitShortlogOutputParser : public RVGitItemOutputParser<RVGitShortlogOutputItem> {
+class RVGIT_EXPORT RVGitShortlogOutputParser
+    : public RVGitItemOutputParser<RVGitShortlogOutputItem> {
 public:
     explicit RVGitShortlogOutputParser(std::string_view outputData);
 
@@ -34,7 +36,7 @@ protected:
 };
 
 /// Counts the commits of each person: git shortlog.
-class RVGitShortlogCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitShortlogCommand : public RVGitCommand {
 public:
     RVGitShortlogCommand(const std::shared_ptr<RVGitRepository>& repository, std::string revision);
     [[nodiscard]] static std::shared_ptr<RVGitShortlogCommand> gitShortlogCommandWithRepository(

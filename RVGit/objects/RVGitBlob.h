@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/objects/RVGitObject.h"
 
@@ -14,7 +15,7 @@ class RVDataBuffer;
 
 /// The contents of a file as git keeps them, or as they lie in the working tree. Where the blob
 /// comes from decides which of hash, revision and path are set. Immutable, readable on any thread.
-class RVGitBlob : public RVGitObject {
+class RVGIT_EXPORT RVGitBlob : public RVGitObject {
 public:
     /// The repository is required.
     RVGitBlob(std::shared_ptr<RVGitRepository> repository, std::optional<std::string> blobHash,

@@ -6,8 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 /// The hash of an object in the room of its twenty bytes, for what is held by the ten thousand.
-class RVGitCompactHash {
+class RVGIT_EXPORT RVGitCompactHash {
 public:
     /// All zeros.
     RVGitCompactHash() = default;

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <variant>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/objects/RVGitCompactHash.h"
 
@@ -14,7 +15,7 @@ class RVGitRepository;
 
 /// A path with the mode and the object that stand there: base of the entries of trees, of the
 /// index, of the working tree and of merge results. A snapshot, readable on any thread.
-class RVGitFileEntry {
+class RVGIT_EXPORT RVGitFileEntry {
 public:
     /// The repository is required.
     RVGitFileEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,

@@ -4,7 +4,7 @@
 
 #include "RVGit/base/RVString.h"
 
-bool fieldsOfForEachRefRecord(std::string_view record, std::span<std::string_view> fields) {
+bool rvgit::fieldsOfForEachRefRecord(std::string_view record, std::span<std::string_view> fields) {
     for (std::size_t index = 0; index < fields.size(); ++index) {
         const auto end = record.find(RVGitForEachRefBoundary);
         const bool isLast = index + 1 == fields.size();
@@ -33,7 +33,7 @@ void RVGitForEachRefCommand::gitCommandWillInitialize() {
         addGitCommandOption("--format=" + *format_);
     }
     if (pattern_)
-        addGitCommandArgument(*pattern_);
+        addGitCommandName(*pattern_);
 }
 
 bool RVGitForEachRefCommand::gitCommandWillParseOutput(RVErrorPlace error) {

@@ -8,20 +8,25 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// What stands between the fields of a record; in a format it is written "%1f%1d%1f".
 inline constexpr std::string_view RVGitForEachRefBoundary = "\x1f\x1d\x1f";
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// Cuts a record of exactly that many fields, each without the newlines at its ends; for the
 /// parsers. False if the record has another number of fields. The views are into the record.
 [[nodiscard]] bool fieldsOfForEachRefRecord(std::string_view record,
                                             std::span<std::string_view> fields);
 
+}  // namespace rvgit
+
 /// Runs `git for-each-ref` with a format, for a parser that reads it: one process for all refs
 /// below a pattern. Fails only where git or the parser does.
-class RVGitForEachRefCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitForEachRefCommand : public RVGitCommand {
 public:
     /// Makes the parser for the output; null if it cannot.
     using OutputParserClass =

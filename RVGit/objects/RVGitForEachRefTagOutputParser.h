@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
@@ -23,7 +24,7 @@ struct RVGitForEachRefTagOutputParserResultItem {
 
 /// Reads what `git for-each-ref` prints with format(). A record of another shape is skipped; so is
 /// a tag whose message holds the bytes that part the fields.
-class RVGitForEachRefTagOutputParser
+class RVGIT_EXPORT RVGitForEachRefTagOutputParser
     : public RVGitItemOutputParser<RVGitForEachRefTagOutputParserResultItem> {
 public:
     explicit RVGitForEachRefTagOutputParser(std::string_view outputData);

@@ -6,13 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 
 class RVGitRepository;
 
 /// Base of what has an object hash: commits, tags, blobs and trees. A snapshot that holds its
 /// repository strongly; immutable here, so any thread may read it.
-class RVGitObject {
+class RVGIT_EXPORT RVGitObject {
 public:
     /// The repository is required.
     RVGitObject(std::shared_ptr<RVGitRepository> repository, RVGitObjectType objectType,

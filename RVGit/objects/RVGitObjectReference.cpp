@@ -2,7 +2,8 @@
 
 #include "RVGit/command/RVGitErrorKeys.h"
 
-void addObjectReferenceToErrorUserInfo(const std::string& objectReference, RVUserInfo& userInfo) {
+void rvgit::addObjectReferenceToErrorUserInfo(const std::string& objectReference,
+                                              RVUserInfo& userInfo) {
     userInfo.insert_or_assign(RVGitObjectReferenceErrorKey, objectReference);
     const auto colon = objectReference.find(':');
     if (colon == std::string::npos) {

@@ -25,21 +25,20 @@ std::shared_ptr<RVGitShowCommand> RVGitShowCommand::gitShowCommandWithRepository
 const RVGitErrorTable& RVGitShowCommand::gitErrorDefinitions() {
     // The first row names a key of the patch errors; without a group it captures nothing.
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitBlobNotFoundError,
-         .commandNames = {"show"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"unknown revision or path not in the working tree"},
-         .standardErrorMatchedComponentNames = {RVGitPatchLineNumberErrorKey}},
-        {.errorCode = RVGitBlobNotFoundError,
-         .commandNames = {"show"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"Path '(.+)' does not exist in '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitFilePathErrorKey, RVGitRevisionErrorKey}},
-        {.errorCode = RVGitBlobNotFoundError,
-         .commandNames = {"show"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"Invalid object name '(.+)'"},
-         .standardErrorMatchedComponentNames = {RVGitObjectHashErrorKey}},
+        gitErrorRow(RVGitBlobNotFoundError)
+            .command("show")
+            .exitCode(128)
+            .standardError("unknown revision or path not in the working tree",
+                           {RVGitPatchLineNumberErrorKey}),
+        gitErrorRow(RVGitBlobNotFoundError)
+            .command("show")
+            .exitCode(128)
+            .standardError("Path '(.+)' does not exist in '(.+)'",
+                           {RVGitFilePathErrorKey, RVGitRevisionErrorKey}),
+        gitErrorRow(RVGitBlobNotFoundError)
+            .command("show")
+            .exitCode(128)
+            .standardError("Invalid object name '(.+)'", {RVGitObjectHashErrorKey}),
     };
     return table;
 }
@@ -47,7 +46,7 @@ const RVGitErrorTable& RVGitShowCommand::gitErrorDefinitions() {
 void RVGitShowCommand::gitCommandWillInitialize() {
     setGitCommand("show");
     addGitCommandOption("--no-color");
-    addGitCommandArgument(objectReference_);
+    addGitCommandRevision(objectReference_, RVGitBlobNotFoundError);
 }
 
 RVUserInfo RVGitShowCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

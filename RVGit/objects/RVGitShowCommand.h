@@ -4,11 +4,12 @@
 #include <optional>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Runs `git show` for one object. The object is read from standardOutputData(), unparsed.
 /// Failure: code 1201 if the revision, path or object name does not exist.
-class RVGitShowCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitShowCommand : public RVGitCommand {
 public:
     /// The repository is required.
     RVGitShowCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -5,9 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 /// Who signed a tag or a commit, with which key, and what the verification made of it.
 /// Immutable, so any thread may read it.
-class RVGitSignature {
+class RVGIT_EXPORT RVGitSignature {
 public:
     RVGitSignature(std::optional<std::string> name, std::optional<std::string> email,
                    std::optional<std::string> fingerprint, std::optional<std::string> signingKey,

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/objects/RVGitObject.h"
 #include "RVGit/repository/RVGitRef.h"
@@ -15,7 +16,7 @@ class RVGitSignature;
 /// A tag: a ref under "refs/tags/" and, if it is annotated, a tag object with a message. Without
 /// an object hash its object type is none and it has no message. A snapshot that stays on one
 /// thread, since its ref does; the static operations may be called on any.
-class RVGitTag : public RVGitObject, public RVGitRefProtocol {
+class RVGIT_EXPORT RVGitTag : public RVGitObject, public RVGitRefProtocol {
 public:
     /// The repository and the ref are required. The message of a tag without an object hash is
     /// dropped.

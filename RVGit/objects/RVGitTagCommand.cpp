@@ -28,27 +28,24 @@ std::shared_ptr<RVGitTagCommand> RVGitTagCommand::gitDeleteTagCommandWithReposit
 
 const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitCreateTagAlreadyExistsError,
-         .commandNames = {"tag"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: tag '(.+)' already exists"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitCreateTagInvalidObjectError,
-         .commandNames = {"tag"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: Failed to resolve '(.+)' as a valid ref"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
-        {.errorCode = RVGitDeleteTagNotFoundError,
-         .commandNames = {"tag"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"error: tag '(.+)' not found"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitGPGSigningKeyUnvailableError,
-         .commandNames = {"tag"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"error: gpg failed to sign the data",
-                                   "error: unable to sign the tag"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+        gitErrorRow(RVGitCreateTagAlreadyExistsError)
+            .command("tag")
+            .exitCode(128)
+            .standardError("fatal: tag '(.+)' already exists", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitCreateTagInvalidObjectError)
+            .command("tag")
+            .exitCode(128)
+            .standardError("fatal: Failed to resolve '(.+)' as a valid ref",
+                           {RVGitRevisionErrorKey}),
+        gitErrorRow(RVGitDeleteTagNotFoundError)
+            .command("tag")
+            .exitCode(1)
+            .standardError("error: tag '(.+)' not found", {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitGPGSigningKeyUnvailableError)
+            .command("tag")
+            .exitCode(128)
+            .standardError("error: gpg failed to sign the data", {RVGitRefNameErrorKey})
+            .standardError("error: unable to sign the tag"),
     };
     return table;
 }
@@ -69,9 +66,10 @@ void RVGitTagCommand::gitCommandWillInitialize() {
         setStandardInput(RVStandardInput::data(*message_));
     }
     if (refNames_)
-        addGitCommandArguments(*refNames_);
+        addGitCommandNames(*refNames_,
+                           deletesTag_ ? RVGitDeleteTagNotFoundError : RVGitRVGitGenericError);
     if (revision_)
-        addGitCommandArgument(*revision_);
+        addGitCommandRevision(*revision_, RVGitCreateTagInvalidObjectError);
 }
 
 RVUserInfo RVGitTagCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

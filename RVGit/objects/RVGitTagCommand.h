@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Runs `git tag`, to create one tag or to delete some. Failure: code 1700 if the tag exists, 1701
 /// if the revision cannot be resolved, 1702 if a tag to delete does not exist, 108 if it could not
 /// be signed.
-class RVGitTagCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitTagCommand : public RVGitCommand {
 public:
     /// The repository is required.
     explicit RVGitTagCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -6,12 +6,13 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/objects/RVGitObject.h"
 #include "RVGit/objects/RVGitTreeEntry.h"
 
 /// A directory as git keeps it, with its entries. It is known by its hash, or by a revision and a
 /// path. A snapshot, readable on any thread.
-class RVGitTree : public RVGitObject {
+class RVGIT_EXPORT RVGitTree : public RVGitObject {
 public:
     using Entries = RVGitTreeEntry::Entries;
 

@@ -142,14 +142,14 @@ std::shared_ptr<RVGitTreeCommand> RVGitTreeCommand::gitTreeCommandWithRepository
 
 const RVGitErrorTable& RVGitTreeCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitTreeNotATreeObjectError,
-         .commandNames = {"ls-tree"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: not a tree object"}},
-        {.errorCode = RVGitTreeNotFoundError,
-         .commandNames = {"ls-tree"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: Not a valid object name"}},
+        gitErrorRow(RVGitTreeNotATreeObjectError)
+            .command("ls-tree")
+            .exitCode(128)
+            .standardError("fatal: not a tree object"),
+        gitErrorRow(RVGitTreeNotFoundError)
+            .command("ls-tree")
+            .exitCode(128)
+            .standardError("fatal: Not a valid object name"),
     };
     return table;
 }
@@ -161,10 +161,12 @@ void RVGitTreeCommand::gitCommandWillInitialize() {
         addGitCommandOption("-r");
     if (includesFileSize_)
         addGitCommandOption("-l");
-    if (objectReference_)
-        addGitCommandArgument(*objectReference_);
-    else if (revision_ && filePath_)
-        addGitCommandArguments({*revision_, "--", *filePath_});
+    if (objectReference_) {
+        addGitCommandRevision(*objectReference_, RVGitTreeNotFoundError);
+    } else if (revision_ && filePath_) {
+        addGitCommandRevision(*revision_, RVGitTreeNotFoundError);
+        addGitCommandArguments({"--", *filePath_});
+    }
 }
 
 RVUserInfo RVGitTreeCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

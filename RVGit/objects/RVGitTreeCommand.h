@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/command/RVGitValues.h"
@@ -23,7 +24,8 @@ struct RVGitTreeOutputParserResultItem {
 };
 
 /// Reads what `git ls-tree -z` prints, with or without "-l".
-class RVGitTreeOutputParser : public RVGitItemOutputParser<RVGitTreeOutputParserResultItem> {
+class RVGIT_EXPORT RVGitTreeOutputParser
+    : public RVGitItemOutputParser<RVGitTreeOutputParserResultItem> {
 public:
     explicit RVGitTreeOutputParser(std::string_view outputData);
     explicit RVGitTreeOutputParser(std::vector<std::string> outputLines);
@@ -40,7 +42,7 @@ protected:
 /// Runs `git ls-tree`: for one reference, whose tree is listed, or for a revision and a path, of
 /// which the one entry is listed. Failure: code 2900 if the object is no tree, 2901 if its name
 /// is unknown, 11 if the output cannot be read.
-class RVGitTreeCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitTreeCommand : public RVGitCommand {
 public:
     /// The repository is required. The options are not read.
     explicit RVGitTreeCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/objects/RVGitFileEntry.h"
 
 /// How RVGitTreeEntry loads a tree.
@@ -18,7 +19,7 @@ enum RVGitTreeEntryOptions : unsigned {
 };
 
 /// One line of a tree: a file, directory, link or submodule. A snapshot, readable on any thread.
-class RVGitTreeEntry : public RVGitFileEntry {
+class RVGIT_EXPORT RVGitTreeEntry : public RVGitFileEntry {
 public:
     /// The repository is required. `fileSize` is not kept: see fileSize().
     RVGitTreeEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,

@@ -85,16 +85,15 @@ std::shared_ptr<RVGitVerifyTagCommand> RVGitVerifyTagCommand::gitVerifyTagComman
 const RVGitErrorTable& RVGitVerifyTagCommand::gitErrorDefinitions() {
     // Neither code stands in the catalogue.
     static const RVGitErrorTable table = {
-        {.errorCode = 1703,
-         .commandNames = {"verify-tag"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {".*cannot verify a non-tag object of type commit."},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = 1704,
-         .commandNames = {"verify-tag"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"error: no signature found"},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
+        gitErrorRow(1703)
+            .command("verify-tag")
+            .exitCode(1)
+            .standardError(".*cannot verify a non-tag object of type commit.",
+                           {RVGitRefNameErrorKey}),
+        gitErrorRow(1704)
+            .command("verify-tag")
+            .exitCode(1)
+            .standardError("error: no signature found", {RVGitRefNameErrorKey}),
     };
     return table;
 }
@@ -105,7 +104,7 @@ void RVGitVerifyTagCommand::gitCommandWillInitialize() {
     setGitCommand("verify-tag");
     addGitCommandOption("--raw");
     if (refName_)
-        addGitCommandArgument(*refName_);
+        addGitCommandName(*refName_);
 }
 
 bool RVGitVerifyTagCommand::gitCommandShouldHandleError(const RVError&) {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
@@ -23,7 +24,7 @@ struct RVGitGPGTagSignatureOutputParserResultItem {
 };
 
 /// Reads the lines "[GNUPG:] WORD ..." that GPG prints for programs.
-class RVGitGPGTagSignatureOutputParser : public RVGitOutputParser {
+class RVGIT_EXPORT RVGitGPGTagSignatureOutputParser : public RVGitOutputParser {
 public:
     explicit RVGitGPGTagSignatureOutputParser(std::string_view outputData);
     explicit RVGitGPGTagSignatureOutputParser(std::vector<std::string> outputLines);
@@ -46,7 +47,7 @@ struct RVGitSSHTagSignatureOutputParserResultItem {
 };
 
 /// Reads the sentence that ssh-keygen prints of a good signature; it must stand first.
-class RVGitSSHTagSignatureOutputParser : public RVGitOutputParser {
+class RVGIT_EXPORT RVGitSSHTagSignatureOutputParser : public RVGitOutputParser {
 public:
     explicit RVGitSSHTagSignatureOutputParser(std::string_view outputData);
     explicit RVGitSSHTagSignatureOutputParser(std::vector<std::string> outputLines);
@@ -65,7 +66,7 @@ private:
 
 /// Runs `git verify-tag`. The signature is kept whether the verification succeeded or not; a bad
 /// GPG signature, and a failure in which neither parser finds one, are no errors of the command.
-class RVGitVerifyTagCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitVerifyTagCommand : public RVGitCommand {
 public:
     /// The repository is required.
     explicit RVGitVerifyTagCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitConfigCommand;
@@ -40,7 +41,7 @@ inline constexpr char RVGitStatusShowUntrackedFilesConfigKey[] = "status.showunt
 /// A key that is not set is no error: reading it gives nothing and an empty place. Other failures
 /// give nothing or false with a filled place, codes 1001 to 1006 and the common ones; code 111 for
 /// a file that does not exist where all of it is read.
-class RVGitConfig {
+class RVGIT_EXPORT RVGitConfig {
 public:
     /// `repository`'s path is the working directory; absent, git runs where this process does, and
     /// a config keeps its repository alive. `configFile` is an absolute path or a type word;

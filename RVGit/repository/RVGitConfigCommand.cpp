@@ -37,32 +37,26 @@ const ConfigAction* configActionWithName(const std::optional<std::string>& name)
 
 const RVGitErrorTable& RVGitConfigCommand::gitErrorDefinitions() {
     static const RVGitErrorTable rows = {
-        {.errorCode = RVGitConfigInvalidFileError,
-         .commandNames = {"config"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"bad config"}},
-        {.errorCode = RVGitConfigKeyNotFoundError,
-         .commandNames = {"config"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {""}},
-        {.errorCode = RVGitConfigKeyNotFoundError,
-         .commandNames = {"config"},
-         .exitCodes = {5},
-         .standardErrorPatterns = {""}},
-        {.errorCode = RVGitConfigMultipleValuesForKeyError,
-         .commandNames = {"config"},
-         .exitCodes = {2},
-         .standardErrorPatterns = {"error: More than one value for the key"}},
-        {.errorCode = RVGitConfigMultipleValuesForKeyError,
-         .commandNames = {"config"},
-         .exitCodes = {5},
-         .standardErrorPatterns = {"has multiple values"}},
-        {.errorCode = RVGitConfigReadError, .commandNames = {"config"}, .exitCodes = {3}},
-        {.errorCode = RVGitConfigSectionNotFoundError,
-         .commandNames = {"config"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: No such section"}},
-        {.errorCode = RVGitConfigWriteError, .commandNames = {"config"}, .exitCodes = {4}},
+        gitErrorRow(RVGitConfigInvalidFileError)
+            .command("config")
+            .exitCode(128)
+            .standardError("bad config"),
+        gitErrorRow(RVGitConfigKeyNotFoundError).command("config").exitCode(1).standardError(""),
+        gitErrorRow(RVGitConfigKeyNotFoundError).command("config").exitCode(5).standardError(""),
+        gitErrorRow(RVGitConfigMultipleValuesForKeyError)
+            .command("config")
+            .exitCode(2)
+            .standardError("error: More than one value for the key"),
+        gitErrorRow(RVGitConfigMultipleValuesForKeyError)
+            .command("config")
+            .exitCode(5)
+            .standardError("has multiple values"),
+        gitErrorRow(RVGitConfigReadError).command("config").exitCode(3),
+        gitErrorRow(RVGitConfigSectionNotFoundError)
+            .command("config")
+            .exitCode(128)
+            .standardError("fatal: No such section"),
+        gitErrorRow(RVGitConfigWriteError).command("config").exitCode(4),
     };
     return rows;
 }
@@ -94,9 +88,15 @@ void RVGitConfigCommand::gitCommandWillInitialize() {
     if (ensuresIntegerValue_)
         addGitCommandOption("--int");
 
-    for (const auto* argument : {&configKey_, &configValue_, &configValueRegex_})
-        if (*argument)
+    // Behind the first word git looks for no options: a value may begin with "-".
+    for (const auto* argument : {&configKey_, &configValue_, &configValueRegex_}) {
+        if (!*argument)
+            continue;
+        if (gitCommandArguments().empty())
+            addGitCommandName(**argument);
+        else
             addGitCommandArgument(**argument);
+    }
 }
 
 bool RVGitConfigCommand::gitCommandWillParseOutput(RVErrorPlace error) {

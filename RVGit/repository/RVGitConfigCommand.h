@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Options of RVGitConfigCommand. The presence of the first two counts, whatever their value.
@@ -29,7 +30,7 @@ inline constexpr char RVGitConfigActionListValues[] = "list";
 
 /// Reads or writes the configuration: git config -z. A key that is not set fails with code 1002;
 /// RVGitConfig makes that no error.
-class RVGitConfigCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitConfigCommand : public RVGitCommand {
 public:
     RVGitConfigCommand(std::optional<std::string> repositoryPath,
                        const std::optional<RVOptions>& options);

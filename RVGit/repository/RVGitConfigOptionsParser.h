@@ -5,12 +5,13 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// Reads records of a key, a newline and a value, each ended by a NUL byte, as `git config -z`
 /// prints them. A record without a newline, that of a key without a value, fails with code 11.
-class RVGitConfigOptionsParser : public RVGitOutputParser {
+class RVGIT_EXPORT RVGitConfigOptionsParser : public RVGitOutputParser {
 public:
     explicit RVGitConfigOptionsParser(std::string_view outputData);
 

@@ -24,7 +24,7 @@ void RVGitInitCommand::gitCommandWillInitialize() {
         addGitCommandOption("--bare");
     if (sharedMode_)
         addGitCommandOption("--shared=" + *sharedMode_);
-    addGitCommandArgument(path_);
+    addGitCommandFilePath(path_);
 }
 
 RVUserInfo RVGitInitCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

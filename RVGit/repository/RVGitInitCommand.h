@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Options of RVGitInitCommand: a boolean, and a text that is one of the modes below.
@@ -16,7 +17,7 @@ inline constexpr char RVGitInitOptionSharedModeAll[] = "all";
 
 /// Creates a repository, or completes an existing one: git init. Errors carry the path under
 /// RVGitRepositoryPathErrorKey.
-class RVGitInitCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitInitCommand : public RVGitCommand {
 public:
     RVGitInitCommand(std::string path, const std::optional<RVOptions>& options);
     [[nodiscard]] static std::shared_ptr<RVGitInitCommand> gitInitCommandWithPath(

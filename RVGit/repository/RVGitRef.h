@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitValues.h"
 
@@ -14,7 +15,7 @@ class RVGitCommit;
 class RVGitRepository;
 
 /// What refs, branches, remote branches, tags and the stash have in common.
-class RVGitRefProtocol {
+class RVGIT_EXPORT RVGitRefProtocol {
 public:
     virtual ~RVGitRefProtocol() = default;
     /// Absent for a detached HEAD.
@@ -35,7 +36,7 @@ protected:
 
 /// A ref name with the hash it stood for when it was read: a snapshot that nothing refreshes. An
 /// object stays on one thread; the static operations may be called on any.
-class RVGitRef : public RVGitRefProtocol {
+class RVGIT_EXPORT RVGitRef : public RVGitRefProtocol {
 public:
     /// The repository is required.
     RVGitRef(std::shared_ptr<RVGitRepository> repository, std::string fullRefName,

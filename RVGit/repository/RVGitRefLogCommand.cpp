@@ -41,7 +41,7 @@ void RVGitRefLogCommand::gitCommandWillInitialize() {
     if (offset_ != 0)
         addGitCommandOption("--skip=" + std::to_string(offset_));
     if (refName_)
-        addGitCommandArgument(*refName_);
+        addGitCommandName(*refName_);
     if (searchPattern_)
         addGitCommandOptions({"--grep=" + *searchPattern_, "-i"});
 }

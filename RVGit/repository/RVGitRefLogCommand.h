@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
@@ -13,7 +14,7 @@ class RVGitCommitOutputParserResultItem;
 
 /// Reads or counts the entries of a reflog: git reflog show. Of the options of the log command it
 /// takes RVGitLogOptionLimit, RVGitLogOptionOffset and the first of RVGitLogOptionSearchPatterns.
-class RVGitRefLogCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitRefLogCommand : public RVGitCommand {
 public:
     RVGitRefLogCommand(const std::shared_ptr<RVGitRepository>& repository,
                        std::optional<std::string> refName, const std::optional<RVOptions>& options);

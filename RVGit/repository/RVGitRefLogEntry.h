@@ -3,10 +3,11 @@
 #include <optional>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 /// One movement of a ref, as its reflog keeps it: an immutable snapshot.
-class RVGitRefLogEntry {
+class RVGIT_EXPORT RVGitRefLogEntry {
 public:
     RVGitRefLogEntry(std::optional<RVDate> date, std::string revision, std::string subject,
                      std::string commandName)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitRefLogEntry;
@@ -14,7 +15,7 @@ class RVGitRepository;
 
 /// Reads the reflogs of a repository, which it holds strongly. Any thread. Each operation runs git
 /// reflog; whether it failed is told by the place for the error alone: kept for compatibility.
-class RVGitRefLogEntryManager {
+class RVGIT_EXPORT RVGitRefLogEntryManager {
 public:
     /// The repository is required.
     explicit RVGitRefLogEntryManager(std::shared_ptr<RVGitRepository> repository);

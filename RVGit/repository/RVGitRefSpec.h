@@ -5,9 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
+
 /// The pair of ref names that fetch and push take: a plain value. Which of the two is the source
 /// depends on the command; the one in front is the local one here.
-class RVGitRefSpec {
+class RVGIT_EXPORT RVGitRefSpec {
 public:
     RVGitRefSpec(std::optional<std::string> localRefName, std::optional<std::string> remoteRefName)
         : localRefName_(std::move(localRefName)), remoteRefName_(std::move(remoteRefName)) {}

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/base/RVURL.h"
 
@@ -22,7 +23,7 @@ class RVOperationQueue;
 ///
 /// Paths are absent for an invalid repository, which has no git directory; those below the working
 /// tree, and those of files that belong to work in one, are absent for a bare repository.
-class RVGitRepository : public std::enable_shared_from_this<RVGitRepository> {
+class RVGIT_EXPORT RVGitRepository : public std::enable_shared_from_this<RVGitRepository> {
 public:
     /// Asks git (up to four child processes) where the repository is that the path lies in. Never
     /// fails: the object is valid or not. If not, `path` is the given one. Not to be done on a

@@ -82,7 +82,7 @@ std::shared_ptr<RVGitShowRefCommand> RVGitShowRefCommand::gitShowRefCommandWithR
 
 const RVGitErrorTable& RVGitShowRefCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitNoRefsError, .commandNames = {"show-ref"}, .exitCodes = {1}},
+        gitErrorRow(RVGitNoRefsError).command("show-ref").exitCode(1),
     };
     return table;
 }
@@ -98,7 +98,7 @@ void RVGitShowRefCommand::gitCommandWillInitialize() {
     if (showsHashesOnly_)
         addGitCommandOption("-s");
     if (!RVStringIsEmpty(refName_))
-        addGitCommandArgument(*refName_);
+        addGitCommandName(*refName_);
 }
 
 bool RVGitShowRefCommand::gitCommandShouldHandleError(const RVError& error) {

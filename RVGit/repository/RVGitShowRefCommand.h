@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
@@ -26,7 +27,8 @@ struct RVGitRefOutputParserResultItem {
 
 /// Reads lines of a hash and a ref name, as "git show-ref" and "git ls-remote" print them. A line
 /// of another form fails with code 11.
-class RVGitRefOutputParser : public RVGitItemOutputParser<RVGitRefOutputParserResultItem> {
+class RVGIT_EXPORT RVGitRefOutputParser
+    : public RVGitItemOutputParser<RVGitRefOutputParserResultItem> {
 public:
     explicit RVGitRefOutputParser(std::string_view outputData);
 
@@ -44,7 +46,7 @@ private:
 };
 
 /// Lists refs: git show-ref. Finding none is a success with no refs.
-class RVGitShowRefCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitShowRefCommand : public RVGitCommand {
 public:
     RVGitShowRefCommand(const std::shared_ptr<RVGitRepository>& repository,
                         const std::optional<RVOptions>& options);

@@ -2,6 +2,7 @@
 
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitUpdateRefCommand::RVGitUpdateRefCommand(const std::shared_ptr<RVGitRepository>& repository,
                                              const std::optional<RVOptions>&)
@@ -14,7 +15,7 @@ std::shared_ptr<RVGitUpdateRefCommand> RVGitUpdateRefCommand::gitUpdateRefComman
 
 const RVGitErrorTable& RVGitUpdateRefCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitNoRefsError, .commandNames = {"update-ref"}, .exitCodes = {1}},
+        gitErrorRow(RVGitNoRefsError).command("update-ref").exitCode(1),
     };
     return table;
 }
@@ -25,13 +26,16 @@ void RVGitUpdateRefCommand::gitCommandWillInitialize() {
         addGitCommandOption("-d");
     if (!instructions_.empty()) {
         addGitCommandOption("--stdin");
+        for (const std::string& instruction : instructions_)
+            if (instruction.find_first_of(std::string_view("\n\0", 2)) != std::string::npos)
+                refuseGitCommandArgument(RVGitRVGitGenericError, RVGitRefNameErrorKey, instruction);
         setStandardInput(
             RVStandardInput::data(stringByJoiningComponents(instructions_, "\n") + "\n"));
     }
     if (!RVStringIsEmpty(fullRefName_))
-        addGitCommandArgument(*fullRefName_);
+        addGitCommandName(*fullRefName_);
     if (!RVStringIsEmpty(revision_))
-        addGitCommandArgument(*revision_);
+        addGitCommandName(*revision_);
 }
 
 bool RVGitUpdateRefCommand::gitCommandShouldHandleError(const RVError& error) {

@@ -5,12 +5,13 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Writes refs: git update-ref. An exit code of 1 counts as a success: kept for compatibility, so
 /// whoever must know reads exitCode().
-class RVGitUpdateRefCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitUpdateRefCommand : public RVGitCommand {
 public:
     /// The options are not read.
     RVGitUpdateRefCommand(const std::shared_ptr<RVGitRepository>& repository,

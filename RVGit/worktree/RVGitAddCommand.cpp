@@ -22,11 +22,11 @@ std::shared_ptr<RVGitAddCommand> RVGitAddCommand::gitAddCommandWithRepository(
 
 const RVGitErrorTable& RVGitAddCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitAddFilesError,
-         .commandNames = {"add"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: pathspec '(.+)' did not match any files"},
-         .standardErrorMatchedComponentNames = {RVGitFilePathErrorKey}},
+        gitErrorRow(RVGitAddFilesError)
+            .command("add")
+            .exitCode(128)
+            .standardError("fatal: pathspec '(.+)' did not match any files",
+                           {RVGitFilePathErrorKey}),
     };
     return table;
 }

@@ -6,11 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git add`. Without paths and without updatesAllFiles() git adds nothing and succeeds.
 /// Failure: code 1300 if a path matches no file.
-class RVGitAddCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitAddCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitAddCommand(const std::shared_ptr<RVGitRepository>& repository);

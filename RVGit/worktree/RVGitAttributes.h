@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitRepository;
@@ -18,7 +19,7 @@ class RVGitRepository;
 /// To learn the attributes of files, call allEffectiveGitAttributesForFilePaths(). The two
 /// operations that stand beside it are kept for compatibility: they read git's output line by line,
 /// while git prints it in the form with NUL bytes, so that they fail with code 11.
-class RVGitAttributes {
+class RVGIT_EXPORT RVGitAttributes {
 public:
     /// The repository is required.
     RVGitAttributes(std::shared_ptr<RVGitRepository> repository, std::string filePath,

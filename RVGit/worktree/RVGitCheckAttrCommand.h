@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
@@ -20,7 +21,7 @@ struct RVGitAttributesOutputParserResultItem {
 
 /// Reads the lines that `git check-attr` prints without "-z", "path: name: value"; adjacent lines
 /// of one path make one item. Any other number of pieces, as in a path with ": ", fails the parse.
-class RVGitAttributesOutputParser
+class RVGIT_EXPORT RVGitAttributesOutputParser
     : public RVGitItemOutputParser<RVGitAttributesOutputParserResultItem> {
 public:
     using RVGitItemOutputParser::RVGitItemOutputParser;
@@ -45,7 +46,7 @@ protected:
 /// Runs `git check-attr --stdin -z` for the eleven standard attributes: delta, diff, encoding, eol,
 /// export-ignore, export-subst, filter, ident, merge, text and whitespace. Code 11 if the output
 /// cannot be read.
-class RVGitCheckAttrCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitCheckAttrCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitCheckAttrCommand(

@@ -22,11 +22,10 @@ std::shared_ptr<RVGitCheckoutCommand> RVGitCheckoutCommand::gitCheckoutCommandWi
 
 const RVGitErrorTable& RVGitCheckoutCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitCheckoutUncommittedChangesError,
-         .commandNames = {"checkout"},
-         .exitCodes = {1},
-         .standardErrorPatterns =
-             {"Your local changes to the following files would be overwritten by"}},
+        gitErrorRow(RVGitCheckoutUncommittedChangesError)
+            .command("checkout")
+            .exitCode(1)
+            .standardError("Your local changes to the following files would be overwritten by"),
     };
     return table;
 }
@@ -34,7 +33,7 @@ const RVGitErrorTable& RVGitCheckoutCommand::gitErrorDefinitions() {
 void RVGitCheckoutCommand::gitCommandWillInitialize() {
     setGitCommand("checkout");
     if (revision_)
-        addGitCommandArgument(*revision_);
+        addGitCommandRevision(*revision_);
     if (usesForce_)
         addGitCommandOption("-f");
     if (usesMerge_)

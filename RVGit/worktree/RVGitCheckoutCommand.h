@@ -6,12 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git checkout`: of a revision, which moves HEAD and keeps changes or fails; or of paths,
 /// which moves nothing and replaces the files, their changes being lost. Failure: code 1600 if
 /// changes would have been overwritten.
-class RVGitCheckoutCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitCheckoutCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitCheckoutCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// How RVGitCommitCommand commits.
@@ -27,7 +28,7 @@ enum RVGitCommitOptions : unsigned {
 ///
 /// There are no codes of its own: a refusal by git or by a hook is the generic error, with git's
 /// and the hook's words in the user info.
-class RVGitCommitCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitCommitCommand : public RVGitCommand {
 public:
     /// The repository is required. `options` are RVGitCommitOptions.
     RVGitCommitCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVURL;
 
@@ -12,7 +13,7 @@ class RVURL;
 ///
 /// Git hands the value of "GIT_EDITOR" to a shell, so that a path with a blank or another special
 /// character must be quoted there: `'/tmp/a b/editor'`.
-class RVGitCommitMessageEditor {
+class RVGIT_EXPORT RVGitCommitMessageEditor {
 public:
     explicit RVGitCommitMessageEditor(std::string commitMessage);
     [[nodiscard]] static std::shared_ptr<RVGitCommitMessageEditor>

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitRepository;
@@ -24,7 +25,7 @@ class RVGitRepository;
 /// under RVGitRepositoryPathErrorKey and RVGitFilePathErrorKey; kept for compatibility: the text of
 /// these errors takes its path from RVGitIgnoresPathErrorKey, which is not filled, so that it shows
 /// none.
-class RVGitIgnores {
+class RVGIT_EXPORT RVGitIgnores {
 public:
     /// The repository is required. The path is absolute.
     RVGitIgnores(std::shared_ptr<RVGitRepository> repository, std::string filePath);

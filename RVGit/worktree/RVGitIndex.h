@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 
 class RVGitIndexEntry;
@@ -22,7 +23,7 @@ enum RVGitIndexOptions : unsigned {
 
 /// The index of a repository. It holds nothing of it: each operation is one `git ls-files`, blocks
 /// until that has ended, and may be called on any thread. RVGitRepository::index() hands one out.
-class RVGitIndex {
+class RVGIT_EXPORT RVGitIndex {
 public:
     using Entries = std::vector<std::shared_ptr<RVGitIndexEntry>>;
 

@@ -5,11 +5,12 @@
 #include <optional>
 #include <string>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/objects/RVGitFileEntry.h"
 
 /// A version of a file that the index holds: the staged one, or one side of a conflict. A
 /// snapshot, readable on any thread.
-class RVGitIndexEntry : public RVGitFileEntry {
+class RVGIT_EXPORT RVGitIndexEntry : public RVGitFileEntry {
 public:
     /// The repository is required. `flag` is a letter of `git ls-files -v`.
     RVGitIndexEntry(std::shared_ptr<RVGitRepository> repository, std::string filePath,

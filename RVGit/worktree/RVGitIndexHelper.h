@@ -1,9 +1,9 @@
 #pragma once
-
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 
 /// What the index's stages and flags mean.
-class RVGitIndexHelper {
+class RVGIT_EXPORT RVGitIndexHelper {
 public:
     /// Whether a letter of `git ls-files -v` tells of an entry that git assumes to be unchanged:
     /// one of the lower-case letters "h", "s", "r", "m" and "c"; not "k".

@@ -6,7 +6,7 @@
 #include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
-#include "RVGit/worktree/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitFilePathsOutputParser.h"
 #include "RVGit/worktree/RVGitIndexHelper.h"
 
 namespace {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/command/RVGitValues.h"
@@ -23,7 +24,8 @@ struct RVGitIndexOutputParserResultItem {
 
 /// Reads what `git ls-files -z -v --stage` prints, and keeps the records that are asked for. A
 /// record that is not asked for is not even looked at; one that is, but has another shape, fails.
-class RVGitIndexOutputParser : public RVGitItemOutputParser<RVGitIndexOutputParserResultItem> {
+class RVGIT_EXPORT RVGitIndexOutputParser
+    : public RVGitItemOutputParser<RVGitIndexOutputParserResultItem> {
 public:
     explicit RVGitIndexOutputParser(std::string_view outputData);
     explicit RVGitIndexOutputParser(std::vector<std::string> outputLines);
@@ -70,7 +72,7 @@ enum RVGitLsFilesCommandOptions : unsigned {
 
 /// Runs `git ls-files -z`: lists paths, or with index information the entries of the index.
 /// Failure: the common codes, and 11 if a record cannot be read.
-class RVGitLsFilesCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitLsFilesCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required. `options` are bits of RVGitLsFilesCommandOptions.
     explicit RVGitLsFilesCommand(const std::shared_ptr<RVGitRepository>& repository,

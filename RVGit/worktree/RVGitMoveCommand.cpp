@@ -18,11 +18,7 @@ std::shared_ptr<RVGitMoveCommand> RVGitMoveCommand::gitMoveCommandWithRepository
 const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
     const auto row = [](RVGitErrorCode code, const char* pattern,
                         const std::vector<std::string>& names) {
-        return RVGitErrorRow{.errorCode = code,
-                             .commandNames = {"mv"},
-                             .exitCodes = {128},
-                             .standardErrorPatterns = {pattern},
-                             .standardErrorMatchedComponentNames = names};
+        return gitErrorRow(code).command("mv").exitCode(128).standardError(pattern, names);
     };
     static const std::vector<std::string> file = {RVGitFilePathErrorKey};
     static const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
@@ -55,7 +51,7 @@ void RVGitMoveCommand::gitCommandWillInitialize() {
     if (ignoresErrors_)
         addGitCommandOption("-k");
     if (sourceFilePath_)
-        addGitCommandArgument(*sourceFilePath_);
+        addGitCommandFilePath(*sourceFilePath_);
     if (destinationFilePath_)
-        addGitCommandArgument(*destinationFilePath_);
+        addGitCommandFilePath(*destinationFilePath_);
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Runs `git mv`. Paths are taken as they are, but no "--" stands before them, so that one with a
@@ -12,7 +13,7 @@
 /// its directory does not, 2102 if the source is not under version control, 2103 if a path is
 /// outside the working tree, 2104 if a directory is to be moved into itself, 2105 if the source is
 /// a directory in which git knows no file, 2106 if the source does not exist.
-class RVGitMoveCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitMoveCommand : public RVGitCommand {
 public:
     /// The repository is required.
     explicit RVGitMoveCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -24,11 +24,11 @@ std::shared_ptr<RVGitResetCommand> RVGitResetCommand::gitResetCommandWithReposit
 
 const RVGitErrorTable& RVGitResetCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = unresolvedRevisionErrorCode,
-         .commandNames = {"reset"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: Failed to resolve '(.+)' as a valid ref"},
-         .standardErrorMatchedComponentNames = {RVGitRevisionErrorKey}},
+        gitErrorRow(unresolvedRevisionErrorCode)
+            .command("reset")
+            .exitCode(128)
+            .standardError("fatal: Failed to resolve '(.+)' as a valid ref",
+                           {RVGitRevisionErrorKey}),
     };
     return table;
 }
@@ -45,6 +45,6 @@ void RVGitResetCommand::gitCommandWillInitialize() {
         if (mode == mode_)
             addGitCommandOption(option);
     if (revision_)
-        addGitCommandArgument(*revision_);
+        addGitCommandRevision(*revision_, unresolvedRevisionErrorCode);
     addFilePathArguments();
 }

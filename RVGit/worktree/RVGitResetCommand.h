@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// What a reset moves beside HEAD. Any other value counts as none.
@@ -24,7 +25,7 @@ enum RVGitResetMode : std::int64_t {
 
 /// Runs `git reset`. With paths it moves nothing but sets their index entries, and git takes no
 /// mode.
-class RVGitResetCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitResetCommand : public RVGitFilePathsCommand {
 public:
     /// The code of the only error row, for a revision that cannot be resolved; the catalogue does
     /// not hold it.

@@ -21,15 +21,15 @@ std::shared_ptr<RVGitRmCommand> RVGitRmCommand::gitRmCommandWithRepository(
 
 const RVGitErrorTable& RVGitRmCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitRemoveOperationNotPermittedError,
-         .commandNames = {"rm"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: git rm: '(.+)': Operation not permitted"},
-         .standardErrorMatchedComponentNames = {RVGitSubmodulePathErrorKey}},
-        {.errorCode = RVGitRemoveFileWithLocalModificationsError,
-         .commandNames = {"rm"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"error: the following file"}},
+        gitErrorRow(RVGitRemoveOperationNotPermittedError)
+            .command("rm")
+            .exitCode(128)
+            .standardError("fatal: git rm: '(.+)': Operation not permitted",
+                           {RVGitSubmodulePathErrorKey}),
+        gitErrorRow(RVGitRemoveFileWithLocalModificationsError)
+            .command("rm")
+            .exitCode(1)
+            .standardError("error: the following file"),
     };
     return table;
 }

@@ -6,12 +6,13 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git rm`, always with "-f": files with changes, staged or not, are removed as well and
 /// their contents lost. Failure: code 2600 if the system does not permit the removal, 2601 if git
 /// refuses to lose changes.
-class RVGitRmCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitRmCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitRmCommand(const std::shared_ptr<RVGitRepository>& repository);

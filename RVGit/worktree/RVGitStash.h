@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/repository/RVGitRef.h"
 
@@ -27,7 +28,7 @@ enum RVGitStashSaveOptions : unsigned {
 /// that code list again where such words may stand in a message or a file name. While the index is
 /// locked, saving and applying fail with the generic code 1, since git does not say why it failed,
 /// and the files and the list stay as they are.
-class RVGitStash : public RVGitRefProtocol {
+class RVGIT_EXPORT RVGitStash : public RVGitRefProtocol {
 public:
     /// The repository and the ref are required. The fields of the message and the date are absent.
     RVGitStash(std::shared_ptr<RVGitRepository> repository, std::shared_ptr<RVGitRef> ref);

@@ -74,78 +74,76 @@ const RVGitErrorTable& RVGitStashCommand::gitErrorDefinitions() {
     static const std::string localChanges =
         "Your local changes to the following files would be overwritten";
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitSaveStashInitialCommitError,
-         .commandNames = {"stash"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {"You do not have the initial commit yet"}},
-        {.errorCode = RVGitDropStashNotFoundError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"drop"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {tooFewEntries}},
-        {.errorCode = RVGitDropStashNoStashesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"drop"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {noStash}},
-        {.errorCode = RVGitDropStashNoStashesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"drop"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {unknownStash},
-         .standardErrorMatchedComponentNames = {RVGitStashIndexErrorKey}},
-        {.errorCode = RVGitApplyStashMergeConflictsError,
-         .commandNames = {"stash"},
-         .exitCodes = {1},
-         .standardOutputPatterns = {"Merge conflict in"}},
-        {.errorCode = RVGitApplyStashNotFoundError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"apply"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {tooFewEntries}},
-        {.errorCode = RVGitApplyStashNoStashesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"apply"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {noStash}},
-        {.errorCode = RVGitApplyStashNoStashesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"apply"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {unknownStash},
-         .standardErrorMatchedComponentNames = {RVGitStashIndexErrorKey}},
-        {.errorCode = RVGitApplyStashUncommittedChangesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"apply"},
-         .exitCodes = {1, 128},
-         .standardErrorPatterns = {localChanges}},
-        {.errorCode = RVGitCreateBranchFromStashInvalidNameError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"branch"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: git checkout: we do not like '(.+)' as a branch name."},
-         .standardErrorMatchedComponentNames = {RVGitRefNameErrorKey}},
-        {.errorCode = RVGitCreateBranchFromStashNotFoundError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"branch"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {tooFewEntries}},
-        {.errorCode = RVGitCreateBranchFromStashNoStashesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"branch"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {noStash}},
-        {.errorCode = RVGitCreateBranchFromStashNoStashesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"branch"},
-         .exitCodes = {1},
-         .standardErrorPatterns = {unknownStash},
-         .standardErrorMatchedComponentNames = {RVGitStashIndexErrorKey}},
-        {.errorCode = RVGitCreateBranchFromStashUncommittedChangesError,
-         .commandNames = {"stash"},
-         .subCommandNames = {"branch"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {localChanges}},
+        gitErrorRow(RVGitSaveStashInitialCommitError)
+            .command("stash")
+            .exitCode(1)
+            .standardError("You do not have the initial commit yet"),
+        gitErrorRow(RVGitDropStashNotFoundError)
+            .command("stash")
+            .subCommand("drop")
+            .exitCode(1)
+            .standardError(tooFewEntries),
+        gitErrorRow(RVGitDropStashNoStashesError)
+            .command("stash")
+            .subCommand("drop")
+            .exitCode(1)
+            .standardError(noStash),
+        gitErrorRow(RVGitDropStashNoStashesError)
+            .command("stash")
+            .subCommand("drop")
+            .exitCode(1)
+            .standardError(unknownStash, {RVGitStashIndexErrorKey}),
+        gitErrorRow(RVGitApplyStashMergeConflictsError)
+            .command("stash")
+            .exitCode(1)
+            .standardOutput("Merge conflict in"),
+        gitErrorRow(RVGitApplyStashNotFoundError)
+            .command("stash")
+            .subCommand("apply")
+            .exitCode(1)
+            .standardError(tooFewEntries),
+        gitErrorRow(RVGitApplyStashNoStashesError)
+            .command("stash")
+            .subCommand("apply")
+            .exitCode(1)
+            .standardError(noStash),
+        gitErrorRow(RVGitApplyStashNoStashesError)
+            .command("stash")
+            .subCommand("apply")
+            .exitCode(128)
+            .standardError(unknownStash, {RVGitStashIndexErrorKey}),
+        gitErrorRow(RVGitApplyStashUncommittedChangesError)
+            .command("stash")
+            .subCommand("apply")
+            .exitCode(1)
+            .exitCode(128)
+            .standardError(localChanges),
+        gitErrorRow(RVGitCreateBranchFromStashInvalidNameError)
+            .command("stash")
+            .subCommand("branch")
+            .exitCode(128)
+            .standardError("fatal: git checkout: we do not like '(.+)' as a branch name.",
+                           {RVGitRefNameErrorKey}),
+        gitErrorRow(RVGitCreateBranchFromStashNotFoundError)
+            .command("stash")
+            .subCommand("branch")
+            .exitCode(1)
+            .standardError(tooFewEntries),
+        gitErrorRow(RVGitCreateBranchFromStashNoStashesError)
+            .command("stash")
+            .subCommand("branch")
+            .exitCode(1)
+            .standardError(noStash),
+        gitErrorRow(RVGitCreateBranchFromStashNoStashesError)
+            .command("stash")
+            .subCommand("branch")
+            .exitCode(1)
+            .standardError(unknownStash, {RVGitStashIndexErrorKey}),
+        gitErrorRow(RVGitCreateBranchFromStashUncommittedChangesError)
+            .command("stash")
+            .subCommand("branch")
+            .exitCode(128)
+            .standardError(localChanges),
     };
     return table;
 }
@@ -157,6 +155,8 @@ void RVGitStashCommand::gitCommandWillInitialize() {
         setGitSubCommand(pushes ? "push" : "save");
         if (message_ && pushes)
             addGitCommandArgument("-m");
+        else if (message_ && message_->starts_with('-'))
+            addGitCommandArgument("--");
         if (message_)
             addGitCommandArgument(*message_);
         if (includesUntrackedFiles_)
@@ -191,8 +191,14 @@ void RVGitStashCommand::gitCommandWillInitialize() {
             {"--no-color", "-z",
              "--pretty=format:" + RVGitCommitOutputParser::gitStashListPrettyFormatString()});
     }
-    if (refName_)
-        addGitCommandArgument(*refName_);
+    if (!refName_)
+        return;
+    if (appliesStash_)
+        addGitCommandName(*refName_, RVGitApplyStashNotFoundError);
+    else if (deletesStash_)
+        addGitCommandName(*refName_, RVGitDropStashNotFoundError);
+    else
+        addGitCommandName(*refName_);
 }
 
 bool RVGitStashCommand::gitCommandWillParseOutput(RVErrorPlace error) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/history/RVGitCommitOutputParser.h"
 
@@ -19,7 +20,7 @@
 ///
 /// Kept for compatibility: whatever the form, output that holds "No local changes to save" in any
 /// case of the letters is code 2701, be it the message of a stash in the list.
-class RVGitStashCommand : public RVGitCommand {
+class RVGIT_EXPORT RVGitStashCommand : public RVGitCommand {
 public:
     /// The repository is required.
     explicit RVGitStashCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/command/RVGitValues.h"
@@ -35,7 +36,8 @@ struct RVGitStatusOutputParserResultItem {
 /// right alone, both names stay in one path. A name that holds the characters 7, 8, 11 or 12 is
 /// read as another name (see unquotedCString), which may be that of another file: do not delete or
 /// discard a file by it unseen.
-class RVGitStatusOutputParser : public RVGitItemOutputParser<RVGitStatusOutputParserResultItem> {
+class RVGIT_EXPORT RVGitStatusOutputParser
+    : public RVGitItemOutputParser<RVGitStatusOutputParserResultItem> {
 public:
     explicit RVGitStatusOutputParser(std::string_view outputData);
     explicit RVGitStatusOutputParser(std::vector<std::string> outputLines);
@@ -55,7 +57,7 @@ private:
 };
 
 /// Runs `git status --porcelain`. Failure: the common codes, and 11 if a line cannot be read.
-class RVGitStatusCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitStatusCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitStatusCommand(const std::shared_ptr<RVGitRepository>& repository,

@@ -16,10 +16,10 @@ RVGitUpdateIndexCommand::gitUpdateIndexCommandWithRepository(
 
 const RVGitErrorTable& RVGitUpdateIndexCommand::gitErrorDefinitions() {
     static const RVGitErrorTable table = {
-        {.errorCode = RVGitUpdateIndexNoSuchFileError,
-         .commandNames = {"update-index"},
-         .exitCodes = {128},
-         .standardErrorPatterns = {"fatal: Unable to mark file"}},
+        gitErrorRow(RVGitUpdateIndexNoSuchFileError)
+            .command("update-index")
+            .exitCode(128)
+            .standardError("fatal: Unable to mark file"),
     };
     return table;
 }
@@ -33,5 +33,6 @@ void RVGitUpdateIndexCommand::gitCommandWillInitialize() {
         {unresolves_, "--unresolve"},
     });
     if (filePaths())
-        addGitCommandArguments(*filePaths());
+        for (const std::string& filePath : *filePaths())
+            addGitCommandFilePath(filePath);
 }

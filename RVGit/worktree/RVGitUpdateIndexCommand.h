@@ -6,10 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
 /// Runs `git update-index`. Failure: code 3000 if a file to be marked is not in the index.
-class RVGitUpdateIndexCommand : public RVGitFilePathsCommand {
+class RVGIT_EXPORT RVGitUpdateIndexCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
     explicit RVGitUpdateIndexCommand(const std::shared_ptr<RVGitRepository>& repository);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/objects/RVGitFileEntry.h"
 
@@ -21,7 +22,7 @@ class RVGitTreeEntry;
 ///
 /// The options of a listing are those of RVGitWorkingTreeOptions.h. Lists come without an order
 /// that means anything.
-class RVGitWorkingTreeEntry : public RVGitFileEntry {
+class RVGIT_EXPORT RVGitWorkingTreeEntry : public RVGitFileEntry {
 public:
     using Entries = std::vector<std::shared_ptr<RVGitWorkingTreeEntry>>;
 

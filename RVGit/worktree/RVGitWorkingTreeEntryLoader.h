@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
@@ -19,7 +20,7 @@ struct RVGitStatusOutputParserResultItem;
 /// any thread may use it. Git matches paths as path specifications, as they are; of the index only
 /// paths that begin with the text are kept, so that a pattern finds changes, but nothing of the
 /// index. The options are those of RVGitWorkingTreeOptions.h.
-class RVGitWorkingTreeEntryLoader {
+class RVGIT_EXPORT RVGitWorkingTreeEntryLoader {
 public:
     using Entries = RVGitWorkingTreeEntry::Entries;
 

@@ -1,11 +1,11 @@
 #pragma once
-
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
 
 class RVGitWorkingTreeEntry;
 
 /// What the statuses of a file mean, and how git names the sides of a conflict.
-class RVGitWorkingTreeHelper {
+class RVGIT_EXPORT RVGitWorkingTreeHelper {
 public:
     [[nodiscard]] static RVGitFileStatus fileStatusFromString(std::string_view text) {
         return RVGitFileStatusFromString(text);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/worktree/RVGitResetCommand.h"
 
@@ -47,7 +48,7 @@ enum RVGitMoveOptions : unsigned {
 /// a patch may end anywhere. A list without paths is a success, and nothing runs. Where an
 /// operation differs, it says so; one that is not cut into batches throws
 /// RVGitCommandArgumentsOverflowException for more paths than about 4090.
-class RVGitWorkingTreeManager {
+class RVGIT_EXPORT RVGitWorkingTreeManager {
 public:
     /// The repository is required.
     explicit RVGitWorkingTreeManager(std::shared_ptr<RVGitRepository> repository);

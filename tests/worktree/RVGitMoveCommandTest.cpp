@@ -39,7 +39,7 @@ TEST_F(RVGitMoveCommandTest, ArgumentsOfEachField) {
     expectOptions<Command>(useRecordingGit(), [&] { return commandFor("missing", "-b"); },
                            {{&Command::setForcesRename, &Command::forcesRename, "-f"},
                             {&Command::setIgnoresErrors, &Command::ignoresErrors, "-k"}},
-                           {"mv"}, {"missing", "-b"});
+                           {"mv"}, {"missing", "./-b"});
 }
 
 TEST_F(RVGitMoveCommandTest, AbsentPathsAreLeftOut) {

@@ -30,7 +30,7 @@ TEST_F(RVGitUpdateIndexCommandTest, ArgumentsOfEachField) {
          {&Command::setUnsetsAssumeUnchangedBit, &Command::unsetsAssumeUnchangedBit,
           "--no-assume-unchanged"},
          {&Command::setUnresolves, &Command::unresolves, "--unresolve"}},
-        {"update-index"}, {"a", "-b"});
+        {"update-index"}, {"a", "./-b"});
 }
 
 TEST_F(RVGitUpdateIndexCommandTest, WithoutPathsNothingIsAdded) {

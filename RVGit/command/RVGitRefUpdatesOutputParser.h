@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// What happened to a ref in a fetch or push, after the flag in git's table.
@@ -19,7 +20,7 @@ enum RVGitRefUpdateType : std::int64_t {
     RVGitRefUpdateTypeRejected = 6,
 };
 
-struct RVGitRefUpdatesOutputParserResultItem {
+struct RVGIT_EXPORT RVGitRefUpdatesOutputParserResultItem {
     /// An RVGitRefUpdateType.
     std::int64_t type = RVGitRefUpdateTypeNone;
     /// Absent where git prints "(none)", as for a deleted ref.
@@ -35,7 +36,7 @@ struct RVGitRefUpdatesOutputParserResultItem {
 /// Reads the table of refs that git prints after a transfer; every other line is skipped, as is
 /// the line of a forced update ("+ 1a2b3c4...5d6e7f8"). No command of the library runs it: hand
 /// it the transfer's output.
-class RVGitRefUpdatesOutputParser
+class RVGIT_EXPORT RVGitRefUpdatesOutputParser
     : public RVGitItemOutputParser<RVGitRefUpdatesOutputParserResultItem> {
 public:
     explicit RVGitRefUpdatesOutputParser(std::string_view outputData);

@@ -1,4 +1,4 @@
-#include "RVGit/command/RVGitErrorRegistration.h"
+#include "RVGit/RVGitErrorRegistration.h"
 
 #include "RVGit/archive/RVGitArchiveCommand.h"
 #include "RVGit/command/RVGitCommand.h"
@@ -20,7 +20,7 @@
 #include "RVGit/worktree/RVGitStashCommand.h"
 #include "RVGit/worktree/RVGitUpdateIndexCommand.h"
 
-void registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
+void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& manager) {
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());

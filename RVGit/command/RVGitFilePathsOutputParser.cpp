@@ -1,4 +1,4 @@
-#include "RVGit/worktree/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitFilePathsOutputParser.h"
 
 RVGitFilePathsOutputParser::RVGitFilePathsOutputParser(std::string_view outputData,
                                                        bool usesNULByteAsNewlineDelimiter)

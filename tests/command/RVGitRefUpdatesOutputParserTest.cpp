@@ -1,4 +1,4 @@
-#include "RVGit/remotes/RVGitRefUpdatesOutputParser.h"
+#include "RVGit/command/RVGitRefUpdatesOutputParser.h"
 
 #include <random>
 

@@ -4,10 +4,11 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
 /// Reads a list of paths: every record that is not empty, as it stands. Never fails.
-class RVGitFilePathsOutputParser : public RVGitItemOutputParser<std::string> {
+class RVGIT_EXPORT RVGitFilePathsOutputParser : public RVGitItemOutputParser<std::string> {
 public:
     /// Records end in NUL bytes unless said otherwise.
     explicit RVGitFilePathsOutputParser(std::string_view outputData,

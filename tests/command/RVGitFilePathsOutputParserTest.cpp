@@ -1,4 +1,4 @@
-#include "RVGit/worktree/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitFilePathsOutputParser.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
