@@ -6,6 +6,7 @@
 #include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
@@ -28,6 +29,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitLFSCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
