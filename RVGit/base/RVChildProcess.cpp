@@ -15,6 +15,8 @@
 #include <csignal>
 #include <utility>
 
+#include "RVGit/base/RVPath.h"
+
 using Clock = std::chrono::steady_clock;
 
 namespace {
@@ -156,6 +158,18 @@ std::vector<std::string> environmentStrings(const RVEnvironment& environment) {
     for (const auto& [name, value] : environment)
         strings.push_back(name + '=' + value);
     return strings;
+}
+
+// Whether the system would get another text than the launch holds.
+bool launchHoldsNUL(const RVChildProcess::Launch& launch) {
+    const auto textHoldsNUL = [](const std::string& text) { return holdsNUL(text); };
+    const std::string* inputPath = launch.standardInput.filePath();
+    return holdsNUL(launch.path) || (inputPath && holdsNUL(*inputPath)) ||
+           (launch.workingDirectory && holdsNUL(*launch.workingDirectory)) ||
+           std::ranges::any_of(launch.arguments, textHoldsNUL) ||
+           std::ranges::any_of(launch.environment, [](const auto& variable) {
+               return holdsNUL(variable.first) || holdsNUL(variable.second);
+           });
 }
 
 // The descriptors are all above 2, so that dup2 onto 0, 1 and 2 in turn overwrites none of them.
@@ -413,6 +427,8 @@ private:
 
 int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutputHandler,
                         const OutputHandler& standardErrorHandler) {
+    if (launchHoldsNUL(launch))
+        return EINVAL;
     Pipe output;
     Pipe error;
     Pipe input;

@@ -48,7 +48,8 @@ public:
 
     /// Launches the child and blocks until it has exited and its output is read. 0, or the errno
     /// value with which the launch failed: missing or unusable executable, working directory or
-    /// input file. An exception of a handler ends the child and is passed on.
+    /// input file; or EINVAL, if a path, an argument or a variable holds a NUL, where the system
+    /// would cut it off. An exception of a handler ends the child and is passed on.
     [[nodiscard]] int run(const Launch& launch, const OutputHandler& standardOutputHandler = {},
                           const OutputHandler& standardErrorHandler = {});
 

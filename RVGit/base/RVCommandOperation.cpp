@@ -76,11 +76,11 @@ void RVCommandOperation::main() {
         return;
     const RVChildProcess::Launch launch{launchPath_, arguments_, environment_, workingDirectory_,
                                         std::move(standardInput_)};
-    const int launchError = process_.run(
+    launchErrorNumber_ = process_.run(
         launch, [this](std::string_view bytes) { commandDidReceiveStandardOutput(bytes); },
         [this](std::string_view bytes) { commandDidReceiveStandardError(bytes); });
-    if (launchError != 0) {
-        commandDidFailToLaunch(launchError);
+    if (launchErrorNumber_ != 0) {
+        commandDidFailToLaunch(launchErrorNumber_);
         if (delegate_)
             delegate_->commandDidFailToLaunch(*this);
         return;

@@ -57,6 +57,8 @@ public:
     /// The exit status, or 128 + N for a child that was killed by signal N. Valid from
     /// commandDidTerminate() on.
     [[nodiscard]] int exitCode() const { return process_.exitCode(); }
+    /// The errno value with which the launch failed; 0 where it did not, or there was none.
+    [[nodiscard]] int launchErrorNumber() const { return launchErrorNumber_; }
     /// All bytes of that stream so far. The view holds while the command lives, once the child
     /// has exited.
     [[nodiscard]] std::string_view standardOutputData() const {
@@ -108,4 +110,5 @@ private:
     RVCommandOperationDelegate* delegate_;
     std::optional<RVError> error_;
     RVChildProcess process_;
+    int launchErrorNumber_ = 0;
 };

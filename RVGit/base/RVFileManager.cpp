@@ -45,6 +45,14 @@ private:
     int number_;
 };
 
+/// Sets errno for a path that holds a NUL: cut off there it would name another file.
+bool isUnusable(const std::string& path) {
+    if (!holdsNUL(path))
+        return false;
+    errno = EINVAL;
+    return true;
+}
+
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const auto count = ::write(descriptor, bytes.data(), bytes.size());
@@ -67,13 +75,13 @@ std::string temporaryPathTemplate() {
 
 std::optional<struct stat> statusOfFile(const std::string& path) {
     struct stat status;
-    if (::stat(path.c_str(), &status) != 0)
+    if (isUnusable(path) || ::stat(path.c_str(), &status) != 0)
         return std::nullopt;
     return status;
 }
 
 bool hasAccess(const std::string& path, int mode) {
-    return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+    return !isUnusable(path) && ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
 }
 
 }  // namespace
@@ -89,7 +97,7 @@ bool RVFileManager::isDirectoryAtPath(const std::string& path) {
 
 bool RVFileManager::isSymbolicLinkAtPath(const std::string& path) {
     struct stat status;
-    return ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    return !isUnusable(path) && ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
 }
 
 bool RVFileManager::isReadableFileAtPath(const std::string& path) {
@@ -115,7 +123,8 @@ bool RVFileManager::isEmptyDirectoryAtPath(const std::string& path, RVErrorPlace
 
 std::vector<std::string> RVFileManager::namesInDirectoryAtPath(const std::string& path,
                                                                RVErrorPlace error) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir(path.c_str()), ::closedir);
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(
+        isUnusable(path) ? nullptr : ::opendir(path.c_str()), ::closedir);
     if (!directory) {
         failWithErrno(path, error);
         return {};
@@ -139,7 +148,8 @@ std::vector<std::string> RVFileManager::namesInDirectoryAtPath(const std::string
 std::optional<RVData> RVFileManager::contentsOfFileAtPath(const std::string& path,
                                                           RVErrorPlace error) {
     // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const Descriptor file(
+        isUnusable(path) ? -1 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status;
     if (file.number() < 0 || ::fstat(file.number(), &status) != 0)
         return failWithErrno(path, error);
@@ -177,6 +187,8 @@ std::optional<std::string> RVFileManager::UTF8ContentsOfFileAtPath(const std::st
 
 std::optional<std::string> RVFileManager::destinationOfSymbolicLinkAtPath(const std::string& path,
                                                                           RVErrorPlace error) {
+    if (isUnusable(path))
+        return failWithErrno(path, error);
     std::string destination(256, '\0');
     for (;;) {
         const auto length = ::readlink(path.c_str(), destination.data(), destination.size());
@@ -192,6 +204,10 @@ std::optional<std::string> RVFileManager::destinationOfSymbolicLinkAtPath(const 
 
 bool RVFileManager::writeFileAtomically(const std::string& path, std::string_view contents,
                                         unsigned permissions, RVErrorPlace error) {
+    if (isUnusable(path)) {
+        failWithErrno(path, error);
+        return false;
+    }
     // A short name of its own, since the target's may be as long as a name can be.
     std::string temporaryPath =
         pathByAppendingComponent(pathByDeletingLastComponent(path), ".rvgit-XXXXXX");
@@ -209,6 +225,10 @@ bool RVFileManager::writeFileAtomically(const std::string& path, std::string_vie
 }
 
 bool RVFileManager::removeItemAtPath(const std::string& path, RVErrorPlace error) {
+    if (isUnusable(path)) {
+        failWithErrno(path, error);
+        return false;
+    }
     std::error_code failure;
     if (std::filesystem::remove_all(path, failure) > 0 && !failure)
         return true;

@@ -10,7 +10,7 @@
 
 /// The file-system operations that the library needs, with error records for failures. All
 /// operations are free of state and safe on any thread. Errors are those of posixError(), with the
-/// path.
+/// path. A path that holds a NUL names nothing (EINVAL): it is never cut off there.
 class RVGIT_EXPORT RVFileManager {
 public:
     [[nodiscard]] static bool fileExistsAtPath(const std::string& path);

@@ -18,6 +18,8 @@ std::string_view withoutTrailingSlashes(std::string_view path) {
 
 /// The home of a user, or of the user of this process if the name is empty.
 std::optional<std::string> homeDirectory(const std::string& userName) {
+    if (holdsNUL(userName))
+        return std::nullopt;
     if (userName.empty()) {
         const char* home = std::getenv("HOME");
         if (home && *home)

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "RVGit/base/RVErrorManager.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
@@ -251,8 +252,8 @@ const std::string& RVGitCommand::standardErrorString() {
 }
 
 const RVGitErrorTable& RVGitCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable none;
-    return none;
+    static const RVNeverDestroyed<RVGitErrorTable> none;
+    return *none;
 }
 
 std::size_t RVGitCommand::maximumNumberOfAllowedFilePathArguments() {

@@ -1,5 +1,6 @@
 #include "RVGit/command/RVGitRefUpdatesOutputParser.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -27,13 +28,14 @@ std::string_view RVGitRefUpdatesOutputParser::parserName() const {
 }
 
 bool RVGitRefUpdatesOutputParser::parseOutputLine(std::string_view line) {
-    static const RVRegularExpression expression(
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place,
         R"( ([ x\+\=\-\!\*]) (\[.+\]|[a-f0-9]+\.\.[a-f0-9]+) +(.+) +-> (.+)( +\(.+\))?)",
         RVRegularExpression::CaseInsensitive);
 
     if (line.find(" -> ") == std::string_view::npos)
         return true;
-    auto components = expression.firstMatch(line);
+    auto components = expression->firstMatch(line);
     if (components.empty())
         return true;
 

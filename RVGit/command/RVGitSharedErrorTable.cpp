@@ -1,8 +1,9 @@
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 
 const RVGitErrorTable& RVGitCommand::sharedGitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitCommandUsageError).exitCode(129).standardError("^Usage:"),
         gitErrorRow(RVGitCommandUsageError).exitCode(1).standardOutput("^Usage:"),
         gitErrorRow(RVGitConfigBadValueError)
@@ -68,5 +69,5 @@ const RVGitErrorTable& RVGitCommand::sharedGitErrorDefinitions() {
             .standardError("There are no candidates for merging among the refs that you "
                            "just fetched"),
     };
-    return table;
+    return *table;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "RVGit/base/RVCharacter.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -158,9 +159,9 @@ std::optional<std::string> RVGitShortStringForFileStatus(RVGitFileStatus status)
 }
 
 bool rvgit::isValidCommitHash(std::string_view text) {
-    static const RVRegularExpression expression("^[a-f0-9]{40}$",
-                                                RVRegularExpression::CaseInsensitive);
-    return expression.matches(text);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, "^[a-f0-9]{40}$", RVRegularExpression::CaseInsensitive);
+    return expression->matches(text);
 }
 
 bool RVGitValidateCommitHash(std::string_view hash) {

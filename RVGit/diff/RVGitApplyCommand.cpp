@@ -1,5 +1,6 @@
 #include "RVGit/diff/RVGitApplyCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
@@ -38,7 +39,7 @@ std::shared_ptr<RVGitApplyCommand> RVGitApplyCommand::gitApplyCommandWithReposit
 }
 
 const RVGitErrorTable& RVGitApplyCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitApplyPatchCorruptError)
             .command("apply")
             .exitCode(128)
@@ -57,7 +58,7 @@ const RVGitErrorTable& RVGitApplyCommand::gitErrorDefinitions() {
             .exitCode(1)
             .standardError("No such file or directory"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitApplyCommand::gitCommandWillInitialize() {

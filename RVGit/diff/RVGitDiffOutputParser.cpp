@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "RVGit/base/RVDataBuffer.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -54,9 +55,9 @@ std::optional<std::size_t> lengthOfCharacters(std::string_view text, std::size_t
 
 // The length of the digit, of whatever script, that the text begins with; 0 if it does not.
 std::size_t lengthOfDigit(std::string_view text) {
-    static const RVRegularExpression digit(R"(^\d)");
+    static const RVNeverDestroyed<RVRegularExpression> digit(R"(^\d)");
     constexpr std::size_t mostBytesOfCharacter = 4;
-    const auto match = digit.firstMatch(text.substr(0, mostBytesOfCharacter));
+    const auto match = digit->firstMatch(text.substr(0, mostBytesOfCharacter));
     return match.empty() ? 0 : match[0]->size();
 }
 
@@ -130,24 +131,27 @@ std::uint32_t lineNumberFromValue(std::int64_t value) {
 }  // namespace
 
 const RVRegularExpression& RVGitDiffOutputParser::diffHeaderRegex() {
-    static const RVRegularExpression expression(R"re(^diff --git ("?a/.+"?) ("?b/.+"?)$)re");
-    return expression;
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        R"re(^diff --git ("?a/.+"?) ("?b/.+"?)$)re");
+    return *expression;
 }
 
 const RVRegularExpression& RVGitDiffOutputParser::combinedDiffHeaderRegex() {
-    static const RVRegularExpression expression(R"re(^diff --(combined|cc) ("?.+"?)$)re");
-    return expression;
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        R"re(^diff --(combined|cc) ("?.+"?)$)re");
+    return *expression;
 }
 
 const RVRegularExpression& RVGitDiffOutputParser::indexRegex() {
-    static const RVRegularExpression expression(
+    static const RVNeverDestroyed<RVRegularExpression> expression(
         R"(^index ([a-z0-9]+),?([a-z0-9,]+)*\.\.([a-z0-9]+) ?([0-9]+)?$)");
-    return expression;
+    return *expression;
 }
 
 const RVRegularExpression& RVGitDiffOutputParser::chunkHeaderRegex() {
-    static const RVRegularExpression expression(R"(^(@+( \-(\d+),?(\d+)?)+ \+(\d+),?(\d+)? @+))");
-    return expression;
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        R"(^(@+( \-(\d+),?(\d+)?)+ \+(\d+),?(\d+)? @+))");
+    return *expression;
 }
 
 RVGitDiffOutputParser::RVGitDiffOutputParser(std::string_view outputData)

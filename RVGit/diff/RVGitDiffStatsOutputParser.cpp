@@ -4,6 +4,7 @@
 #include <tuple>
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -76,7 +77,7 @@ std::optional<RawRecord> rawRecordByColumns(std::string_view line) {
 
 // A record may begin anywhere in the line; it is looked for where the last of its colons may stand.
 std::optional<RawRecord> rawRecord(std::string_view line) {
-    static const RVRegularExpression expression(
+    static const RVNeverDestroyed<RVRegularExpression> expression(
         R"(^:((\d{6} )+)(([a-f0-9]{40} )+)([ADMCR])([ADMCR])?(\d{1,3})?)");
     const auto mayBeDigit = [](char c) {
         return isDigit(c) || static_cast<unsigned char>(c) >= 0x80;
@@ -87,7 +88,7 @@ std::optional<RawRecord> rawRecord(std::string_view line) {
             continue;
         if (auto record = rawRecordByColumns(line.substr(colon)))
             return record;
-        const auto groups = expression.firstMatch(line.substr(colon));
+        const auto groups = expression->firstMatch(line.substr(colon));
         if (!groups.empty())
             return RawRecord{*groups[1], *groups[3], *groups[5], groups[7].value_or("")};
     }
@@ -106,7 +107,7 @@ std::optional<NumstatRecord> numstatRecordByColumns(std::string_view line) {
 }
 
 std::optional<NumstatRecord> numstatRecord(std::string_view line) {
-    static const RVRegularExpression expression(R"(^(\d+)\t(\d+)\t(.+)?)");
+    static const RVNeverDestroyed<RVRegularExpression> expression(R"(^(\d+)\t(\d+)\t(.+)?)");
     if (auto record = numstatRecordByColumns(line))
         return record;
     // Digits of other scripts count too; they alone can still make it a record.
@@ -114,7 +115,7 @@ std::optional<NumstatRecord> numstatRecord(std::string_view line) {
                                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
     if (isASCII || std::count(line.begin(), line.end(), '\t') < 2)
         return std::nullopt;
-    const auto groups = expression.firstMatch(line);
+    const auto groups = expression->firstMatch(line);
     if (groups.empty())
         return std::nullopt;
     return NumstatRecord{*groups[1], *groups[2]};

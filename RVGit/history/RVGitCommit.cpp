@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitActor.h"
@@ -38,7 +39,8 @@ Text bodyOf(std::optional<std::string_view> message) {
 }
 
 std::optional<SVNInfo> SVNInfoOf(std::optional<std::string_view> message) {
-    static const RVRegularExpression expression(R"(git-svn-id: (.+)@([0-9]+) ([0-9a-f\-]+))");
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        R"(git-svn-id: (.+)@([0-9]+) ([0-9a-f\-]+))");
     constexpr std::string_view literal = "git-svn-id: ";
     if (!message)
         return std::nullopt;
@@ -46,7 +48,7 @@ std::optional<SVNInfo> SVNInfoOf(std::optional<std::string_view> message) {
     if (!found)
         return std::nullopt;
     const auto offset = static_cast<std::size_t>(static_cast<const char*>(found) - message->data());
-    const auto match = expression.firstMatch(*message, offset);
+    const auto match = expression->firstMatch(*message, offset);
     if (match.empty())
         return std::nullopt;
     return SVNInfo{*match[1], *match[2], *match[3]};
@@ -387,8 +389,8 @@ void RVGitCommit::setMessage(Text message) {
 }
 
 const std::optional<RVGitCommit::Refs>& RVGitCommit::refs() const {
-    static const std::optional<Refs> none;
-    return refs_ ? *refs_ : none;
+    static const RVNeverDestroyed<std::optional<Refs>> none;
+    return refs_ ? *refs_ : *none;
 }
 
 void RVGitCommit::setRefs(std::optional<Refs> refs) {

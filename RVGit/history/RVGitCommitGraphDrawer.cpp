@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/history/RVGitCommit.h"
 
 RVGitCommitGraphDrawer::RVGitCommitGraphDrawer(
@@ -27,8 +28,8 @@ std::shared_ptr<RVGitCommitGraphLines> RVGitCommitGraphDrawer::drawGraphForCommi
 std::shared_ptr<RVGitCommitGraphLines> RVGitCommitGraphDrawer::drawGraphForCommitHash(
     std::string_view commitHash, const std::optional<std::vector<std::string>>& parentCommitHashes,
     RVErrorPlace) {
-    static const std::vector<std::string> noParents;
-    return drawRow(commitHash, parentCommitHashes ? *parentCommitHashes : noParents);
+    static const RVNeverDestroyed<std::vector<std::string>> noParents;
+    return drawRow(commitHash, parentCommitHashes ? *parentCommitHashes : *noParents);
 }
 
 // The row is written in one pass over the lanes: a lane that stays moves left by as many columns as

@@ -5,6 +5,7 @@
 #include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVDateFormatter.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/history/RVGitCommitRecords.h"
@@ -73,9 +74,9 @@ std::optional<std::string> descriptionOfDate(std::optional<RVDate> date) {
 }
 
 const std::vector<std::string>& logFormat() {
-    static const std::vector<std::string> format = {"%H",  "%T",  "%P",  "%an", "%at", "%ae",
-                                                    "%cn", "%ct", "%ce", "%d",  "%B"};
-    return format;
+    static const RVNeverDestroyed<std::vector<std::string>> format = {
+        "%H", "%T", "%P", "%an", "%at", "%ae", "%cn", "%ct", "%ce", "%d", "%B"};
+    return *format;
 }
 
 std::string formatString(const std::vector<std::string>& placeholders) {
@@ -234,12 +235,12 @@ std::string RVGitCommitOutputParser::gitCommitLogPrettyFormatString() {
 }
 
 const std::vector<std::string>& RVGitCommitOutputParser::gitCommitLogPrettyFormatGPG() {
-    static const std::vector<std::string> format = [] {
+    static const RVNeverDestroyed<std::vector<std::string>> format([] {
         auto placeholders = logFormat();
         placeholders.insert(placeholders.end(), {"%G?", "%GS", "%GP", "%GK"});
         return placeholders;
-    }();
-    return format;
+    }());
+    return *format;
 }
 
 std::string RVGitCommitOutputParser::gitCommitLogPrettyFormatGPGString() {
@@ -247,8 +248,8 @@ std::string RVGitCommitOutputParser::gitCommitLogPrettyFormatGPGString() {
 }
 
 const std::vector<std::string>& RVGitCommitOutputParser::gitCommitHashLogPrettyFormat() {
-    static const std::vector<std::string> format = {"%H"};
-    return format;
+    static const RVNeverDestroyed<std::vector<std::string>> format = {"%H"};
+    return *format;
 }
 
 std::string RVGitCommitOutputParser::gitCommitHashLogPrettyFormatString() {
@@ -264,8 +265,8 @@ std::string RVGitCommitOutputParser::gitStashListPrettyFormatString() {
 }
 
 const std::vector<std::string>& RVGitCommitOutputParser::gitRefLogPrettyFormat() {
-    static const std::vector<std::string> format = {"%H", "%gs", "%gD"};
-    return format;
+    static const RVNeverDestroyed<std::vector<std::string>> format = {"%H", "%gs", "%gD"};
+    return *format;
 }
 
 std::string RVGitCommitOutputParser::gitRefLogPrettyFormatString() {
@@ -277,9 +278,9 @@ RVGitCommitOutputParser::DateFormatter RVGitCommitOutputParser::reflogDateFormat
 }
 
 const RVRegularExpression& RVGitCommitOutputParser::gpgIdentityRegex() {
-    static const RVRegularExpression expression(R"(^(.*)\s+<(.*)>$)",
-                                                RVRegularExpression::CaseInsensitive);
-    return expression;
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(^(.*)\s+<(.*)>$)", RVRegularExpression::CaseInsensitive);
+    return *expression;
 }
 
 std::shared_ptr<RVGitCommitOutputParser> RVGitCommitOutputParser::commitParserWithData(

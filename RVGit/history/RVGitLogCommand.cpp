@@ -5,6 +5,7 @@
 
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVDateFormatter.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/diff/RVGitDiffParser.h"
@@ -81,7 +82,7 @@ void RVGitLogCommand::readOptions(const RVOptions& options) {
 }
 
 const RVGitErrorTable& RVGitLogCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitLogNoSuchRevisionError)
             .command("log")
             .exitCode(128)
@@ -93,7 +94,7 @@ const RVGitErrorTable& RVGitLogCommand::gitErrorDefinitions() {
             .exitCode(128)
             .standardError("fatal: bad revision '(.+)'", {RVGitRevisionErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 // Building the command line.

@@ -1,5 +1,6 @@
 #include "RVGit/history/RVGitMergeBaseCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 
 RVGitMergeBaseOutputParser::RVGitMergeBaseOutputParser(std::string_view outputData)
@@ -14,9 +15,9 @@ std::string_view RVGitMergeBaseOutputParser::parserName() const {
 }
 
 bool RVGitMergeBaseOutputParser::parseOutputLine(std::string_view line) {
-    static const RVRegularExpression expression("^([0-9a-f]{40})$",
-                                                RVRegularExpression::DotMatchesLineSeparators);
-    auto components = expression.firstMatch(line);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, "^([0-9a-f]{40})$", RVRegularExpression::DotMatchesLineSeparators);
+    auto components = expression->firstMatch(line);
     if (components.empty())
         return false;
     addResult({std::string(*components[1])});

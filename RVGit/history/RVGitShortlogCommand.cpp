@@ -1,5 +1,6 @@
 #include "RVGit/history/RVGitShortlogCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -11,11 +12,11 @@ std::string_view RVGitShortlogOutputParser::parserName() const {
 }
 
 bool RVGitShortlogOutputParser::parseOutputLine(std::string_view line) {
-    static const RVRegularExpression expression(R"((\d+)\s+(.+)\s+<(.+)>)");
+    static const RVNeverDestroyed<RVRegularExpression> expression(R"((\d+)\s+(.+)\s+<(.+)>)");
 
     if (line.find('<') == std::string_view::npos)
         return true;
-    auto components = expression.firstMatch(trimmedWhitespaceAndNewline(line));
+    auto components = expression->firstMatch(trimmedWhitespaceAndNewline(line));
     if (components.empty())
         return true;
     addResult({.authorName = precomposedString(*components[2]),

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "RVGit/base/RVExport.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
@@ -60,9 +61,9 @@ public:
     /// The parser's results, in git's order; `Item` is that of the parser. Empty before the run.
     template <typename Item>
     [[nodiscard]] const std::vector<Item>& result() const {
-        static const std::vector<Item> none;
+        static const RVNeverDestroyed<std::vector<Item>> none;
         const auto* parser = dynamic_cast<RVGitItemOutputParser<Item>*>(outputParser_.get());
-        return parser ? parser->indexedResultCache() : none;
+        return parser ? parser->indexedResultCache() : *none;
     }
     /// The same, moved out of the command.
     template <typename Item>

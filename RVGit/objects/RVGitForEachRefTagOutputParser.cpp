@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 
@@ -20,12 +21,12 @@ RVGitForEachRefTagOutputParser::RVGitForEachRefTagOutputParser(std::vector<std::
     : RVGitItemOutputParser(std::move(outputLines)) {}
 
 const std::string& RVGitForEachRefTagOutputParser::format() {
-    static const std::string format =
+    static const RVNeverDestroyed<std::string> format(
         stringByJoiningComponents({"%(refname)", "%(objecttype)", "%(objectname)", "%(*objectname)",
                                    "%(creatordate:unix)", "%(contents)"},
                                   "%1f%1d%1f") +
-        "%00";
-    return format;
+        "%00");
+    return *format;
 }
 
 std::string_view RVGitForEachRefTagOutputParser::commitBoundaryString() {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/objects/RVGitObject.h"
 #include "RVGit/objects/RVGitObjectReference.h"
@@ -24,7 +25,7 @@ std::shared_ptr<RVGitShowCommand> RVGitShowCommand::gitShowCommandWithRepository
 
 const RVGitErrorTable& RVGitShowCommand::gitErrorDefinitions() {
     // The first row names a key of the patch errors; without a group it captures nothing.
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitBlobNotFoundError)
             .command("show")
             .exitCode(128)
@@ -40,7 +41,7 @@ const RVGitErrorTable& RVGitShowCommand::gitErrorDefinitions() {
             .exitCode(128)
             .standardError("Invalid object name '(.+)'", {RVGitObjectHashErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitShowCommand::gitCommandWillInitialize() {

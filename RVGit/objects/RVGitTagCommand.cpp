@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
 
@@ -27,7 +28,7 @@ std::shared_ptr<RVGitTagCommand> RVGitTagCommand::gitDeleteTagCommandWithReposit
 }
 
 const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitCreateTagAlreadyExistsError)
             .command("tag")
             .exitCode(128)
@@ -47,7 +48,7 @@ const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
             .standardError("error: gpg failed to sign the data", {RVGitRefNameErrorKey})
             .standardError("error: unable to sign the tag"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitTagCommand::gitCommandWillInitialize() {

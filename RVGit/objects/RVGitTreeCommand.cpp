@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
@@ -75,10 +76,10 @@ std::optional<TreeRecord> treeRecordByColumns(std::string_view line) {
 }
 
 std::optional<TreeRecord> treeRecordByExpression(std::string_view line) {
-    static const RVRegularExpression expression(
-        R"(^(\d{6})\s(\w+)\s([a-f0-9]{40})(\s+(\d+|\-))?\t(.+))",
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(^(\d{6})\s(\w+)\s([a-f0-9]{40})(\s+(\d+|\-))?\t(.+))",
         RVRegularExpression::DotMatchesLineSeparators);
-    const auto groups = expression.firstMatch(line);
+    const auto groups = expression->firstMatch(line);
     if (groups.empty())
         return std::nullopt;
     return TreeRecord{*groups[1], *groups[2], *groups[3], groups[5], *groups[6]};
@@ -141,7 +142,7 @@ std::shared_ptr<RVGitTreeCommand> RVGitTreeCommand::gitTreeCommandWithRepository
 }
 
 const RVGitErrorTable& RVGitTreeCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitTreeNotATreeObjectError)
             .command("ls-tree")
             .exitCode(128)
@@ -151,7 +152,7 @@ const RVGitErrorTable& RVGitTreeCommand::gitErrorDefinitions() {
             .exitCode(128)
             .standardError("fatal: Not a valid object name"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitTreeCommand::gitCommandWillInitialize() {

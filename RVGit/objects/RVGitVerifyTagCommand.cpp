@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
@@ -38,11 +39,12 @@ bool RVGitGPGTagSignatureOutputParser::parseOutputLine(std::string_view line) {
         return true;
 
     // The brackets are meant as a group, but the words were tested above.
-    static const RVRegularExpression userExpression(
+    static const RVNeverDestroyed<RVRegularExpression> userExpression(
+        std::in_place,
         R"(^\[GNUPG:\]\s+[GOODSIG|EXPSIG|EXPKEYSIG|REVKEYSIG|BADSIG|ERRSIG]+\s+[0-9A-F]+\s+)"
         R"((.*)\s+<(.*)>)",
         RVRegularExpression::CaseInsensitive);
-    if (const auto user = userExpression.firstMatch(line); !user.empty()) {
+    if (const auto user = userExpression->firstMatch(line); !user.empty()) {
         result_.username = *user[1];
         result_.email = *user[2];
     }
@@ -84,7 +86,7 @@ std::shared_ptr<RVGitVerifyTagCommand> RVGitVerifyTagCommand::gitVerifyTagComman
 
 const RVGitErrorTable& RVGitVerifyTagCommand::gitErrorDefinitions() {
     // Neither code stands in the catalogue.
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(1703)
             .command("verify-tag")
             .exitCode(1)
@@ -95,7 +97,7 @@ const RVGitErrorTable& RVGitVerifyTagCommand::gitErrorDefinitions() {
             .exitCode(1)
             .standardError("error: no signature found", {RVGitRefNameErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitVerifyTagCommand::gitCommandWillInitialize() {

@@ -1,5 +1,6 @@
 #include "RVGit/repository/RVGitConfigCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/repository/RVGitConfig.h"
@@ -36,7 +37,7 @@ const ConfigAction* configActionWithName(const std::optional<std::string>& name)
 }  // namespace
 
 const RVGitErrorTable& RVGitConfigCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable rows = {
+    static const RVNeverDestroyed<RVGitErrorTable> rows = {
         gitErrorRow(RVGitConfigInvalidFileError)
             .command("config")
             .exitCode(128)
@@ -58,7 +59,7 @@ const RVGitErrorTable& RVGitConfigCommand::gitErrorDefinitions() {
             .standardError("fatal: No such section"),
         gitErrorRow(RVGitConfigWriteError).command("config").exitCode(4),
     };
-    return rows;
+    return *rows;
 }
 
 RVGitConfigCommand::RVGitConfigCommand(std::optional<std::string> repositoryPath,

@@ -3,6 +3,7 @@
 #include <fstream>
 
 #include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVRegularExpression.h"
@@ -480,8 +481,8 @@ std::optional<std::string> RVGitRepository::existingFileWithTildeExpandedWithPat
 }
 
 std::string RVGitRepository::removeLeadingWhitespace(const std::string& text) const {
-    static const RVRegularExpression leadingWhitespace("^\\s+");
-    return leadingWhitespace.stringByReplacingMatches(text, "");
+    static const RVNeverDestroyed<RVRegularExpression> leadingWhitespace("^\\s+");
+    return leadingWhitespace->stringByReplacingMatches(text, "");
 }
 
 std::string RVGitRepository::trimWhitespacesFor(const std::string& text) const {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitErrorCodes.h"
@@ -44,8 +45,8 @@ bool RVGitRefOutputParser::parseOutputLine(std::string_view line) {
         addRef(line.substr(0, hashLength), line.substr(hashLength + 1));
         return true;
     }
-    static const RVRegularExpression expression(R"(^([0-9a-f]{40})\s+(.*))");
-    auto components = expression.firstMatch(line);
+    static const RVNeverDestroyed<RVRegularExpression> expression(R"(^([0-9a-f]{40})\s+(.*))");
+    auto components = expression->firstMatch(line);
     if (components.empty())
         return false;
     addRef(*components[1], *components[2]);
@@ -81,10 +82,10 @@ std::shared_ptr<RVGitShowRefCommand> RVGitShowRefCommand::gitShowRefCommandWithR
 }
 
 const RVGitErrorTable& RVGitShowRefCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitNoRefsError).command("show-ref").exitCode(1),
     };
-    return table;
+    return *table;
 }
 
 void RVGitShowRefCommand::gitCommandWillInitialize() {

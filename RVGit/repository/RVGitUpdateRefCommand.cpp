@@ -1,5 +1,6 @@
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
@@ -14,10 +15,10 @@ std::shared_ptr<RVGitUpdateRefCommand> RVGitUpdateRefCommand::gitUpdateRefComman
 }
 
 const RVGitErrorTable& RVGitUpdateRefCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitNoRefsError).command("update-ref").exitCode(1),
     };
-    return table;
+    return *table;
 }
 
 void RVGitUpdateRefCommand::gitCommandWillInitialize() {

@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitAddCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
@@ -21,14 +22,14 @@ std::shared_ptr<RVGitAddCommand> RVGitAddCommand::gitAddCommandWithRepository(
 }
 
 const RVGitErrorTable& RVGitAddCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitAddFilesError)
             .command("add")
             .exitCode(128)
             .standardError("fatal: pathspec '(.+)' did not match any files",
                            {RVGitFilePathErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitAddCommand::gitCommandWillInitialize() {

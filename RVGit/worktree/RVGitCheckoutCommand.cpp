@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -21,13 +22,13 @@ std::shared_ptr<RVGitCheckoutCommand> RVGitCheckoutCommand::gitCheckoutCommandWi
 }
 
 const RVGitErrorTable& RVGitCheckoutCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitCheckoutUncommittedChangesError)
             .command("checkout")
             .exitCode(1)
             .standardError("Your local changes to the following files would be overwritten by"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitCheckoutCommand::gitCommandWillInitialize() {

@@ -22,7 +22,7 @@ bool RVGitCommitMessageEditor::createGitCommitMessageEditorScriptAtURL(const RVU
 
 bool RVGitCommitMessageEditor::createGitCommitMessageEditorScriptAtURL(const RVURL& url,
                                                                        RVErrorPlace error) const {
-    static const std::string delimiter =
+    const std::string delimiter =
         "7b26278ebfd54ee8ec001b7c668de1137802ad9f63e4ebce3016f69c4f84884b";
     requireParameter(url.isFileURL(), "url.isFileURL");
     const std::string script =

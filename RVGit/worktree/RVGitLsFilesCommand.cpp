@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "RVGit/base/RVCharacter.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitFilePathsOutputParser.h"
@@ -54,10 +55,10 @@ bool readRecordByColumns(std::string_view line, RVGitIndexOutputParserResultItem
 }
 
 bool readRecordByExpression(std::string_view line, RVGitIndexOutputParserResultItem& item) {
-    static const RVRegularExpression expression(
-        R"(^([hsmrckHSMRCK])?\s+([0-9]{6})\s([0-9a-f]{40})\s([0-9])\t(.+))",
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(^([hsmrckHSMRCK])?\s+([0-9]{6})\s([0-9a-f]{40})\s([0-9])\t(.+))",
         RVRegularExpression::DotMatchesLineSeparators);
-    const auto groups = expression.firstMatch(line);
+    const auto groups = expression->firstMatch(line);
     if (groups.empty())
         return false;
     item.filePath = *groups[5];

@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitMoveCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -20,11 +21,11 @@ const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
                         const std::vector<std::string>& names) {
         return gitErrorRow(code).command("mv").exitCode(128).standardError(pattern, names);
     };
-    static const std::vector<std::string> file = {RVGitFilePathErrorKey};
-    static const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
-                                                   RVGitDestinationFilePathErrorKey};
+    const std::vector<std::string> file = {RVGitFilePathErrorKey};
+    const std::vector<std::string> files = {RVGitSourceFilePathErrorKey,
+                                            RVGitDestinationFilePathErrorKey};
     // The row of a bad source stands twice, for compatibility.
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         row(RVGitMoveFileSourceDirectoryEmptyError,
             "fatal: source directory is empty, source=(.+), destination=(.+)", files),
         row(RVGitMoveFileSelfTargetError,
@@ -41,7 +42,7 @@ const RVGitErrorTable& RVGitMoveCommand::gitErrorDefinitions() {
         row(RVGitMoveFileSourceNotFoundError, "fatal: bad source, source=(.+), destination=(.+)",
             files),
     };
-    return table;
+    return *table;
 }
 
 void RVGitMoveCommand::gitCommandWillInitialize() {

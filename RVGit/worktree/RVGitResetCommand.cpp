@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitResetCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
 RVGitResetCommand::RVGitResetCommand(const std::shared_ptr<RVGitRepository>& repository)
@@ -23,14 +24,14 @@ std::shared_ptr<RVGitResetCommand> RVGitResetCommand::gitResetCommandWithReposit
 }
 
 const RVGitErrorTable& RVGitResetCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(unresolvedRevisionErrorCode)
             .command("reset")
             .exitCode(128)
             .standardError("fatal: Failed to resolve '(.+)' as a valid ref",
                            {RVGitRevisionErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitResetCommand::gitCommandWillInitialize() {

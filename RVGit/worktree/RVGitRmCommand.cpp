@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitRmCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 
@@ -20,7 +21,7 @@ std::shared_ptr<RVGitRmCommand> RVGitRmCommand::gitRmCommandWithRepository(
 }
 
 const RVGitErrorTable& RVGitRmCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitRemoveOperationNotPermittedError)
             .command("rm")
             .exitCode(128)
@@ -31,7 +32,7 @@ const RVGitErrorTable& RVGitRmCommand::gitErrorDefinitions() {
             .exitCode(1)
             .standardError("error: the following file"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitRmCommand::gitCommandWillInitialize() {

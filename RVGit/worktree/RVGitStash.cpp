@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/history/RVGitCommit.h"
@@ -159,10 +160,10 @@ std::shared_ptr<RVGitCommit> RVGitStash::commit() {
 }
 
 std::uint64_t RVGitStash::index() const {
-    static const RVRegularExpression expression(R"(refs\/stash\@\{([0-9]+)\})",
-                                                RVRegularExpression::CaseInsensitive);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(refs\/stash\@\{([0-9]+)\})", RVRegularExpression::CaseInsensitive);
     const std::string name = ref_->fullRefName().value_or("");
-    const auto groups = expression.firstMatch(name);
+    const auto groups = expression->firstMatch(name);
     if (groups.size() != 2)
         throw RVInternalInconsistencyException("\"" + name + "\" is no entry of the stash list");
     return static_cast<std::uint64_t>(integerValue(*groups[1]));

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
@@ -67,13 +68,13 @@ std::shared_ptr<RVGitStashCommand> RVGitStashCommand::gitShowStashCommandWithRep
 }
 
 const RVGitErrorTable& RVGitStashCommand::gitErrorDefinitions() {
-    static const std::string tooFewEntries = R"(fatal: Log for 'stash' only has (\d+) entries)";
-    static const std::string noStash = "No stash found";
-    static const std::string unknownStash = R"(fatal: ambiguous argument 'stash@\{(\d+)\}': )"
-                                            "unknown revision or path not in the working tree";
-    static const std::string localChanges =
+    constexpr const char* tooFewEntries = R"(fatal: Log for 'stash' only has (\d+) entries)";
+    constexpr const char* noStash = "No stash found";
+    constexpr const char* unknownStash = R"(fatal: ambiguous argument 'stash@\{(\d+)\}': )"
+                                         "unknown revision or path not in the working tree";
+    constexpr const char* localChanges =
         "Your local changes to the following files would be overwritten";
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitSaveStashInitialCommitError)
             .command("stash")
             .exitCode(1)
@@ -145,7 +146,7 @@ const RVGitErrorTable& RVGitStashCommand::gitErrorDefinitions() {
             .exitCode(128)
             .standardError(localChanges),
     };
-    return table;
+    return *table;
 }
 
 void RVGitStashCommand::gitCommandWillInitialize() {

@@ -1,5 +1,6 @@
 #include "RVGit/worktree/RVGitUpdateIndexCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 
 RVGitUpdateIndexCommand::RVGitUpdateIndexCommand(const std::shared_ptr<RVGitRepository>& repository)
@@ -15,13 +16,13 @@ RVGitUpdateIndexCommand::gitUpdateIndexCommandWithRepository(
 }
 
 const RVGitErrorTable& RVGitUpdateIndexCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitUpdateIndexNoSuchFileError)
             .command("update-index")
             .exitCode(128)
             .standardError("fatal: Unable to mark file"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitUpdateIndexCommand::gitCommandWillInitialize() {

@@ -211,7 +211,7 @@ RVGitWorkingTreeEntryLoader::loadIndexEntriesForFilePath(const std::optional<std
 RVGitFileMode RVGitWorkingTreeEntryLoader::fileModeForFileAtPath(
     const std::string& absolutePath) const {
     struct stat attributes;
-    if (lstat(absolutePath.c_str(), &attributes) != 0)
+    if (holdsNUL(absolutePath) || lstat(absolutePath.c_str(), &attributes) != 0)
         return RVGitFileModeNone;
     if (S_ISDIR(attributes.st_mode))
         return RVGitFileModeDirectory;

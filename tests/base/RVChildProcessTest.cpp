@@ -279,6 +279,32 @@ TEST(RVChildProcessTest, LaunchFailuresGiveTheSystemsReason) {
     EXPECT_EQ(run(launch).launchError, ENOTDIR);
 }
 
+TEST(RVChildProcessTest, NothingThatHoldsANULIsLaunched) {
+    using namespace std::string_literals;
+    const auto changed = [](const std::function<void(RVChildProcess::Launch&)>& change) {
+        RVChildProcess::Launch launch = shell("exit 0");
+        change(launch);
+        return launch;
+    };
+    const std::vector<RVChildProcess::Launch> launches = {
+        changed([](auto& launch) { launch.path = "/bin/sh\0x"s; }),
+        changed([](auto& launch) { launch.arguments.push_back("notes\0yz"s); }),
+        changed([](auto& launch) { launch.arguments.push_back("\0"s); }),
+        changed([](auto& launch) { launch.environment["NAME"] = "value\0"s; }),
+        changed([](auto& launch) { launch.environment["NAME\0x"s] = "value"; }),
+        changed([](auto& launch) { launch.workingDirectory = "/usr\0x"s; }),
+        changed(
+            [](auto& launch) { launch.standardInput = RVStandardInput::file("/dev/null\0x"s); }),
+    };
+    for (std::size_t index = 0; index < launches.size(); ++index)
+        EXPECT_EQ(run(launches[index]).launchError, EINVAL) << index;
+    // What is read from a pipe is not cut, and may hold anything.
+    EXPECT_EQ(run(changed([](auto& launch) {
+                  launch.standardInput = RVStandardInput::data("\0"s);
+              })).launchError,
+              0);
+}
+
 TEST(RVChildProcessTest, TerminateEndsTheChildAndWhatItStarted) {
     RVChildProcess process;
     std::string output;

@@ -124,6 +124,33 @@ TEST_F(RVFileManagerTest, FileThatGivesNoSizeIsReadToItsEnd) {
     EXPECT_EQ(RVFileManager::contentsOfFileAtPath("/dev/null"), "");
 }
 
+TEST_F(RVFileManagerTest, PathWithANULIsNotCutOffThere) {
+    const std::string suffix("\0yz", 3);
+    const std::string file = writeFile("notes", "text") + suffix;
+    const std::string directory = makeDirectory("folder") + suffix;
+    std::filesystem::create_symlink("notes", scratchPath("link"));
+    const std::string link = scratchPath("link") + suffix;
+    EXPECT_FALSE(RVFileManager::fileExistsAtPath(file));
+    EXPECT_FALSE(RVFileManager::isDirectoryAtPath(directory));
+    EXPECT_FALSE(RVFileManager::isSymbolicLinkAtPath(link));
+    EXPECT_FALSE(RVFileManager::isReadableFileAtPath(file));
+    EXPECT_FALSE(RVFileManager::isWritableFileAtPath(file));
+    EXPECT_FALSE(RVFileManager::isExecutableFileAtPath("/bin/sh" + suffix));
+    EXPECT_FALSE(RVFileManager::isEmptyDirectoryAtPath(directory, &error));
+    expectError(EINVAL, directory);
+    EXPECT_THAT(RVFileManager::namesInDirectoryAtPath(directory, &error), IsEmpty());
+    expectError(EINVAL, directory);
+    EXPECT_FALSE(RVFileManager::contentsOfFileAtPath(file, &error));
+    expectError(EINVAL, file);
+    EXPECT_FALSE(RVFileManager::destinationOfSymbolicLinkAtPath(link, &error));
+    expectError(EINVAL, link);
+    EXPECT_FALSE(RVFileManager::writeFileAtomically(file, "other", 0644, &error));
+    expectError(EINVAL, file);
+    EXPECT_FALSE(RVFileManager::removeItemAtPath(file, &error));
+    expectError(EINVAL, file);
+    EXPECT_EQ(readFile("notes"), "text");
+}
+
 TEST_F(RVFileManagerTest, NamedPipeDoesNotHoldTheReader) {
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     EXPECT_EQ(RVFileManager::contentsOfFileAtPath(path), "");

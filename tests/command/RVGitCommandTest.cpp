@@ -450,7 +450,30 @@ TEST_F(RVGitCommandTest, WhatCannotBeLaunchedHasCode100AndNoUserInfo) {
         ASSERT_TRUE(error);
         EXPECT_EQ(error, gitErrorWithCode(RVGitNoGitRepoError));
         EXPECT_FALSE(completed);
+        EXPECT_EQ(command->launchErrorNumber(), command == commands[1] ? EACCES : ENOENT);
         EXPECT_THAT(command->calls, ElementsAre("willInitialize", "didInitialize"));
+    }
+}
+
+TEST_F(RVGitCommandTest, WhatHoldsANULIsNotLaunched) {
+    using namespace std::string_literals;
+    const std::vector<std::function<void(HookedCommand&)>> changes = {
+        [](HookedCommand& command) { command.addGitCommandArgument("notes\0yz"s); },
+        [](HookedCommand& command) { command.addGitOption("-c\0"s); },
+        [](HookedCommand& command) { command.setGitDirectoryPath(".git\0x"s); },
+        [](HookedCommand& command) {
+            command.setValueForEnvironmentVariable("a\0b"s, "GIT_EDITOR");
+        },
+    };
+    for (const auto& change : changes) {
+        auto command = scripted(": > \"$MARKER\"");
+        command->setValueForEnvironmentVariable(scratchPath("launched"), "MARKER");
+        change(*command);
+        std::optional<RVError> error;
+        EXPECT_FALSE(command->run(&error));
+        EXPECT_EQ(error, gitErrorWithCode(RVGitNoGitRepoError));
+        EXPECT_EQ(command->launchErrorNumber(), EINVAL);
+        EXPECT_FALSE(fileExists("launched"));
     }
 }
 

@@ -191,6 +191,7 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, TheModeIsThatOfTheItemItself) {
     EXPECT_EQ(mode("pipe"), 0u);
     EXPECT_EQ(mode("missing"), 0u);
     EXPECT_EQ(mode("regular/below"), 0u);
+    EXPECT_EQ(mode(std::string("regular\0below", 13)), 0u);
 }
 
 // The merge.

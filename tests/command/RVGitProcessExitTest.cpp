@@ -1,0 +1,35 @@
+// What becomes of the library when the process ends.
+
+#include <sstream>
+
+#include "tests/support/RVGitTestCase.h"
+
+namespace {
+
+class RVGitProcessExitTest : public RVGitTestCase {};
+
+TEST_F(RVGitProcessExitTest, TheProcessMayEndWhileCommandsRun) {
+    const std::string repository = initRepository();
+    for (int number = 0; number < 20; ++number) {
+        const std::string text = std::to_string(number);
+        commitFile(repository, "file", text, "Commit " + text);
+        git({"tag", "-m", "Message", "v" + text}, repository);
+    }
+    for (int attempt = 0; attempt < 20; ++attempt) {
+        const auto result = runProgram({RVGIT_LEAVING_PROGRAM, repository, gitPath()});
+        ASSERT_EQ(result.exitCode, 0) << result.standardError;
+        ASSERT_EQ(result.standardError, "");
+    }
+}
+
+TEST_F(RVGitProcessExitTest, TheLibraryDestroysNothingAtTheEndOfTheProcess) {
+    // What a compiler calls for each static that has a destructor.
+    const auto symbols = runProgram({"nm", "-A", "-u", RVGIT_STATIC_LIBRARY});
+    ASSERT_EQ(symbols.exitCode, 0) << symbols.standardError;
+    EXPECT_THAT(symbols.standardOutput, testing::HasSubstr("posix_spawn"));
+    std::istringstream lines(symbols.standardOutput);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_THAT(line, testing::Not(testing::HasSubstr("__cxa_atexit")));
+}
+
+}  // namespace
