@@ -11,6 +11,8 @@
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
+#include "RVGit/remotes/RVGitPullCommand.h"
+#include "RVGit/remotes/RVGitPushCommand.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
@@ -31,6 +33,8 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLFSCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitPullCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitPushCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
