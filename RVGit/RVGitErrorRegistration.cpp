@@ -13,6 +13,8 @@
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
 #include "RVGit/remotes/RVGitPullCommand.h"
 #include "RVGit/remotes/RVGitPushCommand.h"
+#include "RVGit/remotes/RVGitBranchCommand.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
@@ -28,6 +30,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitArchiveCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitBranchCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
@@ -35,6 +38,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitPullCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitPushCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitRemoteCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRmCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
