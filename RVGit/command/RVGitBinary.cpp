@@ -75,3 +75,8 @@ std::optional<std::string> RVGitBinary::gitBinaryVersion() {
     return stringByTrimmingWhitespaceAndNewline(
         stringByReplacingOccurrences(output, "git version", ""));
 }
+
+std::vector<std::string> RVGitBinary::defaultOptionsForUntrustedRepositories() {
+    return {"-c", "core.fsmonitor=false",    "-c", "core.hooksPath=/dev/null",
+            "-c", "protocol.ext.allow=never"};
+}

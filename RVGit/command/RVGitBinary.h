@@ -56,6 +56,12 @@ public:
         defaultOptions_ = std::move(options);
     }
 
+    /// What keeps a repository that a stranger made from running programs of its own: no hooks, no
+    /// file-system monitor, no transport that is a program. For setDefaultOptions() of a binary
+    /// with which such a repository is opened; filters, diff and merge drivers, and aliases of the
+    /// repository's configuration are left to git.
+    [[nodiscard]] static std::vector<std::string> defaultOptionsForUntrustedRepositories();
+
     /// Runs "git --version" and returns what it says behind "git version"; absent if it fails.
     [[nodiscard]] std::optional<std::string> gitBinaryVersion();
 
