@@ -43,11 +43,12 @@ bool RVGitLFSTestCase::withPrivateTemporaryDirectory(const std::function<void()>
     const std::string& root = RVGitTestEnvironment::rootDirectory();
     // A thread has mounts of its own if it asks for them, and so has all that it starts.
     std::thread([&] {
+        mounted = ::unshare(CLONE_NEWNS) == 0 &&
+                  ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+        // What a mount hides can still be reached by an open descriptor.
         const int directory = ::open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
         const std::string source = "/proc/thread-self/fd/" + std::to_string(directory);
-        mounted = ::unshare(CLONE_NEWNS) == 0 &&
-                  ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-                  ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
+        mounted = mounted && ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
         if (mounted && root.starts_with("/tmp/")) {
             std::filesystem::create_directories(root);
             mounted = ::mount(source.c_str(), root.c_str(), nullptr, MS_BIND, nullptr) == 0;
