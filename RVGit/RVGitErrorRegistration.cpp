@@ -1,5 +1,6 @@
 #include "RVGit/RVGitErrorRegistration.h"
 
+#include "RVGit/archive/RVGitArchiveCommand.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitCommandErrorDefinitionManager.h"
 #include "RVGit/diff/RVGitApplyCommand.h"
@@ -10,6 +11,7 @@
 #include "RVGit/merge/RVGitMergeToolCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
+#include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
@@ -32,6 +34,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitCommand::sharedGitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitAddCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitApplyCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitArchiveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitBranchCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCheckoutCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitCherryPickCommand::gitErrorDefinitions());
@@ -39,6 +42,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMergeCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMergeToolCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitLFSCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRebaseCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRemoteCommand::gitErrorDefinitions());
