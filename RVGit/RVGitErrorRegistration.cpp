@@ -7,6 +7,7 @@
 #include "RVGit/history/RVGitRevListCommand.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitMergeToolCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
@@ -32,6 +33,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitConfigCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitLogCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMergeCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitMergeToolCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitMoveCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRebaseCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitRevListCommand::gitErrorDefinitions());

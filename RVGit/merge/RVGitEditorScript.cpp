@@ -20,11 +20,11 @@ bool isReadByShell(char character) {
 
 }  // namespace
 
-bool isPlainShellWord(std::string_view text) {
+bool rvgit::isPlainShellWord(std::string_view text) {
     return !text.empty() && std::ranges::none_of(text, isReadByShell);
 }
 
-std::string editorCommandForScriptPath(std::string_view path) {
+std::string rvgit::editorCommandForScriptPath(std::string_view path) {
     if (isPlainShellWord(path))
         return std::string(path);
     std::string quoted = "'";
@@ -37,7 +37,7 @@ std::string editorCommandForScriptPath(std::string_view path) {
     return quoted + '\'';
 }
 
-std::optional<std::string> temporarySequenceEditorScript(
+std::optional<std::string> rvgit::temporarySequenceEditorScript(
     RVGitSequenceInstruction::List sequenceInstructions, RVErrorPlace error) {
     std::string path = RVFileManager::temporaryFilePath();
     if (!RVGitSequenceEditor::createGitSequenceEditorScriptAtURL(
@@ -46,8 +46,8 @@ std::optional<std::string> temporarySequenceEditorScript(
     return path;
 }
 
-std::optional<std::string> temporaryCommitMessageEditorScript(const std::string& commitMessage,
-                                                              RVErrorPlace error) {
+std::optional<std::string> rvgit::temporaryCommitMessageEditorScript(
+    const std::string& commitMessage, RVErrorPlace error) {
     if (!RVGitCommitMessageEditor::isCommitMessageSafe(commitMessage)) {
         fillErrorPlace(error, gitErrorWithCode(RVGitRVGitGenericError));
         return std::nullopt;

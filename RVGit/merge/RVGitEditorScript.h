@@ -5,7 +5,10 @@
 #include <string_view>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/merge/RVGitSequenceInstruction.h"
+
+inline namespace RVGIT_EXPORT rvgit {
 
 // The scripts that git runs in place of an editor, while it rewrites history: each is written to a
 // new temporary file and stays there, since git may run it again when the operation is continued.
@@ -26,3 +29,5 @@
 /// with code 1.
 [[nodiscard]] std::optional<std::string> temporaryCommitMessageEditorScript(
     const std::string& commitMessage, RVErrorPlace error = nullptr);
+
+}  // namespace rvgit

@@ -12,8 +12,10 @@
 #include "RVGit/base/RVTypes.h"
 
 class RVGitCommand;
+class RVGitCommit;
 class RVGitIndex;
 class RVGitMergeSequenceContentParser;
+class RVGitMergeTreeEntry;
 class RVGitRepository;
 class RVGitWorkingTreeManager;
 enum RVGitIndexStage : std::uint64_t;
@@ -260,6 +262,115 @@ public:
     [[nodiscard]] bool restoreUnmergedVersionForFiles(const std::vector<std::string>& filePaths,
                                                       const std::optional<std::string>& inDirectory,
                                                       RVErrorPlace error = nullptr);
+
+    // Rewriting: each is one interactive rebase of HEAD's branch, of which the whole list of steps
+    // is known beforehand, so that git asks nobody. Revisions are full commit hashes, a list of
+    // them runs from the newest to the oldest, and an empty one is done with at once.
+    //
+    // All commits from HEAD down to the oldest that is named become steps, merges and the commits
+    // of merged branches among them: where there are such, git stops as it does at any merge in a
+    // list, and abortRebase() puts everything back. A step that conflicts is code 2200 and leaves
+    // the rebase under way: resolve and continue, or abort. Nothing is done, with code 1900, if a
+    // revision that is named is not in HEAD's history. The scripts stay in the temporary directory.
+
+    /// Moves the commits, in one block and the order that they have, to right above one other,
+    /// which may be older than all of them. One that is moved itself counts as the oldest that
+    /// stays.
+    [[nodiscard]] bool moveRevisionsAboveRevision(const std::vector<std::string>& revisions,
+                                                  const std::string& aboveRevision,
+                                                  RVErrorPlace error = nullptr);
+    /// The same to right below it.
+    [[nodiscard]] bool moveRevisionsBelowRevision(const std::vector<std::string>& revisions,
+                                                  const std::string& belowRevision,
+                                                  RVErrorPlace error = nullptr);
+    [[nodiscard]] bool moveRevisions(const std::vector<std::string>& revisions,
+                                     const std::string& revision, bool insertBelow,
+                                     RVErrorPlace error = nullptr);
+    [[nodiscard]] bool deleteRevisions(const std::vector<std::string>& revisions,
+                                       RVErrorPlace error = nullptr);
+    /// Makes one commit of the commits, with the message that git proposes: all of theirs, without
+    /// the lines that git takes for comments. With a target they go into it; without one into the
+    /// oldest of them, and that moves down to where the range begins. False with an empty place for
+    /// fewer than two without a target, and for a target that is one of the commits.
+    [[nodiscard]] bool squashRevisions(const std::vector<std::string>& revisions,
+                                       RVErrorPlace error = nullptr);
+    [[nodiscard]] bool squashRevisions(const std::vector<std::string>& revisions,
+                                       const std::optional<std::string>& targetRevision,
+                                       RVErrorPlace error = nullptr);
+    /// The same, keeping the message of the commit that the others go into.
+    [[nodiscard]] bool fixupRevisions(const std::vector<std::string>& revisions,
+                                      RVErrorPlace error = nullptr);
+    [[nodiscard]] bool fixupRevisions(const std::vector<std::string>& revisions,
+                                      const std::optional<std::string>& targetRevision,
+                                      RVErrorPlace error = nullptr);
+    /// `command` is RVGitSequenceInstructionCommandSquash or ...Fixup.
+    [[nodiscard]] bool combineRevisions(const std::vector<std::string>& revisions,
+                                        const std::optional<std::string>& targetRevision,
+                                        const std::string& command, RVErrorPlace error = nullptr);
+    /// Lines of the message that begin with "#" are kept, blank lines at its ends and blanks at the
+    /// ends of lines are not; an empty one makes git stop. A message that cannot be handed over to
+    /// git is refused: see temporaryCommitMessageEditorScript(). If an older step stops first, the
+    /// message is not used: give it to continueRebaseWithCommitMessage().
+    [[nodiscard]] bool setCommitMessage(const std::string& commitMessage,
+                                        const std::string& forRevision,
+                                        RVErrorPlace error = nullptr);
+    /// Has the rebase stop behind the commit and takes it apart: HEAD is its parent, and its
+    /// changes lie in the working tree (those of a root commit, which stays, are taken out of the
+    /// index). continueRebase() goes on when something has been committed.
+    [[nodiscard]] bool editRevision(const std::string& revision, RVErrorPlace error = nullptr);
+    /// With `amends` the commit stays as it is, to be amended.
+    [[nodiscard]] bool editRevision(const std::string& revision, bool amends,
+                                    RVErrorPlace error = nullptr);
+    /// Moves the chosen commits of a branch, and no others, onto the target, and the branch with
+    /// them; "rebase.missingCommitsCheck=error" of the user forbids it. No log is read: a revision
+    /// that a shell would read is refused with code 1, and what is no commit of the branch is git's
+    /// business. `options` are RVGitRebaseOption...
+    [[nodiscard]] bool rebaseOntoWithRevision(const std::string& revision,
+                                              const std::vector<std::string>& selectedRevisions,
+                                              const std::optional<std::string>& targetBaseRevision,
+                                              const std::optional<RVOptions>& options,
+                                              RVErrorPlace error = nullptr);
+
+    /// The steps of a rebase that includes the revision, from HEAD on down: the range from the
+    /// commit's parent on, or all of HEAD's history for a root commit. Absent, with the error of
+    /// RVGitCommit's queries, on failure.
+    [[nodiscard]] std::optional<std::vector<std::shared_ptr<RVGitCommit>>>
+    allCommitsForInteractiveRebaseIncludingRevision(const std::string& revision,
+                                                    RVErrorPlace error = nullptr);
+    /// The same for the last of the revisions (at least one) or, if it is not in that range, the
+    /// target. Give a place, and an empty one: failure is told by it alone.
+    [[nodiscard]] std::optional<std::vector<std::shared_ptr<RVGitCommit>>> allCommitsForRevisions(
+        const std::vector<std::string>& revisions, const std::string& targetRevision,
+        RVErrorPlace error = nullptr);
+
+    // Preview: what a merge would do, without doing it.
+
+    using MergeTreeEntries = std::vector<std::shared_ptr<RVGitMergeTreeEntry>>;
+
+    /// Whether a merge of the first revision into the second would go through, by the three-way
+    /// comparison of git merge-tree: it changes nothing, works with every git and tells of each
+    /// conflict what it is, but knows no renames and one common ancestor only. Use
+    /// conflictingFilePathsForMergingRevision() where the git is new enough and the answer must be
+    /// the merge's own. False with code 2006 for a merge with conflicts, code 1 if there is no
+    /// common ancestor or no such revision.
+    [[nodiscard]] bool canMergeRevision(const std::string& revision,
+                                        const std::string& intoRevision,
+                                        RVErrorPlace error = nullptr);
+    /// The conflicts are left in their place, if it is not null and there are any.
+    [[nodiscard]] bool canMergeRevision(const std::string& revision,
+                                        const std::string& intoRevision,
+                                        MergeTreeEntries* conflicts, RVErrorPlace error = nullptr);
+    /// With a common ancestor of the caller's choice; empty or absent: git's.
+    [[nodiscard]] bool canMergeRevision(const std::string& revision,
+                                        const std::string& intoRevision,
+                                        const std::optional<std::string>& usingBase,
+                                        MergeTreeEntries* conflicts, RVErrorPlace error = nullptr);
+    /// The paths at which `git merge` of the first revision into the second would stop, in git's
+    /// order, renames and several common ancestors included; none if it would go through. Absent
+    /// with code 1 on failure, also where git is older than 2.38, which the error says. It writes
+    /// objects that nothing refers to; see RVGitConflictingFilePathsCommand.
+    [[nodiscard]] std::optional<std::vector<std::string>> conflictingFilePathsForMergingRevision(
+        const std::string& revision, const std::string& intoRevision, RVErrorPlace error = nullptr);
 
 private:
     [[nodiscard]] std::optional<std::string> trimmedFile(std::string_view path) const;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "RVGit/base/RVContainedFiles.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
@@ -17,7 +18,8 @@ constexpr std::size_t maximumFileSize = std::size_t{64} * 1024 * 1024;
 /// The first two words of a line, between white space of any kind; empty views where there are
 /// fewer.
 std::pair<std::string_view, std::string_view> firstTwoWords(std::string_view line) {
-    static const auto& words = *new RVRegularExpression(R"(^([^\t\p{Zs}]+)[\t\p{Zs}]+([^\t\p{Zs}]+))");
+    static const RVNeverDestroyed<RVRegularExpression> words(
+        R"(^([^\t\p{Zs}]+)[\t\p{Zs}]+([^\t\p{Zs}]+))");
     // What git itself writes is plain: "pick HASH subject".
     const auto end = line.find(' ');
     if (end != std::string_view::npos && isASCII(line.substr(0, end))) {
@@ -28,7 +30,7 @@ std::pair<std::string_view, std::string_view> firstTwoWords(std::string_view lin
             hash.find('\t') == std::string_view::npos)
             return {command, hash};
     }
-    const auto components = words.firstMatch(line);
+    const auto components = words->firstMatch(line);
     if (components.empty())
         return {};
     return {*components[1], *components[2]};

@@ -8,11 +8,12 @@
 #include <vector>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/merge/RVGitSequenceInstruction.h"
 
 /// Reads the list of steps that git keeps while a rebase, a cherry-pick or a revert is under way
 /// ("rebase-merge/done", "sequencer/todo"). Used on one thread.
-class RVGitMergeSequenceContentParser {
+class RVGIT_EXPORT RVGitMergeSequenceContentParser {
 public:
     explicit RVGitMergeSequenceContentParser(std::optional<std::string> contents);
     /// Of a file, whose path must be absolute. There are no contents where it cannot be read or is

@@ -3,13 +3,14 @@
 #include <memory>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/merge/RVGitSequenceInstruction.h"
 
 class RVURL;
 
 /// Writes a shell script that git runs as its sequence editor, and that puts a fixed list of
 /// instructions into the file that it is given: a rebase of which each step is known beforehand.
-class RVGitSequenceEditor {
+class RVGIT_EXPORT RVGitSequenceEditor {
 public:
     explicit RVGitSequenceEditor(RVGitSequenceInstruction::List sequenceInstructions);
     [[nodiscard]] static std::shared_ptr<RVGitSequenceEditor>

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
+
 inline constexpr char RVGitSequenceInstructionCommandPick[] = "pick";
 inline constexpr char RVGitSequenceInstructionCommandReword[] = "reword";
 inline constexpr char RVGitSequenceInstructionCommandDrop[] = "drop";
@@ -14,7 +16,7 @@ inline constexpr char RVGitSequenceInstructionCommandRevert[] = "revert";
 
 /// One line of the list that a rebase, a cherry-pick or a revert works off: what is to be done
 /// with which commit. Immutable; readable on any thread.
-class RVGitSequenceInstruction {
+class RVGIT_EXPORT RVGitSequenceInstruction {
 public:
     using List = std::vector<std::shared_ptr<RVGitSequenceInstruction>>;
 
