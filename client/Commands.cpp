@@ -86,6 +86,7 @@ const std::vector<Command>& allCommands() {
         {"abort", "abort     back to where it began", runAbort},
         {"quit", "quit      forgets what is left of a cherry-pick or revert", runQuit},
         {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
+        {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;
 }
