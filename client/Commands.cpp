@@ -85,7 +85,6 @@ const std::vector<Command>& allCommands() {
         {"skip", "skip      goes on without the step that has stopped", runSkip},
         {"abort", "abort     back to where it began", runAbort},
         {"quit", "quit      forgets what is left of a cherry-pick or revert", runQuit},
-        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;
