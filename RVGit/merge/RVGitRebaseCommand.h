@@ -33,10 +33,10 @@ inline constexpr char RVGitRebaseOptionNoVerify[] = "RVGitRebaseOptionNoVerify";
 /// Failure, with the revision under RVGitRevisionErrorKey: code 2200 for a step that has stopped at
 /// conflicts, which leaves the rebase under way; 2201 if nothing has begun since there are changes
 /// that are not committed, 2003 since a rebase is under way; 2202 for a continuation with conflicts
-/// left, 2203 for a rebase of a branch without upstream. From newer gits the changes are code 2201
-/// only if some of them are staged, and the conflicts that are left are code 1; so is anything
-/// else. A revision that begins with "-" is refused with code 1 before anything
-/// runs.
+/// left, 2203 for a rebase of a branch without upstream. Newer gits put some of it in other words:
+/// changes are code 2201 only if some of them are staged, and 1 otherwise; the conflicts that are
+/// left may be code 1, and so is a step without changes. A revision that begins with "-" is refused
+/// with code 1 before anything runs.
 class RVGIT_EXPORT RVGitRebaseCommand : public RVGitCommand {
 public:
     /// Codes that the catalogue does not hold: a rebase is under way already; no upstream.

@@ -1,13 +1,17 @@
 #include "RVGit/worktree/RVGitCommitMessageEditor.h"
 
+#include <cerrno>
+#include <string_view>
 #include <utility>
 
 #include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVString.h"
 #include "RVGit/base/RVURL.h"
 
 namespace {
 
-constexpr char delimiter[] = "7b26278ebfd54ee8ec001b7c668de1137802ad9f63e4ebce3016f69c4f84884b";
+constexpr std::string_view delimiter =
+    "7b26278ebfd54ee8ec001b7c668de1137802ad9f63e4ebce3016f69c4f84884b";
 
 }  // namespace
 
@@ -42,7 +46,11 @@ bool RVGitCommitMessageEditor::isCommitMessageSafe(std::string_view commitMessag
 bool RVGitCommitMessageEditor::createGitCommitMessageEditorScriptAtURL(const RVURL& url,
                                                                        RVErrorPlace error) const {
     requireParameter(url.isFileURL(), "url.isFileURL");
-    const std::string script = std::string("#!/bin/sh\n/bin/cat << '") + delimiter +
-                               "' > \"$1\"\n" + commitMessage_ + "\n" + delimiter;
+    if (!isCommitMessageSafe(commitMessage_)) {
+        fillErrorPlace(error, posixError(EINVAL, url.path()));
+        return false;
+    }
+    const std::string script = "#!/bin/sh\n/bin/cat << '" + std::string(delimiter) +
+                               "' > \"$1\"\n" + commitMessage_ + "\n" + std::string(delimiter);
     return RVFileManager::writeFileAtomically(url.path(), script, 0755, error);
 }
