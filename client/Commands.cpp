@@ -69,6 +69,23 @@ const std::vector<Command>& allCommands() {
          "stash [list | save [-m MESSAGE] [--keep-index] [--include-untracked]\n"
          "        | apply [N] | pop [N] | drop [N]]",
          runStash},
+        {"merge",
+         "merge [--no-commit] [--no-ff] [--squash] [--verify-signatures] [--no-verify] REV",
+         runMerge},
+        {"rebase",
+         "rebase [--keep-empty] [--rebase-merges] [--autosquash] [--no-verify]\n"
+         "         [--onto TARGET [BASE]] REV",
+         runRebase},
+        {"cherry-pick", "cherry-pick [--no-commit] [--ff] [-m PARENT] REV...", runCherryPick},
+        {"revert", "revert [--no-commit] [-m PARENT] REV...", runRevert},
+        {"resolve", "resolve (--add | --remove | --ours | --theirs | --base | --markers) PATH...",
+         runResolve},
+        {"continue", "continue [-m MESSAGE] [--empty]     --empty: commits a step without changes",
+         runContinue},
+        {"skip", "skip      goes on without the step that has stopped", runSkip},
+        {"abort", "abort     back to where it began", runAbort},
+        {"quit", "quit      forgets what is left of a cherry-pick or revert", runQuit},
+        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;

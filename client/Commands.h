@@ -21,6 +21,8 @@ public:
 /// The library has failed.
 struct Failure {
     RVError error;
+    /// What the user can do now; printed below the error.
+    std::string advice = {};
 };
 
 /// The words behind a command's name, taken one after the other.
@@ -90,3 +92,21 @@ void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments argu
               Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
+void runMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runRebase(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runCherryPick(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                   Output& output);
+void runRevert(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runContinue(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runSkip(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runAbort(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runQuit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runResolve(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);

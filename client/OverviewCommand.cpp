@@ -6,6 +6,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
 #include "client/CommitList.h"
+#include "client/OperationText.h"
 
 namespace {
 
@@ -49,6 +50,8 @@ void runOverview(const std::shared_ptr<RVGitRepository>& repository, Arguments a
     if (repository->gitDirectoryPath() != repository->path())
         output << "git    " << printable(repository->gitDirectoryPath().value_or("")) << "\n";
     printHead(*repository, output);
+    if (const std::string underWay = operationText(repository); !underWay.empty())
+        output << "now    " << output.in(Colour::Magenta, underWay) << "\n";
 
     std::optional<RVError> error;
     const auto refs = RVGitRef::allRefsForRepository(repository, std::nullopt, &error);

@@ -136,6 +136,8 @@ int run(std::vector<std::string> words) {
     } catch (const Failure& failure) {
         if (!interrupted)
             printError(failure.error, verbose);
+        if (!interrupted && !failure.advice.empty())
+            std::fprintf(stderr, "%s\n", failure.advice.c_str());
         return interrupted ? exitInterrupted : 1;
     }
     return interrupted ? exitInterrupted : write(output);
