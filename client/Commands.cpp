@@ -85,6 +85,18 @@ const std::vector<Command>& allCommands() {
         {"skip", "skip      goes on without the step that has stopped", runSkip},
         {"abort", "abort     back to where it began", runAbort},
         {"quit", "quit      forgets what is left of a cherry-pick or revert", runQuit},
+        {"move", "move REV... (--above | --below) REV", runMove},
+        {"drop", "drop REV...", runDrop},
+        {"squash", "squash REV... [--into REV]     keeps all messages; into the oldest of several",
+         runSquash},
+        {"fixup", "fixup REV... [--into REV]      keeps one message", runFixup},
+        {"reword", "reword REV -m MESSAGE", runReword},
+        {"edit", "edit [--amend] REV     stops there, with the commit taken apart or to amend",
+         runEdit},
+        {"can-merge", "can-merge REV [INTO]     lists the files that would conflict", runCanMerge},
+        {"mergetool", "mergetool [--tool NAME] [--keep-backup] PATH...", runMergeTool},
+        {"difftool", "difftool [--tool NAME] [--dir-diff] [--staged] [REV...] [-- PATH...]",
+         runDiffTool},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;

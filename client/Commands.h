@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -50,6 +51,10 @@ private:
 /// From here on git takes a path for the file of that name, and not for a pattern that may mean
 /// others. Not for a command that stashes: git stash has patterns of its own.
 void takePathsLiterally();
+
+/// Does this, too, when the user interrupts the client, again and again until it ends: for what
+/// does not run on the queue of all commands.
+void whenInterrupted(std::function<void()> action);
 
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {
@@ -110,3 +115,21 @@ void runQuit(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
              Output& output);
 void runResolve(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                 Output& output);
+void runMove(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runDrop(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runSquash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runFixup(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runReword(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runEdit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runCanMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runMergeTool(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                  Output& output);
+void runDiffTool(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);

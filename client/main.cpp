@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
@@ -26,6 +28,8 @@ namespace {
 
 constexpr int exitInterrupted = 130;
 std::atomic<bool> interrupted = false;
+std::mutex interruptMutex;
+std::function<void()> interruptAction;
 
 void printUsage(std::FILE* stream) {
     std::fputs(
@@ -51,6 +55,8 @@ void cancelCommandsWhenInterrupted() {
         interrupted = true;
         while (true) {
             RVGitCommandQueue::sharedQueue().cancelAllCommands();
+            if (const std::lock_guard lock(interruptMutex); interruptAction)
+                interruptAction();
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     }).detach();
@@ -156,6 +162,11 @@ int run(std::vector<std::string> words) {
 }
 
 }  // namespace
+
+void whenInterrupted(std::function<void()> action) {
+    const std::lock_guard lock(interruptMutex);
+    interruptAction = std::move(action);
+}
 
 int main(int argc, char** argv) {
     cancelCommandsWhenInterrupted();
