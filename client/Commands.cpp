@@ -85,6 +85,7 @@ const std::vector<Command>& allCommands() {
          "remote [list | add NAME URL | rename NAME NEW | remove NAME | set-url [--push] NAME URL]",
          runRemote},
         {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
+        {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;
 }
