@@ -1,6 +1,9 @@
+#include <malloc.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "RVGit/command/RVGitBinary.h"
@@ -88,6 +91,18 @@ std::size_t run(const std::string& path, std::vector<std::string> words) {
     return runBare(words, path).outputBytes;
 }
 
+// What the objects of a list hold beyond the texts of the names, a branch.
+template <typename List>
+double bytesABranch(const std::function<List()>& list) {
+    (void)list();
+    const std::size_t before = mallinfo2().uordblks;
+    const List branches = list();
+    std::size_t bytes = mallinfo2().uordblks - before;
+    for (const auto& branch : branches)
+        bytes -= branch->fullRefName()->size();
+    return static_cast<double>(bytes) / static_cast<double>(branches.size());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -117,6 +132,14 @@ int main(int argc, char** argv) {
     });
     branches.run(21);
     branches.bound("all branches", "three git lines", 1.08);
+    branches.bound("bytes a branch", bytesABranch<RVGitBranch::List>([&] {
+                       return RVGitBranch::allBranchesForRepository(repository).value();
+                   }),
+                   400);
+    branches.bound("bytes a remote branch", bytesABranch<RVGitRemoteBranch::List>([&] {
+                       return RVGitRemoteBranch::allRemoteBranchesForRepository(repository).value();
+                   }),
+                   400);
 
     RVBenchTable remotes(bench, "remotes");
     remotes.add("eight git lines", [&] {
