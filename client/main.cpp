@@ -20,6 +20,7 @@
 #include "RVGit/command/RVGitEnglishTexts.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
+#include "client/Documents.h"
 
 namespace {
 
@@ -87,6 +88,17 @@ int run(std::vector<std::string> words) {
         const std::string& word = words[position];
         if (word == "--help" || word == "-h")
             return printUsage(stdout), finishOutput();
+        if (word == "--version")
+            return std::puts("rvgit " RVGIT_VERSION), finishOutput();
+        // For the build, which installs them.
+        if (word == "--man")
+            return std::fputs(manualPage(RVGIT_VERSION).c_str(), stdout), finishOutput();
+        if (word == "--completion" && position + 1 < words.size()) {
+            const auto script = completionScript(words[position + 1]);
+            if (!script)
+                return complain("there are completions for bash, zsh and fish", 2);
+            return std::fputs(script->c_str(), stdout), finishOutput();
+        }
         if (word == "--verbose")
             verbose = true;
         else if (word == "-C" && position + 1 < words.size())
