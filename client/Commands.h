@@ -21,6 +21,10 @@ public:
 
 /// The library has failed.
 struct Failure {
+    explicit Failure(RVError failure) : error(std::move(failure)) {}
+    /// Nothing came back and no error says why: what was asked for is not there, or git was ended.
+    explicit Failure(const std::optional<RVError>& failure);
+
     RVError error;
     /// What the user can do now; printed below the error.
     std::string advice = {};
@@ -95,6 +99,10 @@ void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
               Output& output);
+void runBranch(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
 void runMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
