@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/eventfd.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -77,8 +78,21 @@ struct Pipe {
 };
 
 int openForReading(const std::string& path, Descriptor& descriptor) {
-    descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    return descriptor.isOpen() ? moveAboveStandardStreams(descriptor) : errno;
+    // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
+    descriptor =
+        Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!descriptor.isOpen() || fstat(descriptor.number(), &status) != 0)
+        return errno;
+    if (!S_ISREG(status.st_mode))
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) & ~O_NONBLOCK);
+    return moveAboveStandardStreams(descriptor);
+}
+
+int duplicate(int number, Descriptor& descriptor) {
+    descriptor = Descriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    return descriptor.isOpen() ? 0 : errno;
 }
 
 void makeNonBlocking(const Descriptor& descriptor) {
@@ -446,6 +460,8 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         failure = input.open();
     if (!failure && launch.standardInput.filePath())
         failure = openForReading(*launch.standardInput.filePath(), input.readEnd);
+    if (!failure && launch.standardInput.descriptor() >= 0)
+        failure = duplicate(launch.standardInput.descriptor(), input.readEnd);
     Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!failure && !wake.isOpen())
         failure = errno;
