@@ -66,6 +66,8 @@ struct Command {
     std::string_view usage;
     void (*run)(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                 Output& output);
+    /// Without it, the repository is null.
+    bool needsRepository = true;
 };
 
 /// All commands, in the order in which help lists them.
@@ -141,3 +143,15 @@ void runMergeTool(const std::shared_ptr<RVGitRepository>& repository, Arguments 
                   Output& output);
 void runDiffTool(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                  Output& output);
+void runClone(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runFetch(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runPull(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runPush(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runLsRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runCredential(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                   Output& output);
