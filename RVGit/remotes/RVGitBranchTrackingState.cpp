@@ -37,9 +37,7 @@ bool readTrack(std::string_view text, RVGitBranchTrackingState& state) {
         return true;
     }
     const auto ahead = takeCount(text, "ahead ");
-    if (ahead && text.starts_with(", "))
-        text.remove_prefix(2);
-    const auto behind = takeCount(text, "behind ");
+    const auto behind = takeCount(text, ahead ? ", behind " : "behind ");
     state.commitsAhead = ahead.value_or(0);
     state.commitsBehind = behind.value_or(0);
     return (ahead || behind) && text.empty();
