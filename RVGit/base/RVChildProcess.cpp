@@ -15,6 +15,7 @@
 #include <csignal>
 #include <utility>
 
+#include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 
 using Clock = std::chrono::steady_clock;
@@ -197,10 +198,13 @@ int spawn(const RVChildProcess::Launch& launch, const Descriptor& input, const D
 
     std::vector<std::string> arguments;
     arguments.reserve(launch.arguments.size() + 1);
+    // Relative to this process, as it was when somebody looked whether the file is there; the child
+    // would take it relative to its working directory.
+    const std::string path = RVFileManager::absolutePath(launch.path);
     arguments.push_back(launch.path);
     arguments.insert(arguments.end(), launch.arguments.begin(), launch.arguments.end());
     const std::vector<std::string> environment = environmentStrings(launch.environment);
-    return posix_spawn(&pid, launch.path.c_str(), actions, &settings.attributes,
+    return posix_spawn(&pid, path.c_str(), actions, &settings.attributes,
                        pointersToStrings(arguments).data(), pointersToStrings(environment).data());
 }
 
@@ -218,7 +222,7 @@ public:
         if (input_.isOpen())
             makeNonBlocking(input_);
     }
-    // An exception of a handler leaves the loop early: the child goes with it.
+    // For an exception that is no handler's: the child goes with it.
     ~Pump() {
         if (reaped_)
             return;
@@ -247,7 +251,7 @@ public:
                 feedInput();
             for (Output& output : outputs_)
                 if (output.events)
-                    drain(output);
+                    drainUnlessItThrows(output);
             if (!exitedAt_ && hasExited()) {
                 exitedAt_ = lastByteAt_ = Clock::now();
                 isQuiet_ = false;
@@ -261,6 +265,7 @@ public:
     }
 
     int exitCode() const { return exitCode_; }
+    const std::exception_ptr& exception() const { return exception_; }
 
 private:
     struct Output {
@@ -344,6 +349,20 @@ private:
         input_.close();
     }
 
+    void drainUnlessItThrows(Output& output) {
+        try {
+            drain(output);
+        } catch (...) {
+            // The second time it is no handler: there is no memory for what the child still says.
+            if (exception_)
+                output.descriptor.close();
+            else
+                exception_ = std::current_exception();
+            if (!cancelledAt_)
+                beginTermination(Clock::now());
+        }
+    }
+
     // Takes what one read gives, so that both outputs and the input have their turn.
     void drain(Output& output) {
         const std::size_t room = output.pipeEnlarged ? largePipeCapacity : pipeCapacity;
@@ -362,7 +381,7 @@ private:
             fcntl(output.descriptor.number(), F_SETPIPE_SZ, largePipeCapacity);
             output.pipeEnlarged = true;
         }
-        if (*output.handler)
+        if (*output.handler && !exception_)
             (*output.handler)({tail, static_cast<std::size_t>(count)});
     }
 
@@ -403,6 +422,7 @@ private:
     bool killed_ = false;
     bool reaped_ = false;
     int exitCode_ = unknownExitCode;
+    std::exception_ptr exception_;
 };
 
 // Lets terminate() reach the pump while it runs.
@@ -465,6 +485,7 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         const WakeRegistration registration(*this, wake.number());
         pump.run();
         exitCode_ = pump.exitCode();
+        handlerException_ = pump.exception();
     }
     standardOutput_->shrinkToFit();
     standardError_->shrinkToFit();

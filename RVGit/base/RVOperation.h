@@ -27,7 +27,8 @@ public:
 
     /// Blocks until the work has finished, and rethrows the exception that ended it, if any. On
     /// a thread of the queue that the operation still waits in, it is run there and then, so that
-    /// a queue cannot wait for itself.
+    /// a queue cannot wait for itself. Throws RVInternalInconsistencyException where the wait could
+    /// never end: in a handler or hook of the operation itself, or of one that it waits for.
     void waitUntilFinished();
 
     using CompletionBlock = std::function<void(RVOperation&)>;
@@ -49,6 +50,8 @@ protected:
 
 private:
     friend class RVOperationQueue;
+    class Execution;
+    class Wait;
     enum class State { Ready, Executing, Finished };
 
     /// Runs main() unless the operation was cancelled or run before; never throws.
@@ -58,5 +61,7 @@ private:
     std::atomic<State> state_ = State::Ready;
     std::atomic<bool> cancelled_ = false;
     std::exception_ptr exception_;
+    /// What the thread that runs this operation waits for; guarded by the lock of all waits.
+    const RVOperation* awaited_ = nullptr;
     CompletionBlock completionBlock_;
 };

@@ -93,8 +93,11 @@ std::optional<std::string> RVGitRepository::temporaryAllowedSignersFilePath() {
     std::optional<std::string> result;
     temporaryAllowedSignersFileLock().runBlock([&result] {
         auto& path = TemporaryAllowedSignersFile::shared().path;
-        if (!path || !RVFileManager::fileExistsAtPath(*path))
+        if (!path || !RVFileManager::fileExistsAtPath(*path)) {
             path = RVFileManager::createEmptyTemporaryFile();
+            if (path)
+                RVFileManager::removeFileAtExit(*path);
+        }
         result = path;
     });
     return result;

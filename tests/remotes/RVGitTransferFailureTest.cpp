@@ -219,6 +219,7 @@ TEST_F(RVGitTransferFailureTest, AServerThatSaysNothingIsEndedByCancel) {
         command->enqueueCommand();
         while (silent.numberOfConnections() == before)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_FALSE(launchedProcesses().empty());
         command->cancel();
         EXPECT_TRUE(launchedProcessesEndWithin(2)) << scheme;
         command->waitUntilFinished();

@@ -312,6 +312,7 @@ bool RVTestWebServer::startOnPorts(const std::string& directory, const std::stri
     std::string variables;
     for (const auto& [name, value] : serverEnvironment(directory))
         variables += "\"" + name + "\" => \"" + value + "\", ";
+    // Its HTTP/2 breaks off long uploads to a program.
     writeTestFile(
         directory + "/configuration",
         "server.modules = (\"mod_access\", \"mod_alias\", \"mod_redirect\", \"mod_setenv\", "
@@ -319,6 +320,7 @@ bool RVTestWebServer::startOnPorts(const std::string& directory, const std::stri
         "server.document-root = \"" +
             directory +
             "/documents\"\n"
+            "server.feature-flags = (\"server.h2proto\" => \"disable\")\n"
             "server.bind = \"127.0.0.1\"\nserver.port = " +
             std::to_string(httpPort_) + "\nserver.errorlog = \"" + directory +
             "/log\"\nserver.upload-dirs = (\"" + directory +
