@@ -70,6 +70,23 @@ const std::vector<Command>& allCommands() {
          "        | apply [N] | pop [N] | drop [N]]",
          runStash},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
+        {"clone",
+         "clone [--bare] [--recursive] [--depth N] [--filter FILTER] [--single-branch] URL [PATH]",
+         runClone, false},
+        {"fetch",
+         "fetch [--prune] [--tags] [--recurse-submodules] [--depth N | --unshallow]\n"
+         "        [REMOTE [REFSPEC]]",
+         runFetch},
+        {"pull", "pull [--rebase] [--no-verify] [REMOTE [REFSPEC]]", runPull},
+        {"push",
+         "push [--force | --force-with-lease | --delete] [--tags] [--no-verify] [REMOTE "
+         "[REFSPEC...]]",
+         runPush},
+        {"ls-remote", "ls-remote [--heads] [--tags] URL", runLsRemote, false},
+        {"credential",
+         "credential fill | approve | reject URL     approve reads a name and a password, each "
+         "on a line",
+         runCredential, false},
     };
     return commands;
 }

@@ -55,6 +55,8 @@ struct Command {
     std::string_view usage;
     void (*run)(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                 Output& output);
+    /// Without it, the repository is null.
+    bool needsRepository = true;
 };
 
 /// All commands, in the order in which help lists them.
@@ -90,3 +92,15 @@ void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments argu
               Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
+void runClone(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runFetch(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runPull(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runPush(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runLsRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runCredential(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                   Output& output);

@@ -117,15 +117,24 @@ int run(std::vector<std::string> words) {
     // A repository knows its paths from the root on.
     std::error_code ignored;
     path = standardizedPath(std::filesystem::absolute(path, ignored).string());
-    const auto repository = RVGitRepository::repositoryWithPath(path);
-    if (interrupted)
-        return exitInterrupted;
-    if (!repository->isValid()) {
-        std::string message = "there is no repository at " + printable(path);
-        const auto reason = RVGitRepository::reasonForInvalidRepositoryAtPath(path).value_or("");
-        for (const std::string& line : componentsSeparatedByString(reason, "\n"))
-            message += "\n" + printable(line);
-        return complain(message, 1);
+    std::shared_ptr<RVGitRepository> repository;
+    if (command->needsRepository) {
+        repository = RVGitRepository::repositoryWithPath(path);
+        if (interrupted)
+            return exitInterrupted;
+        if (!repository->isValid()) {
+            std::string message = "there is no repository at " + printable(path);
+            const auto reason =
+                RVGitRepository::reasonForInvalidRepositoryAtPath(path).value_or("");
+            for (const std::string& line : componentsSeparatedByString(reason, "\n"))
+                message += "\n" + printable(line);
+            return complain(message, 1);
+        }
+    } else {
+        // What it names is named from there.
+        std::filesystem::current_path(path, ignored);
+        if (ignored)
+            return complain("there is no directory " + printable(path), 1);
     }
 
     Output output(isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
