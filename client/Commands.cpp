@@ -3,6 +3,14 @@
 #include <charconv>
 
 #include "RVGit/command/RVGitCommandEnvironment.h"
+#include "RVGit/command/RVGitError.h"
+
+Failure::Failure(const std::optional<RVError>& failure)
+    : error(failure.value_or(
+          RVError(RVGitErrorDomain, RVGitRVGitGenericError,
+                  {{RVLocalizedDescriptionErrorKey, "Nothing Found"},
+                   {RVLocalizedFailureReasonErrorKey,
+                    "What was asked for is not there, and git gave no reason."}}))) {}
 
 std::optional<std::string> Arguments::next() {
     if (position_ == words_.size())
@@ -69,6 +77,14 @@ const std::vector<Command>& allCommands() {
          "stash [list | save [-m MESSAGE] [--keep-index] [--include-untracked]\n"
          "        | apply [N] | pop [N] | drop [N]]",
          runStash},
+        {"branch",
+         "branch [list | create NAME [REV] | rename [--force] NAME NEW | delete [--force] NAME...\n"
+         "        | track NAME UPSTREAM | untrack NAME]",
+         runBranch},
+        {"remote",
+         "remote [list | add NAME URL | rename NAME NEW | remove NAME | set-url [--push] NAME URL]",
+         runRemote},
+        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
         {"clone",
          "clone [--bare] [--recursive] [--depth N] [--filter FILTER] [--single-branch] URL [PATH]",

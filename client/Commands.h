@@ -20,6 +20,10 @@ public:
 
 /// The library has failed.
 struct Failure {
+    explicit Failure(RVError failure) : error(std::move(failure)) {}
+    /// Nothing came back and no error says why: what was asked for is not there, or git was ended.
+    explicit Failure(const std::optional<RVError>& failure);
+
     RVError error;
 };
 
@@ -90,6 +94,10 @@ void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
               Output& output);
+void runBranch(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
 void runClone(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,

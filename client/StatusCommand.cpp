@@ -61,7 +61,7 @@ void runStatus(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     auto entries =
         RVGitWorkingTreeEntry::allWorkingTreeEntriesForRepository(repository, options, &error);
     if (!entries)
-        throw Failure{*error};
+        throw Failure(error);
     std::ranges::sort(*entries, {}, [](const auto& entry) { return entry->filePath(); });
     for (const Group& group : groups) {
         std::string files;
