@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -52,6 +53,10 @@ private:
 /// From here on git takes a path for the file of that name, and not for a pattern that may mean
 /// others. Not for a command that stashes: git stash has patterns of its own.
 void takePathsLiterally();
+
+/// Called on another thread, again and again, once the user interrupts: for what runs outside the
+/// library's shared queue.
+void cancelWhenInterrupted(std::function<void()> cancel);
 
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {
@@ -112,3 +117,9 @@ void runLsRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments a
                  Output& output);
 void runCredential(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                    Output& output);
+void runArchive(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);
+void runSVN(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);

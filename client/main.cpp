@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
@@ -25,6 +27,8 @@ namespace {
 
 constexpr int exitInterrupted = 130;
 std::atomic<bool> interrupted = false;
+std::mutex cancelMutex;
+std::function<void()> cancelOther;
 
 void printUsage(std::FILE* stream) {
     std::fputs(
@@ -50,6 +54,8 @@ void cancelCommandsWhenInterrupted() {
         interrupted = true;
         while (true) {
             RVGitCommandQueue::sharedQueue().cancelAllCommands();
+            if (const std::lock_guard lock(cancelMutex); cancelOther)
+                cancelOther();
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     }).detach();
@@ -151,6 +157,11 @@ int run(std::vector<std::string> words) {
 }
 
 }  // namespace
+
+void cancelWhenInterrupted(std::function<void()> cancel) {
+    const std::lock_guard lock(cancelMutex);
+    cancelOther = std::move(cancel);
+}
 
 int main(int argc, char** argv) {
     cancelCommandsWhenInterrupted();
