@@ -112,7 +112,6 @@ const std::vector<Command>& allCommands() {
         {"remote",
          "remote [list | add NAME URL | rename NAME NEW | remove NAME | set-url [--push] NAME URL]",
          runRemote},
-        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
         {"clone",
          "clone [--bare] [--recursive] [--depth N] [--filter FILTER] [--single-branch] URL [PATH]",
@@ -131,6 +130,19 @@ const std::vector<Command>& allCommands() {
          "credential fill | approve | reject URL     approve reads a name and a password, each "
          "on a line",
          runCredential, false},
+        {"archive", "archive REV FILE [PATH...]     the extension of FILE says which format",
+         runArchive},
+        {"lfs",
+         "lfs install [--local | --system] | track [PATTERN...] | untrack PATTERN...\n"
+         "        | ls-files [REV] | fetch | pull [REMOTE] | push [REMOTE [REF...]] | checkout | "
+         "prune\n"
+         "        | pointer FILE | smudge FILE     what the pointer in FILE stands for",
+         runLFS},
+        {"svn",
+         "svn clone [--stdlayout] [--trunk DIR] [--branches DIR] [--tags DIR] URL [PATH]\n"
+         "        | fetch [REMOTE] | rebase | dcommit [REV]\n"
+         "        | branch | tag [-m MESSAGE] [--destination DIR] [--parents] NAME [REV]",
+         runSVN, false},
     };
     return commands;
 }

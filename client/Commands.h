@@ -24,6 +24,8 @@ struct Failure {
     explicit Failure(RVError failure) : error(std::move(failure)) {}
     /// Nothing came back and no error says why: what was asked for is not there, or git was ended.
     explicit Failure(const std::optional<RVError>& failure);
+    Failure(RVError failure, std::string whatToDo)
+        : error(std::move(failure)), advice(std::move(whatToDo)) {}
 
     RVError error;
     /// What the user can do now; printed below the error.
@@ -55,10 +57,6 @@ private:
 /// From here on git takes a path for the file of that name, and not for a pattern that may mean
 /// others. Not for a command that stashes: git stash has patterns of its own.
 void takePathsLiterally();
-
-/// Does this, too, when the user interrupts the client, again and again until it ends: for what
-/// does not run on the queue of all commands.
-void whenInterrupted(std::function<void()> action);
 
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {
@@ -155,3 +153,9 @@ void runLsRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments a
                  Output& output);
 void runCredential(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                    Output& output);
+void runArchive(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);
+void runSVN(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);
