@@ -13,6 +13,26 @@ class RVRegularExpression;
 
 // Bytes into text. All text in the library is UTF-8.
 
+/// A line that was not UTF-8: where it ends, its "\n" included, among the bytes and in the text.
+struct RVDecodedLine {
+    std::size_t endInBytes = 0;
+    std::size_t endInText = 0;
+};
+
+/// A name or path that many others are compared with as by isEqualToUnicodeString(): it is composed
+/// but once. The text must outlive it.
+class RVGIT_EXPORT RVUnicodeString {
+public:
+    explicit RVUnicodeString(std::string_view text);
+    [[nodiscard]] bool isEqualTo(std::string_view other) const;
+
+private:
+    std::string_view text_;
+    bool isValid_;
+    /// Made when it is first needed.
+    mutable std::optional<std::string> composed_;
+};
+
 inline namespace RVGIT_EXPORT rvgit {
 
 [[nodiscard]] bool isASCII(std::string_view text);
@@ -24,11 +44,6 @@ inline namespace RVGIT_EXPORT rvgit {
 /// nothing is lost. Lines end at "\n".
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes);
 
-/// A line that was not UTF-8: where it ends, its "\n" included, among the bytes and in the text.
-struct RVDecodedLine {
-    std::size_t endInBytes = 0;
-    std::size_t endInText = 0;
-};
 /// The same, telling which lines were not UTF-8, in order: all others have the same bytes in the
 /// text. None are told of text in UTF-16.
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes,
@@ -65,6 +80,25 @@ struct RVDecodedLine {
 /// Equality of names and paths: the same text after canonical composition, so that a letter with
 /// an accent equals its decomposed form. Bytes that are not UTF-8 equal only themselves.
 [[nodiscard]] bool isEqualToUnicodeString(std::string_view left, std::string_view right);
+/// The first element whose text is exactly the one that is looked for, or else the first whose text
+/// is equal to it in that way; the end of the range without either. `textOf` gives the text of an
+/// element, or nothing.
+template <typename Range, typename TextOf>
+[[nodiscard]] auto findByUnicodeString(Range& range, std::string_view text, TextOf textOf) {
+    const RVUnicodeString searched(text);
+    auto found = range.end();
+    for (auto element = range.begin(); element != range.end(); ++element) {
+        const auto& ownText = textOf(*element);
+        const std::optional<std::string_view> candidate = ownText;
+        if (!candidate)
+            continue;
+        if (*candidate == text)
+            return element;
+        if (found == range.end() && searched.isEqualTo(*candidate))
+            found = element;
+    }
+    return found;
+}
 /// Whether the text contains the other in any case of the letters. Every text contains the empty
 /// one.
 [[nodiscard]] bool containsStringSearchingInsensitive(std::string_view text,

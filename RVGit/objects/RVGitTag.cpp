@@ -56,9 +56,10 @@ std::shared_ptr<RVGitTag> RVGitTag::tagForRefName(
     if (!tags)
         return nullptr;
     const std::string fullRefName = RVGitRef::makeFullRefName(refName, RVGitRefTypeTag);
-    for (const auto& tag : *tags)
-        if (isEqualToUnicodeString(*tag->fullRefName(), fullRefName))
-            return tag;
+    const auto found =
+        findByUnicodeString(*tags, fullRefName, [](const auto& tag) { return tag->fullRefName(); });
+    if (found != tags->end())
+        return *found;
     clearErrorPlace(error);
     return nullptr;
 }

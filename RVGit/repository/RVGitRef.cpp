@@ -182,9 +182,8 @@ std::shared_ptr<RVGitRef> RVGitRef::refForFullRefName(
     auto refs = allRefsForRepository(repository, options, error);
     if (!refs)
         return nullptr;
-    auto found = std::find_if(refs->begin(), refs->end(), [&](const auto& ref) {
-        return isEqualToUnicodeString(ref->fullRefName_, fullRefName);
-    });
+    const auto found = findByUnicodeString(
+        *refs, fullRefName, [](const auto& ref) -> std::string_view { return ref->fullRefName_; });
     if (found == refs->end()) {
         clearErrorPlace(error);
         return nullptr;

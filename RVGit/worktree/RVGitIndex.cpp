@@ -71,9 +71,14 @@ std::shared_ptr<RVGitIndexEntry> RVGitIndex::indexEntryForFilePath(const std::st
     const auto entries = indexEntriesForFilePath(filePath, error);
     if (!entries)
         return nullptr;
-    for (const auto& entry : *entries)
-        if (entry->stage() == atStage && isEqualToUnicodeString(entry->filePath(), filePath))
-            return entry;
+    const auto found = findByUnicodeString(
+        *entries, filePath, [&](const auto& entry) -> std::optional<std::string_view> {
+            if (entry->stage() != atStage)
+                return std::nullopt;
+            return entry->filePath();
+        });
+    if (found != entries->end())
+        return *found;
     clearErrorPlace(error);
     return nullptr;
 }

@@ -106,9 +106,11 @@ std::shared_ptr<RVGitWorkingTreeEntry> RVGitWorkingTreeEntry::workingTreeEntryFo
         error);
     if (!entries)
         return nullptr;
-    for (const auto& entry : *entries)
-        if (isEqualToUnicodeString(entry->filePath(), filePath))
-            return entry;
+    const auto found = findByUnicodeString(
+        *entries, filePath,
+        [](const auto& entry) -> std::string_view { return entry->filePath(); });
+    if (found != entries->end())
+        return *found;
     clearErrorPlace(error);
     return nullptr;
 }
