@@ -80,25 +80,6 @@ inline namespace RVGIT_EXPORT rvgit {
 /// Equality of names and paths: the same text after canonical composition, so that a letter with
 /// an accent equals its decomposed form. Bytes that are not UTF-8 equal only themselves.
 [[nodiscard]] bool isEqualToUnicodeString(std::string_view left, std::string_view right);
-/// The first element whose text is exactly the one that is looked for, or else the first whose text
-/// is equal to it in that way; the end of the range without either. `textOf` gives the text of an
-/// element, or nothing.
-template <typename Range, typename TextOf>
-[[nodiscard]] auto findByUnicodeString(Range& range, std::string_view text, TextOf textOf) {
-    const RVUnicodeString searched(text);
-    auto found = range.end();
-    for (auto element = range.begin(); element != range.end(); ++element) {
-        const auto& ownText = textOf(*element);
-        const std::optional<std::string_view> candidate = ownText;
-        if (!candidate)
-            continue;
-        if (*candidate == text)
-            return element;
-        if (found == range.end() && searched.isEqualTo(*candidate))
-            found = element;
-    }
-    return found;
-}
 /// Whether the text contains the other in any case of the letters. Every text contains the empty
 /// one.
 [[nodiscard]] bool containsStringSearchingInsensitive(std::string_view text,

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/objects/RVGitForEachRefTagOutputParser.h"
 #include "RVGit/objects/RVGitTagCommand.h"
@@ -56,8 +57,8 @@ std::shared_ptr<RVGitTag> RVGitTag::tagForRefName(
     if (!tags)
         return nullptr;
     const std::string fullRefName = RVGitRef::makeFullRefName(refName, RVGitRefTypeTag);
-    const auto found =
-        findByUnicodeString(*tags, fullRefName, [](const auto& tag) { return tag->fullRefName(); });
+    const auto found = RVFindUnicodeName(tags->begin(), tags->end(), fullRefName,
+                                         [](const auto& tag) { return tag->fullRefName(); });
     if (found != tags->end())
         return *found;
     clearErrorPlace(error);

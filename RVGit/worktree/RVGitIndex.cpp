@@ -3,23 +3,21 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
 #include "RVGit/worktree/RVGitLsFilesCommand.h"
 
 RVGitIndex::RVGitIndex(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
+    : RVGitRepositoryPart(std::move(repository)) {
+    requireParameter(this->repository() != nullptr, "repository");
 }
 
-RVGitIndex::RVGitIndex(std::weak_ptr<RVGitRepository> owner) : owner_(std::move(owner)) {}
+RVGitIndex::RVGitIndex(std::weak_ptr<RVGitRepository> owner)
+    : RVGitRepositoryPart(std::move(owner)) {}
 
 std::shared_ptr<RVGitIndex> RVGitIndex::indexWithRepository(
     std::shared_ptr<RVGitRepository> repository) {
     return std::make_shared<RVGitIndex>(std::move(repository));
-}
-
-std::shared_ptr<RVGitRepository> RVGitIndex::repository() const {
-    return repository_ ? repository_ : owner_.lock();
 }
 
 std::optional<RVGitIndex::Entries> RVGitIndex::allIndexEntries(RVErrorPlace error) const {
@@ -71,12 +69,12 @@ std::shared_ptr<RVGitIndexEntry> RVGitIndex::indexEntryForFilePath(const std::st
     const auto entries = indexEntriesForFilePath(filePath, error);
     if (!entries)
         return nullptr;
-    const auto found = findByUnicodeString(
-        *entries, filePath, [&](const auto& entry) -> std::optional<std::string_view> {
-            if (entry->stage() != atStage)
-                return std::nullopt;
-            return entry->filePath();
-        });
+    const auto found = RVFindUnicodeName(entries->begin(), entries->end(), filePath,
+                                         [&](const auto& entry) -> std::optional<std::string_view> {
+                                             if (entry->stage() != atStage)
+                                                 return std::nullopt;
+                                             return entry->filePath();
+                                         });
     if (found != entries->end())
         return *found;
     clearErrorPlace(error);

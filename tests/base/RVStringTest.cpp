@@ -1,4 +1,5 @@
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -151,12 +152,13 @@ TEST(RVStringTest, UnicodeEqualityIsThatOfTheComposedForms) {
 TEST(RVStringTest, OfEqualTextsTheSameOneIsFoundFirst) {
     const std::vector<std::string> texts = {"a", "n\u0303", "\u00F1", "\u00F1", ""};
     const auto find = [&](std::string_view text) {
-        const auto found = findByUnicodeString(
-            texts, text, [](const std::string& each) -> std::optional<std::string> {
-                if (each.empty())
-                    return std::nullopt;
-                return each;
-            });
+        const auto found =
+            RVFindUnicodeName(texts.begin(), texts.end(), text,
+                              [](const std::string& each) -> std::optional<std::string> {
+                                  if (each.empty())
+                                      return std::nullopt;
+                                  return each;
+                              });
         return found - texts.begin();
     };
     EXPECT_EQ(find("a"), 0);
@@ -165,8 +167,8 @@ TEST(RVStringTest, OfEqualTextsTheSameOneIsFoundFirst) {
     EXPECT_EQ(find("n"), 5);
     EXPECT_EQ(find(""), 5);
     const std::vector<std::string> decomposed = {"n\u0303"};
-    EXPECT_EQ(findByUnicodeString(decomposed, "\u00F1",
-                                  [](const std::string& each) -> std::string_view { return each; }),
+    EXPECT_EQ(RVFindUnicodeName(decomposed.begin(), decomposed.end(), "\u00F1",
+                                [](const std::string& each) -> std::string_view { return each; }),
               decomposed.begin());
 }
 

@@ -28,6 +28,7 @@ constexpr const char* allowedVariables[] = {
     "RVGIT_TEST_SELECTIONS",
     "RVGIT_TEST_HISTORY",
     "RVGIT_TEST_LONG_LISTS",
+    "RVGIT_TEST_ROUNDS",
 };
 
 std::string root;
