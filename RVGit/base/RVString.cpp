@@ -414,6 +414,10 @@ std::string rvgit::precomposedString(std::string_view text) {
     return composedString(text);
 }
 
+std::string rvgit::foldedString(std::string_view text) {
+    return stringInCaseForm(text, CaseForm::Folded);
+}
+
 std::string rvgit::lowercaseString(std::string_view text) {
     return stringInCaseForm(text, CaseForm::Lower);
 }
