@@ -69,7 +69,7 @@ const std::vector<Command>& allCommands() {
          "stash [list | save [-m MESSAGE] [--keep-index] [--include-untracked]\n"
          "        | apply [N] | pop [N] | drop [N]]",
          runStash},
-        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
+        {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;
 }

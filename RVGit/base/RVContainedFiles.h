@@ -32,6 +32,12 @@ public:
     [[nodiscard]] std::optional<std::string> UTF8Contents(std::string_view path,
                                                           std::size_t maximumSize,
                                                           RVErrorPlace error = nullptr) const;
+    /// Writes into the file that is there, which stays the same file with the same permissions, or
+    /// makes a new one. After a failure it may hold a part of the bytes.
+    [[nodiscard]] bool writeInPlace(std::string_view path, std::string_view bytes,
+                                    RVErrorPlace error = nullptr) const;
+    /// Makes the directory and those that lead to it, as far as they are missing.
+    [[nodiscard]] bool makeDirectories(std::string_view path, RVErrorPlace error = nullptr) const;
     /// Replaces the file, or a link in its place, in one step; on failure what was there stays. A
     /// regular file keeps its permissions. No directory is made.
     [[nodiscard]] bool writeAtomically(std::string_view path, std::string_view bytes,

@@ -1,5 +1,6 @@
 #include "RVGit/command/RVGitBinary.h"
 
+#include <cstdlib>
 #include <mutex>
 
 #include "RVGit/base/RVFileManager.h"
@@ -84,4 +85,22 @@ std::optional<std::string> RVGitBinary::gitBinaryVersion() {
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(
         stringByReplacingOccurrences(output, "git version", ""));
+}
+
+std::vector<std::string> RVGitBinary::defaultOptionsForUntrustedRepositories() {
+    return {"-c", "core.fsmonitor=false",    "-c", "core.hooksPath=/dev/null",
+            "-c", "protocol.ext.allow=never"};
+}
+
+std::shared_ptr<RVGitBinary> RVGitBinary::gitBinaryInPath() {
+    const char* path = std::getenv("PATH");
+    for (const std::string& directory : componentsSeparatedByString(path ? path : "", ":")) {
+        // A relative directory would be searched in whatever repository this process stands in.
+        if (!isAbsolutePath(directory))
+            continue;
+        const std::string candidate = pathByAppendingComponent(directory, "git");
+        if (RVFileManager::isExecutableFileAtPath(candidate))
+            return gitBinaryWithPath(candidate);
+    }
+    return nullptr;
 }

@@ -22,6 +22,10 @@ public:
     /// Whether the path names an executable file and a binary made of it is valid.
     [[nodiscard]] static bool isGitBinaryAtPath(const std::string& path);
 
+    /// The first executable "git" in the directories of PATH that are absolute; null if there is
+    /// none. Whether it is new enough isValid() tells.
+    [[nodiscard]] static std::shared_ptr<RVGitBinary> gitBinaryInPath();
+
     /// What commands use unless told otherwise; null until it is set. Any thread.
     [[nodiscard]] static std::shared_ptr<RVGitBinary> defaultGitBinary();
     static void setDefaultGitBinary(std::shared_ptr<RVGitBinary> gitBinary);
@@ -65,6 +69,12 @@ public:
     void setDefaultOptions(std::vector<std::string> options) {
         defaultOptions_ = std::move(options);
     }
+
+    /// What keeps a repository that a stranger made from running programs of its own: no hooks, no
+    /// file-system monitor, no transport that is a program. For setDefaultOptions() of a binary
+    /// with which such a repository is opened; filters, diff and merge drivers, and aliases of the
+    /// repository's configuration are left to git.
+    [[nodiscard]] static std::vector<std::string> defaultOptionsForUntrustedRepositories();
 
     /// Runs "git --version" and returns what it says behind "git version"; absent if it fails.
     [[nodiscard]] std::optional<std::string> gitBinaryVersion();

@@ -199,7 +199,21 @@ void RVGitCommand::addGitCommandNames(const std::vector<std::string>& names,
         addGitCommandName(name, refusalCode);
 }
 
+void RVGitCommand::addGitCommandFilePaths(const std::vector<std::string>& filePaths) {
+    addGitCommandArgument("--");
+    for (const std::string& filePath : filePaths) {
+        refuseEmptyFilePath(filePath);
+        addGitCommandArgument(filePath);
+    }
+}
+
+void RVGitCommand::refuseEmptyFilePath(std::string_view filePath) {
+    if (filePath.empty())
+        refuseGitCommandArgument(RVGitRVGitGenericError, RVGitFilePathErrorKey, {});
+}
+
 void RVGitCommand::addGitCommandFilePath(std::string filePath) {
+    refuseEmptyFilePath(filePath);
     if (filePath.starts_with('-'))
         filePath.insert(0, "./");
     addGitCommandArgument(std::move(filePath));

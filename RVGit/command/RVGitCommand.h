@@ -124,6 +124,8 @@ public:
     void addGitCommandName(std::string name, std::int64_t refusalCode = RVGitRVGitGenericError);
     void addGitCommandNames(const std::vector<std::string>& names,
                             std::int64_t refusalCode = RVGitRVGitGenericError);
+    /// Adds "--" and the paths. An empty path is refused: gits below 2.16 take it for all files.
+    void addGitCommandFilePaths(const std::vector<std::string>& filePaths);
     /// Adds a path for a git command that knows no "--": one that begins with "-" gets "./" in
     /// front.
     void addGitCommandFilePath(std::string filePath);
@@ -281,6 +283,7 @@ private:
     void commandDidReceiveStandardErrorData(RVCommandOperation&, std::string_view bytes) override;
     void didUpdateProgressWithData(std::string_view bytes);
     [[nodiscard]] std::vector<std::string> makeArguments() const;
+    void refuseEmptyFilePath(std::string_view filePath);
     void applyBinary();
     void mapResult();
     void removeArgumentWithPrefix(std::string_view prefix);

@@ -29,9 +29,9 @@ public:
     /// replaced in one step, and kept on failure, which leaves an error of the operating system.
     /// The file is the caller's to delete.
     ///
-    /// The message arrives byte for byte, with a newline at its end, and nothing in it is expanded;
-    /// but it ends before the first line that equals the script's delimiter, a fixed word of 64
-    /// digits: the shell then runs what follows that line, and the script fails.
+    /// The message arrives byte for byte, with a newline at its end, and nothing in it is expanded.
+    /// One with a line that equals the script's delimiter, a fixed word of 64 digits, is refused
+    /// (EINVAL): the shell would end it there and run what follows.
     [[nodiscard]] bool createGitCommitMessageEditorScriptAtURL(const RVURL& url,
                                                                RVErrorPlace error = nullptr) const;
 

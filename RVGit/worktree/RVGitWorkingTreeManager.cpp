@@ -103,8 +103,7 @@ std::optional<RVData> patchByComparing(const Repository& repository, bool isInde
             command->addGitCommandOption("--cached");
         command->addGitCommandOptions({"--src-prefix=a/", "--dst-prefix=b/"});
         if (!batch.empty()) {
-            command->addGitCommandArgument("--");
-            command->addGitCommandArguments(batch);
+            command->addGitCommandFilePaths(batch);
         }
         if (!command->run(error))
             return false;
