@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
@@ -15,6 +16,9 @@
 class RVGitConfig;
 class RVGitIgnores;
 class RVGitIndex;
+class RVGitSubmodule;
+class RVGitSubmoduleLoader;
+class RVGitSubmoduleManager;
 class RVOperationQueue;
 
 /// Where a repository lies and of what kind it is. Validity and the three paths are set once, when
@@ -87,6 +91,42 @@ public:
     [[nodiscard]] std::shared_ptr<RVGitIgnores> ignores();
     /// "info/exclude" in the git directory, owned in the same way; null for an invalid repository.
     [[nodiscard]] std::shared_ptr<RVGitIgnores> excludes();
+
+    // Submodules, forwarded one to one to the loader and the manager.
+
+    /// Made on first access and owned like the config.
+    [[nodiscard]] std::shared_ptr<RVGitSubmoduleLoader> submoduleLoader();
+    [[nodiscard]] std::shared_ptr<RVGitSubmoduleManager> submoduleManager();
+
+    [[nodiscard]] std::optional<std::vector<std::string>> allSubmoduleNames(
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] std::optional<std::vector<std::shared_ptr<RVGitSubmodule>>> allSubmodules(
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForName(const std::string& name,
+                                                                   RVErrorPlace error = nullptr);
+    [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
+                                                                   RVErrorPlace error = nullptr);
+    [[nodiscard]] bool canAddSubmoduleAtPath(const std::string& path, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
+                                           unsigned options, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool removeSubmoduleAtPath(const std::string& path, unsigned options,
+                                             RVErrorPlace error = nullptr);
+    [[nodiscard]] bool moveSubmoduleAtPath(const std::string& path, const std::string& toNewPath,
+                                           RVErrorPlace error = nullptr);
+    [[nodiscard]] bool renameSubmoduleWithName(const std::string& name,
+                                               const std::string& toNewName,
+                                               RVErrorPlace error = nullptr);
+    [[nodiscard]] bool updateAllSubmodulesWithOptions(unsigned options,
+                                                      RVErrorPlace error = nullptr);
+    [[nodiscard]] bool updateSubmoduleAtPath(const std::string& path, unsigned options,
+                                             RVErrorPlace error = nullptr);
+    [[nodiscard]] bool synchronizeAllSubmoduleURLs(RVErrorPlace error = nullptr);
+    [[nodiscard]] bool synchronizeURLForSubmoduleAtPath(const std::string& path,
+                                                        RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initAllSubmodules(RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initSubmoduleAtPath(const std::string& path, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initSubmodulesAtPaths(const std::vector<std::string>& paths,
+                                             RVErrorPlace error = nullptr);
 
     // Kind.
 
@@ -217,4 +257,8 @@ private:
     std::unique_ptr<RVGitIgnores> ignores_;
     std::once_flag excludesOnce_;
     std::unique_ptr<RVGitIgnores> excludes_;
+    std::once_flag submoduleLoaderOnce_;
+    std::shared_ptr<RVGitSubmoduleLoader> submoduleLoader_;
+    std::once_flag submoduleManagerOnce_;
+    std::shared_ptr<RVGitSubmoduleManager> submoduleManager_;
 };
