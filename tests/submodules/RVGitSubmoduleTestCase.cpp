@@ -12,12 +12,6 @@ namespace fs = std::filesystem;
 RVGitSubmoduleTestCase::RVGitSubmoduleTestCase()
     : manager_(RVGitSubmoduleManager::managerWithRepository(repository())),
       loader_(RVGitSubmoduleLoader::loaderWithRepository(repository())) {
-    // git submodule does not hand variables with configuration on to the clone.
-    setEnvironmentVariable("HOME", makeDirectory("home"));
-    writeFile("home/.gitconfig",
-              "[user]\n\tname = Marie Curie\n\temail = marie@example.org\n"
-              "[protocol \"file\"]\n\tallow = always\n"
-              "[init]\n\tdefaultBranch = main\n[advice]\n\tdetachedHead = false\n");
     makeCommit("Begin");
     makeLibrary();
 }
@@ -94,14 +88,34 @@ std::map<std::string, std::string> RVGitSubmoduleTestCase::filesBelow(
         return files;
     for (const auto& entry : fs::recursive_directory_iterator(path)) {
         const std::string name = fs::relative(entry.path(), path).string();
+        if (name.ends_with(".sample"))
+            continue;
         if (entry.is_symlink())
             files[name] = "link to " + fs::read_symlink(entry.path()).string();
+        else if (entry.path().filename() == "index")
+            files[name] = "index";
         else if (entry.is_regular_file())
             files[name] = readTestFile(entry.path().string());
         else
             files[name] = "directory";
     }
     return files;
+}
+
+std::string RVGitSubmoduleTestCase::differences(const std::map<std::string, std::string>& before,
+                                                const std::map<std::string, std::string>& after) {
+    std::string text;
+    for (const auto& [name, contents] : before) {
+        const auto found = after.find(name);
+        if (found == after.end())
+            text += "removed: " + name + "\n";
+        else if (found->second != contents)
+            text += "changed: " + name + ": " + found->second + "\n";
+    }
+    for (const auto& entry : after)
+        if (!before.contains(entry.first))
+            text += "added: " + entry.first + "\n";
+    return text;
 }
 
 std::shared_ptr<RVGitSubmodule> RVGitSubmoduleTestCase::submoduleAt(const std::string& path) const {

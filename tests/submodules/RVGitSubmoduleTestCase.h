@@ -13,8 +13,7 @@ class RVGitSubmodule;
 class RVGitSubmoduleLoader;
 class RVGitSubmoduleManager;
 
-/// Base of tests of submodules. The superproject is repository(), with one commit; git may clone
-/// from local paths, which it has to be told since 2.38.1.
+/// Base of tests of submodules. The superproject is repository(), with one commit.
 class RVGitSubmoduleTestCase : public RVGitRepositoryTestCase {
 protected:
     RVGitSubmoduleTestCase();
@@ -45,8 +44,12 @@ protected:
     /// that do not have it are left out.
     [[nodiscard]] std::map<std::string, std::string> placesOf(const std::string& path,
                                                               const std::string& name) const;
-    /// Every file below a directory with its contents, for a comparison.
+    /// Every file below a directory with its contents, for a comparison; of an index, which git
+    /// writes anew when it only looks, that it is there.
     [[nodiscard]] std::map<std::string, std::string> filesBelow(const std::string& path) const;
+    /// A line for each file that differs; empty if none does.
+    [[nodiscard]] static std::string differences(const std::map<std::string, std::string>& before,
+                                                 const std::map<std::string, std::string>& after);
 
     [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleAt(const std::string& path) const;
     [[nodiscard]] RVGitSubmoduleManager& manager() const { return *manager_; }
