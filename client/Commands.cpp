@@ -69,7 +69,13 @@ const std::vector<Command>& allCommands() {
          "stash [list | save [-m MESSAGE] [--keep-index] [--include-untracked]\n"
          "        | apply [N] | pop [N] | drop [N]]",
          runStash},
-        {"ignore", "ignore [PATTERN...]     without one, lists them", runIgnore},
+        {"submodule",
+         "submodule [list | add [--force] URL PATH | init [PATH...]\n"
+         "           | update [--init] [--recursive] [--force] [PATH...] | sync [PATH]\n"
+         "           | remove [--force] [--keep] [--git-directory] PATH\n"
+         "           | move PATH NEW-PATH | rename NAME NEW-NAME]",
+         runSubmodule},
+        {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
     };
     return commands;
 }

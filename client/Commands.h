@@ -88,5 +88,7 @@ void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
               Output& output);
+void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                  Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);

@@ -119,19 +119,22 @@ void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
 
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output) {
-    const auto ignores = repository->ignores();
-    if (!ignores)
-        throw UsageError("a bare repository ignores no files");
     std::optional<RVError> error;
+    bool isLocal = false;
     std::vector<std::string> newPatterns;
     while (const auto word = arguments.next()) {
         if (*word == "--")
             std::ranges::move(arguments.rest(), std::back_inserter(newPatterns));
+        else if (*word == "--local")
+            isLocal = true;
         else if (word->starts_with('-'))
             throw UsageError("ignore has no option " + *word);
         else
             newPatterns.push_back(*word);
     }
+    const auto ignores = isLocal ? repository->sharedExcludes() : repository->ignores();
+    if (!ignores || repository->isBare())
+        throw UsageError("a bare repository ignores no files");
     if (!newPatterns.empty())
         return demand(ignores->addIgnorePatterns(newPatterns, &error), error);
     const auto patterns = ignores->allIgnorePatterns(&error);

@@ -38,10 +38,15 @@ std::string dateText(const std::optional<RVDate>& date) {
 
 std::string printable(std::string_view text) {
     std::string result(text);
-    for (char& character : result) {
-        const auto byte = static_cast<unsigned char>(character);
-        if ((byte < 0x20 && character != '\t') || byte == 0x7f)
-            character = '?';
+    for (std::size_t index = 0; index < result.size(); ++index) {
+        const auto byte = static_cast<unsigned char>(result[index]);
+        // Behind 0xc2 these are control characters, too, and "CSI" among them.
+        const bool endsC1Control =
+            byte >= 0x80 && byte < 0xa0 && index > 0 && text[index - 1] == '\xc2';
+        if ((byte < 0x20 && result[index] != '\t') || byte == 0x7f || endsC1Control)
+            result[index] = '?';
+        if (endsC1Control)
+            result[index - 1] = '?';
     }
     return result;
 }

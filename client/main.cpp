@@ -16,6 +16,8 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/command/RVGitConfiguration.h"
+#include "RVGit/command/RVGitEnglishTexts.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
 
@@ -53,36 +55,6 @@ void cancelCommandsWhenInterrupted() {
     }).detach();
 }
 
-std::shared_ptr<RVGitBinary> gitBinaryInPath() {
-    const char* path = std::getenv("PATH");
-    for (const std::string& directory : componentsSeparatedByString(path ? path : "", ":")) {
-        const std::string candidate = pathByAppendingComponent(directory, "git");
-        if (!directory.empty() && RVFileManager::isExecutableFileAtPath(candidate))
-            return RVGitBinary::gitBinaryWithPath(candidate);
-    }
-    return nullptr;
-}
-
-// English for what the catalogue names by key alone, as far as these commands can meet it.
-void translateErrors() {
-    static constexpr const char* texts[][2] = {
-        {"NO_REFS_ERROR_DESCRIPTION", "No Refs Found"},
-        {"NO_REFS_ERROR_FAILURE_REASON", "The repository has no ref of that name."},
-        {"REFS_READ_ERROR_DESCRIPTION", "Could Not Read Refs"},
-        {"REFS_READ_ERROR_FAILURE_REASON", "Some refs of the repository could not be read."},
-        {"BAD_DEFAULT_REVISION_ERROR_DESCRIPTION", "No Commit Yet"},
-        {"BAD_DEFAULT_REVISION_ERROR_FAILURE_REASON", "HEAD does not name a commit."},
-        {"BAD_REVISION_ERROR_DESCRIPTION", "Bad Revision"},
-        {"BAD_REVISION_ERROR_FAILURE_REASON", "The revision could not be used."},
-        {"CONFIG_INVALID_FILE_ERROR_DESCRIPTION", "Invalid Configuration"},
-        {"CONFIG_INVALID_FILE_ERROR_FAILURE_REASON", "A configuration file could not be read."},
-        {"LOG_NO_SUCH_REVISION_ERROR_DESCRIPTION", "No Such Revision"},
-        {"LOG_NO_SUCH_REVISION_ERROR_FAILURE_REASON",
-         "A revision that was named does not exist in this repository."}};
-    for (const auto& [key, text] : texts)
-        setLocalizedString(key, text);
-}
-
 const Command* commandNamed(std::string_view name) {
     for (const Command& command : allCommands())
         if (command.name == name)
@@ -95,10 +67,16 @@ int complain(const std::string& message, int exitCode) {
     return exitCode;
 }
 
+// The process ends without the flush that returning from main() would bring.
+int finishOutput() {
+    return std::fflush(stdout) == 0 && !std::ferror(stdout)
+               ? 0
+               : complain("cannot write the output", 1);
+}
+
 int write(const Output& output) {
-    const std::string& text = output.text();
-    const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-    return written && std::fflush(stdout) == 0 ? 0 : complain("cannot write the output", 1);
+    std::fwrite(output.text().data(), 1, output.text().size(), stdout);
+    return finishOutput();
 }
 
 int run(std::vector<std::string> words) {
@@ -108,7 +86,7 @@ int run(std::vector<std::string> words) {
     for (; position < words.size() && words[position].starts_with('-'); ++position) {
         const std::string& word = words[position];
         if (word == "--help" || word == "-h")
-            return printUsage(stdout), 0;
+            return printUsage(stdout), finishOutput();
         if (word == "--verbose")
             verbose = true;
         else if (word == "-C" && position + 1 < words.size())
@@ -126,7 +104,10 @@ int run(std::vector<std::string> words) {
     }
     words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(position));
 
-    const auto gitBinary = gitBinaryInPath();
+    // Started from a hook or an alias, it would otherwise show, and stage into, the repository that
+    // the variables name, and not the one that its user names.
+    RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(true);
+    const auto gitBinary = RVGitBinary::gitBinaryInPath();
     if (!gitBinary || !gitBinary->isValid())
         return complain("there is no git in PATH, or it is older than " +
                             RVGitBinary::minimumVersionRequirement(),
@@ -139,8 +120,13 @@ int run(std::vector<std::string> words) {
     const auto repository = RVGitRepository::repositoryWithPath(path);
     if (interrupted)
         return exitInterrupted;
-    if (!repository->isValid())
-        return complain("there is no repository at " + printable(path), 1);
+    if (!repository->isValid()) {
+        std::string message = "there is no repository at " + printable(path);
+        const auto reason = RVGitRepository::reasonForInvalidRepositoryAtPath(path).value_or("");
+        for (const std::string& line : componentsSeparatedByString(reason, "\n"))
+            message += "\n" + printable(line);
+        return complain(message, 1);
+    }
 
     Output output(isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
     try {
@@ -159,7 +145,7 @@ int run(std::vector<std::string> words) {
 
 int main(int argc, char** argv) {
     cancelCommandsWhenInterrupted();
-    translateErrors();
+    installEnglishTexts();
     const int exitCode = run({argv + 1, argv + argc});
     // The waiting thread must not see the statics go.
     std::_Exit(exitCode);

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/eventfd.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <csignal>
 #include <utility>
 
+#include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 
 using Clock = std::chrono::steady_clock;
@@ -76,8 +78,21 @@ struct Pipe {
 };
 
 int openForReading(const std::string& path, Descriptor& descriptor) {
-    descriptor = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    return descriptor.isOpen() ? moveAboveStandardStreams(descriptor) : errno;
+    // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
+    descriptor =
+        Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!descriptor.isOpen() || fstat(descriptor.number(), &status) != 0)
+        return errno;
+    if (!S_ISREG(status.st_mode))
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) & ~O_NONBLOCK);
+    return moveAboveStandardStreams(descriptor);
+}
+
+int duplicate(int number, Descriptor& descriptor) {
+    descriptor = Descriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    return descriptor.isOpen() ? 0 : errno;
 }
 
 void makeNonBlocking(const Descriptor& descriptor) {
@@ -183,10 +198,13 @@ int spawn(const RVChildProcess::Launch& launch, const Descriptor& input, const D
 
     std::vector<std::string> arguments;
     arguments.reserve(launch.arguments.size() + 1);
+    // Relative to this process, as it was when somebody looked whether the file is there; the child
+    // would take it relative to its working directory.
+    const std::string path = RVFileManager::absolutePath(launch.path);
     arguments.push_back(launch.path);
     arguments.insert(arguments.end(), launch.arguments.begin(), launch.arguments.end());
     const std::vector<std::string> environment = environmentStrings(launch.environment);
-    return posix_spawn(&pid, launch.path.c_str(), actions, &settings.attributes,
+    return posix_spawn(&pid, path.c_str(), actions, &settings.attributes,
                        pointersToStrings(arguments).data(), pointersToStrings(environment).data());
 }
 
@@ -204,7 +222,7 @@ public:
         if (input_.isOpen())
             makeNonBlocking(input_);
     }
-    // An exception of a handler leaves the loop early: the child goes with it.
+    // For an exception that is no handler's: the child goes with it.
     ~Pump() {
         if (reaped_)
             return;
@@ -233,7 +251,7 @@ public:
                 feedInput();
             for (Output& output : outputs_)
                 if (output.events)
-                    drain(output);
+                    drainUnlessItThrows(output);
             if (!exitedAt_ && hasExited()) {
                 exitedAt_ = lastByteAt_ = Clock::now();
                 isQuiet_ = false;
@@ -247,6 +265,7 @@ public:
     }
 
     int exitCode() const { return exitCode_; }
+    const std::exception_ptr& exception() const { return exception_; }
 
 private:
     struct Output {
@@ -330,6 +349,20 @@ private:
         input_.close();
     }
 
+    void drainUnlessItThrows(Output& output) {
+        try {
+            drain(output);
+        } catch (...) {
+            // The second time it is no handler: there is no memory for what the child still says.
+            if (exception_)
+                output.descriptor.close();
+            else
+                exception_ = std::current_exception();
+            if (!cancelledAt_)
+                beginTermination(Clock::now());
+        }
+    }
+
     // Takes what one read gives, so that both outputs and the input have their turn.
     void drain(Output& output) {
         const std::size_t room = output.pipeEnlarged ? largePipeCapacity : pipeCapacity;
@@ -348,7 +381,7 @@ private:
             fcntl(output.descriptor.number(), F_SETPIPE_SZ, largePipeCapacity);
             output.pipeEnlarged = true;
         }
-        if (*output.handler)
+        if (*output.handler && !exception_)
             (*output.handler)({tail, static_cast<std::size_t>(count)});
     }
 
@@ -389,6 +422,7 @@ private:
     bool killed_ = false;
     bool reaped_ = false;
     int exitCode_ = unknownExitCode;
+    std::exception_ptr exception_;
 };
 
 // Lets terminate() reach the pump while it runs.
@@ -426,6 +460,8 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         failure = input.open();
     if (!failure && launch.standardInput.filePath())
         failure = openForReading(*launch.standardInput.filePath(), input.readEnd);
+    if (!failure && launch.standardInput.descriptor() >= 0)
+        failure = duplicate(launch.standardInput.descriptor(), input.readEnd);
     Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!failure && !wake.isOpen())
         failure = errno;
@@ -449,6 +485,7 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         const WakeRegistration registration(*this, wake.number());
         pump.run();
         exitCode_ = pump.exitCode();
+        handlerException_ = pump.exception();
     }
     standardOutput_->shrinkToFit();
     standardError_->shrinkToFit();

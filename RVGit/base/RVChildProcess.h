@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -31,6 +32,7 @@ public:
     static constexpr std::chrono::milliseconds cancelGrace{2'000};
 
     struct Launch {
+        /// A relative one is taken from this process's current directory, not the child's.
         std::string path;
         std::vector<std::string> arguments;
         RVEnvironment environment;
@@ -49,7 +51,9 @@ public:
     /// Launches the child and blocks until it has exited and its output is read. 0, or the errno
     /// value with which the launch failed: missing or unusable executable, working directory or
     /// input file; or EINVAL, if a path, an argument or a variable holds a NUL, where the system
-    /// would cut it off. An exception of a handler ends the child and is passed on.
+    /// would cut it off. An exception of a handler ends the child as terminate() does: it
+    /// has its grace to clean up, and its output is read to the end, but no handler is called any
+    /// more. The exception is kept in handlerException().
     [[nodiscard]] int run(const Launch& launch, const OutputHandler& standardOutputHandler = {},
                           const OutputHandler& standardErrorHandler = {});
 
@@ -59,6 +63,8 @@ public:
 
     /// The exit status, or 128 + N for a child that was killed by signal N.
     [[nodiscard]] int exitCode() const { return exitCode_; }
+    /// The first exception of a handler; null if there was none.
+    [[nodiscard]] const std::exception_ptr& handlerException() const { return handlerException_; }
     [[nodiscard]] const RVDataBuffer& standardOutput() const { return *standardOutput_; }
     [[nodiscard]] const RVDataBuffer& standardError() const { return *standardError_; }
     /// For whoever wants to keep the output beyond the life of this object.
@@ -72,6 +78,7 @@ private:
     std::shared_ptr<RVDataBuffer> standardOutput_ = std::make_shared<RVDataBuffer>();
     std::shared_ptr<RVDataBuffer> standardError_ = std::make_shared<RVDataBuffer>();
     int exitCode_ = 0;
+    std::exception_ptr handlerException_;
     std::mutex wakeMutex_;
     int wakeDescriptor_ = -1;
     bool terminated_ = false;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVFirstException.h"
+
 namespace {
 
 RVEnvironment inheritedEnvironment() {
@@ -85,9 +87,11 @@ void RVCommandOperation::main() {
             delegate_->commandDidFailToLaunch(*this);
         return;
     }
-    commandDidTerminate();
+    RVFirstException exception(process_.handlerException());
+    exception.keepFrom([&] { commandDidTerminate(); });
     if (delegate_)
-        delegate_->commandDidTerminate(*this);
+        exception.keepFrom([&] { delegate_->commandDidTerminate(*this); });
+    exception.rethrow();
 }
 
 void RVCommandOperation::commandDidFailToLaunch(int errorNumber) {

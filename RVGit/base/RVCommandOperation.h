@@ -82,6 +82,11 @@ public:
     /// Ends a running child, which then still reaches commandDidTerminate().
     void cancel() override;
 
+    // An exception of a hook or of the delegate that is called while the child runs ends the child
+    // as cancel() does, with a grace to clean up. The command then still reaches
+    // commandDidTerminate(), without being cancelled, and the exception whoever waits for it. That
+    // is the first one, where more than one is thrown.
+
 protected:
     /// Called once, immediately before the launch; may change the fields. With an error stored
     /// there is no launch; an exception leaves the child unlaunched, too, and reaches whoever
@@ -95,6 +100,9 @@ protected:
     /// Called while the child runs, each time that standardOutputData() has grown.
     virtual void commandDidReceiveStandardOutput(std::string_view bytes);
     virtual void commandDidReceiveStandardError(std::string_view bytes);
+
+    /// Whether a hook or the delegate has thrown while the child ran.
+    [[nodiscard]] bool handlerDidThrow() const { return process_.handlerException() != nullptr; }
 
     /// Stores the record; the operation finishes when the calling hook returns.
     void finishWithError(RVError error) { error_ = std::move(error); }

@@ -98,6 +98,10 @@ bool writeAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
+int errorNumberForUnusableFile(const struct stat& status) {
+    return S_ISLNK(status.st_mode) ? ELOOP : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+}
+
 /// A new file beside the target, whose permissions the umask decides.
 Descriptor openUniqueFile(int directory, std::string& name) {
     std::random_device source;
@@ -148,7 +152,7 @@ std::optional<RVData> RVContainedFiles::contents(std::string_view path, std::siz
     if (::fstatat(place.directory.number(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return fail(errno);
     if (!S_ISREG(status.st_mode))
-        return fail(S_ISLNK(status.st_mode) ? ELOOP : S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+        return fail(errorNumberForUnusableFile(status));
     const Descriptor file(::openat(place.directory.number(), place.name.c_str(),
                                    O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
@@ -188,6 +192,54 @@ std::optional<std::string> RVContainedFiles::UTF8Contents(std::string_view path,
         return std::nullopt;
     }
     return bytes;
+}
+
+bool RVContainedFiles::writeInPlace(std::string_view path, std::string_view bytes,
+                                    RVErrorPlace error) const {
+    const auto fail = [&](int errorNumber) {
+        fillErrorPlace(error, posixError(errorNumber, fullPath(directoryPath_, path)));
+        return false;
+    };
+    const Place place = placeOf(directoryPath_, path);
+    if (!place.directory.isOpen())
+        return fail(errno);
+    const int directory = place.directory.number();
+    struct stat status;
+    // A device may act on being opened: look before.
+    const bool exists = ::fstatat(directory, place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+    if (exists && !S_ISREG(status.st_mode))
+        return fail(errorNumberForUnusableFile(status));
+    Descriptor file(::openat(directory, place.name.c_str(),
+                             O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                             0666));
+    if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
+        return fail(errno);
+    if (!S_ISREG(status.st_mode))
+        return fail(EINVAL);
+    if (::ftruncate(file.number(), 0) != 0 || !writeAll(file.number(), bytes) || !file.close())
+        return fail(errno);
+    return true;
+}
+
+bool RVContainedFiles::makeDirectories(std::string_view path, RVErrorPlace error) const {
+    for (std::size_t end = 0; end != path.npos;) {
+        end = path.find('/', end + 1);
+        const Place place = placeOf(directoryPath_, path.substr(0, end));
+        struct stat status;
+        if (!place.directory.isOpen() ||
+            (::mkdirat(place.directory.number(), place.name.c_str(), 0777) != 0 &&
+             errno != EEXIST) ||
+            ::fstatat(place.directory.number(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) !=
+                0) {
+            fillErrorPlace(error, posixError(errno, fullPath(directoryPath_, path)));
+            return false;
+        }
+        if (!S_ISDIR(status.st_mode)) {
+            fillErrorPlace(error, posixError(ENOTDIR, fullPath(directoryPath_, path)));
+            return false;
+        }
+    }
+    return true;
 }
 
 bool RVContainedFiles::writeAtomically(std::string_view path, std::string_view bytes,

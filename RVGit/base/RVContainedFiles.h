@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 /// The files below a directory that strangers may have filled: a git directory or a working tree.
 /// Below the directory no symbolic link is ever followed, neither one in the place of a file nor
@@ -15,7 +16,7 @@
 /// Paths are relative to the directory. One that is empty or absolute, or holds ".." or a NUL,
 /// names nothing: EINVAL. Errors are those of posixError(), with the path; a link is ELOOP (or
 /// ENOTDIR on the way), any other file that is not regular EINVAL, one that is too large EFBIG.
-class RVContainedFiles {
+class RVGIT_EXPORT RVContainedFiles {
 public:
     /// An absent directory holds nothing. Links on the way to the directory itself are followed.
     explicit RVContainedFiles(std::optional<std::string> directoryPath);
@@ -32,6 +33,12 @@ public:
     [[nodiscard]] std::optional<std::string> UTF8Contents(std::string_view path,
                                                           std::size_t maximumSize,
                                                           RVErrorPlace error = nullptr) const;
+    /// Writes into the file that is there, which stays the same file with the same permissions, or
+    /// makes a new one. After a failure it may hold a part of the bytes.
+    [[nodiscard]] bool writeInPlace(std::string_view path, std::string_view bytes,
+                                    RVErrorPlace error = nullptr) const;
+    /// Makes the directory and those that lead to it, as far as they are missing.
+    [[nodiscard]] bool makeDirectories(std::string_view path, RVErrorPlace error = nullptr) const;
     /// Replaces the file, or a link in its place, in one step; on failure what was there stays. A
     /// regular file keeps its permissions. No directory is made.
     [[nodiscard]] bool writeAtomically(std::string_view path, std::string_view bytes,

@@ -10,8 +10,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
 #include <random>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 
@@ -84,7 +86,37 @@ bool hasAccess(const std::string& path, int mode) {
     return !isUnusable(path) && ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
 }
 
+// What is to be removed at the end, and the process that said so: one that was forked off it has
+// the list, too.
+struct FilesRemovedAtExit {
+    std::mutex mutex;
+    std::vector<std::string> paths;
+    const pid_t process = ::getpid();
+
+    static FilesRemovedAtExit& shared() {
+        static RVNeverDestroyed<FilesRemovedAtExit> files;
+        return *files;
+    }
+    static void remove() {
+        FilesRemovedAtExit& files = shared();
+        const std::lock_guard lock(files.mutex);
+        if (files.process != ::getpid())
+            return;
+        for (const std::string& path : files.paths)
+            ::unlink(path.c_str());
+        files.paths.clear();
+    }
+};
+
 }  // namespace
+
+std::string RVFileManager::absolutePath(const std::string& path) {
+    if (path.empty() || isAbsolutePath(path))
+        return path;
+    std::error_code failure;
+    const std::string directory = std::filesystem::current_path(failure);
+    return failure ? path : pathByAppendingComponent(directory, path);
+}
 
 bool RVFileManager::fileExistsAtPath(const std::string& path) {
     return statusOfFile(path).has_value();
@@ -253,6 +285,14 @@ std::string RVFileManager::temporaryFilePath() {
             path += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
     } while (fileExistsAtPath(path) || isSymbolicLinkAtPath(path));
     return path;
+}
+
+void RVFileManager::removeFileAtExit(std::string path) {
+    static std::once_flag once;
+    std::call_once(once, [] { std::atexit(FilesRemovedAtExit::remove); });
+    FilesRemovedAtExit& files = FilesRemovedAtExit::shared();
+    const std::lock_guard lock(files.mutex);
+    files.paths.push_back(std::move(path));
 }
 
 std::optional<std::string> RVFileManager::createEmptyTemporaryFile(RVErrorPlace error) {

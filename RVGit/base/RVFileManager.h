@@ -13,6 +13,9 @@
 /// path. A path that holds a NUL names nothing (EINVAL): it is never cut off there.
 class RVGIT_EXPORT RVFileManager {
 public:
+    /// A relative path below the current directory of this process; unchanged if it is absolute or
+    /// empty, or if that directory is gone.
+    [[nodiscard]] static std::string absolutePath(const std::string& path);
     [[nodiscard]] static bool fileExistsAtPath(const std::string& path);
     /// False also for a path that does not exist. Links are followed.
     [[nodiscard]] static bool isDirectoryAtPath(const std::string& path);
@@ -50,6 +53,8 @@ public:
     [[nodiscard]] static std::string temporaryDirectory();
     /// A path in the temporary directory that nothing has been made at.
     [[nodiscard]] static std::string temporaryFilePath();
+    /// Has the file removed when this process ends in order.
+    static void removeFileAtExit(std::string path);
     /// A new empty file or directory of a unique name, readable by this user alone.
     [[nodiscard]] static std::optional<std::string> createEmptyTemporaryFile(
         RVErrorPlace error = nullptr);

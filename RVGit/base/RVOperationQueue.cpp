@@ -27,6 +27,7 @@ struct RVOperationQueue::State {
     struct Frame {
         State* queue;
         Frame* outer;
+        bool waitsForAll = false;
     };
     static thread_local Frame* innermostFrame;
 
@@ -36,19 +37,38 @@ struct RVOperationQueue::State {
     std::condition_variable finished;
     std::deque<std::shared_ptr<RVOperation>> waiting;
     std::vector<std::shared_ptr<RVOperation>> running;
+    // How many of those are in a wait for all others.
+    std::size_t numberOfWaitsForAll = 0;
     // Threads that hold a slot: workers, and callers that run their own operation.
     std::size_t slotsInUse = 0;
 
     State(std::string queueName, std::size_t queueLimit)
         : name(std::move(queueName)), limit(std::max<std::size_t>(queueLimit, 1)) {}
 
-    bool isCurrent() const { return numberOfFrames() > 0; }
-
-    std::size_t numberOfFrames() const {
-        std::size_t count = 0;
+    bool isCurrent() const {
         for (const Frame* frame = innermostFrame; frame; frame = frame->outer)
-            count += frame->queue == this;
-        return count;
+            if (frame->queue == this)
+                return true;
+        return false;
+    }
+
+    // Says of the operations of this queue that the thread is running that they wait for all
+    // others; gives those of which it was not said yet.
+    std::vector<Frame*> beginWaitForAll() {
+        std::vector<Frame*> frames;
+        for (Frame* frame = innermostFrame; frame; frame = frame->outer)
+            if (frame->queue == this && !frame->waitsForAll)
+                frames.push_back(frame);
+        setWaitsForAll(frames, true);
+        return frames;
+    }
+    void endWaitForAll(const std::vector<Frame*>& frames) { setWaitsForAll(frames, false); }
+    void setWaitsForAll(const std::vector<Frame*>& frames, bool waits) {
+        for (Frame* frame : frames)
+            frame->waitsForAll = waits;
+        numberOfWaitsForAll += waits ? frames.size() : 0;
+        numberOfWaitsForAll -= waits ? 0 : frames.size();
+        finished.notify_all();
     }
 
     // The lock is held when this is called and when it returns.
@@ -56,7 +76,7 @@ struct RVOperationQueue::State {
                  std::unique_lock<std::mutex>& lock) {
         running.push_back(operation);
         lock.unlock();
-        Frame frame{this, innermostFrame};
+        Frame frame{this, innermostFrame, false};
         innermostFrame = &frame;
         operation->execute();
         innermostFrame = frame.outer;
@@ -174,13 +194,19 @@ void RVOperationQueue::cancelAllOperations() {
 }
 
 void RVOperationQueue::waitUntilAllOperationsAreFinished() {
-    std::unique_lock lock(state_->mutex);
-    const std::size_t own = state_->numberOfFrames();
+    // Held here, since what is run below may outlive the queue.
+    const std::shared_ptr<State> state = state_;
+    const bool isCurrent = state->isCurrent();
+    std::unique_lock lock(state->mutex);
+    const std::vector<State::Frame*> frames = state->beginWaitForAll();
     // This thread may hold the only slot, so what waits for one is run here.
-    while (own > 0 && !state_->waiting.empty())
-        state_->executeNextWaiting(lock);
-    state_->finished.wait(lock,
-                          [&] { return state_->waiting.empty() && state_->running.size() <= own; });
+    while (isCurrent && !state->waiting.empty())
+        state->executeNextWaiting(lock);
+    state->finished.wait(lock, [&] {
+        return state->waiting.empty() &&
+               state->running.size() <= (isCurrent ? state->numberOfWaitsForAll : 0);
+    });
+    state->endWaitForAll(frames);
 }
 
 bool RVOperationQueue::isCurrent() const {

@@ -36,8 +36,9 @@ public:
     void runBlock(const std::function<void()>& block);
 
     void cancelAllOperations();
-    /// On a thread of the queue, operations that this thread is running are not waited for, and
-    /// those that have no slot yet are run there and then.
+    /// On a thread of the queue, operations that this thread is running are not waited for, nor
+    /// others that wait for all themselves, and those that have no slot yet are run there and then.
+    /// An operation that waits for all must not be waited for by another one: neither would end.
     void waitUntilAllOperationsAreFinished();
 
     /// Whether the calling thread is running an operation of this queue.

@@ -18,10 +18,21 @@ inline namespace RVGIT_EXPORT rvgit {
 [[nodiscard]] bool isASCII(std::string_view text);
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
-/// Text of unknown encoding: UTF-8 where the bytes are valid UTF-8, well-formed UTF-16 behind a
-/// byte-order mark, and otherwise Windows-1252, in which every byte means something, so that
-/// nothing is lost.
+/// Text of unknown encoding: well-formed UTF-16 behind a byte-order mark; of anything else each
+/// line by itself, so that one in another encoding does not spoil the others: UTF-8 where its bytes
+/// are valid UTF-8, and otherwise Windows-1252, in which every byte means something, so that
+/// nothing is lost. Lines end at "\n".
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes);
+
+/// A line that was not UTF-8: where it ends, its "\n" included, among the bytes and in the text.
+struct RVDecodedLine {
+    std::size_t endInBytes = 0;
+    std::size_t endInText = 0;
+};
+/// The same, telling which lines were not UTF-8, in order: all others have the same bytes in the
+/// text. None are told of text in UTF-16.
+[[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes,
+                                                  std::vector<RVDecodedLine>& decodedLines);
 
 /// Text in UTF-8; each invalid sequence becomes U+FFFD.
 [[nodiscard]] std::string stringUsingUTF8Encoding(std::string_view bytes);

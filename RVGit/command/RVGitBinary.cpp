@@ -1,5 +1,6 @@
 #include "RVGit/command/RVGitBinary.h"
 
+#include <cstdlib>
 #include <mutex>
 
 #include "RVGit/base/RVFileManager.h"
@@ -22,10 +23,13 @@ DefaultBinary& defaultBinary() {
 }  // namespace
 
 RVGitBinary::RVGitBinary(std::string path, std::optional<std::string> libexecPath)
-    : path_(std::move(path)), libexecPath_(std::move(libexecPath)) {
+    : path_(std::move(path)),
+      libexecPath_(std::move(libexecPath)),
+      launchPath_(RVFileManager::absolutePath(path_)) {
     if (libexecPath_) {
+        launchLibexecPath_ = RVFileManager::absolutePath(*libexecPath_);
         std::string prefix =
-            pathByDeletingLastComponent(pathByDeletingLastComponent(*libexecPath_));
+            pathByDeletingLastComponent(pathByDeletingLastComponent(*launchLibexecPath_));
         perlLibraryPath_ = pathByAppendingComponent(prefix, "lib/perl5/site_perl");
         templatesDirectoryPath_ = pathByAppendingComponent(prefix, "share/git-core/templates");
     }
@@ -60,8 +64,15 @@ bool RVGitBinary::isVersionAtLeast(std::string_view required) const {
     return version_ && isGreaterThanOrEqualToVersion(*version_, required);
 }
 
+void RVGitBinary::setAdditionalPaths(std::vector<std::string> paths) {
+    additionalPaths_ = std::move(paths);
+    launchAdditionalPaths_.clear();
+    for (const std::string& path : additionalPaths_)
+        launchAdditionalPaths_.push_back(RVFileManager::absolutePath(path));
+}
+
 std::optional<std::string> RVGitBinary::gitBinaryVersion() {
-    if (!RVFileManager::isExecutableFileAtPath(path_))
+    if (!RVFileManager::isExecutableFileAtPath(launchPath_))
         return std::nullopt;
     // Not owned: the command is waited for, and the constructor has no owner to name yet.
     std::shared_ptr<RVGitBinary> self(std::shared_ptr<void>(), this);
@@ -74,4 +85,22 @@ std::optional<std::string> RVGitBinary::gitBinaryVersion() {
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(
         stringByReplacingOccurrences(output, "git version", ""));
+}
+
+std::vector<std::string> RVGitBinary::defaultOptionsForUntrustedRepositories() {
+    return {"-c", "core.fsmonitor=false",    "-c", "core.hooksPath=/dev/null",
+            "-c", "protocol.ext.allow=never"};
+}
+
+std::shared_ptr<RVGitBinary> RVGitBinary::gitBinaryInPath() {
+    const char* path = std::getenv("PATH");
+    for (const std::string& directory : componentsSeparatedByString(path ? path : "", ":")) {
+        // A relative directory would be searched in whatever repository this process stands in.
+        if (!isAbsolutePath(directory))
+            continue;
+        const std::string candidate = pathByAppendingComponent(directory, "git");
+        if (RVFileManager::isExecutableFileAtPath(candidate))
+            return gitBinaryWithPath(candidate);
+    }
+    return nullptr;
 }

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "RVGit/base/RVErrorManager.h"
+#include "RVGit/base/RVFirstException.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
@@ -15,6 +16,7 @@
 #include "RVGit/command/RVGitCommandEnvironmentSanitizer.h"
 #include "RVGit/command/RVGitCommandProgress.h"
 #include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/command/RVGitConfiguration.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
@@ -29,7 +31,7 @@ std::atomic<std::size_t> maximumNumberOfFilePaths = 4000;
 
 const std::string& pathOfRequiredBinary(const std::shared_ptr<RVGitBinary>& gitBinary) {
     requireParameter(gitBinary != nullptr, "gitBinary");
-    return gitBinary->path();
+    return gitBinary->launchPath();
 }
 
 const RVGitRepository& requiredRepository(const std::shared_ptr<RVGitRepository>& repository) {
@@ -92,7 +94,10 @@ RVGitCommand::RVGitCommand(std::shared_ptr<RVGitBinary> gitBinary,
       gitBinary_(std::move(gitBinary)),
       repositoryPath_(std::move(repositoryPath)),
       gitDirectoryPath_(std::move(gitDirectoryPath)),
-      workingTreeDirectoryPath_(std::move(workingTreeDirectoryPath)) {}
+      workingTreeDirectoryPath_(std::move(workingTreeDirectoryPath)) {
+    if (RVGitConfiguration::sharedConfiguration().sanitizesInheritedEnvironment())
+        sanitizeEnvironment();
+}
 
 RVGitCommand::RVGitCommand(std::optional<std::string> repositoryPath)
     : RVGitCommand(RVGitBinary::defaultGitBinary(), std::move(repositoryPath)) {}
@@ -194,7 +199,21 @@ void RVGitCommand::addGitCommandNames(const std::vector<std::string>& names,
         addGitCommandName(name, refusalCode);
 }
 
+void RVGitCommand::addGitCommandFilePaths(const std::vector<std::string>& filePaths) {
+    addGitCommandArgument("--");
+    for (const std::string& filePath : filePaths) {
+        refuseEmptyFilePath(filePath);
+        addGitCommandArgument(filePath);
+    }
+}
+
+void RVGitCommand::refuseEmptyFilePath(std::string_view filePath) {
+    if (filePath.empty())
+        refuseGitCommandArgument(RVGitRVGitGenericError, RVGitFilePathErrorKey, {});
+}
+
 void RVGitCommand::addGitCommandFilePath(std::string filePath) {
+    refuseEmptyFilePath(filePath);
     if (filePath.starts_with('-'))
         filePath.insert(0, "./");
     addGitCommandArgument(std::move(filePath));
@@ -318,10 +337,10 @@ void RVGitCommand::applyBinary() {
     std::vector<std::string> directories;
     if (const auto path = changed.find("PATH"); path != changed.end())
         directories = componentsSeparatedByString(path->second, ":");
-    const std::string binaryDirectory = pathByDeletingLastComponent(gitBinary_->path());
+    const std::string binaryDirectory = pathByDeletingLastComponent(gitBinary_->launchPath());
     if (std::find(directories.begin(), directories.end(), binaryDirectory) == directories.end())
         directories.insert(directories.begin(), binaryDirectory);
-    const std::vector<std::string>& additional = gitBinary_->additionalPaths();
+    const std::vector<std::string>& additional = gitBinary_->launchAdditionalPaths();
     directories.insert(directories.begin(), additional.begin(), additional.end());
     changed["PATH"] = stringByJoiningComponents(directories, ":");
 
@@ -338,8 +357,8 @@ std::vector<std::string> RVGitCommand::makeArguments() const {
         list.push_back("--git-dir=" + *gitDirectoryPath_);
     if (workingTreeDirectoryPath_)
         list.push_back("--work-tree=" + *workingTreeDirectoryPath_);
-    if (gitBinary_->libexecPath())
-        list.push_back("--exec-path=" + *gitBinary_->libexecPath());
+    if (gitBinary_->launchLibexecPath())
+        list.push_back("--exec-path=" + *gitBinary_->launchLibexecPath());
     list.push_back("--no-pager");
     append(list, gitOptions_);
     if (gitCommand_)
@@ -374,17 +393,28 @@ void RVGitCommand::commandDidFailToLaunch(int) {
 }
 
 void RVGitCommand::commandDidTerminate() {
-    gitCommandDidTerminate();
+    RVFirstException exception;
+    exception.keepFrom([&] { gitCommandDidTerminate(); });
     if (commandProgress_) {
         commandProgress_->finishProgress();
-        if (progressHandler_)
-            progressHandler_(*commandProgress_);
+        if (progressHandler_ && !handlerDidThrow())
+            exception.keepFrom([&] { progressHandler_(*commandProgress_); });
     }
-    mapResult();
+    exception.keepFrom([&] {
+        try {
+            mapResult();
+        } catch (...) {
+            // Whoever is only told of the end is not to take it for a success.
+            if (!isCancelled() && !error())
+                finishWithError(gitErrorWithCode(RVGitRVGitGenericError, makeGitErrorUserInfo()));
+            throw;
+        }
+    });
     // Taken out first: the handler may set another, and may hold the command that holds it.
     if (const CompletionHandler handler = std::exchange(completionHandler_, nullptr))
-        handler(*this);
+        exception.keepFrom([&] { handler(*this); });
     completionHandler_ = nullptr;
+    exception.rethrow();
 }
 
 void RVGitCommand::mapResult() {

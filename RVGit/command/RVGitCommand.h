@@ -56,6 +56,14 @@ public:
 /// else. Fields are set on one thread before the run and results read after it; hooks, parsing
 /// and the completion handler run on the operation's thread, and the progress handler on that
 /// thread too, while the child runs. cancel() may be called on any thread.
+///
+/// An exception of a hook or a handler ends a child that still runs as cancel() does: by SIGTERM,
+/// with a grace in which git removes its locks. The remaining hooks and the completion handler are
+/// called, the progress handler is not called again, and run() or waitUntilFinished() throws the
+/// exception. A command whose result could not be read for an exception has an error of code 1.
+///
+/// A handler that waits for its own command, or for a command that waits for that one, is told by
+/// RVInternalInconsistencyException.
 class RVGIT_EXPORT RVGitCommand : public RVCommandOperation,
                                   public RVGitCommandCancelling,
                                   public RVGitCommandProgressObserving,
@@ -116,6 +124,8 @@ public:
     void addGitCommandName(std::string name, std::int64_t refusalCode = RVGitRVGitGenericError);
     void addGitCommandNames(const std::vector<std::string>& names,
                             std::int64_t refusalCode = RVGitRVGitGenericError);
+    /// Adds "--" and the paths. An empty path is refused: gits below 2.16 take it for all files.
+    void addGitCommandFilePaths(const std::vector<std::string>& filePaths);
     /// Adds a path for a git command that knows no "--": one that begins with "-" gets "./" in
     /// front.
     void addGitCommandFilePath(std::string filePath);
@@ -129,7 +139,7 @@ public:
 
     /// Runs the command on the shared queue and waits for it. False and a filled place if it
     /// failed; a cancelled command has not failed. Throws what was raised while it was prepared,
-    /// RVGitCommandArgumentsOverflowException above all.
+    /// RVGitCommandArgumentsOverflowException above all, and what a hook or a handler threw.
     bool run(RVErrorPlace error = nullptr);
     /// Puts the command on the shared queue and returns; the result arrives through the completion
     /// handler and error(). Throws nothing of the command's own: waitUntilFinished() does.
@@ -273,6 +283,7 @@ private:
     void commandDidReceiveStandardErrorData(RVCommandOperation&, std::string_view bytes) override;
     void didUpdateProgressWithData(std::string_view bytes);
     [[nodiscard]] std::vector<std::string> makeArguments() const;
+    void refuseEmptyFilePath(std::string_view filePath);
     void applyBinary();
     void mapResult();
     void removeArgumentWithPrefix(std::string_view prefix);

@@ -7,6 +7,5 @@ RVGitFilePathsCommand::RVGitFilePathsCommand(const std::shared_ptr<RVGitReposito
 void RVGitFilePathsCommand::addFilePathArguments() {
     if (!filePaths_)
         return;
-    addGitCommandArgument("--");
-    addGitCommandArguments(*filePaths_);
+    addGitCommandFilePaths(*filePaths_);
 }

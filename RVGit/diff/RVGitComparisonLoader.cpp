@@ -29,8 +29,7 @@ RVGitComparisonLoader::Command RVGitComparisonLoader::commandWithOptions(
             command->addGitCommandOption("-c");
         command->addGitCommandRevisions(revisions(), refusalCode);
         if (!filePaths.empty()) {
-            command->addGitCommandArgument("--");
-            command->addGitCommandArguments(filePaths);
+            command->addGitCommandFilePaths(filePaths);
         }
         return command;
     };

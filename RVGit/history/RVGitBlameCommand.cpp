@@ -19,9 +19,10 @@ void RVGitBlameCommand::gitCommandWillInitialize() {
     addGitCommandOption("--porcelain");
     if (revision_)
         addGitCommandRevision(*revision_);
-    addGitCommandArgument("--");
     if (filePath_)
-        addGitCommandArgument(*filePath_);
+        addGitCommandFilePaths({*filePath_});
+    else
+        addGitCommandArgument("--");
 }
 
 void RVGitBlameCommand::gitCommandDidTerminate() {

@@ -124,8 +124,7 @@ void RVGitLogCommand::gitCommandWillInitialize() {
         addGitCommandOption("--until=" + rfc3339DateString(*untilDate_));
     addGitCommandRevisions(revisions_, RVGitLogNoSuchRevisionError);
     addRefSelectionOptions();
-    addGitCommandArgument("--");
-    addGitCommandArguments(filePaths_);
+    addGitCommandFilePaths(filePaths_);
     parsesAhead_ = loadsCommits();
 }
 

@@ -44,8 +44,7 @@ void RVGitShortlogCommand::gitCommandWillInitialize() {
         addGitCommandOption("-" + std::to_string(limit_));
     addGitCommandRevision(revision_);
     if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
+        addGitCommandFilePaths(*filePaths_);
     }
 }
 

@@ -166,7 +166,7 @@ void RVGitTreeCommand::gitCommandWillInitialize() {
         addGitCommandRevision(*objectReference_, RVGitTreeNotFoundError);
     } else if (revision_ && filePath_) {
         addGitCommandRevision(*revision_, RVGitTreeNotFoundError);
-        addGitCommandArguments({"--", *filePath_});
+        addGitCommandFilePaths({*filePath_});
     }
 }
 

@@ -34,9 +34,10 @@ std::optional<std::string> fileOption(const std::shared_ptr<RVGitRepository>& re
 
 RVGitConfig::RVGitConfig(std::shared_ptr<RVGitRepository> repository,
                          std::optional<std::string> configFile)
-    : repository_(std::move(repository)), configFile_(std::move(configFile)) {}
+    : RVGitRepositoryPart(std::move(repository)), configFile_(std::move(configFile)) {}
 
-RVGitConfig::RVGitConfig(std::weak_ptr<RVGitRepository> owner) : owner_(std::move(owner)) {}
+RVGitConfig::RVGitConfig(std::weak_ptr<RVGitRepository> owner)
+    : RVGitRepositoryPart(std::move(owner)) {}
 
 std::shared_ptr<RVGitConfig> RVGitConfig::systemWideConfig() {
     return std::make_shared<RVGitConfig>(nullptr, RVGitConfigFileTypeSystem);
@@ -71,10 +72,6 @@ std::shared_ptr<RVGitConfig> RVGitConfig::gitSVNConfigForRepository(
 
 std::shared_ptr<RVGitConfig> RVGitConfig::configWithFilePath(std::optional<std::string> filePath) {
     return std::make_shared<RVGitConfig>(nullptr, std::move(filePath));
-}
-
-std::shared_ptr<RVGitRepository> RVGitConfig::repository() const {
-    return repository_ ? repository_ : owner_.lock();
 }
 
 std::optional<std::string> RVGitConfig::configFilePath() const {

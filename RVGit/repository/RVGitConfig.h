@@ -10,6 +10,7 @@
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 
 class RVGitConfigCommand;
 class RVGitRepository;
@@ -41,7 +42,7 @@ inline constexpr char RVGitStatusShowUntrackedFilesConfigKey[] = "status.showunt
 /// A key that is not set is no error: reading it gives nothing and an empty place. Other failures
 /// give nothing or false with a filled place, codes 1001 to 1006 and the common ones; code 111 for
 /// a file that does not exist where all of it is read.
-class RVGIT_EXPORT RVGitConfig {
+class RVGIT_EXPORT RVGitConfig : public RVGitRepositoryPart {
 public:
     /// `repository`'s path is the working directory; absent, git runs where this process does, and
     /// a config keeps its repository alive. `configFile` is an absolute path or a type word;
@@ -66,8 +67,6 @@ public:
     [[nodiscard]] static std::shared_ptr<RVGitConfig> configWithFilePath(
         std::optional<std::string> filePath);
 
-    /// Null if the scope has none.
-    [[nodiscard]] std::shared_ptr<RVGitRepository> repository() const;
     [[nodiscard]] const std::optional<std::string>& configFile() const { return configFile_; }
     /// `configFile` if it is an absolute path.
     [[nodiscard]] std::optional<std::string> configFilePath() const;
@@ -199,7 +198,5 @@ private:
     [[nodiscard]] std::shared_ptr<RVGitConfigCommand> commandWithAction(
         const char* configAction, const std::optional<RVOptions>& options = std::nullopt) const;
 
-    std::shared_ptr<RVGitRepository> repository_;
-    std::weak_ptr<RVGitRepository> owner_;
     std::optional<std::string> configFile_;
 };

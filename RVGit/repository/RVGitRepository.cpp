@@ -1,18 +1,23 @@
 #include "RVGit/repository/RVGitRepository.h"
 
-#include <fstream>
+#include <cerrno>
+#include <limits>
 
+#include "RVGit/base/RVContainedFiles.h"
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleLoader.h"
+#include "RVGit/submodules/RVGitSubmoduleManager.h"
 #include "RVGit/worktree/RVGitIgnores.h"
 #include "RVGit/worktree/RVGitIndex.h"
 
@@ -20,18 +25,8 @@ namespace {
 
 constexpr std::string_view gitDirectoryLinkPrefix = "gitdir:";
 
-// What git prints in a directory, trimmed; absent if it fails. The bytes are not decoded, since a
-// path in another encoding must stay the one that it is.
-std::optional<std::string> outputOfGit(const std::string& directoryPath, const char* gitCommand,
-                                       const std::vector<std::string>& arguments,
-                                       RVErrorPlace error = nullptr) {
-    auto command = RVGitCommand::gitCommandWithRepositoryPath(directoryPath);
-    command->setGitCommand(gitCommand);
-    command->addGitCommandArguments(arguments);
-    if (!command->run(error))
-        return std::nullopt;
-    return stringByTrimmingWhitespaceAndNewline(command->standardOutputData());
-}
+// More than any path or ref name takes.
+constexpr std::size_t maximumSizeOfShortFile = 64 * 1024;
 
 bool writeGitDirectoryFileLink(const std::string& directoryPath,
                                const std::string& gitDirectoryPath, RVErrorPlace error) {
@@ -42,31 +37,6 @@ bool writeGitDirectoryFileLink(const std::string& directoryPath,
 RVError errorWithPath(RVGitErrorCode code, const std::string& path) {
     return gitErrorWithCode(code, {{RVGitRepositoryPathErrorKey, path}});
 }
-
-// The first spelling of a path, as it is made into one, that exists.
-template <typename MakePath>
-std::optional<std::string> firstExistingPath(const std::array<std::string, 3>& spellings,
-                                             MakePath makePath) {
-    for (const std::string& spelling : spellings) {
-        if (spelling.empty())
-            continue;
-        std::string path = makePath(spelling);
-        if (RVFileManager::fileExistsAtPath(path))
-            return path;
-    }
-    return std::nullopt;
-}
-
-struct TemporaryAllowedSignersFile {
-    std::unique_ptr<RVOperationQueue> lock = RVOperationQueue::serialQueue(
-        "com.varnelsoft.Varnel.temporaryAllowedSignersFileURLAccesor");
-    std::optional<std::string> path;
-
-    static TemporaryAllowedSignersFile& shared() {
-        static auto* const file = new TemporaryAllowedSignersFile;
-        return *file;
-    }
-};
 
 }  // namespace
 
@@ -101,17 +71,6 @@ std::shared_ptr<RVGitRepository> RVGitRepository::repositoryWithWorkingTreeDirec
     return std::make_shared<RVGitRepository>(workingTreeDirectoryPath, gitDirectoryPath);
 }
 
-bool RVGitRepository::isGitRepositoryAtPath(const std::string& path) {
-    std::string directoryPath = standardizedPath(path);
-    return isAbsolutePath(directoryPath) && RVFileManager::isDirectoryAtPath(directoryPath) &&
-           outputOfGit(directoryPath, "rev-parse", {"--git-dir"});
-}
-
-std::optional<std::string> RVGitRepository::rootPathForRepositoryAtPath(const std::string& path) {
-    auto repository = repositoryWithPath(path);
-    return repository->isValid() ? std::optional(repository->path()) : std::nullopt;
-}
-
 std::shared_ptr<RVGitRepository> RVGitRepository::createRepositoryAtPath(
     const std::string& path, const std::optional<RVOptions>& options, RVErrorPlace error) {
     if (!isAbsolutePath(path)) {
@@ -127,72 +86,6 @@ std::shared_ptr<RVGitRepository> RVGitRepository::createRepositoryAtPath(
     return repositoryWithPath(path);
 }
 
-void RVGitRepository::initializeWithPath(const std::string& path) {
-    path_ = path;
-    std::string directoryPath = standardizedPath(path);
-    if (!RVFileManager::isDirectoryAtPath(directoryPath))
-        return;
-
-    std::optional<RVError> error;
-    bool isBareRepository = isBareRepositoryAtPath(directoryPath, &error);
-    if (error)
-        return;
-    if (auto root = normalizedRepositoryPath(directoryPath, isBareRepository)) {
-        path_ = *std::move(root);
-        valid_ = true;
-    }
-}
-
-bool RVGitRepository::isBareRepositoryAtPath(const std::string& path, RVErrorPlace error) {
-    return outputOfGit(path, "rev-parse", {"--is-bare-repository"}, error) == "true";
-}
-
-std::optional<std::string> RVGitRepository::normalizedRepositoryPath(const std::string& path,
-                                                                     bool isBareRepository) {
-    auto printedDirectory = outputOfGit(path, "rev-parse", {"--git-dir"});
-    if (!printedDirectory)
-        return std::nullopt;
-    const bool isAbsolute = isAbsolutePath(*printedDirectory);
-    const bool isPathItself = *printedDirectory == ".";
-    // Git prints a relative directory where it lies in or is the path.
-    std::string gitDirectory = isAbsolute     ? *printedDirectory
-                               : isPathItself ? path
-                                              : pathByAppendingComponent(path, *printedDirectory);
-    auto workingTree = outputOfGit(path, "config", {"--get", "core.worktree"});
-
-    std::string root;
-    if (isBareRepository) {
-        workingTree.reset();
-        root = gitDirectory;
-    } else if (workingTree) {
-        if (!isAbsolutePath(*workingTree))
-            workingTree = standardizedPath(
-                pathByAppendingComponent(isAbsolute ? gitDirectory : path, *workingTree));
-        auto isInside = outputOfGit(path, "rev-parse", {"--is-inside-work-tree"});
-        if (!isInside)
-            return std::nullopt;
-        root = *isInside == "true" ? *workingTree : gitDirectory;
-    } else {
-        if (!isAbsolute && !isPathItself) {
-            root = path;
-        } else if (auto url = RVURL::fileURLWithPath(gitDirectory);
-                   isAlternateWorktreeGitDirectoryAtURL(url)) {
-            auto rootURL = workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url);
-            if (!rootURL)
-                return std::nullopt;
-            root = rootURL->path();
-        } else {
-            root = pathByDeletingLastComponent(gitDirectory);
-        }
-        workingTree = root;
-    }
-
-    gitDirectoryPath_ = standardizedPath(gitDirectory);
-    if (workingTree)
-        workingTreeDirectoryPath_ = standardizedPath(*workingTree);
-    return standardizedPath(root);
-}
-
 std::optional<RVURL> RVGitRepository::fileURL() const {
     if (path_.empty())
         return std::nullopt;
@@ -204,31 +97,31 @@ std::string RVGitRepository::name() const {
 }
 
 std::shared_ptr<RVGitConfig> RVGitRepository::config() {
-    std::call_once(configOnce_, [this] { config_.reset(new RVGitConfig(weak_from_this())); });
-    return {shared_from_this(), config_.get()};
+    return config_.part(shared_from_this(), [this] { return new RVGitConfig(weak_from_this()); });
 }
 
 std::shared_ptr<RVGitIndex> RVGitRepository::index() {
-    std::call_once(indexOnce_, [this] { index_.reset(new RVGitIndex(weak_from_this())); });
-    return {shared_from_this(), index_.get()};
+    return index_.part(shared_from_this(), [this] { return new RVGitIndex(weak_from_this()); });
 }
 
 std::shared_ptr<RVGitIgnores> RVGitRepository::ignores() {
-    return ownedIgnores(ignoresOnce_, ignores_, defaultIgnoresPath());
+    return ownedIgnores(ignores_, defaultIgnoresPath());
 }
 
 std::shared_ptr<RVGitIgnores> RVGitRepository::excludes() {
-    return ownedIgnores(excludesOnce_, excludes_, defaultExcludesPath());
+    return ownedIgnores(excludes_, defaultExcludesPath());
 }
 
-std::shared_ptr<RVGitIgnores> RVGitRepository::ownedIgnores(std::once_flag& once,
-                                                            std::unique_ptr<RVGitIgnores>& owned,
-                                                            std::optional<std::string> filePath) {
+std::shared_ptr<RVGitIgnores> RVGitRepository::sharedExcludes() {
+    return ownedIgnores(sharedExcludes_, sharedExcludesPath());
+}
+
+std::shared_ptr<RVGitIgnores> RVGitRepository::ownedIgnores(
+    RVGitRepositoryPartSlot<RVGitIgnores>& slot, std::optional<std::string> filePath) {
     if (!filePath)
         return nullptr;
-    std::call_once(once,
-                   [&] { owned.reset(new RVGitIgnores(weak_from_this(), *std::move(filePath))); });
-    return {shared_from_this(), owned.get()};
+    return slot.part(shared_from_this(),
+                     [&] { return new RVGitIgnores(weak_from_this(), *std::move(filePath)); });
 }
 
 bool RVGitRepository::isDetachedWorkingTree() {
@@ -263,8 +156,28 @@ bool RVGitRepository::isGitSVNRepository() const {
 }
 
 std::optional<std::string> RVGitRepository::contentsOfHEADFile() const {
-    auto file = HEADFilePath();
-    return file ? RVFileManager::UTF8ContentsOfFileAtPath(*file) : std::nullopt;
+    const RVContainedFiles files(gitDirectoryPath_);
+    std::optional<RVError> error;
+    auto contents = files.UTF8Contents("HEAD", maximumSizeOfShortFile, &error);
+    // Where refs lie in tables the file is a stand-in, and old gits made a link of it.
+    const bool isStandIn = contents && contents->starts_with("ref: refs/heads/.invalid");
+    const bool isLink = !contents && error->code() == ELOOP;
+    if (!isStandIn && !isLink)
+        return contents;
+    if (auto refName = outputOfGitInGitDirectory("symbolic-ref", {"-q", "HEAD"}))
+        return "ref: " + *refName;
+    return outputOfGitInGitDirectory("rev-parse", {"-q", "--verify", "HEAD"});
+}
+
+std::optional<std::string> RVGitRepository::outputOfGitInGitDirectory(
+    const char* gitCommand, const std::vector<std::string>& arguments) const {
+    const auto command = RVGitCommand::gitCommandWithGitBinary(RVGitBinary::defaultGitBinary(),
+                                                               gitDirectoryPath_, std::nullopt);
+    command->setGitCommand(gitCommand);
+    command->addGitCommandArguments(arguments);
+    if (!command->run())
+        return std::nullopt;
+    return stringByTrimmingWhitespaceAndNewline(command->standardOutputString());
 }
 
 bool RVGitRepository::isHEADBranchDetached() const {
@@ -340,6 +253,25 @@ std::optional<std::string> RVGitRepository::defaultExcludesPath() const {
     return gitDirectoryComponent("info/exclude");
 }
 
+std::optional<std::string> RVGitRepository::commonGitDirectoryPath() const {
+    if (!gitDirectoryPath_)
+        return std::nullopt;
+    const auto contents =
+        RVContainedFiles(gitDirectoryPath_).UTF8Contents("commondir", maximumSizeOfShortFile);
+    const std::string path = stringByTrimmingWhitespaceAndNewline(contents.value_or(""));
+    if (path.empty())
+        return gitDirectoryPath_;
+    return standardizedPath(
+        isAbsolutePath(path) ? path : pathByAppendingComponent(*gitDirectoryPath_, path));
+}
+
+std::optional<std::string> RVGitRepository::sharedExcludesPath() const {
+    const auto directory = commonGitDirectoryPath();
+    if (!directory)
+        return std::nullopt;
+    return pathByAppendingComponent(*directory, "info/exclude");
+}
+
 std::optional<std::string> RVGitRepository::mergeCommitMessagePath() const {
     return gitDirectoryComponentUnlessBare("MERGE_MSG");
 }
@@ -368,8 +300,8 @@ std::optional<std::string> RVGitRepository::SVNMetadatapath() const {
 }
 
 std::optional<std::string> RVGitRepository::description(RVErrorPlace error) const {
-    auto file = descriptionPath();
-    auto contents = file ? RVFileManager::contentsOfFileAtPath(*file) : std::nullopt;
+    const auto contents = RVContainedFiles(gitDirectoryPath_)
+                              .contents("description", std::numeric_limits<std::size_t>::max());
     if (!contents) {
         fillErrorPlace(error, errorWithPath(RVGitDescriptionReadError, path_));
         return std::nullopt;
@@ -378,34 +310,26 @@ std::optional<std::string> RVGitRepository::description(RVErrorPlace error) cons
 }
 
 bool RVGitRepository::setDescription(const std::string& description, RVErrorPlace error) const {
-    auto file = descriptionPath();
-    if (file && RVFileManager::fileExistsAtPath(*file)) {
-        if (!RVFileManager::isWritableFileAtPath(*file)) {
-            fillErrorPlace(error, errorWithPath(RVGitDescriptionWriteError, path_));
-            return false;
-        }
-    } else if (!file || !std::ofstream(*file)) {
+    const RVContainedFiles files(gitDirectoryPath_);
+    if (!files.exists("description") && !files.writeInPlace("description", "")) {
         clearErrorPlace(error);
         return false;
     }
-
-    // Closing writes what is buffered: only then is it known whether all of it could be written.
-    std::ofstream stream(*file, std::ios::binary | std::ios::trunc);
-    stream << description;
-    stream.close();
-    if (!stream) {
-        fillErrorPlace(error, errorWithPath(RVGitDescriptionWriteError, path_));
-        return false;
-    }
-    return true;
+    if (RVFileManager::isWritableFileAtPath(*descriptionPath()) &&
+        files.writeInPlace("description", description))
+        return true;
+    fillErrorPlace(error, errorWithPath(RVGitDescriptionWriteError, path_));
+    return false;
 }
 
 std::optional<std::string> RVGitRepository::gitDirectoryPathFromGitDirectoryFileLink(
     RVErrorPlace error) const {
     clearErrorPlace(error);
-    auto contents = gitDirectoryPath_
-                        ? RVFileManager::UTF8ContentsOfFileAtPath(*gitDirectoryPath_, error)
-                        : std::nullopt;
+    if (!gitDirectoryPath_)
+        return std::nullopt;
+    const RVContainedFiles files(pathByDeletingLastComponent(*gitDirectoryPath_));
+    const auto contents =
+        files.UTF8Contents(lastPathComponent(*gitDirectoryPath_), maximumSizeOfShortFile, error);
     if (!contents || !contents->starts_with(gitDirectoryLinkPrefix))
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(
@@ -426,92 +350,4 @@ bool RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(const std::strin
         return false;
     }
     return writeGitDirectoryFileLink(path, gitDirectoryPath, error);
-}
-
-bool RVGitRepository::isAlternateWorktreeGitDirectoryAtURL(const RVURL& url) {
-    return RVFileManager::fileExistsAtPath(pathByAppendingComponent(url.path(), "commondir")) &&
-           RVFileManager::fileExistsAtPath(pathByAppendingComponent(url.path(), "gitdir"));
-}
-
-std::optional<RVURL> RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(
-    const RVURL& url) {
-    // The newline at the end goes with the last component.
-    auto contents =
-        RVFileManager::UTF8ContentsOfFileAtPath(pathByAppendingComponent(url.path(), "gitdir"));
-    if (!contents)
-        return std::nullopt;
-    return RVURL::fileURLWithPath(*contents, url).URLByDeletingLastPathComponent();
-}
-
-std::optional<std::string> RVGitRepository::allowedSignersFileFullPath() {
-    auto configured = config()->allowedSignersFile();
-    if (RVStringIsEmpty(configured))
-        return temporaryAllowedSignersFilePath();
-    auto file = existingFileAt(*configured);
-    if (!file)
-        file = existingFileRelativeToRepoWith(*configured);
-    if (!file)
-        file = existingFileWithTildeExpandedWithPath(*configured);
-    return file ? file : temporaryAllowedSignersFilePath();
-}
-
-std::array<std::string, 3> RVGitRepository::spellingsOfPath(const std::string& path) const {
-    std::string withoutLeadingWhitespace = removeLeadingWhitespace(path);
-    return {path, withoutLeadingWhitespace, trimWhitespacesFor(withoutLeadingWhitespace)};
-}
-
-std::optional<std::string> RVGitRepository::existingFileAt(const std::string& path) const {
-    return firstExistingPath(spellingsOfPath(path),
-                             [](const std::string& spelling) { return spelling; });
-}
-
-std::optional<std::string> RVGitRepository::existingFileRelativeToRepoWith(
-    const std::string& path) const {
-    RVURL base = RVURL::fileURLWithPath(path_);
-    return firstExistingPath(spellingsOfPath(path), [&base](const std::string& spelling) {
-        return RVURL::fileURLWithPath(spelling, base).path();
-    });
-}
-
-std::optional<std::string> RVGitRepository::existingFileWithTildeExpandedWithPath(
-    const std::string& path) const {
-    return firstExistingPath(spellingsOfPath(path), [](const std::string& spelling) {
-        return pathByExpandingTilde(spelling);
-    });
-}
-
-std::string RVGitRepository::removeLeadingWhitespace(const std::string& text) const {
-    static const RVNeverDestroyed<RVRegularExpression> leadingWhitespace("^\\s+");
-    return leadingWhitespace->stringByReplacingMatches(text, "");
-}
-
-std::string RVGitRepository::trimWhitespacesFor(const std::string& text) const {
-    return stringByTrimmingWhitespaceAndNewline(text);
-}
-
-RVOperationQueue& RVGitRepository::temporaryAllowedSignersFileLock() {
-    return *TemporaryAllowedSignersFile::shared().lock;
-}
-
-std::optional<std::string> RVGitRepository::temporaryAllowedSignersFilePath() {
-    std::optional<std::string> result;
-    temporaryAllowedSignersFileLock().runBlock([&result] {
-        auto& path = TemporaryAllowedSignersFile::shared().path;
-        if (!path || !RVFileManager::fileExistsAtPath(*path))
-            path = RVFileManager::createEmptyTemporaryFile();
-        result = path;
-    });
-    return result;
-}
-
-std::optional<std::string> RVGitRepository::temporaryFilePath() {
-    std::optional<std::string> result;
-    temporaryAllowedSignersFileLock().runBlock(
-        [&result] { result = TemporaryAllowedSignersFile::shared().path; });
-    return result;
-}
-
-void RVGitRepository::setTemporaryFilePath(const std::optional<std::string>& path) {
-    temporaryAllowedSignersFileLock().runBlock(
-        [&path] { TemporaryAllowedSignersFile::shared().path = path; });
 }

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +11,7 @@
 #include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/base/RVURL.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 
 class RVGitConfig;
 class RVGitIgnores;
@@ -34,7 +34,10 @@ public:
     /// thread of the command queue.
     explicit RVGitRepository(const std::string& path);
     /// Takes the paths as they are, without running git. Valid exactly when there is a git
-    /// directory. `path` is the working tree as given, or else the git directory as given.
+    /// directory. `path` is the working tree as given, or else the git directory as given. Git is
+    /// told of both by options, and so skips its check that the directory belongs to this user:
+    /// open a stranger's repository by its path, or with
+    /// RVGitBinary::defaultOptionsForUntrustedRepositories().
     RVGitRepository(const std::optional<std::string>& workingTreeDirectoryPath,
                     const std::optional<std::string>& gitDirectoryPath);
     ~RVGitRepository();
@@ -52,6 +55,10 @@ public:
         const std::optional<std::string>& gitDirectoryPath);
     /// Whether the path is an absolute one of a directory in which git finds a repository.
     [[nodiscard]] static bool isGitRepositoryAtPath(const std::string& path);
+    /// Why git finds no repository at the path, in git's own words ("fatal: detected dubious
+    /// ownership in repository at ..."), trimmed; absent if it finds one. Runs git once.
+    [[nodiscard]] static std::optional<std::string> reasonForInvalidRepositoryAtPath(
+        const std::string& path);
     /// The root of the repository that the path lies in; absent if there is none.
     [[nodiscard]] static std::optional<std::string> rootPathForRepositoryAtPath(
         const std::string& path);
@@ -90,7 +97,12 @@ public:
     /// invalid repository.
     [[nodiscard]] std::shared_ptr<RVGitIgnores> ignores();
     /// "info/exclude" in the git directory, owned in the same way; null for an invalid repository.
+    /// Kept for compatibility: in a linked worktree that is a file which git does not read.
+    /// sharedExcludes() gives the one that it reads.
     [[nodiscard]] std::shared_ptr<RVGitIgnores> excludes();
+    /// "info/exclude" in the git directory that all worktrees share, which is the one that git
+    /// reads; owned in the same way, null for an invalid repository.
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> sharedExcludes();
 
     // Submodules, forwarded one to one to the loader and the manager.
 
@@ -157,6 +169,9 @@ public:
     [[nodiscard]] std::optional<std::string> descriptionPath() const;
     [[nodiscard]] std::optional<std::string> defaultIgnoresPath() const;
     [[nodiscard]] std::optional<std::string> defaultExcludesPath() const;
+    [[nodiscard]] std::optional<std::string> sharedExcludesPath() const;
+    /// The git directory itself, or in a linked worktree the one that the worktrees share.
+    [[nodiscard]] std::optional<std::string> commonGitDirectoryPath() const;
     [[nodiscard]] std::optional<std::string> mergeCommitMessagePath() const;
     [[nodiscard]] std::optional<std::string> squashCommitMessagePath() const;
     [[nodiscard]] std::optional<std::string> submodulesFilePath() const;
@@ -167,7 +182,8 @@ public:
     // HEAD.
 
     /// The full name of the ref that HEAD names, or the hash on a detached HEAD; absent if the
-    /// HEAD file cannot be read.
+    /// HEAD file cannot be read. Runs git where the file does not tell: it is a link, or refs are
+    /// kept in tables.
     [[nodiscard]] std::optional<std::string> HEADRefName() const;
     /// The hash of the branch that HEAD names, from `git show-ref`; "" if the branch is unborn or
     /// HEAD is detached, absent if git fails.
@@ -229,9 +245,8 @@ public:
     [[nodiscard]] static RVOperationQueue& temporaryAllowedSignersFileLock();
 
 private:
-    [[nodiscard]] std::shared_ptr<RVGitIgnores> ownedIgnores(std::once_flag& once,
-                                                             std::unique_ptr<RVGitIgnores>& owned,
-                                                             std::optional<std::string> filePath);
+    [[nodiscard]] std::shared_ptr<RVGitIgnores> ownedIgnores(
+        RVGitRepositoryPartSlot<RVGitIgnores>& slot, std::optional<std::string> filePath);
     void initializeWithPath(const std::string& path);
     [[nodiscard]] static bool isBareRepositoryAtPath(const std::string& path,
                                                      RVErrorPlace error = nullptr);
@@ -242,23 +257,22 @@ private:
     [[nodiscard]] std::optional<std::string> workingTreeComponent(std::string_view component) const;
     [[nodiscard]] std::optional<std::string> gitDirectoryComponentUnlessBare(
         std::string_view component) const;
+    /// With git's own answer where the file does not hold it.
     [[nodiscard]] std::optional<std::string> contentsOfHEADFile() const;
+    /// Trimmed; absent if git fails.
+    [[nodiscard]] std::optional<std::string> outputOfGitInGitDirectory(
+        const char* gitCommand, const std::vector<std::string>& arguments) const;
     [[nodiscard]] std::array<std::string, 3> spellingsOfPath(const std::string& path) const;
 
     bool valid_ = false;
     std::string path_;
     std::optional<std::string> gitDirectoryPath_;
     std::optional<std::string> workingTreeDirectoryPath_;
-    std::once_flag configOnce_;
-    std::unique_ptr<RVGitConfig> config_;
-    std::once_flag indexOnce_;
-    std::unique_ptr<RVGitIndex> index_;
-    std::once_flag ignoresOnce_;
-    std::unique_ptr<RVGitIgnores> ignores_;
-    std::once_flag excludesOnce_;
-    std::unique_ptr<RVGitIgnores> excludes_;
-    std::once_flag submoduleLoaderOnce_;
-    std::shared_ptr<RVGitSubmoduleLoader> submoduleLoader_;
-    std::once_flag submoduleManagerOnce_;
-    std::shared_ptr<RVGitSubmoduleManager> submoduleManager_;
+    RVGitRepositoryPartSlot<RVGitConfig> config_;
+    RVGitRepositoryPartSlot<RVGitIndex> index_;
+    RVGitRepositoryPartSlot<RVGitIgnores> ignores_;
+    RVGitRepositoryPartSlot<RVGitIgnores> excludes_;
+    RVGitRepositoryPartSlot<RVGitIgnores> sharedExcludes_;
+    RVGitRepositoryPartSlot<RVGitSubmoduleLoader> submoduleLoader_;
+    RVGitRepositoryPartSlot<RVGitSubmoduleManager> submoduleManager_;
 };

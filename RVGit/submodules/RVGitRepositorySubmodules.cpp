@@ -5,16 +5,13 @@
 #include "RVGit/submodules/RVGitSubmoduleManager.h"
 
 std::shared_ptr<RVGitSubmoduleLoader> RVGitRepository::submoduleLoader() {
-    std::call_once(submoduleLoaderOnce_,
-                   [this] { submoduleLoader_.reset(new RVGitSubmoduleLoader(weak_from_this())); });
-    return {shared_from_this(), submoduleLoader_.get()};
+    return submoduleLoader_.part(shared_from_this(),
+                                 [this] { return new RVGitSubmoduleLoader(weak_from_this()); });
 }
 
 std::shared_ptr<RVGitSubmoduleManager> RVGitRepository::submoduleManager() {
-    std::call_once(submoduleManagerOnce_, [this] {
-        submoduleManager_.reset(new RVGitSubmoduleManager(weak_from_this()));
-    });
-    return {shared_from_this(), submoduleManager_.get()};
+    return submoduleManager_.part(shared_from_this(),
+                                  [this] { return new RVGitSubmoduleManager(weak_from_this()); });
 }
 
 std::optional<std::vector<std::string>> RVGitRepository::allSubmoduleNames(RVErrorPlace error) {

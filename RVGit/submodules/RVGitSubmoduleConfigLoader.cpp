@@ -24,16 +24,12 @@ std::shared_ptr<RVGitSubmoduleConfig> configWithName(
 }  // namespace
 
 RVGitSubmoduleConfigLoader::RVGitSubmoduleConfigLoader(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
+    : RVGitRepositoryPart(std::move(repository)) {
+    requireParameter(this->repository() != nullptr, "repository");
 }
 
 RVGitSubmoduleConfigLoader::RVGitSubmoduleConfigLoader(std::weak_ptr<RVGitRepository> owner)
-    : owner_(std::move(owner)) {}
-
-std::shared_ptr<RVGitRepository> RVGitSubmoduleConfigLoader::repository() const {
-    return repository_ ? repository_ : owner_.lock();
-}
+    : RVGitRepositoryPart(std::move(owner)) {}
 
 std::shared_ptr<RVGitSubmoduleConfigLoader> RVGitSubmoduleConfigLoader::loaderWithRepository(
     std::shared_ptr<RVGitRepository> repository) {

@@ -7,6 +7,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 #include "RVGit/submodules/RVGitSubmoduleConfig.h"
 
 class RVGitConfig;
@@ -15,7 +16,7 @@ class RVGitRepository;
 /// Reads what the two files say of the submodules. It holds nothing: each operation is one
 /// `git config`, blocks until that has ended, and may be called on any thread. Errors are those of
 /// RVGitConfig; code 11 where a key has no value at all, kept for compatibility.
-class RVGIT_EXPORT RVGitSubmoduleConfigLoader {
+class RVGIT_EXPORT RVGitSubmoduleConfigLoader : public RVGitRepositoryPart {
 public:
     using Configs = std::vector<std::shared_ptr<RVGitSubmoduleConfig>>;
 
@@ -23,8 +24,6 @@ public:
     explicit RVGitSubmoduleConfigLoader(std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitSubmoduleConfigLoader> loaderWithRepository(
         std::shared_ptr<RVGitRepository> repository);
-
-    [[nodiscard]] std::shared_ptr<RVGitRepository> repository() const;
 
     /// Those of ".gitmodules", sorted by name; absent on failure. Without the file there are none.
     [[nodiscard]] std::optional<Configs> allSubmoduleConfigs(RVErrorPlace error = nullptr) const;
@@ -45,7 +44,4 @@ private:
     friend class RVGitSubmoduleLoader;
     /// That of the repository's own loader, which does not keep the repository alive.
     explicit RVGitSubmoduleConfigLoader(std::weak_ptr<RVGitRepository> owner);
-
-    std::shared_ptr<RVGitRepository> repository_;
-    std::weak_ptr<RVGitRepository> owner_;
 };

@@ -128,20 +128,39 @@ bool RVGitSubmoduleConfigManager::containsSectionForSubmoduleWithName(
                                             RVRegularExpression::escapedPatternForString(key));
 }
 
+bool RVGitSubmoduleConfigManager::requireSectionIsGone(const std::string& name,
+                                                       RVErrorPlace error) const {
+    // On a full disk git 2.39 leaves the file as it was, and exits with 0.
+    if (!containsSectionForSubmoduleWithName(name))
+        return true;
+    failToWrite(error);
+    return false;
+}
+
+void RVGitSubmoduleConfigManager::failToWrite(RVErrorPlace error) const {
+    const auto file = configType_ == RVGitSubmoduleConfigTypeLocal
+                          ? repository_->configFilePath()
+                          : repository_->submodulesFilePath();
+    fillErrorPlace(
+        error, gitErrorWithCode(RVGitConfigWriteError,
+                                RVGitMakeErrorUserInfo(
+                                    repository_, {{RVGitConfigFileErrorKey, file.value_or("")}})));
+}
+
 bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
     const std::string& name, const std::string& toNewName, RVErrorPlace error) {
     if (!mayWrite(error))
         return false;
     // Git would write it as it is, and could not read the file any more.
     if (toNewName.find('\n') != std::string::npos) {
-        fillErrorPlace(
-            error, gitErrorWithCode(RVGitConfigWriteError, RVGitMakeErrorUserInfo(repository_)));
+        failToWrite(error);
         return false;
     }
     return !containsSectionForSubmoduleWithName(name) ||
-           config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
-                                  Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
-                                  error);
+           (config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
+                                   Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
+                                   error) &&
+            requireSectionIsGone(name, error));
 }
 
 bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const std::string& name,
@@ -149,5 +168,6 @@ bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const 
     if (!mayWrite(error))
         return false;
     return !containsSectionForSubmoduleWithName(name) ||
-           config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error);
+           (config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error) &&
+            requireSectionIsGone(name, error));
 }

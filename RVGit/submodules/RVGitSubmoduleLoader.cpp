@@ -84,12 +84,12 @@ std::optional<RVGitSubmoduleStatus> statusOfErrorCode(std::int64_t code) {
 }  // namespace
 
 RVGitSubmoduleLoader::RVGitSubmoduleLoader(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
+    : RVGitRepositoryPart(std::move(repository)) {
+    requireParameter(this->repository() != nullptr, "repository");
 }
 
 RVGitSubmoduleLoader::RVGitSubmoduleLoader(std::weak_ptr<RVGitRepository> owner)
-    : owner_(std::move(owner)) {}
+    : RVGitRepositoryPart(std::move(owner)) {}
 
 RVGitSubmoduleLoader::~RVGitSubmoduleLoader() = default;
 
@@ -98,19 +98,16 @@ std::shared_ptr<RVGitSubmoduleLoader> RVGitSubmoduleLoader::loaderWithRepository
     return std::make_shared<RVGitSubmoduleLoader>(std::move(repository));
 }
 
-std::shared_ptr<RVGitRepository> RVGitSubmoduleLoader::repository() const {
-    return repository_ ? repository_ : owner_.lock();
-}
-
 std::shared_ptr<RVGitSubmoduleConfigLoader> RVGitSubmoduleLoader::submoduleConfigLoader() const {
     std::call_once(configLoaderOnce_, [this] {
-        configLoader_.reset(repository_ ? new RVGitSubmoduleConfigLoader(repository_)
-                                        : new RVGitSubmoduleConfigLoader(owner_));
+        configLoader_.reset(
+            new RVGitSubmoduleConfigLoader(std::weak_ptr<RVGitRepository>(repository())));
     });
-    // Whoever keeps the one of the repository's own loader keeps the repository, too.
-    return repository_
-               ? configLoader_
-               : std::shared_ptr<RVGitSubmoduleConfigLoader>(owner_.lock(), configLoader_.get());
+    // Whoever keeps it keeps the repository, too.
+    const auto kept = std::make_shared<
+        std::pair<std::shared_ptr<RVGitSubmoduleConfigLoader>, std::shared_ptr<RVGitRepository>>>(
+        configLoader_, repository());
+    return {kept, configLoader_.get()};
 }
 
 std::optional<RVGitSubmoduleLoader::Submodules> RVGitSubmoduleLoader::allSubmodules(

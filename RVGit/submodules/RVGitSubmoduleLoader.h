@@ -9,6 +9,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 #include "RVGit/submodules/RVGitSubmoduleHelper.h"
 
 class RVGitDiff;
@@ -33,7 +34,7 @@ struct RVGIT_EXPORT RVGitSubmoduleStatusInfo {
 /// status that says what is broken. It keeps nothing of the list: each operation runs git anew,
 /// blocks, and may be called on any thread, but not on one of the command queue.
 /// RVGitRepository::submoduleLoader() hands one out.
-class RVGIT_EXPORT RVGitSubmoduleLoader {
+class RVGIT_EXPORT RVGitSubmoduleLoader : public RVGitRepositoryPart {
 public:
     using Submodules = std::vector<std::shared_ptr<RVGitSubmodule>>;
     using StatusInfos = std::vector<RVGitSubmoduleStatusInfo>;
@@ -46,7 +47,6 @@ public:
     [[nodiscard]] static std::shared_ptr<RVGitSubmoduleLoader> loaderWithRepository(
         std::shared_ptr<RVGitRepository> repository);
 
-    [[nodiscard]] std::shared_ptr<RVGitRepository> repository() const;
     [[nodiscard]] std::shared_ptr<RVGitSubmoduleConfigLoader> submoduleConfigLoader() const;
 
     /// Those of the index, in the order of git's status, and behind them those that ".gitmodules"
@@ -104,8 +104,6 @@ private:
     [[nodiscard]] bool markDirtySubmodules(const std::vector<std::string>& submodulePaths,
                                            StatusInfos& infos, RVErrorPlace error) const;
 
-    std::shared_ptr<RVGitRepository> repository_;
-    std::weak_ptr<RVGitRepository> owner_;
     mutable std::once_flag configLoaderOnce_;
     mutable std::shared_ptr<RVGitSubmoduleConfigLoader> configLoader_;
 };

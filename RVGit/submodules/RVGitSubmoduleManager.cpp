@@ -155,20 +155,16 @@ std::string configFileInGitDirectory(const std::string& gitDirectory) {
 }  // namespace
 
 RVGitSubmoduleManager::RVGitSubmoduleManager(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
+    : RVGitRepositoryPart(std::move(repository)) {
+    requireParameter(this->repository() != nullptr, "repository");
 }
 
 RVGitSubmoduleManager::RVGitSubmoduleManager(std::weak_ptr<RVGitRepository> owner)
-    : owner_(std::move(owner)) {}
+    : RVGitRepositoryPart(std::move(owner)) {}
 
 std::shared_ptr<RVGitSubmoduleManager> RVGitSubmoduleManager::managerWithRepository(
     std::shared_ptr<RVGitRepository> repository) {
     return std::make_shared<RVGitSubmoduleManager>(std::move(repository));
-}
-
-std::shared_ptr<RVGitRepository> RVGitSubmoduleManager::repository() const {
-    return repository_ ? repository_ : owner_.lock();
 }
 
 std::shared_ptr<RVGitSubmodule> RVGitSubmoduleManager::submoduleForPath(const std::string& path,

@@ -7,6 +7,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 
 class RVGitRepository;
@@ -38,14 +39,12 @@ enum RVGitSubmoduleRemoveOptions : unsigned {
 /// the others, and with 1006 where ".gitmodules" itself is a link. A submodule whose git directory
 /// lies elsewhere, as that of a linked worktree does, keeps it. Kept for compatibility: git's own
 /// refusals leave what git had done by then.
-class RVGIT_EXPORT RVGitSubmoduleManager {
+class RVGIT_EXPORT RVGitSubmoduleManager : public RVGitRepositoryPart {
 public:
     /// The repository is required, and kept alive.
     explicit RVGitSubmoduleManager(std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitSubmoduleManager> managerWithRepository(
         std::shared_ptr<RVGitRepository> repository);
-
-    [[nodiscard]] std::shared_ptr<RVGitRepository> repository() const;
 
     // Adding.
 
@@ -152,7 +151,4 @@ private:
                                        RVErrorPlace error) const;
     [[nodiscard]] bool requireContainedPaths(const std::optional<std::vector<std::string>>& paths,
                                              RVErrorPlace error) const;
-
-    std::shared_ptr<RVGitRepository> repository_;
-    std::weak_ptr<RVGitRepository> owner_;
 };

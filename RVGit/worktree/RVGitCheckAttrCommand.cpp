@@ -3,8 +3,11 @@
 #include <array>
 #include <utility>
 
+#include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
 
 using Items = std::vector<RVGitAttributesOutputParserResultItem>;
 
@@ -65,9 +68,14 @@ void RVGitCheckAttrCommand::gitCommandWillInitialize() {
     addGitCommandOptions({"--stdin", "-z"});
     addGitCommandArguments({"delta", "diff", "encoding", "eol", "export-ignore", "export-subst",
                             "filter", "ident", "merge", "text", "whitespace"});
-    if (filePaths())
-        setStandardInput(RVStandardInput::data(
-            stringByJoiningComponents(*filePaths(), std::string_view("\0", 1))));
+    if (!filePaths())
+        return;
+    // git would take what stands on either side of a NUL for two paths.
+    for (const std::string& filePath : *filePaths())
+        if (holdsNUL(filePath))
+            refuseGitCommandArgument(RVGitNoGitRepoError, RVGitFilePathErrorKey, filePath);
+    setStandardInput(
+        RVStandardInput::data(stringByJoiningComponents(*filePaths(), std::string_view("\0", 1))));
 }
 
 bool RVGitCheckAttrCommand::gitCommandWillParseOutput(RVErrorPlace error) {

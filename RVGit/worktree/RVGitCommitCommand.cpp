@@ -34,7 +34,8 @@ void RVGitCommitCommand::gitCommandWillInitialize() {
         {doesNotVerify_, "--no-verify"},
     });
     if (reEditsRevision_) {
-        addGitCommandOptions({"-c", *reEditsRevision_});
+        addGitCommandOption("-c");
+        addGitCommandRevision(*reEditsRevision_);
     } else if (message_) {
         addGitCommandOption("-F-");
         setStandardInput(RVStandardInput::data(precomposedString(*message_)));

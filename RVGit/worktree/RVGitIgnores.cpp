@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
+#include <limits>
 #include <string_view>
 #include <utility>
 
+#include "RVGit/base/RVContainedFiles.h"
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
@@ -20,19 +21,20 @@ bool isRegularFile(const std::string& path) {
     return std::filesystem::is_regular_file(path, failure);
 }
 
-bool makeParentDirectory(const std::string& path) {
-    const std::string directory = pathByDeletingLastComponent(path);
+// The directory of the repository that the file lies below, and the path from there. A file that
+// lies elsewhere is the caller's own, whose directory is made if it is missing.
+std::pair<std::string, std::string> containedPathForWriting(const RVGitRepository* repository,
+                                                            const std::string& filePath) {
+    if (repository) {
+        for (const auto& root :
+             {repository->workingTreeDirectoryPath(), repository->gitDirectoryPath()})
+            if (root && filePath.starts_with(*root + "/"))
+                return {*root, filePath.substr(root->size() + 1)};
+    }
+    std::string directory = pathByDeletingLastComponent(filePath);
     std::error_code failure;
     std::filesystem::create_directories(directory, failure);
-    return RVFileManager::isDirectoryAtPath(directory);
-}
-
-bool writeInPlace(const std::string& path, std::string_view contents) {
-    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
-    stream << contents;
-    // Closing writes what is buffered: only then is it known whether all of it could be written.
-    stream.close();
-    return !stream.fail();
+    return {std::move(directory), lastPathComponent(filePath)};
 }
 
 bool contains(const std::vector<std::string>& patterns, const std::string& pattern) {
@@ -42,12 +44,12 @@ bool contains(const std::vector<std::string>& patterns, const std::string& patte
 }  // namespace
 
 RVGitIgnores::RVGitIgnores(std::shared_ptr<RVGitRepository> repository, std::string filePath)
-    : repository_(std::move(repository)), filePath_(std::move(filePath)) {
-    requireParameter(repository_ != nullptr, "repository");
+    : RVGitRepositoryPart(std::move(repository)), filePath_(std::move(filePath)) {
+    requireParameter(this->repository() != nullptr, "repository");
 }
 
 RVGitIgnores::RVGitIgnores(std::weak_ptr<RVGitRepository> owner, std::string filePath)
-    : owner_(std::move(owner)), filePath_(std::move(filePath)) {}
+    : RVGitRepositoryPart(std::move(owner)), filePath_(std::move(filePath)) {}
 
 std::shared_ptr<RVGitIgnores> RVGitIgnores::defaultIgnoresForRepository(
     const std::shared_ptr<RVGitRepository>& repository) {
@@ -82,10 +84,6 @@ RVGitIgnores::allIgnorePatternsFromDefaultIgnoresForRepository(
 std::optional<std::vector<std::string>> RVGitIgnores::allIgnorePatternsFromExcludeFileForRepository(
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
     return ignoresWithExcludeFileForRepository(repository)->allIgnorePatterns(error);
-}
-
-std::shared_ptr<RVGitRepository> RVGitIgnores::repository() const {
-    return repository_ ? repository_ : owner_.lock();
 }
 
 std::optional<std::vector<std::string>> RVGitIgnores::allIgnorePatterns(RVErrorPlace error) const {
@@ -139,19 +137,22 @@ bool RVGitIgnores::writeIgnorePatterns(const std::vector<std::string>& patterns,
 }
 
 bool RVGitIgnores::writeContents(const std::string& contents) const {
+    const auto [directory, path] = containedPathForWriting(repository().get(), filePath_);
+    const RVContainedFiles files(directory);
     std::optional<RVData> oldContents = "";
-    if (RVFileManager::fileExistsAtPath(filePath_)) {
-        if (!RVFileManager::isWritableFileAtPath(filePath_) || !isRegularFile(filePath_))
+    if (files.exists(path)) {
+        if (!RVFileManager::isWritableFileAtPath(filePath_))
             return false;
-        oldContents = RVFileManager::contentsOfFileAtPath(filePath_);
-    } else if (!makeParentDirectory(filePath_)) {
+        oldContents = files.contents(path, std::numeric_limits<std::size_t>::max());
+    } else if (const auto end = path.rfind('/');
+               end != path.npos && !files.makeDirectories(path.substr(0, end))) {
         return false;
     }
-    if (writeInPlace(filePath_, contents))
+    if (files.writeInPlace(path, contents))
         return true;
     // On a full disk there is room for as much as there was.
     if (oldContents)
-        (void)writeInPlace(filePath_, *oldContents);
+        (void)files.writeInPlace(path, *oldContents);
     return false;
 }
 

@@ -8,6 +8,7 @@
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 
 class RVGitRepository;
 
@@ -25,7 +26,7 @@ class RVGitRepository;
 /// under RVGitRepositoryPathErrorKey and RVGitFilePathErrorKey; kept for compatibility: the text of
 /// these errors takes its path from RVGitIgnoresPathErrorKey, which is not filled, so that it shows
 /// none.
-class RVGIT_EXPORT RVGitIgnores {
+class RVGIT_EXPORT RVGitIgnores : public RVGitRepositoryPart {
 public:
     /// The repository is required. The path is absolute.
     RVGitIgnores(std::shared_ptr<RVGitRepository> repository, std::string filePath);
@@ -50,8 +51,6 @@ public:
     allIgnorePatternsFromExcludeFileForRepository(
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
 
-    /// Null if the repository that owns this object is gone.
-    [[nodiscard]] std::shared_ptr<RVGitRepository> repository() const;
     [[nodiscard]] const std::string& filePath() const { return filePath_; }
 
     // Reading.
@@ -102,7 +101,5 @@ private:
     [[nodiscard]] bool writeContents(const std::string& contents) const;
     [[nodiscard]] RVUserInfo makeErrorUserInfo() const;
 
-    std::shared_ptr<RVGitRepository> repository_;
-    std::weak_ptr<RVGitRepository> owner_;
     std::string filePath_;
 };

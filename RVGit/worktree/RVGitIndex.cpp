@@ -7,19 +7,16 @@
 #include "RVGit/worktree/RVGitLsFilesCommand.h"
 
 RVGitIndex::RVGitIndex(std::shared_ptr<RVGitRepository> repository)
-    : repository_(std::move(repository)) {
-    requireParameter(repository_ != nullptr, "repository");
+    : RVGitRepositoryPart(std::move(repository)) {
+    requireParameter(this->repository() != nullptr, "repository");
 }
 
-RVGitIndex::RVGitIndex(std::weak_ptr<RVGitRepository> owner) : owner_(std::move(owner)) {}
+RVGitIndex::RVGitIndex(std::weak_ptr<RVGitRepository> owner)
+    : RVGitRepositoryPart(std::move(owner)) {}
 
 std::shared_ptr<RVGitIndex> RVGitIndex::indexWithRepository(
     std::shared_ptr<RVGitRepository> repository) {
     return std::make_shared<RVGitIndex>(std::move(repository));
-}
-
-std::shared_ptr<RVGitRepository> RVGitIndex::repository() const {
-    return repository_ ? repository_ : owner_.lock();
 }
 
 std::optional<RVGitIndex::Entries> RVGitIndex::allIndexEntries(RVErrorPlace error) const {

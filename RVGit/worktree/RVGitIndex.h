@@ -8,6 +8,7 @@
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitValues.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
 
 class RVGitIndexEntry;
 class RVGitRepository;
@@ -23,7 +24,7 @@ enum RVGitIndexOptions : unsigned {
 
 /// The index of a repository. It holds nothing of it: each operation is one `git ls-files`, blocks
 /// until that has ended, and may be called on any thread. RVGitRepository::index() hands one out.
-class RVGIT_EXPORT RVGitIndex {
+class RVGIT_EXPORT RVGitIndex : public RVGitRepositoryPart {
 public:
     using Entries = std::vector<std::shared_ptr<RVGitIndexEntry>>;
 
@@ -31,8 +32,6 @@ public:
     explicit RVGitIndex(std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitIndex> indexWithRepository(
         std::shared_ptr<RVGitRepository> repository);
-
-    [[nodiscard]] std::shared_ptr<RVGitRepository> repository() const;
 
     /// Every entry, a conflict with one for each side, in git's order; absent on failure.
     [[nodiscard]] std::optional<Entries> allIndexEntries(RVErrorPlace error = nullptr) const;
@@ -60,7 +59,4 @@ private:
     friend class RVGitRepository;
     /// The repository's own, which does not keep it alive.
     explicit RVGitIndex(std::weak_ptr<RVGitRepository> owner);
-
-    std::shared_ptr<RVGitRepository> repository_;
-    std::weak_ptr<RVGitRepository> owner_;
 };

@@ -165,8 +165,7 @@ void RVGitStashCommand::gitCommandWillInitialize() {
         if (keepsIndex_)
             addGitCommandOption("--keep-index");
         if (!filePaths_.empty()) {
-            addGitCommandArgument("--");
-            addGitCommandArguments(filePaths_);
+            addGitCommandFilePaths(filePaths_);
         }
     } else if (appliesStash_) {
         setGitSubCommand(deletesStash_ ? "pop" : "apply");

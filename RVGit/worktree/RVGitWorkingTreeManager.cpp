@@ -103,8 +103,7 @@ std::optional<RVData> patchByComparing(const Repository& repository, bool isInde
             command->addGitCommandOption("--cached");
         command->addGitCommandOptions({"--src-prefix=a/", "--dst-prefix=b/"});
         if (!batch.empty()) {
-            command->addGitCommandArgument("--");
-            command->addGitCommandArguments(batch);
+            command->addGitCommandFilePaths(batch);
         }
         if (!command->run(error))
             return false;
@@ -265,8 +264,12 @@ bool RVGitWorkingTreeManager::commitWithMessage(const std::optional<std::string>
 bool RVGitWorkingTreeManager::applyPatch(const std::optional<RVData>& patch,
                                          const std::optional<RVOptions>& options,
                                          RVErrorPlace error) {
-    return RVGitApplyCommand::gitApplyCommandWithRepository(repository_, patch, options)
-        ->run(error);
+    const auto command =
+        RVGitApplyCommand::gitApplyCommandWithRepository(repository_, patch, options);
+    const bool isUpToCaller = options && options->contains(RVGitApplyOptionUnidiffZero);
+    if (patch && !isUpToCaller && RVGitApplyCommand::patchHasChunkWithoutContext(*patch))
+        command->setUnidiffZero(true);
+    return command->run(error);
 }
 
 bool RVGitWorkingTreeManager::applyPatchFromFileAtURL(const RVURL& url,

@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -54,13 +56,24 @@ bool isRunning(pid_t pid) {
     return line[line.rfind(')') + 2] != 'Z';
 }
 
-bool endsSoon(pid_t pid) {
-    for (int attempt = 0; attempt < 200; ++attempt) {
-        if (!isRunning(pid))
+bool happensSoon(const std::function<bool()>& condition) {
+    for (int attempt = 0; attempt < 1000; ++attempt) {
+        if (condition())
             return true;
         std::this_thread::sleep_for(milliseconds(10));
     }
     return false;
+}
+
+bool endsSoon(pid_t pid) {
+    return happensSoon([pid] { return !isRunning(pid); });
+}
+
+std::string makeTemporaryDirectory() {
+    std::string path = std::filesystem::temp_directory_path() / "rvgit-test-XXXXXX";
+    if (!mkdtemp(path.data()))
+        throw std::runtime_error("No temporary directory");
+    return path;
 }
 
 TEST(RVChildProcessTest, KeepsBothOutputsApartAndTheExitCode) {
@@ -91,6 +104,19 @@ TEST(RVChildProcessTest, RunsInTheWorkingDirectory) {
     EXPECT_EQ(run(launch).output, "/usr\n");
 }
 
+TEST(RVChildProcessTest, ARelativePathIsThatOfThisProcessAndNotOfTheWorkingDirectory) {
+    const std::string before = std::filesystem::current_path();
+    RVChildProcess::Launch launch = shell("pwd");
+    launch.path = "sh";
+    launch.workingDirectory = "/";
+    std::filesystem::current_path("/bin");
+    EXPECT_EQ(run(launch).output, "/\n");
+    std::filesystem::current_path("/");
+    launch.workingDirectory = "/bin";
+    EXPECT_EQ(run(launch).launchError, ENOENT);
+    std::filesystem::current_path(before);
+}
+
 TEST(RVChildProcessTest, StandardInputIsEmptyUnlessGiven) {
     EXPECT_EQ(run(shell("wc -c")).output, "0\n");
 }
@@ -111,6 +137,28 @@ TEST(RVChildProcessTest, ReadsAFileAsStandardInput) {
     RVChildProcess::Launch launch = shell("head -n 1");
     launch.standardInput = RVStandardInput::file("/proc/self/comm");
     EXPECT_FALSE(run(launch).output.empty());
+}
+
+TEST(RVChildProcessTest, ReadsAnOpenFileAsStandardInputFromWhereItStands) {
+    const int file = ::open("/proc/self/comm", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(file, 0);
+    {
+        RVChildProcess::Launch launch = shell("head -n 1");
+        launch.standardInput = RVStandardInput::openFile(file);
+        EXPECT_EQ(launch.standardInput.descriptor(), file);
+        EXPECT_FALSE(run(launch).output.empty());
+        EXPECT_GE(::fcntl(file, F_GETFD), 0);
+    }
+    EXPECT_EQ(::fcntl(file, F_GETFD), -1);
+}
+
+TEST(RVChildProcessTest, AnInputThatIsNoRegularFileIsALaunchFailure) {
+    RVChildProcess::Launch launch = shell("exit 0");
+    for (const auto& [path, code] : std::vector<std::pair<std::string, int>>{
+             {"/proc/self/exe", ELOOP}, {"/tmp", EISDIR}, {"/dev/zero", EINVAL}}) {
+        launch.standardInput = RVStandardInput::file(path);
+        EXPECT_EQ(run(launch).launchError, code) << path;
+    }
 }
 
 TEST(RVChildProcessTest, AMissingInputFileIsALaunchFailure) {
@@ -171,9 +219,23 @@ TEST(RVChildProcessTest, AGrandchildOnThePipesDelaysTheEndByAGraceOnly) {
     const Result result = run(shell("sleep 30 & echo $!; exit 5"));
     EXPECT_LT(Clock::now() - start, milliseconds(10'000));
     EXPECT_EQ(result.exitCode, 5);
-    const pid_t grandchild = std::stoi(result.output);
-    EXPECT_TRUE(isRunning(grandchild)) << "a run that was not cancelled ends nobody else";
-    kill(grandchild, SIGKILL);
+    kill(std::stoi(result.output), SIGKILL);
+}
+
+TEST(RVChildProcessTest, ARunThatWasNotCancelledEndsNobodyElse) {
+    // What is left behind must live to answer; a signal that is under way would not let it.
+    const std::string directory = makeTemporaryDirectory();
+    for (const char* redirection : {"", " >/dev/null 2>&1"}) {
+        RVChildProcess::Launch launch =
+            shell("(while [ ! -e question ]; do sleep 0.01; done; mv question answer)" +
+                  std::string(redirection) + " & exit 5");
+        launch.workingDirectory = directory;
+        EXPECT_EQ(run(launch).exitCode, 5);
+        std::ofstream(directory + "/question").close();
+        EXPECT_TRUE(happensSoon([&] { return std::filesystem::exists(directory + "/answer"); }));
+        std::filesystem::remove(directory + "/answer");
+    }
+    std::filesystem::remove_all(directory);
 }
 
 TEST(RVChildProcessTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
@@ -296,6 +358,23 @@ TEST(RVChildProcessTest, TerminateEndsTheChildAndWhatItStarted) {
     EXPECT_TRUE(endsSoon(std::stoi(output)));
 }
 
+TEST(RVChildProcessTest, TerminateEndsADescendantThatIgnoresSIGTERM) {
+    // The child itself obeys, at once; what it has started does not, and holds no pipe.
+    RVChildProcess process;
+    std::string output;
+    ASSERT_EQ(process.run(shell("sh -c \"trap '' TERM; echo \\$\\$; exec >/dev/null 2>&1; "
+                                "while :; do sleep 0.1; done\" & wait"),
+                          [&](std::string_view bytes) {
+                              output += bytes;
+                              process.terminate();
+                          }),
+              0);
+    EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
+    const pid_t descendant = std::stoi(output);
+    EXPECT_TRUE(endsSoon(descendant));
+    kill(descendant, SIGKILL);
+}
+
 TEST(RVChildProcessTest, TerminateIsHeardOnAnotherThread) {
     RVChildProcess process;
     std::thread canceller([&] {
@@ -334,16 +413,39 @@ TEST(RVChildProcessTest, TerminateAfterTheEndDoesNothing) {
     EXPECT_EQ(process.exitCode(), 0);
 }
 
-TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsTheChildAndIsPassedOn) {
+TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsTheChildAsTerminateDoesAndIsKept) {
     RVChildProcess process;
-    pid_t pid = 0;
-    EXPECT_THROW(static_cast<void>(process.run(shell("echo $$; sleep 60"),
-                                               [&](std::string_view bytes) {
-                                                   pid = std::stoi(std::string(bytes));
-                                                   throw std::runtime_error("no");
-                                               })),
-                 std::runtime_error);
-    EXPECT_FALSE(isRunning(pid));
+    int calls = 0;
+    // The child cleans up behind itself, which SIGKILL would not let it do, and goes on to write.
+    ASSERT_EQ(
+        process.run(shell("trap 'echo cleaned; exit 5' TERM; echo $$; while :; do sleep 0.01; "
+                          "done"),
+                    [&](std::string_view) {
+                        ++calls;
+                        throw std::runtime_error("no");
+                    }),
+        0);
+    EXPECT_EQ(calls, 1) << "a handler that has thrown is not called again";
+    EXPECT_EQ(process.exitCode(), 5);
+    EXPECT_THAT(std::string(process.standardOutput().view()), testing::EndsWith("cleaned\n"));
+    ASSERT_TRUE(process.handlerException());
+    EXPECT_THROW(std::rethrow_exception(process.handlerException()), std::runtime_error);
+    EXPECT_FALSE(isRunning(std::stoi(std::string(process.standardOutput().view()))));
+}
+
+TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsAChildThatIgnoresSIGTERM) {
+    RVChildProcess process;
+    ASSERT_EQ(process.run(shell("trap '' TERM; echo started >&2; while :; do sleep 0.1; done"), {},
+                          [&](std::string_view) { throw std::runtime_error("no"); }),
+              0);
+    EXPECT_EQ(process.exitCode(), 128 + SIGKILL);
+    EXPECT_TRUE(process.handlerException());
+}
+
+TEST(RVChildProcessTest, ARunWithoutAnExceptionKeepsNone) {
+    RVChildProcess process;
+    ASSERT_EQ(process.run(shell("echo out"), [](std::string_view) {}), 0);
+    EXPECT_FALSE(process.handlerException());
 }
 
 TEST(RVChildProcessTest, HandlersReceiveTheBytesAsTheyArrive) {

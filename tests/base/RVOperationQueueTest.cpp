@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "RVGit/base/RVError.h"
+
 namespace {
 
 class FunctionOperation : public RVOperation {
@@ -155,6 +157,128 @@ TEST(RVOperationQueueTest, ACancelledOperationThatWaitsIsFinishedAtOnceAndNeverR
     EXPECT_FALSE(ran);
 }
 
+bool finishesSoon(const std::shared_ptr<RVOperation>& operation) {
+    for (int attempt = 0; attempt < 1000 && !operation->isFinished(); ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    return operation->isFinished();
+}
+
+TEST(RVOperationQueueTest, ARunOnTheCallersThreadHandsItsSlotToWhatWasQueuedMeanwhile) {
+    const auto queue = RVOperationQueue::serialQueue("serial");
+    const std::thread::id caller = std::this_thread::get_id();
+    std::vector<int> order;
+    std::vector<std::shared_ptr<RVOperation>> queued;
+    queue->runBlock([&] {
+        EXPECT_EQ(std::this_thread::get_id(), caller);
+        for (int number = 0; number < 3; ++number) {
+            queued.push_back(operation([&order, number] { order.push_back(number); }));
+            queue->addOperation(queued.back());
+        }
+        EXPECT_TRUE(order.empty());
+    });
+    for (const auto& each : queued)
+        ASSERT_TRUE(finishesSoon(each));
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+    // The slot has come back: another run finds it, and so does what is added.
+    auto last = operation([] {});
+    queue->addOperation(last);
+    EXPECT_TRUE(finishesSoon(last));
+    bool ran = false;
+    queue->runBlock([&] { ran = true; });
+    EXPECT_TRUE(ran);
+}
+
+TEST(RVOperationQueueTest, SlotsAreHandedOnWhereCallersAndWorkersCompete) {
+    RVOperationQueue queue("bounded", 2);
+    std::atomic<int> ran = 0;
+    std::vector<std::shared_ptr<RVOperation>> all;
+    std::mutex mutex;
+    std::vector<std::thread> callers;
+    for (int caller = 0; caller < 4; ++caller)
+        callers.emplace_back([&] {
+            for (int count = 0; count < 100; ++count) {
+                auto added = operation([&] { ++ran; });
+                queue.runBlock([&] { queue.addOperation(added); });
+                std::lock_guard lock(mutex);
+                all.push_back(added);
+            }
+        });
+    for (std::thread& caller : callers)
+        caller.join();
+    for (const auto& each : all)
+        ASSERT_TRUE(finishesSoon(each));
+    EXPECT_EQ(ran, 400);
+}
+
+TEST(RVOperationQueueTest, AnOperationThatWaitsForItsOwnEndIsTold) {
+    RVOperationQueue queue("bounded", 2);
+    std::shared_ptr<RVOperation> own;
+    const auto waitsForItself = [&] {
+        EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException);
+        EXPECT_THROW(queue.runOperation(own), RVInternalInconsistencyException);
+        // By way of another operation on the same thread, too.
+        queue.runBlock([&] {
+            EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException);
+        });
+    };
+    own = operation(waitsForItself);
+    queue.addOperation(own);
+    EXPECT_TRUE(finishesSoon(own));
+    own = operation(waitsForItself);
+    own->start();
+    EXPECT_TRUE(finishesSoon(own));
+}
+
+TEST(RVOperationQueueTest, OfOperationsThatWaitForEachOtherOneIsTold) {
+    RVOperationQueue queue("bounded", 3);
+    std::vector<std::shared_ptr<RVOperation>> ring(3);
+    Gate gate;
+    std::atomic<int> told = 0;
+    for (std::size_t number = 0; number < ring.size(); ++number)
+        ring[number] = operation([&, number] {
+            gate.pass();
+            try {
+                ring[(number + 1) % ring.size()]->waitUntilFinished();
+            } catch (const RVInternalInconsistencyException&) {
+                ++told;
+            }
+        });
+    for (const auto& each : ring)
+        queue.addOperation(each);
+    gate.waitForArrivals(3);
+    gate.open();
+    for (const auto& each : ring)
+        ASSERT_TRUE(finishesSoon(each));
+    EXPECT_EQ(told, 1);
+}
+
+TEST(RVOperationQueueTest, OperationsThatAllWaitForAllDoNotWaitForEachOther) {
+    RVOperationQueue queue("bounded", 3);
+    Gate gate;
+    std::atomic<int> returned = 0;
+    std::atomic<bool> otherRan = false;
+    std::vector<std::shared_ptr<RVOperation>> waiters;
+    for (int number = 0; number < 3; ++number) {
+        waiters.push_back(operation([&] {
+            gate.pass();
+            queue.waitUntilAllOperationsAreFinished();
+            EXPECT_TRUE(otherRan);
+            ++returned;
+        }));
+        queue.addOperation(waiters.back());
+    }
+    queue.addOperation(operation([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        otherRan = true;
+    }));
+    gate.waitForArrivals(3);
+    gate.open();
+    for (const auto& each : waiters)
+        ASSERT_TRUE(finishesSoon(each));
+    EXPECT_EQ(returned, 3);
+    queue.waitUntilAllOperationsAreFinished();
+}
+
 TEST(RVOperationQueueTest, CancellingAllReachesWaitingAndRunningOperations) {
     RVOperationQueue queue("bounded", 2);
     Gate gate;
@@ -227,6 +351,52 @@ TEST(RVOperationTest, RunsOnceOnly) {
     queue->runOperation(once);
     queue->runOperation(once);
     EXPECT_EQ(runs, 1);
+}
+
+TEST(RVOperationQueueTest, TheCompletionBlockIsCalledOnceHoweverTheWorkEnds) {
+    int calls = 0;
+    std::exception_ptr exception;
+    const auto watched = [&](std::function<void()> work) {
+        auto result = operation(std::move(work));
+        result->setCompletionBlock([&](RVOperation& ended) {
+            ++calls;
+            exception = ended.exception();
+        });
+        return result;
+    };
+    const auto queue = RVOperationQueue::serialQueue("serial");
+
+    queue->runOperation(watched([&] { EXPECT_EQ(calls, 0); }));
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(exception, nullptr);
+
+    EXPECT_THROW(queue->runOperation(watched([] { throw std::runtime_error("raised"); })),
+                 std::runtime_error);
+    EXPECT_EQ(calls, 2);
+    EXPECT_NE(exception, nullptr);
+
+    const auto cancelled = watched([] { FAIL(); });
+    cancelled->cancel();
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(exception, nullptr);
+    EXPECT_TRUE(cancelled->isFinished());
+    queue->runOperation(cancelled);
+    cancelled->cancel();
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(RVOperationQueueTest, WaitersComeBackBehindTheCompletionBlockAndGetWhatItRaises) {
+    bool called = false;
+    const auto raising = operation([] {});
+    raising->setCompletionBlock([&](RVOperation& ended) {
+        EXPECT_FALSE(ended.isFinished());
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        called = true;
+        throw std::runtime_error("raised by the block");
+    });
+    raising->start();
+    EXPECT_THROW(raising->waitUntilFinished(), std::runtime_error);
+    EXPECT_TRUE(called);
 }
 
 }  // namespace

@@ -150,6 +150,53 @@ TEST(RVStringTest, BestEncodingReadsAllElseAsWindows1252) {
     EXPECT_EQ(stringUsingBestEncoding("ü\xFF"), "Ã¼ÿ");
 }
 
+TEST(RVStringTest, BestEncodingIsThatOfEachLine) {
+    EXPECT_EQ(stringUsingBestEncoding("ü\ncaf\xE9\n\xE4\nö"), "ü\ncafé\nä\nö");
+    EXPECT_EQ(stringUsingBestEncoding("ü\n\nü\xE9 ü\n\n"), "ü\n\nÃ¼é Ã¼\n\n");
+    EXPECT_EQ(stringUsingBestEncoding("ü\n\xC3"), "ü\nÃ");
+    EXPECT_EQ(stringUsingBestEncoding("\xC3\n\xBC"), "Ã\n¼");
+    // What is not UTF-16 as a whole has no lines in it.
+    EXPECT_EQ(stringUsingBestEncoding("a\n\xFF\xFE"
+                                      "a\0\nü"s),
+              "a\nÿþa\0\nü"s);
+}
+
+TEST(RVStringTest, BestEncodingTellsWhichLinesItDecoded) {
+    std::vector<RVDecodedLine> lines = {{1, 1}};
+    EXPECT_EQ(stringUsingBestEncoding("ü\nü", lines), "ü\nü");
+    EXPECT_TRUE(lines.empty());
+
+    // A slow twin, on random lines.
+    std::mt19937 random(1);
+    const std::string_view pieces[] = {"a", "ü", "\xE9", "\x93", "\n", "\n", "\0", "\xE2\x82"};
+    for (int round = 0; round < 2000; ++round) {
+        std::string bytes;
+        for (auto count = random() % 20; count > 0; --count)
+            bytes += pieces[random() % std::size(pieces)];
+        std::string expected;
+        std::vector<RVDecodedLine> expectedLines;
+        for (std::size_t start = 0; start < bytes.size();) {
+            const std::size_t end = std::min(bytes.find('\n', start), bytes.size() - 1) + 1;
+            const std::string line = bytes.substr(start, end - start);
+            expected += stringUsingBestEncoding(line);
+            start = end;
+            if (!isValidUTF8(line))
+                expectedLines.push_back({end, expected.size()});
+        }
+        ASSERT_EQ(stringUsingBestEncoding(bytes, lines), expected);
+        ASSERT_EQ(lines.size(), expectedLines.size());
+        for (std::size_t index = 0; index < lines.size(); ++index) {
+            ASSERT_EQ(lines[index].endInBytes, expectedLines[index].endInBytes);
+            ASSERT_EQ(lines[index].endInText, expectedLines[index].endInText);
+        }
+    }
+    EXPECT_EQ(stringUsingBestEncoding("\xFF\xFE"
+                                      "a\0\n\0b\0"s,
+                                      lines),
+              "a\nb");
+    EXPECT_TRUE(lines.empty());
+}
+
 TEST(RVStringTest, BestEncodingTellsAllBytesApart) {
     std::vector<std::string> texts;
     for (int byte = 0x80; byte < 0x100; ++byte) {

@@ -52,6 +52,34 @@ TEST_F(RvgitTest, AnOverviewSaysWhereTheRepositoryLiesAndWhatIsInIt) {
     EXPECT_THAT(result.standardError, IsEmpty());
 }
 
+TEST_F(RvgitTest, HelpIsPrintedIntoAPipe) {
+    const auto result = rvgit({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.standardOutput, HasSubstr("\n  log "));
+}
+
+TEST_F(RvgitTest, WhatGitSaysOfAnInvalidRepositoryIsShown) {
+    const std::string repository = initRepository();
+    git({"config", "core.repositoryFormatVersion", "1"}, repository);
+    git({"config", "extensions.fromTheFuture", "true"}, repository);
+    const auto result = rvgit({repository});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("fromthefuture"));
+    EXPECT_THAT(rvgit({scratchPath("missing")}).standardError,
+                HasSubstr("No such file or directory"));
+}
+
+TEST_F(RvgitTest, LocalPatternsAreThoseThatGitReadsInALinkedWorktree) {
+    const std::string repository = initRepository();
+    commitFile(repository, "file", "contents", "Message");
+    const std::string linked = scratchPath("linked");
+    git({"worktree", "add", "-q", "--detach", linked}, repository);
+    EXPECT_EQ(rvgit({"-C", linked, "ignore", "--local", "*.log"}).exitCode, 0);
+    writeFile("linked/a.log", "");
+    EXPECT_EQ(gitLine({"status", "--porcelain"}, linked), "");
+    EXPECT_THAT(rvgit({"-C", linked, "ignore", "--local"}).standardOutput, HasSubstr("*.log\n"));
+}
+
 TEST_F(RvgitTest, AnOverviewOfEachKindOfRepository) {
     const std::string repository = initRepository();
     EXPECT_THAT(rvgit({}, repository).standardOutput,
@@ -144,8 +172,8 @@ TEST_F(RvgitTest, ErrorsShowTitleAndReasonAndTheRestWhenAsked) {
     EXPECT_THAT(verbose.standardError, HasSubstr("RVGitCommandCallErrorKey: "));
     const auto missing = rvgit({"nowhere"});
     EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_EQ(missing.standardError,
-              "rvgit: there is no repository at " + scratchPath("nowhere") + "\n");
+    EXPECT_EQ(missing.standardError, "rvgit: there is no repository at " + scratchPath("nowhere") +
+                                         "\nNo such file or directory\n");
 }
 
 TEST_F(RvgitTest, ControlCharactersOfACommitDoNotReachTheTerminal) {

@@ -1,5 +1,7 @@
 #include "RVGit/command/RVGitBinary.h"
 
+#include <filesystem>
+
 #include "RVGit/command/RVGitCommand.h"
 #include "tests/support/RVGitTestCase.h"
 
@@ -36,6 +38,42 @@ TEST_F(RVGitBinaryTest, AsksForTheVersionWithAPlainCommand) {
     const RVRecordingGit recorder = recordingGit();
     RVGitBinary binary(recorder.path());
     EXPECT_THAT(recorder.argumentLists(), ElementsAre(ElementsAre("--no-pager", "--version")));
+}
+
+TEST_F(RVGitBinaryTest, ARelativePathIsThatOfThisProcessAndNotOfTheRepository) {
+    const std::string repository = initRepository();
+    const std::string planted = "#!/bin/sh\n: > " + scratchPath("planted") + "\n";
+    for (const char* name : {"git", "bin/git", "bin/ssh", "exec/git-status"})
+        writeFile("repository/" + std::string(name), planted, 0755);
+    for (const char* name : {"git", "bin/git"})
+        writeFile(name,
+                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5;; "
+                  "*) echo \"$*\"; echo \"$PATH\"; ssh 2>/dev/null; exit 0;; esac\n",
+                  0755);
+    makeDirectory("exec");
+    const std::string before = std::filesystem::current_path();
+    for (const char* path : {"git", "./git", "bin/git", "bin/../git"}) {
+        std::filesystem::current_path(scratchDirectory());
+        const auto binary = RVGitBinary::gitBinaryWithPath(path, "exec");
+        binary->setAdditionalPaths({"tools", "/usr/tools"});
+        // Where the process goes afterwards is of no account.
+        std::filesystem::current_path(repository);
+        EXPECT_EQ(binary->path(), path);
+        EXPECT_EQ(binary->libexecPath(), "exec");
+        EXPECT_TRUE(binary->isValid());
+        const auto command = RVGitCommand::gitCommandWithGitBinary(binary, repository);
+        command->setValueForEnvironmentVariable("/usr/bin:/bin", "PATH");
+        command->setGitCommand("status");
+        EXPECT_TRUE(command->run());
+        std::filesystem::current_path(before);
+        EXPECT_TRUE(command->launchPath().starts_with(scratchDirectory() + "/"));
+        const std::string output = command->standardOutputString();
+        EXPECT_THAT(output, StartsWith("--exec-path=" + scratchPath("exec") + " --no-pager"));
+        EXPECT_THAT(output, testing::HasSubstr("\n" + scratchPath("tools") +
+                                               ":/usr/tools:" + scratchDirectory()));
+        EXPECT_FALSE(fileExists("planted"));
+    }
+    EXPECT_EQ(RVGitBinary("").launchPath(), "");
 }
 
 TEST_F(RVGitBinaryTest, DerivesTheDirectoriesOfAnExecDirectory) {

@@ -45,6 +45,16 @@ TEST_F(RVGitCommandEnvironmentSanitizerTest, TheListHoldsEditorsTracesAndLanguag
                               "GIT_TRACE_PACKET", "GIT_TRACE_SETUP", "LANGUAGE", "LD_PRELOAD"}));
 }
 
+TEST_F(RVGitCommandEnvironmentSanitizerTest, TheListHoldsWhatChangesPathsProgramsAndConfiguration) {
+    EXPECT_THAT(
+        sharedNames(),
+        IsSupersetOf({"GIT_LITERAL_PATHSPECS", "GIT_GLOB_PATHSPECS", "GIT_NOGLOB_PATHSPECS",
+                      "GIT_ICASE_PATHSPECS", "GIT_NAMESPACE", "GIT_EXEC_PATH", "GIT_TEMPLATE_DIR",
+                      "GIT_SSH", "GIT_SSH_COMMAND", "GIT_PROXY_COMMAND", "GIT_ATTR_SOURCE",
+                      "GIT_DIFF_OPTS", "GIT_CONFIG_GLOBAL", "GIT_CONFIG_SYSTEM",
+                      "GIT_CONFIG_NOSYSTEM", "LD_LIBRARY_PATH", "LD_AUDIT"}));
+}
+
 TEST_F(RVGitCommandEnvironmentSanitizerTest, TheListIsAnArrayOfNames) {
     RVGitCommandEnvironmentSanitizerConfig config(
         propertyList("<array><string>A</string><string>B</string></array>"));

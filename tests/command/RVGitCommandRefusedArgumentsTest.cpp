@@ -160,4 +160,18 @@ TEST_F(RVGitCommandRefusedArgumentsTest, AConfigurationKeyIsNoOptionButAValueMay
     EXPECT_EQ(gitInRepository({"config", "a.key"}), "--unset");
 }
 
+TEST_F(RVGitCommandRefusedArgumentsTest, AnEmptyPathIsRefusedAheadOfTheLaunch) {
+    const RVRecordingGit recorder = useRecordingGit();
+    recorder.clear();
+    const auto behindDashes = versionCommand();
+    behindDashes->addGitCommandFilePaths({"file", ""});
+    EXPECT_EQ(codeOfRun(behindDashes), RVGitRVGitGenericError);
+    const auto plain = versionCommand();
+    plain->addGitCommandFilePath("");
+    EXPECT_EQ(codeOfRun(plain), RVGitRVGitGenericError);
+    EXPECT_FALSE(
+        RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository())->removeFiles({""}));
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
 }  // namespace

@@ -15,6 +15,7 @@
 #include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitCommandProgress.h"
 #include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/command/RVGitConfiguration.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
@@ -259,6 +260,41 @@ TEST_F(RVGitCommandTest, SanitizingComesBeforeTheSharedVariables) {
     EXPECT_EQ(unsanitized->environment().count("GIT_INDEX_FILE"), 1u);
 }
 
+TEST_F(RVGitCommandTest, TheWholeProcessMaySanitizeWhatItsCommandsInherit) {
+    const std::string other = initRepository("other");
+    commitFile(other, "file", "text", "Other");
+    makeCommit();
+    for (const char* name : {"GIT_DIR", "GIT_INDEX_FILE", "GIT_OBJECT_DIRECTORY"})
+        setEnvironmentVariable(name,
+                               other + "/.git" + (std::string(name) == "GIT_DIR" ? "" : "/x"));
+    setEnvironmentVariable("GIT_EDITOR", "inherited");
+    const auto environmentOf = [&] {
+        auto command = scripted("exit 0");
+        // What a command is given by its caller is not inherited.
+        command->setValueForEnvironmentVariable("own", "GIT_SEQUENCE_EDITOR");
+        command->willInitialize = [](HookedCommand& self) {
+            self.setValueForEnvironmentVariable("hook", "GIT_SSH_COMMAND");
+        };
+        command->run();
+        return command->environment();
+    };
+    EXPECT_EQ(environmentOf().count("GIT_INDEX_FILE"), 1u) << "off unless set";
+    RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(true);
+    RVGitCommandEnvironment::sharedEnvironment().setValueForEnvironmentVariable(
+        "shared", "GIT_EXTERNAL_DIFF");
+    const RVEnvironment environment = environmentOf();
+    // A command that the library makes for itself, by way of an explicit path.
+    const auto opened = RVGitRepository::repositoryWithPath(repositoryPath());
+    const auto head = opened->isValid() ? std::optional(opened->gitDirectoryPath()) : std::nullopt;
+    RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(false);
+    for (const char* name : {"GIT_DIR", "GIT_INDEX_FILE", "GIT_OBJECT_DIRECTORY", "GIT_EDITOR"})
+        EXPECT_EQ(environment.count(name), 0u) << name;
+    EXPECT_EQ(environment.at("GIT_SEQUENCE_EDITOR"), "own");
+    EXPECT_EQ(environment.at("GIT_SSH_COMMAND"), "hook");
+    EXPECT_EQ(environment.at("GIT_EXTERNAL_DIFF"), "shared");
+    EXPECT_EQ(head, repositoryPath() + "/.git");
+}
+
 TEST_F(RVGitCommandTest, TheDirectoryOptionsCanBeRemovedFromTheFinalArguments) {
     auto command = std::make_shared<HookedCommand>(scriptedGit("exit 0"), std::nullopt, "/g", "/w");
     command->setGitCommand("status");
@@ -339,6 +375,138 @@ TEST_F(RVGitCommandTest, ACompletionHandlerIsDroppedWhateverItDoes) {
         return held;
     }();
     EXPECT_TRUE(throwing.expired());
+}
+
+TEST_F(RVGitCommandTest, AHandlerThatThrowsLetsGitCleanUpAndTheCommandFinish) {
+    // As git does it: the lock goes when the process is asked to end, and stays if it is killed.
+    auto command = scripted(
+        "trap 'rm \"$LOCK\"; exit 130' TERM; : > \"$LOCK\"; "
+        "printf 'Receiving objects: 10%% (1/10)\\r' >&2; "
+        "while :; do sleep 0.01; done");
+    command->setValueForEnvironmentVariable(scratchPath("index.lock"), "LOCK");
+    command->willInitialize = [](HookedCommand& self) {
+        self.setGitCommand("clone");
+        self.setSupportsProgressOutput(true);
+    };
+    int progresses = 0;
+    command->setProgressHandler([&](RVGitCommandProgress&) {
+        ++progresses;
+        throw std::runtime_error("progress");
+    });
+    int completions = 0;
+    command->setCompletionHandler([&](RVGitCommand& finished) {
+        ++completions;
+        EXPECT_TRUE(finished.error());
+    });
+    EXPECT_THAT([&] { command->run(); }, testing::ThrowsMessage<std::runtime_error>("progress"));
+    EXPECT_THAT([&] { command->waitUntilFinished(); },
+                testing::ThrowsMessage<std::runtime_error>("progress"));
+    EXPECT_FALSE(fileExists("index.lock"));
+    EXPECT_EQ(progresses, 1);
+    EXPECT_EQ(completions, 1);
+    EXPECT_FALSE(command->isCancelled());
+    EXPECT_EQ(command->exitCode(), 130);
+    EXPECT_EQ(command->error()->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command->calls, ElementsAre("willInitialize", "didInitialize", "didTerminate",
+                                            "willUseUserInfo", "shouldHandle"));
+}
+
+TEST_F(RVGitCommandTest, AHandlerThatThrowsLeavesNoLockOfTheRealGit) {
+    const std::string repository = initRepository("locked");
+    writeFile("locked/file", "text");
+    // A filter that says when git holds the lock of the index, and waits.
+    git({"config", "filter.slow.clean", "echo started >&2; sleep 60"}, repository);
+    writeFile("locked/.gitattributes", "file filter=slow\n");
+    auto command = std::make_shared<HookedCommand>(realGit(), repository);
+    command->willInitialize = [](HookedCommand& self) {
+        self.setGitCommand("add");
+        self.setSupportsProgressOutput(true);
+        self.addGitCommandArguments({"--", "file"});
+    };
+    bool wasLocked = false;
+    command->setProgressHandler([&](RVGitCommandProgress&) {
+        wasLocked = fileExists("locked/.git/index.lock");
+        throw std::runtime_error("progress");
+    });
+    EXPECT_THROW(command->run(), std::runtime_error);
+    EXPECT_TRUE(wasLocked);
+    EXPECT_FALSE(fileExists("locked/.git/index.lock"));
+}
+
+TEST_F(RVGitCommandTest, EveryHookIsCalledWhicheverOfThemThrows) {
+    const auto throwing = [](const char* what) { return std::runtime_error(what); };
+    for (int thrower = 0; thrower < 4; ++thrower) {
+        auto command = scripted("printf out");
+        command->didReceive = [&](HookedCommand&) {
+            if (thrower == 0)
+                throw throwing("0");
+        };
+        command->didTerminate = [&](HookedCommand&) {
+            if (thrower == 1)
+                throw throwing("1");
+        };
+        command->willParse = [&](RVErrorPlace) -> bool {
+            if (thrower == 2)
+                throw throwing("2");
+            return true;
+        };
+        int completions = 0;
+        command->setCompletionHandler([&](RVGitCommand& finished) {
+            ++completions;
+            // The child may have ended before it could be asked to.
+            if (thrower != 0) {
+                EXPECT_EQ(finished.error().has_value(), thrower == 2);
+            }
+            if (thrower == 3)
+                throw throwing("3");
+        });
+        EXPECT_THAT([&] { command->run(); },
+                    testing::ThrowsMessage<std::runtime_error>(std::to_string(thrower)));
+        EXPECT_EQ(completions, 1);
+        EXPECT_THAT(command->calls, testing::Contains("didTerminate"));
+        if (thrower != 0) {
+            EXPECT_THAT(command->calls, testing::Contains("willParse"));
+        }
+    }
+}
+
+TEST_F(RVGitCommandTest, AHandlerThatWaitsForItsOwnCommandIsTold) {
+    auto command = scripted("printf out");
+    int told = 0;
+    const auto wait = [&] {
+        try {
+            command->run();
+        } catch (const RVInternalInconsistencyException&) {
+            ++told;
+        }
+        try {
+            command->waitUntilFinished();
+        } catch (const RVInternalInconsistencyException&) {
+            ++told;
+        }
+    };
+    command->didReceive = [&](HookedCommand&) { wait(); };
+    command->setCompletionHandler([&](RVGitCommand&) { wait(); });
+    EXPECT_TRUE(command->run());
+    EXPECT_EQ(told, 4);
+}
+
+TEST_F(RVGitCommandTest, HandlersThatAllWaitForAllCommandsDoNotWaitForEachOther) {
+    std::vector<std::shared_ptr<HookedCommand>> commands;
+    std::atomic<int> inHandler = 0;
+    for (int number = 0; number < 2; ++number) {
+        commands.push_back(scripted("exit 0"));
+        commands.back()->setCompletionHandler([&](RVGitCommand&) {
+            ++inHandler;
+            while (inHandler < 2)
+                std::this_thread::sleep_for(milliseconds(1));
+            RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
+        });
+    }
+    for (const auto& command : commands)
+        command->enqueueCommand();
+    for (const auto& command : commands)
+        command->waitUntilFinished();
 }
 
 TEST_F(RVGitCommandTest, AFailureIsMappedAndNotParsed) {

@@ -11,6 +11,13 @@ TEST(RVGitConfigurationTest, EightCommandsRunAtOnceUnlessSetOtherwise) {
     EXPECT_EQ(configuration.maxConcurrentCommands(), 3U);
 }
 
+TEST(RVGitConfigurationTest, TheEnvironmentIsPassedOnAsItIsUnlessSetOtherwise) {
+    RVGitConfiguration configuration;
+    EXPECT_FALSE(configuration.sanitizesInheritedEnvironment());
+    configuration.setSanitizesInheritedEnvironment(true);
+    EXPECT_TRUE(configuration.sanitizesInheritedEnvironment());
+}
+
 TEST(RVGitConfigurationTest, IsSharedByTheProcess) {
     EXPECT_EQ(&RVGitConfiguration::sharedConfiguration(),
               &RVGitConfiguration::sharedConfiguration());

@@ -1,5 +1,6 @@
 // What becomes of the library when the process ends.
 
+#include <filesystem>
 #include <sstream>
 
 #include "tests/support/RVGitTestCase.h"
@@ -20,6 +21,16 @@ TEST_F(RVGitProcessExitTest, TheProcessMayEndWhileCommandsRun) {
         ASSERT_EQ(result.exitCode, 0) << result.standardError;
         ASSERT_EQ(result.standardError, "");
     }
+}
+
+TEST_F(RVGitProcessExitTest, TheTemporaryFileOfAllowedSignersGoesWithTheProcess) {
+    const std::string repository = initRepository();
+    commitFile(repository, "file", "text", "Message");
+    setEnvironmentVariable("TMPDIR", makeDirectory("temporary"));
+    const auto result = runProgram({RVGIT_SIGNERS_PROGRAM, repository, gitPath()});
+    ASSERT_EQ(result.exitCode, 0) << result.standardError;
+    ASSERT_THAT(result.standardOutput, testing::StartsWith(scratchPath("temporary") + "/"));
+    EXPECT_TRUE(std::filesystem::is_empty(scratchPath("temporary")));
 }
 
 TEST_F(RVGitProcessExitTest, TheLibraryDestroysNothingAtTheEndOfTheProcess) {

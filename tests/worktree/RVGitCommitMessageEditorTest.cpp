@@ -82,10 +82,20 @@ TEST_F(RVGitCommitMessageEditorTest, ALongMessageArrives) {
     EXPECT_EQ(edited(message), message + "\n");
 }
 
-TEST_F(RVGitCommitMessageEditorTest, ALineThatIsTheDelimiterEndsTheMessage) {
-    // What follows is run, and the script's own delimiter is no command.
-    EXPECT_EQ(edited("before\n" + delimiter + "\necho after >>\"$1\"", 127), "before\nafter\n");
-    EXPECT_EQ(edited(delimiter, 127), "");
+TEST_F(RVGitCommitMessageEditorTest, AMessageWithALineThatIsTheDelimiterIsRefused) {
+    const std::string messages[] = {
+        delimiter,
+        "before\n" + delimiter + "\ntouch ran",
+        "before\n" + delimiter,
+        // A shell drops NUL bytes.
+        "before\n" + delimiter.substr(0, 3) + std::string(1, '\0') + delimiter.substr(3) + "\nls",
+    };
+    for (const std::string& message : messages) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(create(scratchPath("editor"), message, &error));
+        EXPECT_TRUE(error);
+        EXPECT_FALSE(fileExists("editor"));
+    }
 }
 
 TEST_F(RVGitCommitMessageEditorTest, ThePermissionsAreExact) {

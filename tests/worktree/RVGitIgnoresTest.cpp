@@ -435,23 +435,32 @@ TEST_F(RVGitIgnoresTest, TheFileKeepsItsIdentityAndPermissions) {
     EXPECT_EQ(readFile("other"), "a\n");
 }
 
-TEST_F(RVGitIgnoresTest, ALinkIsWrittenThrough) {
-    const std::string target = writeFile("shared", "a\n", 0600);
+TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALink) {
+    writeFile("shared", "a\n", 0600);
     fs::create_symlink("../shared", path);
-    const auto before = statusOf(target);
-    EXPECT_TRUE(ignores->addIgnorePattern("b"));
+    expectUnwritable();
     EXPECT_TRUE(fs::is_symlink(path));
-    EXPECT_EQ(readFile("shared"), "a\nb\n");
-    EXPECT_EQ(statusOf(target).st_ino, before.st_ino);
-    EXPECT_EQ(statusOf(target).st_mode, before.st_mode);
+    EXPECT_EQ(readFile("shared"), "a\n");
 }
 
-TEST_F(RVGitIgnoresTest, ADanglingLinkIsAFileThatDoesNotExist) {
+TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughADanglingLink) {
     fs::create_symlink("../shared", path);
     EXPECT_THAT(ignores->readIgnorePatterns(), Optional(IsEmpty()));
-    EXPECT_TRUE(ignores->addIgnorePattern("b"));
+    expectUnwritable();
     EXPECT_TRUE(fs::is_symlink(path));
-    EXPECT_EQ(readFile("shared"), "b\n");
+    EXPECT_FALSE(fileExists("shared"));
+}
+
+TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALinkOnTheWay) {
+    makeDirectory("elsewhere");
+    fs::create_symlink("../elsewhere", repositoryPath() + "/link");
+    for (const char* name : {"/link/.gitignore", "/link/new/.gitignore"}) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(
+            RVGitIgnores(repository(), repositoryPath() + name).addIgnorePattern("a", &error));
+        EXPECT_EQ(error.value().code(), RVGitIgnoresWriteError);
+    }
+    EXPECT_TRUE(fs::is_empty(scratchPath("elsewhere")));
 }
 
 TEST_F(RVGitIgnoresTest, AWriteThatFailsHalfWayPutsTheOldContentsBack) {
