@@ -5,9 +5,7 @@
 #include "RVGit/base/RVError.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
-#if __has_include("RVGit/remotes/RVGitRemote.h")
 #include "RVGit/remotes/RVGitRemote.h"
-#endif
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
@@ -104,11 +102,7 @@ std::shared_ptr<RVGitCommit> RVGitSubmodule::commit() {
 std::shared_ptr<RVGitRemote> RVGitSubmodule::originRemote() {
     if (!originRemote_) {
         const auto opened = submoduleRepository();
-#if __has_include("RVGit/remotes/RVGitRemote.h")
         originRemote_ = opened ? RVGitRemote::originRemoteForRepository(opened) : nullptr;
-#else
-        originRemote_.emplace();
-#endif
     }
     return *originRemote_;
 }

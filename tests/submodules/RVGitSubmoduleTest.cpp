@@ -8,9 +8,7 @@
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/history/RVGitCommit.h"
-#if __has_include("RVGit/remotes/RVGitRemote.h")
 #include "RVGit/remotes/RVGitRemote.h"
-#endif
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
@@ -150,7 +148,6 @@ TEST_F(RVGitSubmoduleTest, OpensItsRepositoryOnce) {
     EXPECT_EQ(submodule->layoutFormat(), RVGitSubmoduleLayoutFormatLinked);
 }
 
-#if __has_include("RVGit/remotes/RVGitRemote.h")
 TEST_F(RVGitSubmoduleTest, HasTheRemoteOrigin) {
     addSubmodule("a/lib", "name");
     const auto submodule = submoduleWithStatus(1);
@@ -162,7 +159,6 @@ TEST_F(RVGitSubmoduleTest, HasTheRemoteOrigin) {
     EXPECT_THAT(recorder.argumentLists(), IsEmpty());
 }
 
-#endif
 TEST_F(RVGitSubmoduleTest, ItsCommitIsLookedForInTheSuperproject) {
     addSubmodule("a/lib", "name");
     const auto submodule = submoduleAt("a/lib");
