@@ -107,6 +107,8 @@ void runBranch(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
+void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                  Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
 void runMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
