@@ -498,9 +498,9 @@ TEST_F(RVGitMergeManagerTest, OptionsOfARebaseTakeEffect) {
 
     // A merge within is made again.
     gitHere({"checkout", "-q", "-b", "merged", "One"});
-    gitHere({"merge", "-q", "--no-edit", "third"});
-    expectSuccess(rebaseWith("same~1", {{RVGitRebaseOptionPreservesMergeCommits, true}}));
-    EXPECT_EQ(gitHere({"rev-list", "--merges", "--count", "same~1..HEAD"}), "1");
+    gitHere({"merge", "-q", "--no-edit", "Clean"});
+    expectSuccess(rebaseWith("same", {{RVGitRebaseOptionPreservesMergeCommits, true}}));
+    EXPECT_EQ(gitHere({"rev-list", "--merges", "--count", "same..HEAD"}), "1");
 }
 
 TEST_F(RVGitMergeManagerTest, OptionsOfPicksTakeEffect) {
