@@ -53,24 +53,6 @@ std::string onlyRevision(const Request& request, const std::string& command) {
     return request.revisions.front();
 }
 
-/// What has come of an operation: its end, or the stop, which is no failure of the client's but is
-/// its exit code.
-void report(bool done, const std::optional<RVError>& error,
-            const std::shared_ptr<RVGitRepository>& repository, Output& output) {
-    const std::string underWay = operationText(repository);
-    if (!done) {
-        if (!error)
-            throw UsageError("it could not be done");
-        if (underWay.empty())
-            throw Failure{*error};
-        throw Failure{*error, underWay +
-                                  "\n(rvgit status shows the conflicts; then: rvgit resolve, "
-                                  "continue, skip or abort)"};
-    }
-    if (!underWay.empty())
-        output << "Stopped: " << underWay << "\n";
-}
-
 void takeNothing(Arguments& arguments, const std::string& command) {
     if (const auto word = arguments.next())
         throw UsageError(command + " takes no " + *word);
@@ -99,7 +81,7 @@ void runMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments argu
     const bool done =
         RVGitMergeManager(repository)
             .mergeWithRevision(onlyRevision(request, "merge"), request.options, &error);
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runRebase(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -129,7 +111,7 @@ void runRebase(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     const bool done = RVGitMergeManager(repository)
                           .rebaseWithRevision(onlyRevision(request, "rebase"), base, target,
                                               request.options, &error);
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runCherryPick(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -150,7 +132,7 @@ void runCherryPick(const std::shared_ptr<RVGitRepository>& repository, Arguments
     std::optional<RVError> error;
     const bool done = RVGitMergeManager(repository)
                           .cherryPickRevisions(request.revisions, request.options, &error);
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runRevert(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -170,7 +152,7 @@ void runRevert(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     std::optional<RVError> error;
     const bool done =
         RVGitMergeManager(repository).revertRevisions(request.revisions, request.options, &error);
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runContinue(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -202,7 +184,7 @@ void runContinue(const std::shared_ptr<RVGitRepository>& repository, Arguments a
         else
             throw UsageError("a merge has no empty steps");
     }
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runSkip(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -214,7 +196,7 @@ void runSkip(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
         throw UsageError("a merge has no steps to skip");
     std::optional<RVError> error;
     const bool done = manager.skipCurrentOperation(&error);
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runAbort(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -224,7 +206,7 @@ void runAbort(const std::shared_ptr<RVGitRepository>& repository, Arguments argu
     (void)modeUnderWay(manager, "abort");
     std::optional<RVError> error;
     const bool done = manager.abortCurrentOperation(&error);
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runQuit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
@@ -243,7 +225,7 @@ void runQuit(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
         default:
             throw UsageError("only a cherry-pick or a revert can be quit; abort gives up the rest");
     }
-    report(done, error, repository, output);
+    reportOperation(done, error, repository, output);
 }
 
 void runResolve(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments, Output&) {

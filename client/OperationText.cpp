@@ -6,6 +6,7 @@
 
 #include "RVGit/merge/RVGitMergeManager.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "client/Commands.h"
 #include "client/Terminal.h"
 
 namespace {
@@ -83,4 +84,20 @@ std::string operationText(const std::shared_ptr<RVGitRepository>& repository) {
             break;
     }
     return "";
+}
+
+void reportOperation(bool done, const std::optional<RVError>& error,
+                     const std::shared_ptr<RVGitRepository>& repository, Output& output) {
+    const std::string underWay = operationText(repository);
+    if (!done) {
+        if (!error)
+            throw UsageError("it could not be done");
+        if (underWay.empty())
+            throw Failure{*error};
+        throw Failure{*error, underWay +
+                                  "\n(rvgit status shows the conflicts; then: rvgit resolve, "
+                                  "continue, skip or abort)"};
+    }
+    if (!underWay.empty())
+        output << "Stopped: " << underWay << "\n";
 }

@@ -62,7 +62,7 @@ void runStatus(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     auto entries =
         RVGitWorkingTreeEntry::allWorkingTreeEntriesForRepository(repository, options, &error);
     if (!entries)
-        throw Failure{*error};
+        throw Failure(error);
     if (const std::string underWay = operationText(repository); !underWay.empty())
         output << output.in(Colour::Magenta, underWay) << "\n";
     std::ranges::sort(*entries, {}, [](const auto& entry) { return entry->filePath(); });
