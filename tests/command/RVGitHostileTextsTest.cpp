@@ -20,6 +20,10 @@
 #include "RVGit/history/RVGitMergeBaseCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
 #include "RVGit/history/RVGitShortlogCommand.h"
+#include "RVGit/merge/RVGitCherryPickCommand.h"
+#include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitRebaseCommand.h"
+#include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/objects/RVGitForEachRefTagOutputParser.h"
 #include "RVGit/objects/RVGitShowCommand.h"
@@ -142,6 +146,11 @@ const std::map<std::string, std::vector<Field>>& table() {
            with<RVGitCheckoutCommand>(
                [](auto& command, auto& text) { command.setRevision(text); })},
           filePaths<RVGitCheckoutCommand>()}},
+        {"RVGitCherryPickCommand",
+         {{"Revisions", RefusedRevision,
+           withOptions<RVGitCherryPickCommand>([](auto& command, auto& text) {
+               command.setRevisions(Arguments{"HEAD", text});
+           })}}},
         {"RVGitCommitCommand",
          {{"Message", NotAnArgument,
            [](auto& repository, auto& text) {
@@ -262,6 +271,16 @@ const std::map<std::string, std::vector<Field>>& table() {
          {{"Revisions", RefusedRevision, with<RVGitMergeBaseCommand>([](auto& command, auto& text) {
                command.setRevisions({"HEAD", text});
            })}}},
+        {"RVGitMergeCommand",
+         {{"Revision", RefusedName,
+           withOptions<RVGitMergeCommand>(
+               [](auto& command, auto& text) { command.setRevision(text); })},
+          {"AllowedSignersFile", Attached,
+           withOptions<RVGitMergeCommand>([](auto& command, auto& text) {
+               command.setVerifiesSignatures(true);
+               command.setAllowedSignersFile(text);
+           }),
+           0, "gpg.ssh.allowedSignersFile="}}},
         {"RVGitMoveCommand",
          {{"SourceFilePath", Path,
            [](auto& repository, auto& text) {
@@ -271,6 +290,27 @@ const std::map<std::string, std::vector<Field>>& table() {
            [](auto& repository, auto& text) {
                return RVGitMoveCommand::gitMoveCommandWithRepository(repository, "source", text);
            }}}},
+        {"RVGitRebaseCommand",
+         {{"Revision", RefusedName,
+           withOptions<RVGitRebaseCommand>(
+               [](auto& command, auto& text) { command.setRevision(text); })},
+          {"CurrentBaseRevision", RefusedName,
+           withOptions<RVGitRebaseCommand>([](auto& command, auto& text) {
+               command.setRebaseOnto(true);
+               command.setTargetBaseRevision("HEAD");
+               command.setCurrentBaseRevision(text);
+           })},
+          {"TargetBaseRevision", RefusedName,
+           withOptions<RVGitRebaseCommand>([](auto& command, auto& text) {
+               command.setRebaseOnto(true);
+               command.setTargetBaseRevision(text);
+           })},
+          {"CommitCleanupOptionValue", Attached,
+           withOptions<RVGitRebaseCommand>([](auto& command, auto& text) {
+               command.setCleanUpCommits(true);
+               command.setCommitCleanupOptionValue(text);
+           }),
+           0, "commit.cleanup="}}},
         {"RVGitRefLogCommand",
          {{"RefName", RefusedName,
            withOptions<RVGitRefLogCommand>(
@@ -284,6 +324,11 @@ const std::map<std::string, std::vector<Field>>& table() {
            with<RVGitResetCommand>([](auto& command, auto& text) { command.setRevision(text); }),
            RVGitResetCommand::unresolvedRevisionErrorCode},
           filePaths<RVGitResetCommand>()}},
+        {"RVGitRevertCommand",
+         {{"Revisions", RefusedRevision,
+           withOptions<RVGitRevertCommand>([](auto& command, auto& text) {
+               command.setRevisions(Arguments{"HEAD", text});
+           })}}},
         {"RVGitRevListCommand",
          {{"Revisions", RefusedRevision, withOptions<RVGitRevListCommand>([](auto& command,
                                                                              auto& text) {
