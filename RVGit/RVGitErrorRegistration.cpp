@@ -23,6 +23,8 @@
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleCommand.h"
+#include "RVGit/svn/RVGitSVNCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
@@ -54,6 +56,8 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitStashCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitSVNCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitSubmoduleCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTagCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTreeCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitUpdateIndexCommand::gitErrorDefinitions());
