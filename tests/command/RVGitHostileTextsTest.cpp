@@ -30,6 +30,8 @@
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
+#include "RVGit/remotes/RVGitBranchCommand.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitInitCommand.h"
@@ -135,6 +137,30 @@ const std::map<std::string, std::vector<Field>>& table() {
            [](auto& repository, auto& text) {
                return RVGitBlameCommand::gitBlameCommandWithRepository(repository, "HEAD", text);
            }}}},
+        {"RVGitBranchCommand",
+         {{"RefNames", RefusedName,
+           with<RVGitBranchCommand>(
+               [](auto& command, auto& text) { command.setRefNames(Arguments{text}); }),
+           RVGitCreateBranchInvalidNameError},
+          {"StartingPoint", RefusedName,
+           with<RVGitBranchCommand>([](auto& command, auto& text) {
+               command.setRefNames(Arguments{"name"});
+               command.setStartingPoint(text);
+           }),
+           RVGitCreateBranchInvalidObjectError},
+          {"TrackedRefName", RefusedName,
+           with<RVGitBranchCommand>([](auto& command, auto& text) {
+               command.setRefNames(Arguments{"name"});
+               command.setTrackedRefName(text);
+           }),
+           RVGitTrackBranchInvalidObjectError},
+          {"RenameToRefName", RefusedName,
+           with<RVGitBranchCommand>([](auto& command, auto& text) {
+               command.setRefNames(Arguments{"name"});
+               command.setRenamesBranch(true);
+               command.setRenameToRefName(text);
+           }),
+           RVGitCreateBranchInvalidNameError}}},
         {"RVGitCheckAttrCommand",
          {{"FilePaths", ListOnInput,
            [](auto& repository, auto& text) {
@@ -319,6 +345,18 @@ const std::map<std::string, std::vector<Field>>& table() {
            withOptions<RVGitRefLogCommand>(
                [](auto& command, auto& text) { command.setSearchPattern(text); }),
            0, "--grep="}}},
+        {"RVGitRemoteCommand",
+         {{"RemoteNames", RefusedName,
+           with<RVGitRemoteCommand>([](auto& command, auto& text) {
+               command.setCreatesRemote(true);
+               command.setRemoteNames(Arguments{text});
+           }),
+           RVGitCreateRemoteInvalidNameError},
+          {"URL", RefusedName,
+           with<RVGitRemoteCommand>([](auto& command, auto& text) {
+               command.setCreatesRemote(true);
+               command.setURL(text);
+           })}}},
         {"RVGitResetCommand",
          {{"Revision", RefusedRevision,
            with<RVGitResetCommand>([](auto& command, auto& text) { command.setRevision(text); }),
