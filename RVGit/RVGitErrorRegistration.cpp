@@ -24,6 +24,7 @@
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
 #include "RVGit/svn/RVGitSVNCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
@@ -56,6 +57,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitStashCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitSVNCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitSubmoduleCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTagCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTreeCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitUpdateIndexCommand::gitErrorDefinitions());

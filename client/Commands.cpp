@@ -112,6 +112,12 @@ const std::vector<Command>& allCommands() {
         {"remote",
          "remote [list | add NAME URL | rename NAME NEW | remove NAME | set-url [--push] NAME URL]",
          runRemote},
+        {"submodule",
+         "submodule [list | add [--force] URL PATH | init [PATH...]\n"
+         "           | update [--init] [--recursive] [--force] [PATH...] | sync [PATH]\n"
+         "           | remove [--force] [--keep] [--git-directory] PATH\n"
+         "           | move PATH NEW-PATH | rename NAME NEW-NAME]",
+         runSubmodule},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
         {"clone",
          "clone [--bare] [--recursive] [--depth N] [--filter FILTER] [--single-branch] URL [PATH]",

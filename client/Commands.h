@@ -58,6 +58,10 @@ private:
 /// others. Not for a command that stashes: git stash has patterns of its own.
 void takePathsLiterally();
 
+/// Does this, too, when the user interrupts the client, on another thread, again and again until it
+/// ends: for what does not run on the library's shared queue.
+void whenInterrupted(std::function<void()> action);
+
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {
     std::string_view name;
@@ -103,6 +107,8 @@ void runBranch(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
+void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                  Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
 void runMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
