@@ -32,10 +32,18 @@
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
 #include "RVGit/remotes/RVGitBranchCommand.h"
 #include "RVGit/remotes/RVGitRemoteCommand.h"
+#include "RVGit/remotes/RVGitCloneCommand.h"
+#include "RVGit/remotes/RVGitCredentialCommand.h"
+#include "RVGit/remotes/RVGitFetchCommand.h"
+#include "RVGit/remotes/RVGitLsRemoteCommand.h"
+#include "RVGit/remotes/RVGitPullCommand.h"
+#include "RVGit/remotes/RVGitPushCommand.h"
+#include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitRefLogCommand.h"
+#include "RVGit/repository/RVGitRefSpec.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
@@ -117,6 +125,11 @@ Field filePaths() {
             }};
 }
 
+std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const std::string& name) {
+    return RVGitRemote::remoteWithRepository(repository, name, std::nullopt, std::nullopt,
+                                             std::nullopt);
+}
+
 // By class. The name of a field is that of its setter.
 const std::map<std::string, std::vector<Field>>& table() {
     static const auto& rows = *new std::map<std::string, std::vector<Field>>{
@@ -177,6 +190,21 @@ const std::map<std::string, std::vector<Field>>& table() {
            withOptions<RVGitCherryPickCommand>([](auto& command, auto& text) {
                command.setRevisions(Arguments{"HEAD", text});
            })}}},
+        {"RVGitCloneCommand",
+         {{"RemoteURL", RefusedName,
+           [](auto&, auto& text) {
+               return RVGitCloneCommand::gitCloneCommandWithRemoteURL(text, "path", std::nullopt);
+           }},
+          {"LocalPath", Path,
+           [](auto&, auto& text) {
+               return RVGitCloneCommand::gitCloneCommandWithRemoteURL("url", text, std::nullopt);
+           }},
+          {"Filter", Attached,
+           [](auto&, auto& text) {
+               return RVGitCloneCommand::gitCloneCommandWithRemoteURL(
+                   "url", "path", RVOptions{{RVGitCloneOptionFilter, text}});
+           },
+           0, "--filter="}}},
         {"RVGitCommitCommand",
          {{"Message", NotAnArgument,
            [](auto& repository, auto& text) {
@@ -213,11 +241,42 @@ const std::map<std::string, std::vector<Field>>& table() {
                command.setConfigKey("a.b");
                command.setConfigValueRegex(text);
            })}}},
+        // What would be another line of its request is refused in its own way.
+        {"RVGitCredentialCommand",
+         {{"HttpURL", NotAnArgument,
+           [](auto&, auto& text) {
+               return RVGitCredentialCommand::gitFillCredentialCommandWithHTTPURL(RVURL(text));
+           }},
+          {"Username", NotAnArgument,
+           [](auto&, auto& text) {
+               return RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(
+                   RVURL("https://host"), text, "password");
+           }},
+          {"Password", NotAnArgument,
+           [](auto&, auto& text) {
+               return RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(
+                   RVURL("https://host"), "name", text);
+           }}}},
         {"RVGitDiffCommand",
          {{"Submodule", Attached,
            withOptions<RVGitDiffCommand>(
                [](auto& command, auto& text) { command.setSubmodule(text); }),
            0, "--submodule="}}},
+        {"RVGitFetchCommand",
+         {{"RemoteURLString", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitFetchCommand::gitFetchCommandWithRepository(repository, text, nullptr);
+           }},
+          {"Remote", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitFetchCommand::gitFetchCommandWithRepository(
+                   repository, remoteNamed(repository, text), nullptr, std::nullopt);
+           }},
+          {"RefSpec", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitFetchCommand::gitFetchCommandWithRepository(
+                   repository, "url", RVGitRefSpec::refSpecFromString(text));
+           }}}},
         // Its fields are those of the classes that are made of it.
         {"RVGitFilePathsCommand",
          {{"FilePaths", NotAnArgument,
@@ -293,6 +352,11 @@ const std::map<std::string, std::vector<Field>>& table() {
            withOptions<RVGitLogCommand>(
                [](auto& command, auto& text) { command.setPrettyFormat(text); })}}},
         {"RVGitLsFilesCommand", {filePaths<RVGitLsFilesCommand>()}},
+        {"RVGitLsRemoteCommand",
+         {{"RemoteURL", RefusedName,
+           [](auto&, auto& text) {
+               return RVGitLsRemoteCommand::gitLsRemoteCommandWithRemoteURL(text, std::nullopt);
+           }}}},
         {"RVGitMergeBaseCommand",
          {{"Revisions", RefusedRevision, with<RVGitMergeBaseCommand>([](auto& command, auto& text) {
                command.setRevisions({"HEAD", text});
@@ -337,6 +401,53 @@ const std::map<std::string, std::vector<Field>>& table() {
                command.setCommitCleanupOptionValue(text);
            }),
            0, "commit.cleanup="}}},
+        {"RVGitPullCommand",
+         {{"Remote", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPullCommand::gitPullCommandWithRepository(
+                   repository, remoteNamed(repository, text), nullptr, std::nullopt);
+           }},
+          {"RefSpec", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPullCommand::gitPullCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::refSpecFromString(text), std::nullopt);
+           }},
+          {"AllowedSignersFile", Attached,
+           [](auto& repository, auto& text) {
+               auto command = RVGitPullCommand::gitPullCommandWithRepository(
+                   repository, nullptr, nullptr, std::nullopt);
+               command->setVerifiesSignatures(true);
+               command->setAllowedSignersFile(text);
+               return command;
+           },
+           0, "gpg.ssh.allowedSignersFile="}}},
+        {"RVGitPushCommand",
+         {{"Remote", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, remoteNamed(repository, text), RVGitRefSpec::refSpecFromString("a"),
+                   std::nullopt);
+           }},
+          {"RefSpecs", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::refSpecFromString(text), std::nullopt);
+           }},
+          {"RefSpecs", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::deleteRefSpecWithRemoteRefName(text),
+                   RVOptions{{RVGitPushOptionDeleteRef, true}});
+           }},
+          {"LeaseValueCommitHash", Attached,
+           [](auto& repository, auto& text) {
+               auto command = RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::refSpecFromString("a:b"),
+                   RVOptions{{RVGitPushOptionForcePushWithLease, true}});
+               command->setLeaseValueCommitHash(text);
+               return command;
+           },
+           0, "--force-with-lease=b:"}}},
         {"RVGitRefLogCommand",
          {{"RefName", RefusedName,
            withOptions<RVGitRefLogCommand>(
