@@ -20,7 +20,7 @@ void runArchive(const std::shared_ptr<RVGitRepository>& repository, Arguments ar
     const auto archiver = std::make_shared<RVGitArchiver>(
         repository, revision, paths.empty() ? std::nullopt : std::optional(std::move(paths)),
         standardizedPath(std::filesystem::absolute(*file, ignored).string()));
-    cancelWhenInterrupted([archiver] { archiver->cancel(); });
+    whenInterrupted([archiver] { archiver->cancel(); });
     std::optional<RVError> error;
     try {
         if (!archiver->run(&error))

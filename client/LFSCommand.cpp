@@ -135,7 +135,7 @@ void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
     const std::string action = arguments.valueOf("lfs");
     // Kept for whoever interrupts.
     const auto manager = std::make_shared<RVGitLFSManager>(repository);
-    cancelWhenInterrupted([manager] { manager->commandQueue().cancelAllOperations(); });
+    whenInterrupted([manager] { manager->commandQueue().cancelAllOperations(); });
     std::optional<RVError> error;
     if (action == "install")
         return install(*manager, arguments);

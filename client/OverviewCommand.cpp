@@ -9,6 +9,7 @@
 #include "client/BranchText.h"
 #include "client/Commands.h"
 #include "client/CommitList.h"
+#include "client/OperationText.h"
 
 namespace {
 
@@ -59,6 +60,8 @@ void runOverview(const std::shared_ptr<RVGitRepository>& repository, Arguments a
     if (repository->gitDirectoryPath() != repository->path())
         output << "git    " << printable(repository->gitDirectoryPath().value_or("")) << "\n";
     printHead(repository, output);
+    if (const std::string underWay = operationText(repository); !underWay.empty())
+        output << "now    " << output.in(Colour::Magenta, underWay) << "\n";
 
     std::optional<RVError> error;
     const auto refs = RVGitRef::allRefsForRepository(repository, std::nullopt, &error);

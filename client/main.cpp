@@ -22,13 +22,14 @@
 #include "RVGit/command/RVGitEnglishTexts.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
+#include "client/Documents.h"
 
 namespace {
 
 constexpr int exitInterrupted = 130;
 std::atomic<bool> interrupted = false;
-std::mutex cancelMutex;
-std::function<void()> cancelOther;
+std::mutex interruptMutex;
+std::function<void()> interruptAction;
 
 void printUsage(std::FILE* stream) {
     std::fputs(
@@ -54,8 +55,8 @@ void cancelCommandsWhenInterrupted() {
         interrupted = true;
         while (true) {
             RVGitCommandQueue::sharedQueue().cancelAllCommands();
-            if (const std::lock_guard lock(cancelMutex); cancelOther)
-                cancelOther();
+            if (const std::lock_guard lock(interruptMutex); interruptAction)
+                interruptAction();
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     }).detach();
@@ -93,6 +94,17 @@ int run(std::vector<std::string> words) {
         const std::string& word = words[position];
         if (word == "--help" || word == "-h")
             return printUsage(stdout), finishOutput();
+        if (word == "--version")
+            return std::puts("rvgit " RVGIT_VERSION), finishOutput();
+        // For the build, which installs them.
+        if (word == "--man")
+            return std::fputs(manualPage(RVGIT_VERSION).c_str(), stdout), finishOutput();
+        if (word == "--completion" && position + 1 < words.size()) {
+            const auto script = completionScript(words[position + 1]);
+            if (!script)
+                return complain("there are completions for bash, zsh and fish", 2);
+            return std::fputs(script->c_str(), stdout), finishOutput();
+        }
         if (word == "--verbose")
             verbose = true;
         else if (word == "-C" && position + 1 < words.size())
@@ -151,6 +163,8 @@ int run(std::vector<std::string> words) {
     } catch (const Failure& failure) {
         if (!interrupted)
             printError(failure.error, verbose);
+        if (!interrupted && !failure.advice.empty())
+            std::fprintf(stderr, "%s\n", failure.advice.c_str());
         return interrupted ? exitInterrupted : 1;
     }
     return interrupted ? exitInterrupted : write(output);
@@ -158,9 +172,9 @@ int run(std::vector<std::string> words) {
 
 }  // namespace
 
-void cancelWhenInterrupted(std::function<void()> cancel) {
-    const std::lock_guard lock(cancelMutex);
-    cancelOther = std::move(cancel);
+void whenInterrupted(std::function<void()> action) {
+    const std::lock_guard lock(interruptMutex);
+    interruptAction = std::move(action);
 }
 
 int main(int argc, char** argv) {

@@ -207,12 +207,13 @@ TEST_F(RVGitBranchTest, DuringARebaseTheHeadIsDetached) {
 
 TEST_F(RVGitBranchTest, ABranchOfALinkedWorktreeIsMissing) {
     makeCommit();
-    gitInRepository({"worktree", "add", "-q", "-b", "linked", "../linked"});
-    EXPECT_THAT(names(), ElementsAre("*refs/heads/main"));
+    gitInRepository({"worktree", "add", "-b", "linked", "../linked"});
+    if (RVGitBinary::defaultGitBinary()->isVersionAtLeast("2.23.0"))
+        EXPECT_THAT(names(), ElementsAre("*refs/heads/main"));
     const auto linked = RVGitRepository::repositoryWithPath(scratchPath("linked"));
     const auto branches = RVGitBranch::allBranchesForRepository(linked);
     ASSERT_TRUE(branches.has_value());
-    ASSERT_EQ(branches->size(), 1U);
+    ASSERT_FALSE(branches->empty());
     EXPECT_EQ(branches->front()->fullRefName(), "refs/heads/linked");
     EXPECT_TRUE(branches->front()->isHead());
 }
