@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
 
+#include "RVGit/archive/RVGitArchiveCommand.h"
 #include "RVGit/base/RVURL.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
@@ -24,6 +26,12 @@
 #include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
+#include "RVGit/lfs/RVGitLFSCleanCommand.h"
+#include "RVGit/lfs/RVGitLFSCommand.h"
+#include "RVGit/lfs/RVGitLFSLsFilesCommand.h"
+#include "RVGit/lfs/RVGitLFSSmudgeCommand.h"
+#include "RVGit/lfs/RVGitLFSTrackCommand.h"
+#include "RVGit/lfs/RVGitLFSTransferCommands.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/objects/RVGitForEachRefTagOutputParser.h"
 #include "RVGit/objects/RVGitShowCommand.h"
@@ -47,6 +55,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
+#include "RVGit/svn/RVGitSVNCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckAttrCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
@@ -128,6 +137,53 @@ Field filePaths() {
 std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const std::string& name) {
     return RVGitRemote::remoteWithRepository(repository, name, std::nullopt, std::nullopt,
                                              std::nullopt);
+// What the idle git prints is no pointer.
+class CleanOfNothing : public RVGitLFSCleanCommand {
+public:
+    using RVGitLFSCleanCommand::RVGitLFSCleanCommand;
+
+protected:
+    bool gitCommandWillParseOutput(RVErrorPlace) override { return true; }
+};
+template <typename Command>
+Field lfsPatterns() {
+    return {"Patterns", RefusedName, with<Command>([](auto& command, auto& text) {
+                command.setPatterns(Arguments{"plain", text});
+            })};
+}
+template <typename Command>
+Field field(const char* name, Handling handling,
+            std::function<void(Command&, const std::string&)> set, const char* option = "") {
+    return {name, handling,
+            [set](const Repository&, const std::string& text) -> Made {
+                auto command = std::make_shared<Command>("svn://host", "new", std::nullopt);
+                set(*command, text);
+                return command;
+            },
+            RVGitRVGitGenericError, option};
+}
+Field svnCopyField(const char* name, Handling handling,
+                   void (RVGitSVNCopyCommand::*set)(std::optional<std::string>),
+                   const char* option = "") {
+    return {name, handling,
+            [set](const Repository& repository, const std::string& text) -> Made {
+                auto command = std::make_shared<RVGitSVNTagCommand>(repository, nullptr);
+                ((*command).*set)(text);
+                return command;
+            },
+            RVGitRVGitGenericError, option};
+}
+Field archiveField(const char* name, Handling handling,
+                   void (*set)(RVGitArchiveCommand&, const std::string&), std::int64_t code = 0,
+                   const char* option = "") {
+    return {name, handling,
+            [set](const Repository& repository, const std::string& text) -> Made {
+                auto command = std::make_shared<RVGitArchiveCommand>(repository, "HEAD",
+                                                                     std::nullopt, "a.zip");
+                set(*command, text);
+                return command;
+            },
+            code, option};
 }
 
 // By class. The name of a field is that of its setter.
@@ -141,6 +197,18 @@ const std::map<std::string, std::vector<Field>>& table() {
           {"Patch", NotAnArgument,
            withOptions<RVGitApplyCommand>(
                [](auto& command, auto& text) { command.setPatch(text); })}}},
+        {"RVGitArchiveCommand",
+         {archiveField(
+              "Revision", RefusedName,
+              [](auto& command, auto& text) { command.setRevision(text); }, RVGitArchiveFilesError),
+          archiveField("FilePaths", Path, [](auto& command,
+                                             auto& text) { command.setFilePaths(Arguments{text}); }),
+          archiveField(
+              "Destination", OptionValue,
+              [](auto& command, auto& text) { command.setDestination(text); }, 0, "-o"),
+          archiveField("ArchivedFilePaths", NotAnArgument, [](auto& command, auto& text) {
+              command.setArchivedFilePaths({text});
+          })}},
         {"RVGitBlameCommand",
          {{"Revision", RefusedRevision,
            [](auto& repository, auto& text) {
@@ -317,6 +385,43 @@ const std::map<std::string, std::vector<Field>>& table() {
                return command;
            },
            0, "--shared="}}},
+        {"RVGitLFSCommand", {}},
+        {"RVGitLFSInstallCommand", {}},
+        {"RVGitLFSUninstallCommand", {}},
+        {"RVGitLFSUpdateCommand", {}},
+        {"RVGitLFSCheckoutCommand", {}},
+        {"RVGitLFSPruneCommand", {}},
+        {"RVGitLFSFetchCommand", {}},
+        {"RVGitLFSPullCommand", {}},
+        {"RVGitLFSPushCommand", {}},
+        {"RVGitLFSCleanCommand",
+         {{"FilePath", NotAnArgument,
+           [](auto& repository, auto& text) {
+               const std::string path = repository->path() + "/" + text;
+               std::ofstream(path) << "contents";
+               auto command = std::make_shared<CleanOfNothing>(repository);
+               command->setFilePath(path);
+               return command;
+           }}}},
+        {"RVGitLFSCloneCommand",
+         {field<RVGitLFSCloneCommand>(
+              "RemoteURL", RefusedName,
+              [](auto& command, auto& text) { command.setRemoteURL(text); }),
+          field<RVGitLFSCloneCommand>(
+              "LocalPath", Path, [](auto& command, auto& text) { command.setLocalPath(text); })}},
+        {"RVGitLFSLsFilesCommand",
+         {{"Revision", RefusedName, with<RVGitLFSLsFilesCommand>([](auto& command, auto& text) {
+               command.setRevision(text);
+           })}}},
+        {"RVGitLFSSmudgeCommand",
+         {{"OutputPath", NotAnArgument,
+           [](auto& repository, auto& text) {
+               auto command = std::make_shared<RVGitLFSSmudgeCommand>(repository);
+               command->setOutputPath(repository->path() + "/" + text);
+               return command;
+           }}}},
+        {"RVGitLFSTrackCommand", {lfsPatterns<RVGitLFSTrackCommand>()}},
+        {"RVGitLFSUntrackCommand", {lfsPatterns<RVGitLFSUntrackCommand>()}},
         {"RVGitLogCommand",
          {{"Revisions", RefusedRevision,
            withOptions<RVGitLogCommand>(
@@ -551,6 +656,40 @@ const std::map<std::string, std::vector<Field>>& table() {
                return command;
            }}}},
         {"RVGitStatusCommand", {filePaths<RVGitStatusCommand>()}},
+        {"RVGitSVNCommand", {}},
+        {"RVGitSVNFetchCommand", {}},
+        {"RVGitSVNRebaseCommand", {}},
+        {"RVGitSVNBranchCommand", {}},
+        {"RVGitSVNTagCommand", {}},
+        {"RVGitSVNShowIgnoreCommand", {}},
+        {"RVGitSVNCloneCommand",
+         {field<RVGitSVNCloneCommand>(
+              "RemoteURL", RefusedName,
+              [](auto& command, auto& text) { command.setRemoteURL(text); }),
+          field<RVGitSVNCloneCommand>(
+              "LocalPath", Path, [](auto& command, auto& text) { command.setLocalPath(text); }),
+          field<RVGitSVNCloneCommand>(
+              "TrunkDirectories", Attached,
+              [](auto& command, auto& text) { command.setTrunkDirectories({text}); }, "--trunk="),
+          field<RVGitSVNCloneCommand>(
+              "BranchDirectories", Attached,
+              [](auto& command, auto& text) { command.setBranchDirectories({text}); },
+              "--branches="),
+          field<RVGitSVNCloneCommand>(
+              "TagDirectories", Attached,
+              [](auto& command, auto& text) { command.setTagDirectories({text}); }, "--tags=")}},
+        {"RVGitSVNCopyCommand",
+         {svnCopyField("RefName", RefusedName, &RVGitSVNCopyCommand::setRefName),
+          svnCopyField("StartingPoint", RefusedName, &RVGitSVNCopyCommand::setStartingPoint),
+          svnCopyField("Message", OptionValue, &RVGitSVNCopyCommand::setMessage, "-m"),
+          svnCopyField("Destination", Attached, &RVGitSVNCopyCommand::setDestination,
+                       "--destination=")}},
+        {"RVGitSVNDCommitCommand",
+         {{"Revision", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository,
+                                                                                 nullptr, text);
+           }}}},
         {"RVGitTagCommand",
          {{"RefNames", RefusedName,
            [](auto& repository, auto& text) {

@@ -1,0 +1,103 @@
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/lfs/RVGitLFSManager.h"
+#include "RVGit/lfs/RVGitLFSPointer.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "bench/support/RVBareProcess.h"
+#include "bench/support/RVBench.h"
+
+// What clean and smudge of 100 MB cost beside the bare lines, and what memory they hold.
+
+namespace {
+
+constexpr std::size_t numberOfBytes = 100'000'000;
+
+[[noreturn]] void fail(const std::string& what) {
+    std::fprintf(stderr, "%s\n", what.c_str());
+    std::exit(1);
+}
+
+/// In the temporary directory, for the life of the program.
+class RepositoryOfALargeFile {
+public:
+    RepositoryOfALargeFile() {
+        std::string path = std::filesystem::temp_directory_path() / "rvgit-lfs.XXXXXX";
+        if (!mkdtemp(path.data()))
+            fail("cannot make " + path);
+        path_ = path;
+        (void)runBare({"git", "init", "--quiet", path_});
+        std::string block(1'000'000, '\0');
+        std::ofstream file(filePath(), std::ios::binary);
+        for (std::size_t written = 0; written < numberOfBytes; written += block.size()) {
+            for (std::size_t index = 0; index < block.size(); ++index)
+                block[index] = static_cast<char>((written + index) * 2654435761U >> 13);
+            file << block;
+        }
+        file.close();
+        if (runBare(shell("git lfs clean < file > pointer")).exitCode != 0)
+            fail("git lfs clean failed");
+    }
+    RepositoryOfALargeFile(const RepositoryOfALargeFile&) = delete;
+    RepositoryOfALargeFile& operator=(const RepositoryOfALargeFile&) = delete;
+    ~RepositoryOfALargeFile() { std::filesystem::remove_all(path_); }
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    [[nodiscard]] std::string filePath() const { return path_ + "/file"; }
+    [[nodiscard]] std::shared_ptr<RVGitLFSPointer> pointer() const {
+        std::ifstream file(path_ + "/pointer");
+        return RVGitLFSPointer::pointerFromData(
+            std::string(std::istreambuf_iterator<char>(file), {}));
+    }
+    [[nodiscard]] std::vector<std::string> shell(const std::string& line) const {
+        return {"sh", "-c", "cd '" + path_ + "' && exec " + line};
+    }
+
+private:
+    std::string path_;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    RVBench bench(argc, argv);
+    const RepositoryOfALargeFile large;
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath("/usr/bin/git"));
+    const auto repository = RVGitRepository::repositoryWithWorkingTreeDirectoryPath(
+        large.path(), large.path() + "/.git");
+    RVGitLFSManager manager(repository);
+    const auto pointer = large.pointer();
+    if (!pointer)
+        fail("git lfs clean has printed no pointer");
+
+    RVBenchTable clean(bench, "clean");
+    clean.add("git lfs clean",
+              [&] { return runBare(large.shell("git lfs clean < file")).outputBytes; });
+    clean.add("pointer", [&] {
+        return manager.createPointerFromFileAtPath(large.filePath())->stringRepresentation().size();
+    });
+    clean.run(9);
+    clean.bound("pointer", "git lfs clean", 1.10);
+    clean.boundPeakMemory("pointer", 0.5 * numberOfBytes);
+
+    RVBenchTable smudge(bench, "smudge");
+    smudge.add("git lfs smudge",
+               [&] { return runBare(large.shell("git lfs smudge < pointer")).outputBytes; });
+    smudge.add("data", [&] { return manager.createFileDataFromPointer(pointer)->size(); });
+    smudge.add("to a file", [&] {
+        const std::string path = large.path() + "/output";
+        if (!manager.createFileFromPointer(pointer, path))
+            fail("the file was not made");
+        return static_cast<std::size_t>(std::filesystem::file_size(path));
+    });
+    smudge.run(9);
+    smudge.bound("data", "git lfs smudge", 1.10);
+    smudge.boundPeakMemory("data", 1.3 * numberOfBytes);
+    smudge.boundPeakMemory("to a file", 1.3 * numberOfBytes);
+    return bench.finish();
+}
