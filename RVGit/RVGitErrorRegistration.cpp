@@ -6,23 +6,24 @@
 #include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitMergeToolCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
-#include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/objects/RVGitShowCommand.h"
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
 #include "RVGit/remotes/RVGitBranchCommand.h"
-#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/remotes/RVGitPullCommand.h"
 #include "RVGit/remotes/RVGitPushCommand.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
+#include "RVGit/svn/RVGitSVNCommand.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
@@ -55,6 +56,7 @@ void rvgit::registerGitErrorDefinitions(RVGitCommandErrorDefinitionManager& mana
     manager.addGitCommandErrorDefinitions(RVGitShowCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitShowRefCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitStashCommand::gitErrorDefinitions());
+    manager.addGitCommandErrorDefinitions(RVGitSVNCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitSubmoduleCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTagCommand::gitErrorDefinitions());
     manager.addGitCommandErrorDefinitions(RVGitTreeCommand::gitErrorDefinitions());

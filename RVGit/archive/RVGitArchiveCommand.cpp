@@ -50,10 +50,8 @@ void RVGitArchiveCommand::gitCommandWillInitialize() {
         addGitCommandOption("--format=tar");
     addGitCommandOptions({"-o", destination_});
     addGitCommandName(revision_, RVGitArchiveFilesError);
-    if (filePaths_) {
-        addGitCommandArgument("--");
-        addGitCommandArguments(*filePaths_);
-    }
+    if (filePaths_)
+        addGitCommandFilePaths(*filePaths_);
 }
 
 void RVGitArchiveCommand::gitCommandDidTerminate() {

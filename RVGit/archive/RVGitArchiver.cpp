@@ -95,7 +95,10 @@ void RVGitArchiver::waitUntilFinished() {
 
 bool RVGitArchiver::run(RVErrorPlace error) {
     start();
+    const auto command = this->command();
     waitUntilFinished();
+    // The run may have ended before it was waited for.
+    command->waitUntilFinished();
     const std::optional<RVError> failure = this->error();
     if (failure)
         fillErrorPlace(error, *failure);

@@ -2,10 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
-#include <sys/eventfd.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +14,7 @@
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVSystem.h"
 
 using Clock = std::chrono::steady_clock;
 
@@ -26,76 +24,35 @@ namespace {
 // switches between the child and the reader.
 constexpr std::size_t pipeCapacity = std::size_t{64} << 10;
 constexpr int largePipeCapacity = 1 << 20;
-
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    ~Descriptor() { close(); }
-
-    int number() const { return number_; }
-    bool isOpen() const { return number_ >= 0; }
-    void close() {
-        if (isOpen())
-            ::close(std::exchange(number_, -1));
-    }
-
-private:
-    int number_ = -1;
-};
-
-// A process that runs without descriptors 0, 1 or 2 gets them for its own files, where those of the
-// child would overwrite them.
-int moveAboveStandardStreams(Descriptor& descriptor) {
-    if (descriptor.number() > STDERR_FILENO)
-        return 0;
-    const int moved = fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (moved < 0)
-        return errno;
-    descriptor = Descriptor(moved);
-    return 0;
-}
+constexpr std::size_t smallestRead = std::size_t{16} << 10;
 
 struct Pipe {
-    Descriptor readEnd;
-    Descriptor writeEnd;
+    RVDescriptor readEnd;
+    RVDescriptor writeEnd;
 
     // 0 or errno's value.
-    int open() {
-        int ends[2];
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            return errno;
-        readEnd = Descriptor(ends[0]);
-        writeEnd = Descriptor(ends[1]);
-        const int error = moveAboveStandardStreams(readEnd);
-        return error ? error : moveAboveStandardStreams(writeEnd);
-    }
+    int open() { return RVSystem::makePipe(readEnd, writeEnd); }
 };
 
-int openForReading(const std::string& path, Descriptor& descriptor) {
+int openForReading(const std::string& path, RVDescriptor& descriptor) {
     // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
     descriptor =
-        Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+        RVDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
     struct stat status;
     if (!descriptor.isOpen() || fstat(descriptor.number(), &status) != 0)
         return errno;
     if (!S_ISREG(status.st_mode))
         return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
     fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) & ~O_NONBLOCK);
-    return moveAboveStandardStreams(descriptor);
+    return RVSystem::moveAboveStandardStreams(descriptor);
 }
 
-int duplicate(int number, Descriptor& descriptor) {
-    descriptor = Descriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+int duplicate(int number, RVDescriptor& descriptor) {
+    descriptor = RVDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     return descriptor.isOpen() ? 0 : errno;
 }
 
-void makeNonBlocking(const Descriptor& descriptor) {
+void makeNonBlocking(const RVDescriptor& descriptor) {
     fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) | O_NONBLOCK);
 }
 
@@ -127,40 +84,6 @@ private:
     bool wasPending_;
 };
 
-class SpawnSettings {
-public:
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-
-    SpawnSettings() {
-        posix_spawn_file_actions_init(&actions);
-        posix_spawnattr_init(&attributes);
-    }
-    ~SpawnSettings() {
-        posix_spawn_file_actions_destroy(&actions);
-        posix_spawnattr_destroy(&attributes);
-    }
-    SpawnSettings(const SpawnSettings&) = delete;
-    SpawnSettings& operator=(const SpawnSettings&) = delete;
-};
-
-std::vector<char*> pointersToStrings(const std::vector<std::string>& strings) {
-    std::vector<char*> pointers;
-    pointers.reserve(strings.size() + 1);
-    for (const std::string& string : strings)
-        pointers.push_back(const_cast<char*>(string.c_str()));
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-std::vector<std::string> environmentStrings(const RVEnvironment& environment) {
-    std::vector<std::string> strings;
-    strings.reserve(environment.size());
-    for (const auto& [name, value] : environment)
-        strings.push_back(name + '=' + value);
-    return strings;
-}
-
 // Whether the system would get another text than the launch holds.
 bool launchHoldsNUL(const RVChildProcess::Launch& launch) {
     const auto textHoldsNUL = [](const std::string& text) { return holdsNUL(text); };
@@ -173,39 +96,58 @@ bool launchHoldsNUL(const RVChildProcess::Launch& launch) {
            });
 }
 
-// The descriptors are all above 2, so that dup2 onto 0, 1 and 2 in turn overwrites none of them.
-int spawn(const RVChildProcess::Launch& launch, const Descriptor& input, const Descriptor& output,
-          const Descriptor& error, pid_t& pid) {
-    SpawnSettings settings;
-    posix_spawn_file_actions_t* actions = &settings.actions;
-    if (input.isOpen())
-        posix_spawn_file_actions_adddup2(actions, input.number(), STDIN_FILENO);
-    else
-        posix_spawn_file_actions_addopen(actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(actions, output.number(), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(actions, error.number(), STDERR_FILENO);
-    posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
-    if (launch.workingDirectory)
-        posix_spawn_file_actions_addchdir_np(actions, launch.workingDirectory->c_str());
+// The texts of a list as execve() takes them; they must outlive it.
+class ArgumentPointers {
+public:
+    ArgumentPointers(const std::string& first, const std::vector<std::string>& others) {
+        pointers_.reserve(others.size() + 2);
+        add(first);
+        for (const std::string& each : others)
+            add(each);
+        pointers_.push_back(nullptr);
+    }
+    char* const* data() const { return pointers_.data(); }
 
-    sigset_t signals;
-    sigfillset(&signals);
-    posix_spawnattr_setsigdefault(&settings.attributes, &signals);
-    sigemptyset(&signals);
-    posix_spawnattr_setsigmask(&settings.attributes, &signals);
-    posix_spawnattr_setflags(&settings.attributes,
-                             POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+private:
+    void add(const std::string& text) { pointers_.push_back(const_cast<char*>(text.c_str())); }
+    std::vector<char*> pointers_;
+};
 
-    std::vector<std::string> arguments;
-    arguments.reserve(launch.arguments.size() + 1);
+// The same of an environment, whose texts stand behind each other in one block.
+class EnvironmentPointers {
+public:
+    explicit EnvironmentPointers(const RVEnvironment& environment) {
+        std::size_t size = 0;
+        for (const auto& [name, value] : environment)
+            size += name.size() + value.size() + 2;
+        texts_.reserve(size);
+        pointers_.reserve(environment.size() + 1);
+        for (const auto& [name, value] : environment) {
+            pointers_.push_back(texts_.data() + texts_.size());
+            texts_.append(name).append(1, '=').append(value).append(1, '\0');
+        }
+        pointers_.push_back(nullptr);
+    }
+    EnvironmentPointers(const EnvironmentPointers&) = delete;
+    EnvironmentPointers& operator=(const EnvironmentPointers&) = delete;
+    char* const* data() const { return pointers_.data(); }
+
+private:
+    std::string texts_;
+    std::vector<char*> pointers_;
+};
+
+int spawn(const RVChildProcess::Launch& launch, const RVDescriptor& input,
+          const RVDescriptor& output, const RVDescriptor& error, pid_t& pid) {
     // Relative to this process, as it was when somebody looked whether the file is there; the child
     // would take it relative to its working directory.
     const std::string path = RVFileManager::absolutePath(launch.path);
-    arguments.push_back(launch.path);
-    arguments.insert(arguments.end(), launch.arguments.begin(), launch.arguments.end());
-    const std::vector<std::string> environment = environmentStrings(launch.environment);
-    return posix_spawn(&pid, path.c_str(), actions, &settings.attributes,
-                       pointersToStrings(arguments).data(), pointersToStrings(environment).data());
+    const ArgumentPointers arguments(launch.path, launch.arguments);
+    const EnvironmentPointers environment(launch.environment);
+    return RVSystem::spawn({path.c_str(), arguments.data(), environment.data(),
+                            launch.workingDirectory ? launch.workingDirectory->c_str() : nullptr,
+                            input.number(), output.number(), error.number()},
+                           pid);
 }
 
 }  // namespace
@@ -213,9 +155,9 @@ int spawn(const RVChildProcess::Launch& launch, const Descriptor& input, const D
 // Feeds and drains one child until it has exited and its output is read.
 class RVChildProcess::Pump {
 public:
-    Pump(pid_t pid, Descriptor input, std::string_view inputBytes, int wakeDescriptor)
+    Pump(pid_t pid, RVDescriptor input, std::string_view inputBytes, int wakeDescriptor)
         : pid_(pid),
-          exitWatch_(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))),
+          exitWatch_(RVSystem::exitWatchOfChild(pid)),
           input_(std::move(input)),
           inputBytes_(inputBytes),
           wakeDescriptor_(wakeDescriptor) {
@@ -232,7 +174,7 @@ public:
     Pump(const Pump&) = delete;
     Pump& operator=(const Pump&) = delete;
 
-    void addOutput(Descriptor descriptor, RVDataBuffer& buffer, const OutputHandler& handler) {
+    void addOutput(RVDescriptor descriptor, RVDataBuffer& buffer, const OutputHandler& handler) {
         makeNonBlocking(descriptor);
         outputs_[outputCount_++] = Output{std::move(descriptor), &buffer, &handler};
     }
@@ -269,7 +211,7 @@ public:
 
 private:
     struct Output {
-        Descriptor descriptor;
+        RVDescriptor descriptor;
         RVDataBuffer* buffer = nullptr;
         const OutputHandler* handler = nullptr;
         short events = 0;
@@ -365,7 +307,11 @@ private:
 
     // Takes what one read gives, so that both outputs and the input have their turn.
     void drain(Output& output) {
-        const std::size_t room = output.pipeEnlarged ? largePipeCapacity : pipeCapacity;
+        const std::size_t most = output.pipeEnlarged ? largePipeCapacity : pipeCapacity;
+        // What is left is enough while little comes: most often it is the end that is read.
+        std::size_t room = std::min(most, output.buffer->tailCapacity());
+        if (room < smallestRead)
+            room = most;
         char* tail = output.buffer->reserveTail(room);
         const ssize_t count = read(output.descriptor.number(), tail, room);
         if (count < 0 && (errno == EAGAIN || errno == EINTR))
@@ -377,8 +323,8 @@ private:
         output.buffer->commitTail(static_cast<std::size_t>(count));
         if (exitedAt_)
             lastByteAt_ = Clock::now();
-        if (!output.pipeEnlarged && static_cast<std::size_t>(count) == room) {
-            fcntl(output.descriptor.number(), F_SETPIPE_SZ, largePipeCapacity);
+        if (!output.pipeEnlarged && static_cast<std::size_t>(count) >= pipeCapacity) {
+            RVSystem::enlargePipe(output.descriptor, largePipeCapacity);
             output.pipeEnlarged = true;
         }
         if (*output.handler && !exception_)
@@ -406,8 +352,8 @@ private:
     }
 
     const pid_t pid_;
-    Descriptor exitWatch_;
-    Descriptor input_;
+    RVDescriptor exitWatch_;
+    RVDescriptor input_;
     std::string_view inputBytes_;
     const int wakeDescriptor_;
     Output outputs_[2];
@@ -428,15 +374,15 @@ private:
 // Lets terminate() reach the pump while it runs.
 class RVChildProcess::WakeRegistration {
 public:
-    WakeRegistration(RVChildProcess& process, int wakeDescriptor) : process_(process) {
+    WakeRegistration(RVChildProcess& process, const RVSystem::Waker& waker) : process_(process) {
         std::lock_guard lock(process_.wakeMutex_);
-        process_.wakeDescriptor_ = wakeDescriptor;
+        process_.wake_ = [&waker] { waker.wake(); };
         if (process_.terminated_)
-            eventfd_write(wakeDescriptor, 1);
+            waker.wake();
     }
     ~WakeRegistration() {
         std::lock_guard lock(process_.wakeMutex_);
-        process_.wakeDescriptor_ = -1;
+        process_.wake_ = nullptr;
     }
     WakeRegistration(const WakeRegistration&) = delete;
     WakeRegistration& operator=(const WakeRegistration&) = delete;
@@ -462,9 +408,9 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         failure = openForReading(*launch.standardInput.filePath(), input.readEnd);
     if (!failure && launch.standardInput.descriptor() >= 0)
         failure = duplicate(launch.standardInput.descriptor(), input.readEnd);
-    Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!failure && !wake.isOpen())
-        failure = errno;
+    RVSystem::Waker waker;
+    if (!failure)
+        failure = waker.open();
     pid_t pid = 0;
     if (!failure)
         failure = spawn(launch, input.readEnd, output.writeEnd, error.writeEnd, pid);
@@ -479,10 +425,10 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         signalBlock.emplace();
     {
         Pump pump(pid, std::move(input.writeEnd), inputBytes ? *inputBytes : std::string_view(),
-                  wake.number());
+                  waker.number());
         pump.addOutput(std::move(output.readEnd), *standardOutput_, standardOutputHandler);
         pump.addOutput(std::move(error.readEnd), *standardError_, standardErrorHandler);
-        const WakeRegistration registration(*this, wake.number());
+        const WakeRegistration registration(*this, waker);
         pump.run();
         exitCode_ = pump.exitCode();
         handlerException_ = pump.exception();
@@ -495,6 +441,6 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
 void RVChildProcess::terminate() {
     std::lock_guard lock(wakeMutex_);
     terminated_ = true;
-    if (wakeDescriptor_ >= 0)
-        eventfd_write(wakeDescriptor_, 1);
+    if (wake_)
+        wake_();
 }

@@ -80,6 +80,7 @@ private:
     int exitCode_ = 0;
     std::exception_ptr handlerException_;
     std::mutex wakeMutex_;
-    int wakeDescriptor_ = -1;
+    /// Empty unless a child runs.
+    std::function<void()> wake_;
     bool terminated_ = false;
 };

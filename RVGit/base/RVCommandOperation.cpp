@@ -49,18 +49,19 @@ RVCommandOperation::RVCommandOperation(std::string launchPath,
                                        std::optional<std::string> workingDirectory,
                                        std::vector<std::string> arguments,
                                        RVCommandOperationDelegate* delegate)
-    : launchPath_(std::move(launchPath)),
-      workingDirectory_(std::move(workingDirectory)),
-      arguments_(std::move(arguments)),
-      environment_(inheritedEnvironment()),
+    : launch_{std::move(launchPath),
+              std::move(arguments),
+              inheritedEnvironment(),
+              std::move(workingDirectory),
+              {}},
       delegate_(delegate) {}
 
 RVCommandOperation::~RVCommandOperation() = default;
 
 std::string RVCommandOperation::commandCall() const {
     std::string call;
-    appendQuotedForShell(call, launchPath_);
-    for (const std::string& argument : arguments_) {
+    appendQuotedForShell(call, launch_.path);
+    for (const std::string& argument : launch_.arguments) {
         call += ' ';
         appendQuotedForShell(call, argument);
     }
@@ -76,11 +77,10 @@ void RVCommandOperation::main() {
     commandWillExecute();
     if (isCancelled() || error_)
         return;
-    const RVChildProcess::Launch launch{launchPath_, arguments_, environment_, workingDirectory_,
-                                        std::move(standardInput_)};
     launchErrorNumber_ = process_.run(
-        launch, [this](std::string_view bytes) { commandDidReceiveStandardOutput(bytes); },
+        launch_, [this](std::string_view bytes) { commandDidReceiveStandardOutput(bytes); },
         [this](std::string_view bytes) { commandDidReceiveStandardError(bytes); });
+    launch_.standardInput = {};
     if (launchErrorNumber_ != 0) {
         commandDidFailToLaunch(launchErrorNumber_);
         if (delegate_)
@@ -95,7 +95,7 @@ void RVCommandOperation::main() {
 }
 
 void RVCommandOperation::commandDidFailToLaunch(int errorNumber) {
-    finishWithError(posixError(errorNumber, launchPath_));
+    finishWithError(posixError(errorNumber, launch_.path));
 }
 
 void RVCommandOperation::commandDidReceiveStandardOutput(std::string_view bytes) {

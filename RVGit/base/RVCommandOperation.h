@@ -35,24 +35,26 @@ public:
                                 RVCommandOperationDelegate* delegate = nullptr);
     ~RVCommandOperation() override;
 
-    [[nodiscard]] const std::string& launchPath() const { return launchPath_; }
+    [[nodiscard]] const std::string& launchPath() const { return launch_.path; }
     /// Absent: that of this process.
     [[nodiscard]] const std::optional<std::string>& workingDirectory() const {
-        return workingDirectory_;
+        return launch_.workingDirectory;
     }
     void setWorkingDirectory(std::optional<std::string> path) {
-        workingDirectory_ = std::move(path);
+        launch_.workingDirectory = std::move(path);
     }
     /// Without the executable itself.
-    [[nodiscard]] const std::vector<std::string>& arguments() const { return arguments_; }
-    void setArguments(std::vector<std::string> arguments) { arguments_ = std::move(arguments); }
+    [[nodiscard]] const std::vector<std::string>& arguments() const { return launch_.arguments; }
+    void setArguments(std::vector<std::string> arguments) {
+        launch_.arguments = std::move(arguments);
+    }
     /// The child's environment. Until it is set it is what this process inherited, without
     /// LANGUAGE, which would beat LC_ALL.
-    [[nodiscard]] const RVEnvironment& environment() const { return environment_; }
-    void setEnvironment(RVEnvironment environment) { environment_ = std::move(environment); }
+    [[nodiscard]] const RVEnvironment& environment() const { return launch_.environment; }
+    void setEnvironment(RVEnvironment environment) { launch_.environment = std::move(environment); }
     /// Not owned; must live as long as the command runs.
     void setDelegate(RVCommandOperationDelegate* delegate) { delegate_ = delegate; }
-    void setStandardInput(RVStandardInput input) { standardInput_ = std::move(input); }
+    void setStandardInput(RVStandardInput input) { launch_.standardInput = std::move(input); }
 
     /// The exit status, or 128 + N for a child that was killed by signal N. Valid from
     /// commandDidTerminate() on.
@@ -104,17 +106,16 @@ protected:
     /// Whether a hook or the delegate has thrown while the child ran.
     [[nodiscard]] bool handlerDidThrow() const { return process_.handlerException() != nullptr; }
 
+    /// To be changed in place: an environment is too large to be copied for each variable.
+    [[nodiscard]] RVEnvironment& mutableEnvironment() { return launch_.environment; }
+
     /// Stores the record; the operation finishes when the calling hook returns.
     void finishWithError(RVError error) { error_ = std::move(error); }
 
     void main() override;
 
 private:
-    std::string launchPath_;
-    std::optional<std::string> workingDirectory_;
-    std::vector<std::string> arguments_;
-    RVEnvironment environment_;
-    RVStandardInput standardInput_;
+    RVChildProcess::Launch launch_;
     RVCommandOperationDelegate* delegate_;
     std::optional<RVError> error_;
     RVChildProcess process_;

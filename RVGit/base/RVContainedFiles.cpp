@@ -11,49 +11,25 @@
 
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVSystem.h"
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-
-    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
-    [[nodiscard]] int number() const { return number_; }
-    /// False, with errno set, if bytes that were written earlier could not be kept.
-    [[nodiscard]] bool close() {
-        const int result = ::close(std::exchange(number_, -1));
-        return result == 0 || errno == EINTR;
-    }
-
-private:
-    int number_;
-};
 
 /// The open directory that a path leads to, and the last component of the path; a directory that
 /// is not open has left errno.
 struct Place {
-    Descriptor directory;
+    RVDescriptor directory;
     std::string name;
 };
 
 Place placeOf(const std::optional<std::string>& root, std::string_view path) {
-    constexpr int flags = O_PATH | O_DIRECTORY | O_CLOEXEC;
-    Place place{Descriptor(-1), {}};
+    const int flags = RVSystem::openDirectoryFlags;
+    Place place{RVDescriptor(-1), {}};
     errno = EINVAL;
     if (!root || path.empty() || path.front() == '/' || path.find('\0') != path.npos ||
         root->find('\0') != root->npos)
         return place;
-    Descriptor directory(::open(root->c_str(), flags));
+    RVDescriptor directory(::open(root->c_str(), flags));
     while (directory.isOpen()) {
         const std::string_view component = path.substr(0, path.find('/'));
         path.remove_prefix(std::min(component.size() + 1, path.size()));
@@ -68,7 +44,7 @@ Place placeOf(const std::optional<std::string>& root, std::string_view path) {
             return place;
         }
         if (!component.empty() && component != ".")
-            directory = Descriptor(
+            directory = RVDescriptor(
                 ::openat(directory.number(), std::string(component).c_str(), flags | O_NOFOLLOW));
     }
     return place;
@@ -103,14 +79,14 @@ int errorNumberForUnusableFile(const struct stat& status) {
 }
 
 /// A new file beside the target, whose permissions the umask decides.
-Descriptor openUniqueFile(int directory, std::string& name) {
+RVDescriptor openUniqueFile(int directory, std::string& name) {
     std::random_device source;
     for (;;) {
         name = ".rvgit-";
         for (int count = 0; count < 12; ++count)
             name += "0123456789abcdefghijklmnopqrstuv"[source() % 32];
-        Descriptor file(::openat(directory, name.c_str(),
-                                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        RVDescriptor file(::openat(directory, name.c_str(),
+                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
         if (file.isOpen() || errno != EEXIST)
             return file;
     }
@@ -153,8 +129,8 @@ std::optional<RVData> RVContainedFiles::contents(std::string_view path, std::siz
         return fail(errno);
     if (!S_ISREG(status.st_mode))
         return fail(errorNumberForUnusableFile(status));
-    const Descriptor file(::openat(place.directory.number(), place.name.c_str(),
-                                   O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const RVDescriptor file(::openat(place.directory.number(), place.name.c_str(),
+                                     O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
         return fail(errno);
     if (!S_ISREG(status.st_mode))
@@ -209,9 +185,9 @@ bool RVContainedFiles::writeInPlace(std::string_view path, std::string_view byte
     const bool exists = ::fstatat(directory, place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
     if (exists && !S_ISREG(status.st_mode))
         return fail(errorNumberForUnusableFile(status));
-    Descriptor file(::openat(directory, place.name.c_str(),
-                             O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
-                             0666));
+    RVDescriptor file(::openat(directory, place.name.c_str(),
+                               O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                               0666));
     if (!file.isOpen() || ::fstat(file.number(), &status) != 0)
         return fail(errno);
     if (!S_ISREG(status.st_mode))
@@ -257,7 +233,7 @@ bool RVContainedFiles::writeAtomically(std::string_view path, std::string_view b
         ::fstatat(directory, place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
         S_ISREG(status.st_mode);
     std::string temporaryName;
-    Descriptor file = openUniqueFile(directory, temporaryName);
+    RVDescriptor file = openUniqueFile(directory, temporaryName);
     if (!file.isOpen())
         return fail(errno);
     if (writeAll(file.number(), bytes) &&

@@ -20,6 +20,8 @@ public:
 
     /// Room for at least `count` bytes behind the last one; throws std::bad_alloc.
     [[nodiscard]] char* reserveTail(std::size_t count);
+    /// How many bytes there is room for behind the last one now.
+    [[nodiscard]] std::size_t tailCapacity() const { return capacity_ - size_; }
     /// Counts `count` bytes, written to the reserved tail, as part of the buffer.
     void commitTail(std::size_t count) { size_ += count; }
     void append(std::string_view bytes);

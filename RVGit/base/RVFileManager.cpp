@@ -16,6 +16,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVSystem.h"
 
 namespace {
 
@@ -24,28 +25,6 @@ std::nullopt_t failWithErrno(const std::string& path, RVErrorPlace error) {
     fillErrorPlace(error, posixError(errno, path));
     return std::nullopt;
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int number() const { return number_; }
-    /// False, with errno set, if bytes that were written earlier could not be kept.
-    [[nodiscard]] bool close() {
-        const int result = ::close(std::exchange(number_, -1));
-        // The descriptor is gone after an interruption too.
-        return result == 0 || errno == EINTR;
-    }
-
-private:
-    int number_;
-};
 
 /// Sets errno for a path that holds a NUL: cut off there it would name another file.
 bool isUnusable(const std::string& path) {
@@ -64,11 +43,6 @@ bool writeAll(int descriptor, std::string_view bytes) {
             return false;
     }
     return true;
-}
-
-/// Opens a new file whose path is the template with its last six characters, "XXXXXX", filled in.
-int openUniqueFile(std::string& pathTemplate) {
-    return ::mkostemp(pathTemplate.data(), O_CLOEXEC);
 }
 
 std::string temporaryPathTemplate() {
@@ -180,7 +154,7 @@ std::vector<std::string> RVFileManager::namesInDirectoryAtPath(const std::string
 std::optional<RVData> RVFileManager::contentsOfFileAtPath(const std::string& path,
                                                           RVErrorPlace error) {
     // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
-    const Descriptor file(
+    const RVDescriptor file(
         isUnusable(path) ? -1 : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status;
     if (file.number() < 0 || ::fstat(file.number(), &status) != 0)
@@ -243,7 +217,7 @@ bool RVFileManager::writeFileAtomically(const std::string& path, std::string_vie
     // A short name of its own, since the target's may be as long as a name can be.
     std::string temporaryPath =
         pathByAppendingComponent(pathByDeletingLastComponent(path), ".rvgit-XXXXXX");
-    Descriptor file(openUniqueFile(temporaryPath));
+    RVDescriptor file(RVSystem::openUniqueFile(temporaryPath));
     if (file.number() < 0) {
         failWithErrno(path, error);
         return false;
@@ -297,7 +271,7 @@ void RVFileManager::removeFileAtExit(std::string path) {
 
 std::optional<std::string> RVFileManager::createEmptyTemporaryFile(RVErrorPlace error) {
     std::string path = temporaryPathTemplate();
-    const Descriptor file(openUniqueFile(path));
+    const RVDescriptor file(RVSystem::openUniqueFile(path));
     if (file.number() < 0)
         return failWithErrno(temporaryDirectory(), error);
     return path;

@@ -182,15 +182,29 @@ void requireICUSuccess(UErrorCode status) {
         throw RVInternalInconsistencyException(std::string("ICU failed: ") + u_errorName(status));
 }
 
-/// For valid UTF-8 alone.
-std::string composedString(std::string_view text) {
+const icu::Normalizer2& composer() {
     UErrorCode status = U_ZERO_ERROR;
     const auto* normalizer = icu::Normalizer2::getNFCInstance(status);
     requireICUSuccess(status);
+    return *normalizer;
+}
+
+/// For valid UTF-8 alone.
+bool isComposed(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    const bool isComposed = composer().isNormalizedUTF8(
+        icu::StringPiece(text.data(), static_cast<int32_t>(text.size())), status);
+    requireICUSuccess(status);
+    return isComposed;
+}
+
+/// For valid UTF-8 alone.
+std::string composedString(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
     std::string composed;
     icu::StringByteSink<std::string> sink(&composed);
-    normalizer->normalizeUTF8(0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())),
-                              sink, nullptr, status);
+    composer().normalizeUTF8(0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())),
+                             sink, nullptr, status);
     requireICUSuccess(status);
     return composed;
 }
@@ -368,12 +382,25 @@ std::string_view rvgit::trimmedNewlines(std::string_view text) {
 }
 
 bool rvgit::isEqualToUnicodeString(std::string_view left, std::string_view right) {
-    if (left == right)
-        return true;
-    // ASCII is in composed form already.
-    if (isASCII(left) && isASCII(right))
+    return RVUnicodeString(left).isEqualTo(right);
+}
+
+RVUnicodeString::RVUnicodeString(std::string_view text)
+    : text_(text), isValid_(isASCII(text) || isValidUTF8(text)) {}
+
+bool RVUnicodeString::isEqualTo(std::string_view other) const {
+    const auto [here, there] = std::ranges::mismatch(text_, other);
+    const auto isASCIIOrEnd = [](auto position, auto end) {
+        return position == end || static_cast<unsigned char>(*position) < 0x80;
+    };
+    // Nothing composes across a letter of ASCII, nor into another one.
+    if (isASCIIOrEnd(here, text_.end()) && isASCIIOrEnd(there, other.end()))
+        return here == text_.end() && there == other.end();
+    if (!isValid_ || !isValidUTF8(other))
         return false;
-    return isValidUTF8(left) && isValidUTF8(right) && composedString(left) == composedString(right);
+    if (!composed_)
+        composed_ = composedString(text_);
+    return isComposed(other) ? *composed_ == other : *composed_ == composedString(other);
 }
 
 bool rvgit::containsStringSearchingInsensitive(std::string_view text, std::string_view searched) {
@@ -385,6 +412,10 @@ std::string rvgit::precomposedString(std::string_view text) {
     if (isASCII(text) || !isValidUTF8(text))
         return std::string(text);
     return composedString(text);
+}
+
+std::string rvgit::foldedString(std::string_view text) {
+    return stringInCaseForm(text, CaseForm::Folded);
 }
 
 std::string rvgit::lowercaseString(std::string_view text) {

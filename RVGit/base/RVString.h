@@ -13,6 +13,26 @@ class RVRegularExpression;
 
 // Bytes into text. All text in the library is UTF-8.
 
+/// A line that was not UTF-8: where it ends, its "\n" included, among the bytes and in the text.
+struct RVDecodedLine {
+    std::size_t endInBytes = 0;
+    std::size_t endInText = 0;
+};
+
+/// A name or path that many others are compared with as by isEqualToUnicodeString(): it is composed
+/// but once. The text must outlive it.
+class RVGIT_EXPORT RVUnicodeString {
+public:
+    explicit RVUnicodeString(std::string_view text);
+    [[nodiscard]] bool isEqualTo(std::string_view other) const;
+
+private:
+    std::string_view text_;
+    bool isValid_;
+    /// Made when it is first needed.
+    mutable std::optional<std::string> composed_;
+};
+
 inline namespace RVGIT_EXPORT rvgit {
 
 [[nodiscard]] bool isASCII(std::string_view text);
@@ -24,11 +44,6 @@ inline namespace RVGIT_EXPORT rvgit {
 /// nothing is lost. Lines end at "\n".
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes);
 
-/// A line that was not UTF-8: where it ends, its "\n" included, among the bytes and in the text.
-struct RVDecodedLine {
-    std::size_t endInBytes = 0;
-    std::size_t endInText = 0;
-};
 /// The same, telling which lines were not UTF-8, in order: all others have the same bytes in the
 /// text. None are told of text in UTF-16.
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes,
@@ -71,6 +86,9 @@ struct RVDecodedLine {
                                                       std::string_view searched);
 /// The canonically composed form (NFC); bytes that are not UTF-8 come back as they are.
 [[nodiscard]] std::string precomposedString(std::string_view text);
+/// The form in which texts that differ in the case of their letters alone are the same; of bytes that
+/// are not UTF-8, ASCII alone.
+[[nodiscard]] std::string foldedString(std::string_view text);
 /// In lower case, by the same rules in every locale; of bytes that are not UTF-8, ASCII alone.
 [[nodiscard]] std::string lowercaseString(std::string_view text);
 

@@ -227,25 +227,21 @@ void RVGitCommand::refuseGitCommandArgument(std::int64_t code, const char* key,
 }
 
 void RVGitCommand::addEnvironmentVariables(const RVEnvironment& variables) {
-    RVEnvironment changed = environment();
     for (const auto& [name, value] : variables)
-        changed.insert_or_assign(name, value);
-    setEnvironment(std::move(changed));
+        mutableEnvironment().insert_or_assign(name, value);
 }
 
 void RVGitCommand::setValueForEnvironmentVariable(std::optional<std::string> value,
                                                   const std::string& name) {
-    RVEnvironment changed = environment();
     if (value)
-        changed.insert_or_assign(name, std::move(*value));
+        mutableEnvironment().insert_or_assign(name, std::move(*value));
     else
-        changed.erase(name);
-    setEnvironment(std::move(changed));
+        mutableEnvironment().erase(name);
 }
 
 void RVGitCommand::sanitizeEnvironment() {
-    setEnvironment(
-        RVGitCommandEnvironmentSanitizer::sanitizedEnvironmentForEnvironment(environment()));
+    setEnvironment(RVGitCommandEnvironmentSanitizer::sanitizedEnvironmentForEnvironment(
+        std::move(mutableEnvironment())));
 }
 
 bool RVGitCommand::run(RVErrorPlace error) {
@@ -326,7 +322,7 @@ void RVGitCommand::commandWillExecute() {
 }
 
 void RVGitCommand::applyBinary() {
-    RVEnvironment changed = environment();
+    RVEnvironment& changed = mutableEnvironment();
     changed["GIT_PAGER"] = "";
     // "$PERL5LIB" stays as it is: nothing expands it. Kept for compatibility.
     if (gitBinary_->perlLibraryPath())
@@ -347,7 +343,6 @@ void RVGitCommand::applyBinary() {
     addGitOptions(gitBinary_->defaultOptions());
     changed["LANG"] = "en_US.UTF-8";
     changed["LC_ALL"] = "en_US.UTF-8";
-    setEnvironment(std::move(changed));
 }
 
 std::vector<std::string> RVGitCommand::makeArguments() const {
@@ -420,7 +415,8 @@ void RVGitCommand::commandDidTerminate() {
 void RVGitCommand::mapResult() {
     if (!isCancelled() && exitCode() != 0) {
         RVError failure = makeGitError();
-        if (gitCommandShouldHandleError(failure))
+        // To look through long output takes a while, and ends with a cancel.
+        if (!isCancelled() && gitCommandShouldHandleError(failure))
             return finishWithError(std::move(failure));
     }
     std::optional<RVError> parseError;

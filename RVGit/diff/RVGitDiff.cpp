@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffLoader.h"
 #include "RVGit/diff/RVGitDiffMap.h"
@@ -118,11 +119,11 @@ RVGitDiff::Diffs RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
 std::shared_ptr<RVGitDiff> RVGitDiff::diffOfFile(const Diffs& diffs, std::string_view filePath) {
     if (RVArrayIsEmpty(diffs))
         return nullptr;
-    for (const auto& diff : *diffs) {
-        const auto& path = diff->filePath() ? diff->filePath() : diff->oldFilePath();
-        if (path && isEqualToUnicodeString(*path, filePath))
-            return diff;
-    }
+    const auto found = RVFindUnicodeName(
+        diffs->begin(), diffs->end(), filePath,
+        [](const auto& diff) { return diff->filePath() ? diff->filePath() : diff->oldFilePath(); });
+    if (found != diffs->end())
+        return *found;
     // The path that git prints may have been read in another way.
     const bool mayBePattern =
         filePath.starts_with(':') || filePath.find_first_of("*?[\\") != std::string_view::npos;

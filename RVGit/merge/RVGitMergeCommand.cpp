@@ -1,5 +1,6 @@
 #include "RVGit/merge/RVGitMergeCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/merge/RVGitMergeOptionValues.h"
 
@@ -30,7 +31,7 @@ const RVGitErrorTable& RVGitMergeCommand::gitErrorDefinitions() {
             .command("revert")
             .exitCode(1);
     };
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         row(RVGitMergeConflictsError).exitCode(128).standardOutput("Automatic merge failed"),
         row(RVGitMergeConflictsError).exitCode(128).standardError("Failed to merge"),
         row(RVGitMergeUncommittedChangesError)
@@ -38,7 +39,7 @@ const RVGitErrorTable& RVGitMergeCommand::gitErrorDefinitions() {
         row(RVGitMergeUnmergedChangesError)
             .standardError("is not possible because you have unmerged files"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitMergeCommand::gitCommandWillInitialize() {

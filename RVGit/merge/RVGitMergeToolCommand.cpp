@@ -30,5 +30,5 @@ void RVGitMergeToolCommand::gitCommandWillInitialize() {
     if (mergeToolName_)
         addGitCommandOption("--tool=" + *mergeToolName_);
     if (filePath_)
-        addGitCommandArguments({"--", *filePath_});
+        addGitCommandFilePaths({*filePath_});
 }

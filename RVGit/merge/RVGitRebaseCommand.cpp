@@ -1,5 +1,6 @@
 #include "RVGit/merge/RVGitRebaseCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
@@ -31,7 +32,7 @@ const RVGitErrorTable& RVGitRebaseCommand::gitErrorDefinitions() {
     const auto row = [](std::int64_t code) {
         return gitErrorRow(code).command("rebase").exitCode(1);
     };
-    static const RVGitErrorTable table = {
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         row(RVGitRebaseConflictsError)
             .command("pull")
             .exitCode(128)
@@ -59,7 +60,7 @@ const RVGitErrorTable& RVGitRebaseCommand::gitErrorDefinitions() {
         row(noTrackingInformationErrorCode)
             .standardOutput("There is no tracking information for the current branch."),
     };
-    return table;
+    return *table;
 }
 
 void RVGitRebaseCommand::gitCommandWillInitialize() {

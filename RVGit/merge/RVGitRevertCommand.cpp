@@ -1,5 +1,6 @@
 #include "RVGit/merge/RVGitRevertCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
@@ -20,18 +21,16 @@ std::shared_ptr<RVGitRevertCommand> RVGitRevertCommand::gitRevertCommandWithRepo
 }
 
 const RVGitErrorTable& RVGitRevertCommand::gitErrorDefinitions() {
-    static const RVGitErrorTable table = [] {
-        RVGitErrorTable rows = {
-            gitErrorRow(RVGitRebaseConflictsError)
-                .command("revert")
-                .exitCode(1)
-                .standardError("error: could not revert"),
-        };
+    static const RVNeverDestroyed<RVGitErrorTable> table([] {
+        RVGitErrorTable rows = {gitErrorRow(RVGitRebaseConflictsError)
+                                    .command("revert")
+                                    .exitCode(1)
+                                    .standardError("error: could not revert")};
         const RVGitErrorTable& merge = RVGitMergeCommand::gitErrorDefinitions();
         rows.insert(rows.end(), merge.begin(), merge.end());
         return rows;
-    }();
-    return table;
+    }());
+    return *table;
 }
 
 void RVGitRevertCommand::gitCommandWillInitialize() {

@@ -55,8 +55,9 @@ public:
     /// makes git fail.
     ///
     /// Kept for compatibility: from git 2.23 on, a branch that is checked out in another worktree
-    /// is missing (allBranchTrackingStatesForRepository() misses none); and if no branch is HEAD
-    /// and HEAD names none, the list ends in one without a ref and without a hash.
+    /// is missing (allBranchTrackingStatesForRepository() misses none); one whose name begins with
+    /// a parenthesis is taken for a detached HEAD; and if no branch is HEAD and HEAD names none,
+    /// the list ends in one without a ref and without a hash.
     [[nodiscard]] static std::optional<List> allBranchesForRepository(
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
     /// The branch that is checked out, or the detached HEAD. Null with a cleared place if there is

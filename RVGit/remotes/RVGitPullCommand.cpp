@@ -2,10 +2,8 @@
 
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/command/RVGitValues.h"
-#if __has_include("RVGit/merge/RVGitRebaseCommand.h")
 #include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
-#endif
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRefSpec.h"
 
@@ -35,13 +33,9 @@ std::string RVGitPullCommand::remoteName() const {
 
 const RVGitErrorTable& RVGitPullCommand::gitErrorDefinitions() {
     static const auto& table = *new RVGitErrorTable([] {
-#if __has_include("RVGit/merge/RVGitRebaseCommand.h")
         RVGitErrorTable rows = RVGitMergeCommand::gitErrorDefinitions();
         const RVGitErrorTable& rebaseRows = RVGitRebaseCommand::gitErrorDefinitions();
         rows.insert(rows.end(), rebaseRows.begin(), rebaseRows.end());
-#else
-        RVGitErrorTable rows;
-#endif
         return rows;
     }());
     return table;

@@ -25,9 +25,9 @@ inline constexpr char RVGitPullOptionNoVerify[] = "noVerify";
 /// Failure: the codes of RVGitMergeCommand and RVGitRebaseCommand for one that stops with conflicts
 /// or cannot start; 2005 without a branch to merge; 109 and 110 for missing and bad signatures; 201
 /// for an exit code of 1 that nothing else explains, which is all that git pull says of a remote
-/// that cannot be fetched from: fetch first to tell these failures apart; 1 for everything else, a name or spec that begins with "-" too, which is never given to git. A failure
-/// holds RVGitRemoteNameErrorKey, and RVGitRefSpecErrorKey and RVGitRemoteURLErrorKey where there
-/// is one.
+/// that cannot be fetched from: fetch first to tell these failures apart; 1 for everything else, a
+/// name or spec that begins with "-" too, which is never given to git. A failure holds
+/// RVGitRemoteNameErrorKey, and RVGitRefSpecErrorKey and RVGitRemoteURLErrorKey where there is one.
 class RVGIT_EXPORT RVGitPullCommand : public RVGitCommand {
 public:
     /// An absent remote is this repository. The repository is required.

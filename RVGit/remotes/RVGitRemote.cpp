@@ -54,12 +54,6 @@ bool deleteSVNRemote(const RVGitRemote& remote, RVErrorPlace error) {
     return removeSectionIfAny(*RVGitConfig::gitSVNConfigForRepository(repository), section, error);
 }
 
-bool renameSVNRemote(const RVGitRemote& remote, const std::string& newName, RVErrorPlace error) {
-    return remote.repository()->config()->renameSection(
-        RVGitMakeSVNRemoteConfigSection(remote.name()), RVGitMakeSVNRemoteConfigSection(newName),
-        error);
-}
-
 }  // namespace
 
 RVGitRemote::RVGitRemote(std::shared_ptr<RVGitRepository> repository, std::string name,

@@ -102,6 +102,15 @@ public:
 
     // Making, removing and renaming.
 
+    /// A Subversion remote, of the options of RVGitSVNOptions.h. Null with code 2300 if
+    /// existsRemoteWithName(), which does not see a Subversion remote of that name. Kept for
+    /// compatibility: the standard layout is written where the option is there, be it false. What a
+    /// failure leaves written stays. Nothing is fetched.
+    [[nodiscard]] static std::shared_ptr<RVGitRemote> createSVNRemoteWithName(
+        const std::string& name, const std::string& URL,
+        const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
+        RVErrorPlace error = nullptr);
+
     /// Null with code 2300 if existsRemoteWithName(), without running git remote; 2301 for an
     /// invalid name. Nothing is fetched.
     [[nodiscard]] static std::shared_ptr<RVGitRemote> createRemoteWithName(
@@ -167,6 +176,36 @@ public:
         const std::string& remoteName, const std::shared_ptr<RVGitRepository>& repository,
         RVErrorPlace error = nullptr);
 
+    // These know Subversion remotes only: false with a cleared place for a plain one. Texts are
+    // those of RVGitSVNRefSpec.
+    [[nodiscard]] static bool setSVNTrunkRefSpecs(
+        const std::vector<std::string>& refSpecs, const std::string& remoteName,
+        const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
+    [[nodiscard]] static bool unsetSVNTrunkRefSpecsForRemoteWithName(
+        const std::string& remoteName, const std::shared_ptr<RVGitRepository>& repository,
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] static bool setSVNBranchRefSpecs(
+        const std::vector<std::string>& refSpecs, const std::string& remoteName,
+        const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
+    [[nodiscard]] static bool unsetSVNBranchRefSpecsForRemoteWithName(
+        const std::string& remoteName, const std::shared_ptr<RVGitRepository>& repository,
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] static bool setSVNTagRefSpecs(const std::vector<std::string>& refSpecs,
+                                                const std::string& remoteName,
+                                                const std::shared_ptr<RVGitRepository>& repository,
+                                                RVErrorPlace error = nullptr);
+    [[nodiscard]] static bool unsetSVNTagRefSpecsForRemoteWithName(
+        const std::string& remoteName, const std::shared_ptr<RVGitRepository>& repository,
+        RVErrorPlace error = nullptr);
+    /// One step of renameRemoteWithName() for a Subversion remote whose section has the new name:
+    /// moves the directories of refs, in the git directory and in that of the bridge, and rewrites
+    /// the ref specs under the key ("fetch", "branches" or "tags") whose local ref begins with
+    /// "refs/remotes/" and the old name. Refs that git has packed stay under the old name.
+    [[nodiscard]] static bool updateSVNRefSpecsForConfigKey(
+        const std::string& configKey, const std::string& oldRemoteName,
+        const std::string& newRemoteName, const std::shared_ptr<RVGitRepository>& repository,
+        RVErrorPlace error = nullptr);
+
     // Fields.
 
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
@@ -210,6 +249,9 @@ public:
     [[nodiscard]] const std::optional<std::vector<std::string>>& SVNTagRefSpecs() const {
         return SVNTagRefSpecs_;
     }
+    /// What the local refs of the trunks have behind "refs/remotes/", if that is the same for all;
+    /// computed on first access.
+    [[nodiscard]] const std::optional<std::string>& SVNPrefix() const;
     /// Null if the configuration has no section of that name.
     [[nodiscard]] const std::shared_ptr<RVGitRemoteConfig>& config() const { return config_; }
     void setConfig(std::shared_ptr<RVGitRemoteConfig> config) { config_ = std::move(config); }
@@ -225,6 +267,9 @@ public:
     void setValuesWithSVNRemoteConfigOptions(const std::optional<RVOptions>& configOptions);
 
 private:
+    [[nodiscard]] static bool renameSVNRemote(const RVGitRemote& remote, const std::string& newName,
+                                              RVErrorPlace error);
+
     std::shared_ptr<RVGitRepository> repository_;
     std::string name_;
     std::optional<std::string> downstreamURL_;
@@ -239,6 +284,7 @@ private:
     bool skipsFetchAll_ = false;
     bool isSVNRemote_;
     std::optional<std::string> SVNUUID_;
+    mutable std::optional<std::string> SVNPrefix_;
     std::optional<std::vector<std::string>> SVNTrunkRefSpecs_;
     std::optional<std::vector<std::string>> SVNBranchRefSpecs_;
     std::optional<std::vector<std::string>> SVNTagRefSpecs_;

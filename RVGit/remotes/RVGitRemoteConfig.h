@@ -78,10 +78,11 @@ public:
     [[nodiscard]] std::shared_ptr<RVGitRemoteConfig> remoteConfigForRemoteWithName(
         const std::string& name, RVErrorPlace error = nullptr) const;
 
-private:
+    /// What allRemoteConfigs() does.
     [[nodiscard]] std::optional<std::vector<std::shared_ptr<RVGitRemoteConfig>>>
-    fetchAllRemoteConfigs(RVErrorPlace error) const;
+    fetchAllRemoteConfigs(RVErrorPlace error = nullptr) const;
 
+private:
     std::shared_ptr<RVGitRepository> repository_;
 };
 

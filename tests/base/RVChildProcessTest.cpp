@@ -3,11 +3,17 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -45,6 +51,14 @@ Result run(const RVChildProcess::Launch& launch) {
 std::size_t numberOfEntries(const std::string& directory) {
     const std::filesystem::directory_iterator entries(directory);
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// Counted without opening one.
+std::size_t numberOfDescriptors() {
+    std::size_t count = 0;
+    for (int number = 0; number < 1024; ++number)
+        count += fcntl(number, F_GETFD) >= 0;
+    return count;
 }
 
 // Gone, or dead and waiting for a parent elsewhere.
@@ -472,6 +486,75 @@ TEST(RVChildProcessTest, AnUnknownExitStatusIsNotSuccess) {
                                                                                                : 1);
         },
         testing::ExitedWithCode(0), "");
+}
+
+// The process has no descriptor for its children from here on; 0 where that can be had.
+int denyDescriptorsOfProcesses() {
+    // Loads the number of the call; another one than that goes through; ENOSYS.
+    sock_filter instructions[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {static_cast<unsigned short>(std::size(instructions)), instructions};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0
+               ? prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program)
+               : -1;
+}
+
+TEST(RVChildProcessTest, WithoutADescriptorOfTheChildItsExitIsFoundAllTheSame) {
+    EXPECT_EXIT(
+        {
+            if (denyDescriptorsOfProcesses() != 0 || syscall(SYS_pidfd_open, getpid(), 0) >= 0)
+                _exit(2);
+            // The end of the outputs is not that of the child, nor the other way round.
+            const Result early = run(shell("exec >&- 2>&-; sleep 0.2; exit 7"));
+            const Result late = run(shell("(sleep 0.05; printf late) & printf early; exit 8"));
+            const Result killed = run(shell("kill -9 $$"));
+            RVChildProcess cancelled;
+            std::thread canceller([&] {
+                std::this_thread::sleep_for(milliseconds(50));
+                cancelled.terminate();
+            });
+            const int launchError = cancelled.run(shell("exec >&- 2>&-; sleep 60"));
+            canceller.join();
+            _exit(early.exitCode == 7 && late.exitCode == 8 && late.output == "earlylate" &&
+                          killed.exitCode == 128 + SIGKILL && launchError == 0 &&
+                          cancelled.exitCode() == 128 + SIGTERM
+                      ? 0
+                      : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+// With 0 to 11 descriptors to spare; false where a run does neither, or leaves one behind.
+bool runsOrFailsWithFewDescriptors() {
+    int ran = 0;
+    int refused = 0;
+    const int firstFree = open("/dev/null", O_RDONLY);
+    close(firstFree);
+    const std::size_t descriptors = numberOfDescriptors();
+    rlimit limit;
+    limit.rlim_max = 1024;
+    for (int spare = 0; spare < 12; ++spare) {
+        limit.rlim_cur = static_cast<rlim_t>(firstFree + spare);
+        setrlimit(RLIMIT_NOFILE, &limit);
+        RVChildProcess::Launch launch = shell("cat; exit 3");
+        launch.standardInput = RVStandardInput::data("text");
+        const Result result = run(launch);
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+        refused += result.launchError == EMFILE;
+        ran += result.launchError == 0 && result.exitCode == 3 && result.output == "text";
+        if (ran + refused != spare + 1 || numberOfDescriptors() != descriptors)
+            return false;
+    }
+    return ran > 0 && refused > 0;
+}
+
+TEST(RVChildProcessTest, WithFewDescriptorsLeftItRunsOrTellsThatThereAreNone) {
+    EXPECT_EXIT(_exit(runsOrFailsWithFewDescriptors() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST(RVChildProcessTest, TwoThousandRunsLeaveNoDescriptorThreadOrZombie) {

@@ -217,9 +217,8 @@ TEST(RVOperationQueueTest, AnOperationThatWaitsForItsOwnEndIsTold) {
         EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException);
         EXPECT_THROW(queue.runOperation(own), RVInternalInconsistencyException);
         // By way of another operation on the same thread, too.
-        queue.runBlock([&] {
-            EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException);
-        });
+        queue.runBlock(
+            [&] { EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException); });
     };
     own = operation(waitsForItself);
     queue.addOperation(own);

@@ -1,4 +1,5 @@
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -122,6 +123,53 @@ TEST(RVStringTest, UTF8EncodingReplacesEachInvalidSequence) {
         ASSERT_EQ(stringUsingUTF8Encoding(bytes), stringUsingUTF8EncodingByICU(bytes))
             << testing::PrintToString(bytes);
     }
+}
+
+TEST(RVStringTest, UnicodeEqualityIsThatOfTheComposedForms) {
+    std::mt19937 random(1);
+    const std::string_view pieces[] = {"a",      "e",      "n",      "K",          "\u0301",
+                                       "\u0308", "\u0323", "\u00E4", "\u00F1",     "\u212A",
+                                       "\u1100", "\u1161", "\uAC00", "\U0001D15E", "\xFF"};
+    const auto randomText = [&] {
+        std::string text;
+        for (auto count = random() % 5; count > 0; --count)
+            text += pieces[random() % std::size(pieces)];
+        return text;
+    };
+    int numberOfEqual = 0;
+    for (int round = 0; round < 200000; ++round) {
+        const std::string left = randomText();
+        const std::string right = randomText();
+        const bool areEqual =
+            left == right || (isValidUTF8(left) && isValidUTF8(right) &&
+                              precomposedString(left) == precomposedString(right));
+        ASSERT_EQ(isEqualToUnicodeString(left, right), areEqual) << left << " " << right;
+        numberOfEqual += areEqual && left != right;
+    }
+    EXPECT_GT(numberOfEqual, 50);
+}
+
+TEST(RVStringTest, OfEqualTextsTheSameOneIsFoundFirst) {
+    const std::vector<std::string> texts = {"a", "n\u0303", "\u00F1", "\u00F1", ""};
+    const auto find = [&](std::string_view text) {
+        const auto found =
+            RVFindUnicodeName(texts.begin(), texts.end(), text,
+                              [](const std::string& each) -> std::optional<std::string> {
+                                  if (each.empty())
+                                      return std::nullopt;
+                                  return each;
+                              });
+        return found - texts.begin();
+    };
+    EXPECT_EQ(find("a"), 0);
+    EXPECT_EQ(find("n\u0303"), 1);
+    EXPECT_EQ(find("\u00F1"), 2);
+    EXPECT_EQ(find("n"), 5);
+    EXPECT_EQ(find(""), 5);
+    const std::vector<std::string> decomposed = {"n\u0303"};
+    EXPECT_EQ(RVFindUnicodeName(decomposed.begin(), decomposed.end(), "\u00F1",
+                                [](const std::string& each) -> std::string_view { return each; }),
+              decomposed.begin());
 }
 
 TEST(RVStringTest, BestEncodingKeepsUTF8) {

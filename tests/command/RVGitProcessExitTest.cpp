@@ -37,10 +37,22 @@ TEST_F(RVGitProcessExitTest, TheLibraryDestroysNothingAtTheEndOfTheProcess) {
     // What a compiler calls for each static that has a destructor.
     const auto symbols = runProgram({"nm", "-A", "-u", RVGIT_STATIC_LIBRARY});
     ASSERT_EQ(symbols.exitCode, 0) << symbols.standardError;
-    EXPECT_THAT(symbols.standardOutput, testing::HasSubstr("posix_spawn"));
+    EXPECT_THAT(symbols.standardOutput, testing::HasSubstr(" waitpid"));
     std::istringstream lines(symbols.standardOutput);
     for (std::string line; std::getline(lines, line);)
         EXPECT_THAT(line, testing::Not(testing::HasSubstr("__cxa_atexit")));
+}
+
+TEST_F(RVGitProcessExitTest, ThePortableLibraryCallsNothingThatOnlyLinuxHas) {
+#ifndef RVGIT_PORTABLE
+    GTEST_SKIP() << "the library is built for Linux";
+#endif
+    const auto symbols = runProgram({"nm", "-u", RVGIT_STATIC_LIBRARY});
+    ASSERT_EQ(symbols.exitCode, 0) << symbols.standardError;
+    EXPECT_THAT(symbols.standardOutput, testing::HasSubstr(" fork"));
+    for (const char* name : {"pidfd", "eventfd", "syscall", "posix_spawn", "closefrom", "pipe2",
+                             "mkostemp", "prctl", "getrandom", "memfd", "splice", "inotify"})
+        EXPECT_THAT(symbols.standardOutput, testing::Not(testing::HasSubstr(name)));
 }
 
 }  // namespace

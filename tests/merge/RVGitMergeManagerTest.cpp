@@ -449,6 +449,101 @@ TEST_F(RVGitMergeManagerTest, NothingToGoOnWithIsCode1) {
     EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeMerge);
 }
 
+// Options.
+
+TEST_F(RVGitMergeManagerTest, OptionsOfAMergeTakeEffect) {
+    const auto mergeWith = [&](const std::string& revision, const RVOptions& options) {
+        return
+            [=, this](RVErrorPlace e) { return manager().mergeWithRevision(revision, options, e); };
+    };
+    gitHere({"checkout", "-q", "-B", "behind", "Base"});
+    expectSuccess(mergeWith("clean", {}));
+    EXPECT_EQ(hash("HEAD"), hash("clean"));
+    gitHere({"reset", "-q", "--hard", "Base"});
+    expectSuccess(mergeWith("clean", {{RVGitMergeOptionFastForward, false}}));
+    EXPECT_EQ(hash("HEAD^2"), hash("clean"));
+    gitHere({"reset", "-q", "--hard", "Base"});
+    // Nobody has signed it.
+    EXPECT_NE(codeOf(mergeWith("clean", {{RVGitMergeOptionVerifySignatures, true}})), 0);
+    EXPECT_EQ(hash("HEAD"), hash("Base"));
+    expectSuccess(mergeWith("clean", {{RVGitMergeOptionSquashCommits, true}}));
+    EXPECT_EQ(hash("HEAD"), hash("Base"));
+    EXPECT_EQ(gitHere({"diff", "--cached", "--name-only"}), "clean");
+}
+
+TEST_F(RVGitMergeManagerTest, OptionsOfARebaseTakeEffect) {
+    const auto rebaseWith = [&](const std::string& revision, const RVOptions& options) {
+        return [=, this](RVErrorPlace e) {
+            return manager().rebaseWithRevision(revision, options, e);
+        };
+    };
+    gitHere({"checkout", "-q", "clean"});
+    gitHere({"commit", "-q", "--allow-empty", "-m", "Empty"});
+    write("more", "more\n");
+    gitHere({"add", "more"});
+    gitHere({"commit", "-q", "-m", "More"});
+    write("clean", "cleaner\n");
+    gitHere({"commit", "-q", "-a", "-m", "fixup! Clean"});
+    const RVRepositorySnapshot before(path());
+    expectSuccess(rebaseWith(
+        "main", {{RVGitRebaseOptionAutosquash, true}, {RVGitRebaseOptionKeepsEmptyCommits, true}}));
+    EXPECT_THAT(subjects(4), ElementsAre("More", "Empty", "Clean", "Ours"));
+    EXPECT_EQ(gitHere({"show", "HEAD~2:clean"}), "cleaner");
+
+    expectSuccess([&](RVErrorPlace e) {
+        return manager().rebaseWithRevision("clean", "clean~1", "third",
+                                            RVOptions{{RVGitRebaseOptionOnto, true}}, e);
+    });
+    EXPECT_THAT(subjects(3), ElementsAre("More", "Third", "Base"));
+
+    // A merge within is made again.
+    gitHere({"checkout", "-q", "-b", "merged", "One"});
+    gitHere({"merge", "-q", "--no-edit", "third"});
+    expectSuccess(rebaseWith("same~1", {{RVGitRebaseOptionPreservesMergeCommits, true}}));
+    EXPECT_EQ(gitHere({"rev-list", "--merges", "--count", "same~1..HEAD"}), "1");
+}
+
+TEST_F(RVGitMergeManagerTest, OptionsOfPicksTakeEffect) {
+    gitHere({"merge", "-q", "--no-ff", "--no-edit", "clean"});
+    const std::string merge = hash("HEAD");
+    gitHere({"checkout", "-q", "-B", "picks", "Ours"});
+    EXPECT_NE(codeOf([&](RVErrorPlace e) {
+                  return manager().cherryPickRevisions({merge}, std::nullopt, e);
+              }),
+              0);
+    EXPECT_EQ(hash("HEAD"), hash("Ours"));
+    expectSuccess([&](RVErrorPlace e) {
+        return manager().cherryPickRevisions(
+            {merge}, RVOptions{{RVGitCherryPickOptionMainlineParentNumber, 1}}, e);
+    });
+    EXPECT_EQ(read("clean"), "clean\n");
+    gitHere({"checkout", "-q", "main"});
+    expectSuccess([&](RVErrorPlace e) {
+        return manager().revertRevisions({merge},
+                                         RVOptions{{RVGitRevertOptionMainlineParentNumber, 1}}, e);
+    });
+    EXPECT_FALSE(fileExists(path() + "/clean"));
+    gitHere({"checkout", "-q", "-B", "picks", "Base"});
+    expectSuccess([&](RVErrorPlace e) {
+        return manager().cherryPickRevisions(
+            {"One", "Two"}, RVOptions{{RVGitCherryPickOptionFastForward, true}}, e);
+    });
+    EXPECT_EQ(hash("HEAD"), hash("Two"));
+    expectSuccess([&](RVErrorPlace e) {
+        return manager().cherryPickRevisions(
+            {"Clean"}, RVOptions{{RVGitCherryPickOptionCommitChanges, false}}, e);
+    });
+    EXPECT_EQ(hash("HEAD"), hash("Two"));
+    EXPECT_EQ(gitHere({"diff", "--cached", "--name-only"}), "clean");
+}
+
+TEST_F(RVGitMergeManagerTest, RevisionsOfASequenceAreAsShortAsGitWritesThem) {
+    stopCherryPick({"Base..topic"});
+    EXPECT_LT(manager().nextSequenceRevision().value_or(hash("Two")).size(), 40u);
+    EXPECT_LT(manager().lastSequenceRevision().value_or(hash("Two")).size(), 40u);
+    EXPECT_EQ(manager().mergedRevision(), hash("Two"));
+}
+
 // Steps without changes.
 
 TEST_F(RVGitMergeManagerTest, AnEmptyStepOfARebaseIsCommitted) {

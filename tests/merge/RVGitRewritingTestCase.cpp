@@ -1,5 +1,6 @@
 #include "tests/merge/RVGitRewritingTestCase.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 RVGitRewritingTestCase::RVGitRewritingTestCase()
@@ -31,6 +32,8 @@ std::vector<std::string> RVGitRewritingTestCase::makeHistory(
     git({"fast-import", "--force", "--quiet"}, repositoryPath(), stream);
     gitInRepository({"symbolic-ref", "HEAD", "refs/heads/main"});
     gitInRepository({"reset", "-q", "--hard"});
+    // What a rebase of the history before leaves behind.
+    std::filesystem::remove(repositoryPath() + "/.git/REBASE_HEAD");
     std::vector<std::string> hashes;
     const std::string list = gitInRepository({"rev-list", "--reverse", "HEAD"});
     for (std::size_t start = 0; start < list.size(); start += 41)

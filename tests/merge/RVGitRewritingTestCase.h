@@ -18,6 +18,7 @@ struct RVTestCommit {
     std::string message;
     /// Files that it writes, whole, with their contents; none leaves the tree as it is.
     std::map<std::string, std::string> files;
+    friend bool operator==(const RVTestCommit&, const RVTestCommit&) = default;
 };
 
 /// Base of tests that rewrite history. Every editor that the user may have configured complains

@@ -110,6 +110,13 @@ TEST_F(RVGitCloneCommandLineTest, ALocalPathThatLooksLikeAnOptionIsAPath) {
                 ElementsAre("--no-pager", "clone", "--progress", "/no/where", "./--template=x"));
 }
 
+TEST_F(RVGitCloneCommandLineTest, NULBytesAreNotLaunched) {
+    const std::string cut("/no/where\0x", 11);
+    EXPECT_EQ(errorOfClone(cut, scratchPath("new")).code(), RVGitNoGitRepoError);
+    EXPECT_EQ(errorOfClone("/no/where", cut).code(), RVGitNoGitRepoError);
+    EXPECT_THAT(recorder_.invocations(), IsEmpty());
+}
+
 TEST_F(RVGitCloneCommandTest, HasNoRepositoryAndSupportsProgress) {
     const auto command = clone("url", "path", std::nullopt);
     EXPECT_EQ(command->repositoryPath(), std::nullopt);

@@ -83,7 +83,7 @@ TEST_F(RVGitRemoteBranchTest, ABranchOfNoRemoteIsLeftOut) {
 
 TEST_F(RVGitRemoteBranchTest, TheLongestPathCounts) {
     for (const char* name : {"a", "a/b", "origin", "origin2"})
-        gitInRepository({"remote", "add", name, "url"});
+        config(std::string("remote.") + name + ".url", "url");
     for (const char* name : {"a/b/c", "a/c", "origin/x", "origin2/x", "origin3/x"})
         makeRef(name);
     EXPECT_THAT(names(), ElementsAre("a/b/c a/b", "a/c a", "origin/x origin", "origin2/x origin2",

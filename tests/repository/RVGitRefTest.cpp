@@ -359,6 +359,13 @@ TEST_F(RVGitRefTest, ANameIsFoundInEitherUnicodeForm) {
     auto ref = RVGitRef::refForFullRefName("refs/heads/cafe\u0301", repository(), nullopt);
     ASSERT_NE(ref, nullptr);
     EXPECT_EQ(ref->fullRefName(), "refs/heads/caf\u00E9");
+    // Its twin comes first where that is what was asked for.
+    gitInRepository({"branch", "cafe\u0301"});
+    for (const std::string name : {"refs/heads/cafe\u0301", "refs/heads/caf\u00E9"}) {
+        ref = RVGitRef::refForFullRefName(name, repository(), nullopt);
+        ASSERT_NE(ref, nullptr);
+        EXPECT_EQ(ref->fullRefName(), name);
+    }
 }
 
 TEST_F(RVGitRefTest, NotFoundIsNoError) {

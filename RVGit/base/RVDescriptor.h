@@ -1,0 +1,32 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+/// Owns an open file descriptor, or none. Not for public headers.
+class RVDescriptor {
+public:
+    RVDescriptor() = default;
+    explicit RVDescriptor(int number) : number_(number) {}
+    RVDescriptor(RVDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    RVDescriptor& operator=(RVDescriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~RVDescriptor() { close(); }
+
+    [[nodiscard]] int number() const { return number_; }
+    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+    /// False, with errno set, if bytes that were written earlier could not be kept.
+    bool close() {
+        if (!isOpen())
+            return true;
+        // The descriptor is gone after an interruption too.
+        return ::close(std::exchange(number_, -1)) == 0 || errno == EINTR;
+    }
+
+private:
+    int number_ = -1;
+};
