@@ -33,6 +33,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckAttrCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
@@ -357,6 +358,11 @@ const std::map<std::string, std::vector<Field>>& table() {
                return command;
            }}}},
         {"RVGitStatusCommand", {filePaths<RVGitStatusCommand>()}},
+        {"RVGitSubmoduleCommand",
+         {filePaths<RVGitSubmoduleCommand>(),
+          {"RemoteURL", RefusedName,
+           with<RVGitSubmoduleCommand>(
+               [](auto& command, auto& text) { command.setRemoteURL(text); })}}},
         {"RVGitTagCommand",
          {{"RefNames", RefusedName,
            [](auto& repository, auto& text) {
