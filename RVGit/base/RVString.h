@@ -86,8 +86,8 @@ inline namespace RVGIT_EXPORT rvgit {
                                                       std::string_view searched);
 /// The canonically composed form (NFC); bytes that are not UTF-8 come back as they are.
 [[nodiscard]] std::string precomposedString(std::string_view text);
-/// The form in which texts that differ in the case of their letters alone are the same; of bytes that
-/// are not UTF-8, ASCII alone.
+/// The form in which texts that differ in the case of their letters alone are the same; of bytes
+/// that are not UTF-8, ASCII alone.
 [[nodiscard]] std::string foldedString(std::string_view text);
 /// In lower case, by the same rules in every locale; of bytes that are not UTF-8, ASCII alone.
 [[nodiscard]] std::string lowercaseString(std::string_view text);

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 #include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 /// Base of the commands that run `git lfs`. Failure, of all of them: code 100 outside a repository,

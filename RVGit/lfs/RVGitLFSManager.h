@@ -33,7 +33,7 @@ class RVGitRepository;
 class RVOperationQueue;
 
 /// A pattern whose files are kept in LFS, and the attributes file that says so.
-class RVGitLFSTrackingEntry {
+class RVGIT_EXPORT RVGitLFSTrackingEntry {
 public:
     RVGitLFSTrackingEntry(std::string pattern, std::string fileName)
         : pattern_(std::move(pattern)), fileName_(std::move(fileName)) {}

@@ -14,7 +14,7 @@ inline constexpr char RVGitLFSPointerSize[] = "size";
 
 /// The small text file that stands in git for a large one: a plain value. Lines of a key and a
 /// value, of which three are required and any others are kept.
-class RVGitLFSPointer {
+class RVGIT_EXPORT RVGitLFSPointer {
 public:
     using Entries = std::map<std::string, std::string, std::less<>>;
 

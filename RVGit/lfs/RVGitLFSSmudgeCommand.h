@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "RVGit/base/RVDataBuffer.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/lfs/RVGitLFSCommand.h"
 
 class RVGitLFSPointer;

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 #include "RVGit/lfs/RVGitLFSCommand.h"
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 // Options of RVGitMergeCommand. An option that is not given leaves the field as it starts.

@@ -9,6 +9,7 @@
 
 #include "RVGit/base/RVContainedFiles.h"
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVTypes.h"
 
 class RVGitCommand;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 // What the commands have in common that merge, rebase, cherry-pick and revert.

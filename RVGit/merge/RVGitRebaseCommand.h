@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 // Options of RVGitRebaseCommand: booleans, of which only true counts, but for the one of text.

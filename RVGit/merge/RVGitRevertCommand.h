@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitCommand.h"
 
 // Options of RVGitRevertCommand. An option that is not given leaves the field as it starts.

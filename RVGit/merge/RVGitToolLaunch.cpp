@@ -47,8 +47,8 @@ private:
 
 }  // namespace
 
-void launchToolCommand(const std::shared_ptr<RVGitCommand>& command, RVOperationQueue& queue,
-                       RVGitToolCompletionHandler handler) {
+void rvgit::launchToolCommand(const std::shared_ptr<RVGitCommand>& command, RVOperationQueue& queue,
+                              RVGitToolCompletionHandler handler) {
     auto completion = std::make_shared<ToolCompletion>(command, std::move(handler));
     queue.addOperation(command);
     queue.addOperation(std::move(completion));

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 class RVGitCommand;
 class RVOperationQueue;
@@ -13,6 +14,8 @@ class RVOperationQueue;
 using RVGitToolCompletionHandler =
     std::function<void(int exitCode, const std::optional<RVError>& error)>;
 
+inline namespace RVGIT_EXPORT rvgit {
+
 /// Puts the command on the serial queue and returns at once. The handler, if any, is called exactly
 /// once, on a thread of the queue, when the command has finished, and before the queue goes on to
 /// its next: with the command's exit code and error; for one that could not be launched with code
@@ -20,3 +23,5 @@ using RVGitToolCompletionHandler =
 /// SIGTERM. What was raised while the command was prepared reaches it as code 1.
 void launchToolCommand(const std::shared_ptr<RVGitCommand>& command, RVOperationQueue& queue,
                        RVGitToolCompletionHandler handler);
+
+}  // namespace rvgit

@@ -28,11 +28,11 @@ std::string pathspec(const std::string& path, bool isLiteral) {
 
 }  // namespace
 
-std::string literalPathspec(const std::string& path) {
+std::string rvgit::literalPathspec(const std::string& path) {
     return pathspec(path, pathsAreLiteral());
 }
 
-std::vector<std::string> literalPathspecs(const std::vector<std::string>& paths) {
+std::vector<std::string> rvgit::literalPathspecs(const std::vector<std::string>& paths) {
     std::vector<std::string> pathspecs;
     pathspecs.reserve(paths.size());
     std::transform(paths.begin(), paths.end(), std::back_inserter(pathspecs),
