@@ -56,6 +56,7 @@
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
 #include "RVGit/svn/RVGitSVNCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckAttrCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
@@ -690,6 +691,11 @@ const std::map<std::string, std::vector<Field>>& table() {
                return RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository,
                                                                                  nullptr, text);
            }}}},
+        {"RVGitSubmoduleCommand",
+         {filePaths<RVGitSubmoduleCommand>(),
+          {"RemoteURL", RefusedName,
+           with<RVGitSubmoduleCommand>(
+               [](auto& command, auto& text) { command.setRemoteURL(text); })}}},
         {"RVGitTagCommand",
          {{"RefNames", RefusedName,
            [](auto& repository, auto& text) {
