@@ -100,7 +100,7 @@ int main(int argc, char** argv) {
             fail("the clone has failed");
         return bytesBelow(path);
     });
-    table.run(15);
+    table.run(21);
     table.bound("clone", "git clone", 1.03);
     return bench.finish();
 }

@@ -31,7 +31,8 @@ void expect(const std::vector<std::string>& words, std::size_t least, std::size_
         if (word.starts_with('-'))
             throw UsageError("branch " + action + " has no option " + word);
     if (words.size() < least)
-        throw UsageError("branch " + action + " needs a name" + (least > 1 ? " and another" : ""));
+        throw UsageError("branch " + action +
+                         (least > 1 ? " needs a name and another" : " needs a name"));
     if (words.size() > most)
         throw UsageError("branch " + action + " takes no " + words[most]);
 }

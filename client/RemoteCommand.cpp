@@ -37,7 +37,8 @@ void runRemote(const Repository& repository, Arguments arguments, Output& output
         if (word.starts_with('-'))
             throw UsageError("remote " + action + " has no option " + word);
     if (words.size() < count)
-        throw UsageError("remote " + action + " needs a name" + (count > 1 ? " and another" : ""));
+        throw UsageError("remote " + action +
+                         (count > 1 ? " needs a name and another" : " needs a name"));
     if (words.size() > count)
         throw UsageError("remote " + action + " takes no " + words[count]);
 

@@ -75,5 +75,5 @@ BEGIN {
     print "# Traps"
     print ""
     print "What callers rely on is kept, also where it surprises. Each is told where it stands, too; this page"
-    print "is made of those remarks by `./dev gotchas`."
+    print "is made of those remarks by `./dev pages`."
 }

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "RVGit/base/RVString.h"
-#include "RVGit/remotes/RVGitCredentialCommand.h"
 #include "RVGit/remotes/RVGitURL.h"
 
 namespace {
@@ -17,7 +16,7 @@ void check(bool holds) {
 }  // namespace
 
 // Whatever an address is: its answers fit together, what has been made a URL holds nothing that
-// ends a line, and the request for its credential has as many lines as it should.
+// ends a line, and its normal form is its own.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data), size);
     const RVURL url(text);

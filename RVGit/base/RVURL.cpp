@@ -231,8 +231,12 @@ RVURL rvgit::normalizedKeychainURL(const RVURL& url) {
     if (components.scheme)
         text += lowercaseString(*components.scheme) + ":";
     if (components.host) {
-        text += "//" + lowercaseString(*components.host);
-        if (const auto port = components.port.value_or(""); !port.empty())
+        std::string_view host = *components.host;
+        const std::string_view port = components.port.value_or("");
+        while (port.empty() && host.ends_with(':'))
+            host.remove_suffix(1);
+        text += "//" + lowercaseString(host);
+        if (!port.empty())
             text += ":" + std::string(port);
     }
     return RVURL(text + std::string(components.path));

@@ -164,19 +164,33 @@ bool rvgit::isValidCommitHash(std::string_view text) {
     return expression->matches(text);
 }
 
+bool rvgit::isSHA256Hash(std::string_view text) {
+    return text.size() == 64 && beginsWithSHA256Hash(text);
+}
+
+bool rvgit::beginsWithSHA256Hash(std::string_view text) {
+    constexpr std::size_t length = 64;
+    const auto isDigit = [](char byte) {
+        return (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'f');
+    };
+    return text.size() >= length && std::ranges::all_of(text.substr(0, length), isDigit) &&
+           (text.size() == length || !isDigit(text[length]));
+}
+
 bool RVGitValidateCommitHash(std::string_view hash) {
     return isValidCommitHash(hash);
 }
 
 std::optional<std::string> RVGitShortenHash(const std::optional<std::string>& hash) {
-    return hash ? std::optional(hash->substr(0, 8)) : std::nullopt;
+    constexpr std::size_t usualLength = 8;
+    const auto start = RVGitShortenHashWithLength(hash, usualLength);
+    return start ? start : hash;
 }
 
 std::optional<std::string> RVGitShortenHashWithLength(const std::optional<std::string>& hash,
                                                       std::size_t length) {
-    if (!hash || hash->size() < length)
-        return std::nullopt;
-    return hash->substr(0, length);
+    const auto rest = hash ? textFromCharacter(*hash, length) : std::nullopt;
+    return rest ? std::optional(hash->substr(0, hash->size() - rest->size())) : std::nullopt;
 }
 
 std::string RVGitMakeObjectReference(const std::optional<std::string>& revision,

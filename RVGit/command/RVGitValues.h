@@ -101,6 +101,11 @@ inline namespace RVGIT_EXPORT rvgit {
 
 /// Forty hexadecimal digits, in either case; one newline behind them is let pass.
 [[nodiscard]] bool isValidCommitHash(std::string_view text);
+/// Whether the text is, or begins with, a hash of 64 digits in lower case: that of an object in a
+/// repository whose object format is SHA-256. Such repositories are not supported, and every parser
+/// that meets such a hash fails with code 11.
+[[nodiscard]] bool isSHA256Hash(std::string_view text);
+[[nodiscard]] bool beginsWithSHA256Hash(std::string_view text);
 
 }  // namespace rvgit
 

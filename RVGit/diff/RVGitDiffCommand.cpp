@@ -67,7 +67,8 @@ bool RVGitDiffCommand::gitCommandWillParseOutput(RVErrorPlace error) {
         loadedDiffStats_ = parser.takeIndexedResults();
         return true;
     }
-    diffParser().parse(error);
+    if (!diffParser().parse(error))
+        return false;
     loadedDiffs_ = diffParser().takeResult();
     return true;
 }

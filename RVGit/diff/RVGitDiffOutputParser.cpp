@@ -10,6 +10,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitValues.h"
 
 namespace {
 
@@ -389,6 +390,9 @@ std::vector<std::string_view> RVGitDiffOutputParser::indexComponentsOfLine(std::
 bool RVGitDiffOutputParser::parseIndexLine(std::string_view line) {
     const auto components = indexComponentsOfLine(line);
     if (components.empty())
+        return false;
+    meetsSHA256Hash_ = isSHA256Hash(components[0]) || isSHA256Hash(components[2]);
+    if (meetsSHA256Hash_)
         return false;
     auto& originalHashes = contents_->originalObjectHashes.emplace();
     originalHashes.emplace_back(components[0]);

@@ -14,7 +14,8 @@
 class RVDataBuffer;
 class RVRegularExpression;
 
-/// Reads the diff of one file, ordinary or combined. Code 11 for a line that is none of a diff's.
+/// Reads the diff of one file, ordinary or combined. Code 11 for a line that is none of a diff's,
+/// and for a hash of 64 digits.
 /// A diff of 4 GB or more cannot be read. Empty lines are passed over: where git is configured to
 /// print an empty line of context without its blank (diff.suppressBlankEmpty), that line is
 /// missing, the numbers behind it are too low, and git refuses a patch of the chunk.
@@ -30,6 +31,8 @@ public:
     [[nodiscard]] RVGitDiffMap diff() const { return RVGitDiffMap(contents_); }
     /// The same, to be finished by whoever knows where the text will stand in the end.
     [[nodiscard]] const std::shared_ptr<RVGitDiffContents>& contents() const { return contents_; }
+    /// Whether that is why it failed.
+    [[nodiscard]] bool meetsSHA256Hash() const { return meetsSHA256Hash_; }
     /// Whether the "+++" line has passed.
     [[nodiscard]] bool isFinishedParsingHeader() const { return isFinishedParsingHeader_; }
     /// Of the last chunk: 1 for an ordinary diff.
@@ -80,6 +83,7 @@ private:
 
     std::shared_ptr<RVGitDiffContents> contents_;
     std::uint32_t endOfLastLine_ = 0;
+    bool meetsSHA256Hash_ = false;
     bool isFinishedParsingHeader_ = false;
     std::size_t numberOfParents_ = 0;
     std::vector<std::uint32_t> currentLineNumbers_;

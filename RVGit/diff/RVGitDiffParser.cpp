@@ -57,8 +57,9 @@ std::size_t startOfNextBlock(std::string_view output, std::size_t from) {
     return std::string_view::npos;
 }
 
-std::shared_ptr<RVGitDiffContents> parsedContents(RVGitDiffOutputParser& parser) {
-    return parser.parse() && parser.contents()->raw ? parser.contents() : nullptr;
+std::shared_ptr<RVGitDiffContents> parsedContents(RVGitDiffOutputParser& parser,
+                                                  RVErrorPlace error) {
+    return parser.parse(error) && parser.contents()->raw ? parser.contents() : nullptr;
 }
 
 std::shared_ptr<const RVDataBuffer> copiedBytes(std::string_view bytes) {
@@ -86,8 +87,11 @@ void RVGitDiffParser::parseBlockUntil(std::size_t end) {
     const std::string_view block = outputData_.substr(blockStart_, end - blockStart_);
     if (!block.empty() && block != "\n") {
         RVGitDiffOutputParser parser(buffer_, block);
-        if (auto contents = parsedContents(parser))
+        std::optional<RVError> error;
+        if (auto contents = parsedContents(parser, &error))
             files_.emplace_back(blockStart_, std::move(contents));
+        else if (parser.meetsSHA256Hash() && !failure_)
+            failure_ = std::move(error);
     }
     blockStart_ = end;
     searchStart_ = end;
@@ -106,9 +110,13 @@ void RVGitDiffParser::parseAhead() {
         searchStart_ = outputData_.size() - bytesBehindLineBreak;
 }
 
-bool RVGitDiffParser::parse(RVErrorPlace) {
+bool RVGitDiffParser::parse(RVErrorPlace error) {
     parseAhead();
     parseBlockUntil(outputData_.size());
+    if (failure_) {
+        fillErrorPlace(error, *failure_);
+        return false;
+    }
     for (auto& [start, contents] : files_) {
         if (contents->textOwner == buffer_)
             contents->text = outputData_.substr(start, contents->text.size());
@@ -136,6 +144,6 @@ std::vector<std::string_view> RVGitDiffParser::diffDataComponentsFromMultipleDif
 
 std::optional<RVGitDiffMap> RVGitDiffParser::diffFromGitDiffOutputData(std::string_view block) {
     RVGitDiffOutputParser parser(block);
-    auto contents = parsedContents(parser);
+    auto contents = parsedContents(parser, nullptr);
     return contents ? std::optional<RVGitDiffMap>(std::move(contents)) : std::nullopt;
 }

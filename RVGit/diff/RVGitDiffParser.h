@@ -31,7 +31,8 @@ public:
     /// Reads the files that stand in the buffer as a whole, while more of the output is still to
     /// come. parse() then reads the rest.
     void parseAhead();
-    /// Always true: a file whose diff cannot be read is left out, and the place is not touched.
+    /// True, and the place is not touched: a file whose diff cannot be read is left out. But where
+    /// the hashes have 64 digits, nothing is left out: false, with code 11.
     bool parse(RVErrorPlace error = nullptr);
     /// The files, in git's order.
     [[nodiscard]] const std::vector<RVGitDiffMap>& result() const& { return result_; }
@@ -55,5 +56,6 @@ private:
     std::size_t searchStart_ = 0;
     /// The files with where their texts begin. Texts move as the buffer grows.
     std::vector<std::pair<std::size_t, std::shared_ptr<RVGitDiffContents>>> files_;
+    std::optional<RVError> failure_;
     std::vector<RVGitDiffMap> result_;
 };

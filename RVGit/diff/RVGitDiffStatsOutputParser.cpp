@@ -7,6 +7,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitValues.h"
 
 namespace {
 
@@ -125,6 +126,16 @@ std::uint64_t unsignedValue(std::string_view digits) {
     return static_cast<std::uint64_t>(integerValue(digits));
 }
 
+/// Whether it is a record, but for hashes of 64 digits.
+bool isRecordOfSHA256(std::string_view line) {
+    constexpr std::size_t lengthOfMode = 6;
+    const auto start = line.find_first_not_of(':');
+    if (start == 0 || start == std::string_view::npos)
+        return false;
+    line.remove_prefix(start);
+    return !takeWords<lengthOfMode>(line, isDigit).empty() && beginsWithSHA256Hash(line);
+}
+
 /// The words of the text; the last one apart.
 std::pair<std::vector<std::string>, std::string> wordsAndLastWord(std::string_view text) {
     std::vector<std::string> words =
@@ -179,6 +190,8 @@ bool RVGitDiffStatsOutputParser::parseOutputLine(std::string_view line) {
             indexedResultCache_[index].linesAdded = unsignedValue(stats->linesAdded);
             indexedResultCache_[index].linesDeleted = unsignedValue(stats->linesDeleted);
         }
+    } else if (isRecordOfSHA256(line)) {
+        return false;
     }
     return true;
 }

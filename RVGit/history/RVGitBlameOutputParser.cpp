@@ -104,6 +104,8 @@ RVGitBlameOutputParser::RVGitBlameOutputParser(std::vector<std::string> outputLi
 bool RVGitBlameOutputParser::parseOutputLine(std::string_view line) {
     bool isItemOpen = indexedResultCache_.size() == currentLineNumber_ + 1;
     if (!isItemOpen) {
+        if (beginsWithSHA256Hash(line))
+            return false;
         readHeader(line, indexedResultCache_.emplace_back());
         return true;
     }

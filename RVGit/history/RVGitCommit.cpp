@@ -21,6 +21,10 @@ struct SVNInfo {
     std::string_view repositoryUUID;
 };
 
+std::optional<std::string_view> viewOf(const Text& text) {
+    return text ? std::optional<std::string_view>(*text) : std::nullopt;
+}
+
 constexpr std::string_view paragraphBreak = "\n\n";
 
 Text subjectOf(std::optional<std::string_view> message) {
@@ -112,6 +116,11 @@ struct RVGitCommit::Fields {
     }
 };
 
+struct RVGitCommit::People {
+    std::shared_ptr<RVGitActor> author;
+    std::shared_ptr<RVGitActor> committer;
+};
+
 RVGitCommit::RVGitCommit() : RVGitObject(RVGitObjectTypeCommit), fields_(new Fields) {}
 
 RVGitCommit::RVGitCommit(std::shared_ptr<RVGitRepository> repository, Text commitHash,
@@ -141,6 +150,7 @@ RVGitCommit::RVGitCommit(std::shared_ptr<RVGitRepository> repository,
 
 RVGitCommit::~RVGitCommit() {
     delete fields_.load(std::memory_order_relaxed);
+    delete people_.load(std::memory_order_relaxed);
 }
 
 std::shared_ptr<RVGitCommit> RVGitCommit::commitWithRepository(
@@ -169,9 +179,9 @@ RVGitCommit::Fields& RVGitCommit::fields() const {
     made->commitHash = item_.commitHash();
     made->treeHash = item_.treeHash();
     made->parentCommitHashes = item_.parentCommitHashes();
-    made->author = RVGitActor::actorWithName(item_.authorName(), item_.authorEmail());
+    made->author = people().author;
     made->authorDate = item_.authorDate();
-    made->committer = RVGitActor::actorWithName(item_.committerName(), item_.committerEmail());
+    made->committer = people().committer;
     made->committerDate = item_.committerDate();
     made->message = item_.message();
     made->signature = RVGitSignature::signatureWithName(item_.GPGUsername(), item_.GPGEmail(),
@@ -179,6 +189,19 @@ RVGitCommit::Fields& RVGitCommit::fields() const {
                                                         item_.GPGSigningKey(), item_.GPGStatus());
     made->deriveFromMessage();
     if (fields_.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel,
+                                        std::memory_order_acquire))
+        return *made.release();
+    return *present;
+}
+
+const RVGitCommit::People& RVGitCommit::people() const {
+    People* present = people_.load(std::memory_order_acquire);
+    if (present)
+        return *present;
+    auto made = std::make_unique<People>();
+    made->author = RVGitActor::actorWithName(item_.authorName(), item_.authorEmail());
+    made->committer = RVGitActor::actorWithName(item_.committerName(), item_.committerEmail());
+    if (people_.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel,
                                         std::memory_order_acquire))
         return *made.release();
     return *present;
@@ -328,7 +351,8 @@ void RVGitCommit::setParentCommitHashes(std::vector<std::string> hashes) {
 }
 
 std::shared_ptr<RVGitActor> RVGitCommit::author() const {
-    return fields().author;
+    const Fields* made = madeFields();
+    return made ? made->author : people().author;
 }
 
 void RVGitCommit::setAuthor(std::shared_ptr<RVGitActor> author) {
@@ -345,7 +369,8 @@ void RVGitCommit::setAuthorDate(std::optional<RVDate> date) {
 }
 
 std::shared_ptr<RVGitActor> RVGitCommit::committer() const {
-    return fields().committer;
+    const Fields* made = madeFields();
+    return made ? made->committer : people().committer;
 }
 
 void RVGitCommit::setCommitter(std::shared_ptr<RVGitActor> committer) {
@@ -451,6 +476,44 @@ std::shared_ptr<RVGitTree> RVGitCommit::tree() const {
 
 void RVGitCommit::setTree(std::shared_ptr<RVGitTree> tree) {
     set(&Fields::tree, tree, "tree");
+}
+
+const RVGitActor* RVGitCommit::madeAuthor() const {
+    const Fields* made = madeFields();
+    return made ? made->author.get() : people().author.get();
+}
+
+const RVGitActor* RVGitCommit::madeCommitter() const {
+    const Fields* made = madeFields();
+    return made ? made->committer.get() : people().committer.get();
+}
+
+std::optional<std::string_view> RVGitCommit::authorNameView() const {
+    if (!hasMadePeople())
+        return item_.authorNameView();
+    const RVGitActor* author = madeAuthor();
+    return author ? viewOf(author->name()) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommit::authorEmailView() const {
+    if (!hasMadePeople())
+        return item_.authorEmailView();
+    const RVGitActor* author = madeAuthor();
+    return author ? viewOf(author->email()) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommit::committerNameView() const {
+    if (!hasMadePeople())
+        return item_.committerNameView();
+    const RVGitActor* committer = madeCommitter();
+    return committer ? viewOf(committer->name()) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommit::committerEmailView() const {
+    if (!hasMadePeople())
+        return item_.committerEmailView();
+    const RVGitActor* committer = madeCommitter();
+    return committer ? viewOf(committer->email()) : std::nullopt;
 }
 
 std::optional<std::string_view> RVGitCommit::commitHashView() const {

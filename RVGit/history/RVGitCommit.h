@@ -25,7 +25,8 @@ class RVGitTree;
 /// One commit: a snapshot that holds its repository strongly.
 ///
 /// A commit of a listing is a place in what git printed; texts are made on request, and objects
-/// (author(), committer(), signature()) when one of them is first asked for. It keeps the whole
+/// when they are first asked for: author() and committer() make these two, signature() and the
+/// setters make copies of all texts. It keeps the whole
 /// output of its listing alive: keep commits of long listings as long as the listing is of use,
 /// and what is needed of single ones beyond that as strings.
 ///
@@ -166,8 +167,12 @@ public:
     /// Kept for compatibility: exactly one parent, and not none.
     [[nodiscard]] bool isRootCommit() const { return parentCount() == 1; }
 
-    // For whoever goes through many commits: nothing is copied. The views hold until the next
-    // setter and no longer than the commit.
+    // For whoever goes through many commits: nothing is copied or made. The views hold until the
+    // next setter, of the commit or of its author or committer, and no longer than the commit.
+    [[nodiscard]] std::optional<std::string_view> authorNameView() const;
+    [[nodiscard]] std::optional<std::string_view> authorEmailView() const;
+    [[nodiscard]] std::optional<std::string_view> committerNameView() const;
+    [[nodiscard]] std::optional<std::string_view> committerEmailView() const;
     [[nodiscard]] std::optional<std::string_view> commitHashView() const;
     [[nodiscard]] std::vector<std::string_view> parentCommitHashViews() const;
     [[nodiscard]] std::optional<std::string_view> messageView() const;
@@ -187,11 +192,21 @@ private:
         return fields_.load(std::memory_order_acquire);
     }
     [[nodiscard]] Fields& fields() const;
+    /// Author and committer, made once, ahead of the other fields.
+    struct People;
+    [[nodiscard]] const People& people() const;
+    /// The two as they are now; null as long as nothing has asked for them.
+    [[nodiscard]] const RVGitActor* madeAuthor() const;
+    [[nodiscard]] const RVGitActor* madeCommitter() const;
+    [[nodiscard]] bool hasMadePeople() const {
+        return madeFields() || people_.load(std::memory_order_acquire);
+    }
     template <typename Value, typename Argument>
     void set(Value Fields::*field, Argument& value, std::string_view name);
 
     RVGitCommitOutputParserResultItem item_;
     mutable std::atomic<Fields*> fields_ = nullptr;
+    mutable std::atomic<People*> people_ = nullptr;
     /// Null where there are none, as on nearly all commits.
     std::unique_ptr<const std::optional<Refs>> refs_;
     std::uint64_t topoOrder_ = 0;

@@ -8,6 +8,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitValues.h"
 #include "RVGit/history/RVGitCommitRecords.h"
 
 using Field = RVGitCommitRecords::Field;
@@ -55,18 +56,23 @@ std::vector<std::string> refNamesFromDecorations(std::string_view decorations) {
 }
 
 // The name and the address of "Name <address>"; empty for any other text.
-RVRegularExpression::Components signerComponents(std::optional<std::string_view> signer) {
-    if (!signer || signer->find('<') == std::string_view::npos)
+RVRegularExpression::Components signerComponents(std::string_view signer) {
+    if (signer.find('<') == std::string_view::npos)
         return {};
-    return RVGitCommitOutputParser::gpgIdentityRegex().firstMatch(*signer);
+    return RVGitCommitOutputParser::gpgIdentityRegex().firstMatch(signer);
 }
 
 std::optional<std::string> signerComponent(const RVGitCommitRecords* records, std::size_t index,
                                            std::size_t group) {
     if (!records)
         return std::nullopt;
-    const auto components = signerComponents(records->text(index, Field::GPGSigner));
-    return components.empty() ? std::nullopt : owned(components[group]);
+    std::optional<std::string> component;
+    for (const std::string_view signer : records->texts(index, Field::GPGSigner)) {
+        const auto components = signerComponents(signer);
+        if (!components.empty())
+            component = owned(components[group]);
+    }
+    return component;
 }
 
 std::optional<std::string> descriptionOfDate(std::optional<RVDate> date) {
@@ -166,9 +172,15 @@ std::optional<std::string> RVGitCommitOutputParserResultItem::GPGEmail() const {
 }
 
 std::optional<std::string> RVGitCommitOutputParserResultItem::GPGKeyIdentifier() const {
-    auto fingerprint = textOf(records_.get(), index_, Field::GPGKeyIdentifier);
-    // A git that does not know the placeholder prints it as it is.
-    return fingerprint == "%GP" ? std::nullopt : fingerprint;
+    if (!records_)
+        return std::nullopt;
+    std::optional<std::string> fingerprint;
+    for (const std::string_view text : records_->texts(index_, Field::GPGKeyIdentifier)) {
+        // A git that does not know the placeholder prints it as it is.
+        if (text != "%GP")
+            fingerprint = text;
+    }
+    return fingerprint;
 }
 
 std::optional<std::string> RVGitCommitOutputParserResultItem::GPGSigningKey() const {
@@ -177,6 +189,22 @@ std::optional<std::string> RVGitCommitOutputParserResultItem::GPGSigningKey() co
 
 std::optional<std::string_view> RVGitCommitOutputParserResultItem::commitHashView() const {
     return records_ ? records_->text(index_, Field::CommitHash) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommitOutputParserResultItem::authorNameView() const {
+    return records_ ? records_->text(index_, Field::AuthorName) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommitOutputParserResultItem::authorEmailView() const {
+    return records_ ? records_->text(index_, Field::AuthorEmail) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommitOutputParserResultItem::committerNameView() const {
+    return records_ ? records_->text(index_, Field::CommitterName) : std::nullopt;
+}
+
+std::optional<std::string_view> RVGitCommitOutputParserResultItem::committerEmailView() const {
+    return records_ ? records_->text(index_, Field::CommitterEmail) : std::nullopt;
 }
 
 std::vector<std::string_view> RVGitCommitOutputParserResultItem::parentCommitHashViews() const {
@@ -331,10 +359,17 @@ bool RVGitCommitOutputParser::parseOutputLine(std::string_view line) {
     if (!records_->addRecord(line))
         return false;
     const std::size_t index = records_->count() - 1;
-    const auto selector = records_->text(index, Field::ReflogSelector);
-    if (selector && !reflogDateText(*selector)) {
-        records_->removeLastRecord();
-        return true;
+    for (const auto field : {Field::CommitHash, Field::TreeHash, Field::ParentHashes}) {
+        if (beginsWithSHA256Hash(records_->text(index, field).value_or(std::string_view()))) {
+            records_->removeLastRecord();
+            return false;
+        }
+    }
+    for (const std::string_view selector : records_->texts(index, Field::ReflogSelector)) {
+        if (!reflogDateText(selector)) {
+            records_->removeLastRecord();
+            return true;
+        }
     }
     addResult(RVGitCommitOutputParserResultItem(records_, index));
     return true;

@@ -50,6 +50,10 @@ public:
 
     // The same without a copy; the views hold as long as the item does.
     [[nodiscard]] std::optional<std::string_view> commitHashView() const;
+    [[nodiscard]] std::optional<std::string_view> authorNameView() const;
+    [[nodiscard]] std::optional<std::string_view> authorEmailView() const;
+    [[nodiscard]] std::optional<std::string_view> committerNameView() const;
+    [[nodiscard]] std::optional<std::string_view> committerEmailView() const;
     [[nodiscard]] std::vector<std::string_view> parentCommitHashViews() const;
     [[nodiscard]] std::optional<std::string_view> messageView() const;
 

@@ -39,8 +39,12 @@ RVGitCommitRecords::RVGitCommitRecords(std::shared_ptr<const RVDataBuffer> outpu
     positions_.fill(absent);
     for (std::size_t position = 0; position < prettyFormat_.size(); ++position) {
         const auto found = std::ranges::find(placeholders, prettyFormat_[position]);
-        if (found != placeholders.end())
-            positions_[static_cast<std::size_t>(found - placeholders.begin())] = position;
+        if (found == placeholders.end())
+            continue;
+        const auto field = static_cast<Field>(found - placeholders.begin());
+        if (positions_[field] != absent)
+            earlierPositions_.emplace_back(field, positions_[field]);
+        positions_[field] = position;
     }
 }
 
@@ -88,8 +92,21 @@ std::string_view RVGitCommitRecords::record(std::size_t index) const {
 
 std::optional<std::string_view> RVGitCommitRecords::text(std::size_t index, Field field) const {
     const std::size_t position = positions_[field];
-    if (position == absent)
-        return std::nullopt;
+    return position == absent ? std::nullopt : std::optional(textAtPosition(index, position));
+}
+
+std::vector<std::string_view> RVGitCommitRecords::texts(std::size_t index, Field field) const {
+    std::vector<std::string_view> texts;
+    if (positions_[field] == absent)
+        return texts;
+    for (const auto& [earlierField, position] : earlierPositions_)
+        if (earlierField == field)
+            texts.push_back(textAtPosition(index, position));
+    texts.push_back(textAtPosition(index, positions_[field]));
+    return texts;
+}
+
+std::string_view RVGitCommitRecords::textAtPosition(std::size_t index, std::size_t position) const {
     const std::uint32_t* ends = ends_.data() + index * prettyFormat_.size();
     const std::size_t start = position == 0 ? 0 : ends[position - 1] + boundary.size();
     return record(index).substr(start, ends[position] - start);

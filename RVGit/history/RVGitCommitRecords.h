@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "RVGit/base/RVExport.h"
@@ -60,9 +61,12 @@ public:
     [[nodiscard]] bool addRecord(std::string_view record);
     void removeLastRecord();
 
-    /// The text of a field; absent if the format has no such field. The view holds as long as
-    /// this object lives and no record is added.
+    /// The text of a field, the last one of a format that names it more than once; absent if the
+    /// format has no such field. The view holds as long as this object lives and no record is
+    /// added.
     [[nodiscard]] std::optional<std::string_view> text(std::size_t index, Field field) const;
+    /// The texts of a field, as many as the format names it, in order.
+    [[nodiscard]] std::vector<std::string_view> texts(std::size_t index, Field field) const;
     /// Whichever of two fields the format names, the later one if it names both.
     [[nodiscard]] std::optional<Field> lastOf(Field one, Field other) const;
 
@@ -70,11 +74,14 @@ private:
     static constexpr std::size_t absent = static_cast<std::size_t>(-1);
 
     [[nodiscard]] std::string_view record(std::size_t index) const;
+    [[nodiscard]] std::string_view textAtPosition(std::size_t index, std::size_t position) const;
 
     std::shared_ptr<const RVDataBuffer> output_;
     std::vector<std::string> prettyFormat_;
-    /// Where in a record the field stands, or `absent`.
+    /// Where in a record the field stands last, or `absent`.
     std::array<std::size_t, FieldCount> positions_;
+    /// Where a field stands ahead of that; hardly any format names one twice.
+    std::vector<std::pair<Field, std::size_t>> earlierPositions_;
     /// Where in the output each record begins.
     std::vector<std::size_t> starts_;
     /// Where each field ends, counted from the start of its record: as many to a record as the

@@ -250,7 +250,8 @@ bool RVGitLogCommand::gitCommandWillParseOutput(RVErrorPlace error) {
         // A NUL byte stands between two commits.
         if (standardOutputData().find('\0') == std::string_view::npos) {
             RVGitDiffParser parser(standardOutputBuffer());
-            (void)parser.parse();
+            if (!parser.parse(error))
+                return false;
             loadedDiffs_ = parser.takeResult();
         }
         return true;

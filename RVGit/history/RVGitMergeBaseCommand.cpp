@@ -49,7 +49,8 @@ bool RVGitMergeBaseCommand::gitCommandWillParseOutput(RVErrorPlace error) {
         return false;
     RVGitMergeBaseOutputParser parser(standardOutputData());
     bool parsed = parser.parse(error);
-    if (const auto* result = parser.result())
+    const auto* result = parser.result();
+    if (parsed && result)
         mergeBaseCommitHash_ = result->commitHash;
     return parsed;
 }

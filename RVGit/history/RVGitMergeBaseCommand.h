@@ -43,7 +43,8 @@ public:
     [[nodiscard]] bool checksAncestor() const { return checksAncestor_; }
     void setChecksAncestor(bool checks) { checksAncestor_ = checks; }
 
-    /// The common ancestor; absent if there is none, and where ancestry was asked for.
+    /// The common ancestor; absent if there is none, where ancestry was asked for, and if any line
+    /// of the output cannot be read.
     [[nodiscard]] const std::optional<std::string>& mergeBaseCommitHash() const {
         return mergeBaseCommitHash_;
     }

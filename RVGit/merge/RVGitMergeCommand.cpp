@@ -55,6 +55,7 @@ void RVGitMergeCommand::gitCommandWillInitialize() {
     });
     if (verifiesSignatures_ && allowedSignersFile_)
         addGitOptions({"-c", "gpg.ssh.allowedSignersFile=" + *allowedSignersFile_});
+    // No selection either: git would take "--all" for an abbreviation of an option of its own.
     if (revision_)
-        addGitCommandRevision(*revision_);
+        addGitCommandName(*revision_);
 }

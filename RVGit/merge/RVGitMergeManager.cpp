@@ -285,7 +285,9 @@ bool RVGitMergeManager::commitEmptyStep(const std::string& commitMessage, RVErro
     if (!script)
         return false;
     command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
-    return command->run(error);
+    // A commit that was cancelled has not failed, but to go on would throw away what it was to
+    // keep.
+    return command->run(error) && !command->isCancelled();
 }
 
 // Ancestry.

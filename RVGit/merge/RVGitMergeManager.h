@@ -157,13 +157,15 @@ public:
                                           RVErrorPlace error = nullptr);
     [[nodiscard]] bool continueRebase(RVErrorPlace error = nullptr);
     /// With a message for the commit to come. Every later step that asks for a message in the same
-    /// run gets it as well. Code EINVAL or 1, and nothing runs, for a message that cannot be handed
-    /// over: see temporaryCommitMessageEditorScript(). By the apply backend it is written to its
-    /// file instead, if there is one.
+    /// run gets it as well, and a "GIT_EDITOR" in RVGitCommandEnvironment takes its place. Code 1,
+    /// and nothing runs, for a message that cannot be handed over: see
+    /// temporaryCommitMessageEditorScript(). By the apply backend it is written to its file
+    /// instead, if there is one.
     [[nodiscard]] bool continueRebaseWithCommitMessage(
         const std::optional<std::string>& commitMessage, RVErrorPlace error = nullptr);
     /// Commits the step that has stopped without changes, with its author and the message, and goes
-    /// on behind it. Fails after the commit if going on fails.
+    /// on behind it. Fails after the commit if going on fails; false without an error if the commit
+    /// is cancelled, and nothing more runs.
     [[nodiscard]] bool continueEmptyRebaseWithCommitMessage(const std::string& commitMessage,
                                                             RVErrorPlace error = nullptr);
     [[nodiscard]] bool skipRebase(RVErrorPlace error = nullptr);

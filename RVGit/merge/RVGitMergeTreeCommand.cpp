@@ -4,6 +4,7 @@
 
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
+#include "RVGit/command/RVGitValues.h"
 #include "RVGit/repository/RVGitRepository.h"
 
 struct RVGitMergeTreeOutputParser::Header {
@@ -97,6 +98,18 @@ std::optional<RVGitMergeTreeOutputParser::Header> RVGitMergeTreeOutputParser::He
     return header;
 }
 
+namespace {
+
+/// Whether it is a header, but for a hash of 64 digits.
+bool isHeaderOfSHA256(std::string_view line) {
+    (void)takeWhile(line, isBlank);
+    return !takeWhile(line, isLetter).empty() && !takeWhile(line, isBlank).empty() &&
+           !takeWhile(line, isOctalDigit).empty() && !takeWhile(line, isBlank).empty() &&
+           beginsWithSHA256Hash(line);
+}
+
+}  // namespace
+
 RVGitMergeTreeOutputParser::RVGitMergeTreeOutputParser(std::string_view outputData)
     : RVGitItemOutputParser(outputData, Delimiter::Newline) {}
 
@@ -114,6 +127,9 @@ bool RVGitMergeTreeOutputParser::parseOutputLine(std::string_view line) {
         return true;
     }
     const auto header = Header::inLine(line);
+    // Ahead of any text of a file there are headers alone.
+    if (!header && !parsingHeaderComplete_ && isHeaderOfSHA256(line))
+        return false;
     if (!header) {
         parsingHeaderComplete_ = true;
         lastOutputLine_ = line;

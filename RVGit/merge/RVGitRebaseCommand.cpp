@@ -89,15 +89,16 @@ void RVGitRebaseCommand::gitCommandWillInitialize() {
                                                                     : "--preserve-merges");
     if (rebasesRootCommit_)
         addGitCommandOption("--root");
+    // No selections either: git would take "--all" for an abbreviation of an option of its own.
     if (rebaseOnto_) {
         addGitCommandOption("--onto");
         if (targetBaseRevision_)
-            addGitCommandRevision(*targetBaseRevision_);
+            addGitCommandName(*targetBaseRevision_);
         if (currentBaseRevision_)
-            addGitCommandRevision(*currentBaseRevision_);
+            addGitCommandName(*currentBaseRevision_);
     }
     if (revision_)
-        addGitCommandRevision(*revision_);
+        addGitCommandName(*revision_);
 }
 
 RVUserInfo RVGitRebaseCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

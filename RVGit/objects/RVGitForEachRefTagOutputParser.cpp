@@ -6,6 +6,7 @@
 
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitValues.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 
 namespace {
@@ -41,6 +42,8 @@ bool RVGitForEachRefTagOutputParser::parseOutputLine(std::string_view line) {
     std::array<std::string_view, FieldCount> fields;
     if (!fieldsOfForEachRefRecord(line, fields))
         return true;
+    if (isSHA256Hash(fields[ObjectName]))
+        return false;
     RVGitForEachRefTagOutputParserResultItem item;
     item.fullRefName = fields[RefName];
     item.creatorDate = RVDate(std::chrono::seconds(int32Value(fields[CreatorDate])));

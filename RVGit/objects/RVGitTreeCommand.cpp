@@ -67,17 +67,16 @@ std::optional<TreeRecord> treeRecordByColumns(std::string_view line) {
         const bool isNumber = std::all_of(size.begin(), size.end(), isDigit) && !size.empty();
         if (sizeStart == 0 || (!isNumber && size != "-"))
             return std::nullopt;
-    } else if (line.find('\t', 1) != std::string_view::npos) {
-        // A path such as "5\tname", which the expression takes for a size.
-        return std::nullopt;
     }
+    // Where the tab stands at once there is no size, even if the path is "5\tname", of which the
+    // expression would take the beginning for one: git writes a size behind blanks.
     record.path = line.substr(tab + 1);
     return record;
 }
 
 std::optional<TreeRecord> treeRecordByExpression(std::string_view line) {
     static const RVNeverDestroyed<RVRegularExpression> expression(
-        std::in_place, R"(^(\d{6})\s(\w+)\s([a-f0-9]{40})(\s+(\d+|\-))?\t(.+))",
+        std::in_place, R"(^(\d{6})\s(\w+)\s([a-f0-9]{40})((?!\t)\s+(\d+|\-))?\t(.+))",
         RVRegularExpression::DotMatchesLineSeparators);
     const auto groups = expression->firstMatch(line);
     if (groups.empty())

@@ -169,6 +169,15 @@ std::optional<std::string> RVGitRepository::contentsOfHEADFile() const {
     return outputOfGitInGitDirectory("rev-parse", {"-q", "--verify", "HEAD"});
 }
 
+std::optional<std::string> RVGitRepository::objectFormat() const {
+    if (!valid_)
+        return std::nullopt;
+    // A git that knows of one format alone hands the option back.
+    constexpr char option[] = "--show-object-format";
+    auto format = outputOfGitInGitDirectory("rev-parse", {option});
+    return format == option ? "sha1" : format;
+}
+
 std::optional<std::string> RVGitRepository::outputOfGitInGitDirectory(
     const char* gitCommand, const std::vector<std::string>& arguments) const {
     const auto command = RVGitCommand::gitCommandWithGitBinary(RVGitBinary::defaultGitBinary(),

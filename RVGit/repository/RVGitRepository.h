@@ -159,6 +159,11 @@ public:
     /// False also if the HEAD file cannot be read.
     [[nodiscard]] bool isHEADBranchDetached() const;
 
+    /// How git names the objects of the repository: "sha1", or "sha256", which is not supported:
+    /// what would list objects of such a repository fails with code 11. Absent if git fails, or if
+    /// the repository is invalid. Runs git.
+    [[nodiscard]] std::optional<std::string> objectFormat() const;
+
     // Named paths, which need not exist.
 
     [[nodiscard]] std::optional<std::string> configFilePath() const;

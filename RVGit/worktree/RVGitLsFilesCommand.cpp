@@ -8,6 +8,7 @@
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitValues.h"
 #include "RVGit/worktree/RVGitIndexHelper.h"
 
 namespace {
@@ -101,6 +102,11 @@ bool RVGitIndexOutputParser::shouldParseOutputLine(std::string_view line) const 
 }
 
 bool RVGitIndexOutputParser::parseOutputLine(std::string_view line) {
+    // Of a record with a longer hash the filters know no path.
+    const bool holdsSHA256Hash = line.size() > hashColumn && line[hashColumn - 1] == ' ' &&
+                                 beginsWithSHA256Hash(line.substr(hashColumn));
+    if (holdsSHA256Hash)
+        return false;
     if (!shouldParseOutputLine(line))
         return true;
     RVGitIndexOutputParserResultItem& item = indexedResultCache_.emplace_back();

@@ -185,7 +185,8 @@ TEST(RVURLTest, KeychainURLHasOneFormForOneServer) {
 }
 
 TEST(RVURLTest, KeychainURLIsItsOwnNormalForm) {
-    for (const char* text : {"HTTPS://me@Example.ORG:443/A/", "x:", "//H:80//", "http://", "a b"}) {
+    for (const char* text : {"HTTPS://me@Example.ORG:443/A/", "x:", "//H:80//", "http://", "a b",
+                             "x://h:/", "x://[::/a", "x://a@b@h::80/"}) {
         const auto once = normalizedKeychainURL(RVURL(text));
         EXPECT_EQ(normalizedKeychainURL(once), once) << text;
     }

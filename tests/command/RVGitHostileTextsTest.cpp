@@ -22,6 +22,10 @@
 #include "RVGit/history/RVGitMergeBaseCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
 #include "RVGit/history/RVGitShortlogCommand.h"
+#include "RVGit/merge/RVGitCherryPickCommand.h"
+#include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitRebaseCommand.h"
+#include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/lfs/RVGitLFSCleanCommand.h"
 #include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/lfs/RVGitLFSLsFilesCommand.h"
@@ -34,14 +38,25 @@
 #include "RVGit/objects/RVGitTagCommand.h"
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
+#include "RVGit/remotes/RVGitBranchCommand.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
+#include "RVGit/remotes/RVGitCloneCommand.h"
+#include "RVGit/remotes/RVGitCredentialCommand.h"
+#include "RVGit/remotes/RVGitFetchCommand.h"
+#include "RVGit/remotes/RVGitLsRemoteCommand.h"
+#include "RVGit/remotes/RVGitPullCommand.h"
+#include "RVGit/remotes/RVGitPushCommand.h"
+#include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitRefLogCommand.h"
+#include "RVGit/repository/RVGitRefSpec.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
 #include "RVGit/svn/RVGitSVNCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckAttrCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
@@ -120,6 +135,9 @@ Field filePaths() {
             }};
 }
 
+std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const std::string& name) {
+    return RVGitRemote::remoteWithRepository(repository, name, std::nullopt, std::nullopt,
+                                             std::nullopt);
 // What the idle git prints is no pointer.
 class CleanOfNothing : public RVGitLFSCleanCommand {
 public:
@@ -201,6 +219,30 @@ const std::map<std::string, std::vector<Field>>& table() {
            [](auto& repository, auto& text) {
                return RVGitBlameCommand::gitBlameCommandWithRepository(repository, "HEAD", text);
            }}}},
+        {"RVGitBranchCommand",
+         {{"RefNames", RefusedName,
+           with<RVGitBranchCommand>(
+               [](auto& command, auto& text) { command.setRefNames(Arguments{text}); }),
+           RVGitCreateBranchInvalidNameError},
+          {"StartingPoint", RefusedName,
+           with<RVGitBranchCommand>([](auto& command, auto& text) {
+               command.setRefNames(Arguments{"name"});
+               command.setStartingPoint(text);
+           }),
+           RVGitCreateBranchInvalidObjectError},
+          {"TrackedRefName", RefusedName,
+           with<RVGitBranchCommand>([](auto& command, auto& text) {
+               command.setRefNames(Arguments{"name"});
+               command.setTrackedRefName(text);
+           }),
+           RVGitTrackBranchInvalidObjectError},
+          {"RenameToRefName", RefusedName,
+           with<RVGitBranchCommand>([](auto& command, auto& text) {
+               command.setRefNames(Arguments{"name"});
+               command.setRenamesBranch(true);
+               command.setRenameToRefName(text);
+           }),
+           RVGitCreateBranchInvalidNameError}}},
         {"RVGitCheckAttrCommand",
          {{"FilePaths", ListOnInput,
            [](auto& repository, auto& text) {
@@ -212,6 +254,26 @@ const std::map<std::string, std::vector<Field>>& table() {
            with<RVGitCheckoutCommand>(
                [](auto& command, auto& text) { command.setRevision(text); })},
           filePaths<RVGitCheckoutCommand>()}},
+        {"RVGitCherryPickCommand",
+         {{"Revisions", RefusedRevision,
+           withOptions<RVGitCherryPickCommand>([](auto& command, auto& text) {
+               command.setRevisions(Arguments{"HEAD", text});
+           })}}},
+        {"RVGitCloneCommand",
+         {{"RemoteURL", RefusedName,
+           [](auto&, auto& text) {
+               return RVGitCloneCommand::gitCloneCommandWithRemoteURL(text, "path", std::nullopt);
+           }},
+          {"LocalPath", Path,
+           [](auto&, auto& text) {
+               return RVGitCloneCommand::gitCloneCommandWithRemoteURL("url", text, std::nullopt);
+           }},
+          {"Filter", Attached,
+           [](auto&, auto& text) {
+               return RVGitCloneCommand::gitCloneCommandWithRemoteURL(
+                   "url", "path", RVOptions{{RVGitCloneOptionFilter, text}});
+           },
+           0, "--filter="}}},
         {"RVGitCommitCommand",
          {{"Message", NotAnArgument,
            [](auto& repository, auto& text) {
@@ -248,11 +310,42 @@ const std::map<std::string, std::vector<Field>>& table() {
                command.setConfigKey("a.b");
                command.setConfigValueRegex(text);
            })}}},
+        // What would be another line of its request is refused in its own way.
+        {"RVGitCredentialCommand",
+         {{"HttpURL", NotAnArgument,
+           [](auto&, auto& text) {
+               return RVGitCredentialCommand::gitFillCredentialCommandWithHTTPURL(RVURL(text));
+           }},
+          {"Username", NotAnArgument,
+           [](auto&, auto& text) {
+               return RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(
+                   RVURL("https://host"), text, "password");
+           }},
+          {"Password", NotAnArgument,
+           [](auto&, auto& text) {
+               return RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(
+                   RVURL("https://host"), "name", text);
+           }}}},
         {"RVGitDiffCommand",
          {{"Submodule", Attached,
            withOptions<RVGitDiffCommand>(
                [](auto& command, auto& text) { command.setSubmodule(text); }),
            0, "--submodule="}}},
+        {"RVGitFetchCommand",
+         {{"RemoteURLString", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitFetchCommand::gitFetchCommandWithRepository(repository, text, nullptr);
+           }},
+          {"Remote", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitFetchCommand::gitFetchCommandWithRepository(
+                   repository, remoteNamed(repository, text), nullptr, std::nullopt);
+           }},
+          {"RefSpec", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitFetchCommand::gitFetchCommandWithRepository(
+                   repository, "url", RVGitRefSpec::refSpecFromString(text));
+           }}}},
         // Its fields are those of the classes that are made of it.
         {"RVGitFilePathsCommand",
          {{"FilePaths", NotAnArgument,
@@ -365,10 +458,25 @@ const std::map<std::string, std::vector<Field>>& table() {
            withOptions<RVGitLogCommand>(
                [](auto& command, auto& text) { command.setPrettyFormat(text); })}}},
         {"RVGitLsFilesCommand", {filePaths<RVGitLsFilesCommand>()}},
+        {"RVGitLsRemoteCommand",
+         {{"RemoteURL", RefusedName,
+           [](auto&, auto& text) {
+               return RVGitLsRemoteCommand::gitLsRemoteCommandWithRemoteURL(text, std::nullopt);
+           }}}},
         {"RVGitMergeBaseCommand",
          {{"Revisions", RefusedRevision, with<RVGitMergeBaseCommand>([](auto& command, auto& text) {
                command.setRevisions({"HEAD", text});
            })}}},
+        {"RVGitMergeCommand",
+         {{"Revision", RefusedName,
+           withOptions<RVGitMergeCommand>(
+               [](auto& command, auto& text) { command.setRevision(text); })},
+          {"AllowedSignersFile", Attached,
+           withOptions<RVGitMergeCommand>([](auto& command, auto& text) {
+               command.setVerifiesSignatures(true);
+               command.setAllowedSignersFile(text);
+           }),
+           0, "gpg.ssh.allowedSignersFile="}}},
         {"RVGitMoveCommand",
          {{"SourceFilePath", Path,
            [](auto& repository, auto& text) {
@@ -378,6 +486,74 @@ const std::map<std::string, std::vector<Field>>& table() {
            [](auto& repository, auto& text) {
                return RVGitMoveCommand::gitMoveCommandWithRepository(repository, "source", text);
            }}}},
+        {"RVGitRebaseCommand",
+         {{"Revision", RefusedName,
+           withOptions<RVGitRebaseCommand>(
+               [](auto& command, auto& text) { command.setRevision(text); })},
+          {"CurrentBaseRevision", RefusedName,
+           withOptions<RVGitRebaseCommand>([](auto& command, auto& text) {
+               command.setRebaseOnto(true);
+               command.setTargetBaseRevision("HEAD");
+               command.setCurrentBaseRevision(text);
+           })},
+          {"TargetBaseRevision", RefusedName,
+           withOptions<RVGitRebaseCommand>([](auto& command, auto& text) {
+               command.setRebaseOnto(true);
+               command.setTargetBaseRevision(text);
+           })},
+          {"CommitCleanupOptionValue", Attached,
+           withOptions<RVGitRebaseCommand>([](auto& command, auto& text) {
+               command.setCleanUpCommits(true);
+               command.setCommitCleanupOptionValue(text);
+           }),
+           0, "commit.cleanup="}}},
+        {"RVGitPullCommand",
+         {{"Remote", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPullCommand::gitPullCommandWithRepository(
+                   repository, remoteNamed(repository, text), nullptr, std::nullopt);
+           }},
+          {"RefSpec", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPullCommand::gitPullCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::refSpecFromString(text), std::nullopt);
+           }},
+          {"AllowedSignersFile", Attached,
+           [](auto& repository, auto& text) {
+               auto command = RVGitPullCommand::gitPullCommandWithRepository(
+                   repository, nullptr, nullptr, std::nullopt);
+               command->setVerifiesSignatures(true);
+               command->setAllowedSignersFile(text);
+               return command;
+           },
+           0, "gpg.ssh.allowedSignersFile="}}},
+        {"RVGitPushCommand",
+         {{"Remote", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, remoteNamed(repository, text), RVGitRefSpec::refSpecFromString("a"),
+                   std::nullopt);
+           }},
+          {"RefSpecs", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::refSpecFromString(text), std::nullopt);
+           }},
+          {"RefSpecs", RefusedName,
+           [](auto& repository, auto& text) {
+               return RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::deleteRefSpecWithRemoteRefName(text),
+                   RVOptions{{RVGitPushOptionDeleteRef, true}});
+           }},
+          {"LeaseValueCommitHash", Attached,
+           [](auto& repository, auto& text) {
+               auto command = RVGitPushCommand::gitPushCommandWithRepository(
+                   repository, nullptr, RVGitRefSpec::refSpecFromString("a:b"),
+                   RVOptions{{RVGitPushOptionForcePushWithLease, true}});
+               command->setLeaseValueCommitHash(text);
+               return command;
+           },
+           0, "--force-with-lease=b:"}}},
         {"RVGitRefLogCommand",
          {{"RefName", RefusedName,
            withOptions<RVGitRefLogCommand>(
@@ -386,11 +562,28 @@ const std::map<std::string, std::vector<Field>>& table() {
            withOptions<RVGitRefLogCommand>(
                [](auto& command, auto& text) { command.setSearchPattern(text); }),
            0, "--grep="}}},
+        {"RVGitRemoteCommand",
+         {{"RemoteNames", RefusedName,
+           with<RVGitRemoteCommand>([](auto& command, auto& text) {
+               command.setCreatesRemote(true);
+               command.setRemoteNames(Arguments{text});
+           }),
+           RVGitCreateRemoteInvalidNameError},
+          {"URL", RefusedName,
+           with<RVGitRemoteCommand>([](auto& command, auto& text) {
+               command.setCreatesRemote(true);
+               command.setURL(text);
+           })}}},
         {"RVGitResetCommand",
          {{"Revision", RefusedRevision,
            with<RVGitResetCommand>([](auto& command, auto& text) { command.setRevision(text); }),
            RVGitResetCommand::unresolvedRevisionErrorCode},
           filePaths<RVGitResetCommand>()}},
+        {"RVGitRevertCommand",
+         {{"Revisions", RefusedRevision,
+           withOptions<RVGitRevertCommand>([](auto& command, auto& text) {
+               command.setRevisions(Arguments{"HEAD", text});
+           })}}},
         {"RVGitRevListCommand",
          {{"Revisions", RefusedRevision, withOptions<RVGitRevListCommand>([](auto& command,
                                                                              auto& text) {
@@ -498,6 +691,11 @@ const std::map<std::string, std::vector<Field>>& table() {
                return RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository,
                                                                                  nullptr, text);
            }}}},
+        {"RVGitSubmoduleCommand",
+         {filePaths<RVGitSubmoduleCommand>(),
+          {"RemoteURL", RefusedName,
+           with<RVGitSubmoduleCommand>(
+               [](auto& command, auto& text) { command.setRemoteURL(text); })}}},
         {"RVGitTagCommand",
          {{"RefNames", RefusedName,
            [](auto& repository, auto& text) {

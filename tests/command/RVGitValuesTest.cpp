@@ -185,6 +185,13 @@ TEST_F(RVGitValuesTest, ShorteningToALengthGivesNothingForAShorterHash) {
     EXPECT_THAT(RVGitShortenHashWithLength("1234567", 3), Optional(Eq("123")));
     EXPECT_EQ(RVGitShortenHashWithLength("1234567", 8), std::nullopt);
     EXPECT_EQ(RVGitShortenHashWithLength(std::nullopt, 0), std::nullopt);
+    EXPECT_THAT(RVGitShortenHashWithLength("", 0), Optional(Eq("")));
+    // Characters, not bytes.
+    EXPECT_THAT(RVGitShortenHashWithLength("aü\u20ACb", 2), Optional(Eq("aü")));
+    EXPECT_THAT(RVGitShortenHashWithLength("aü\u20ACb", 4), Optional(Eq("aü\u20ACb")));
+    EXPECT_EQ(RVGitShortenHashWithLength("aü\u20ACb", 5), std::nullopt);
+    EXPECT_THAT(RVGitShortenHash("1234567üß"), Optional(Eq("1234567ü")));
+    EXPECT_THAT(RVGitShortenHash("123456ü"), Optional(Eq("123456ü")));
 }
 
 TEST_F(RVGitValuesTest, ARevisionRangeTurnsItsArgumentsRound) {

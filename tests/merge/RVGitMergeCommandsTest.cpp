@@ -504,6 +504,13 @@ TEST_F(RVGitMergeCommandsTest, ARevisionIsNeverAnOption) {
     EXPECT_EQ(codeOf(errorOf(*from)), RVGitRVGitGenericError);
     EXPECT_EQ(codeOf(errorOf(*pick)), RVGitRVGitGenericError);
     EXPECT_EQ(codeOf(errorOf(*revert)), RVGitRVGitGenericError);
+    // What selects commits elsewhere is an abbreviated option here: "--allow-unrelated-histories".
+    const auto all = make<RVGitMergeCommand>();
+    all->setRevision("--all");
+    EXPECT_EQ(codeOf(errorOf(*all)), RVGitRVGitGenericError);
+    const auto rebaseAll = make<RVGitRebaseCommand>();
+    rebaseAll->setRevision("--all");
+    EXPECT_EQ(codeOf(errorOf(*rebaseAll)), RVGitRVGitGenericError);
     EXPECT_TRUE(recorder.argumentLists().empty());
     EXPECT_FALSE(fileExists("proof"));
 }

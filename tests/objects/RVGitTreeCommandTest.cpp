@@ -36,7 +36,7 @@ std::string parsed(std::string_view output) {
 /// The same by nothing but the regular expression.
 std::string parsedByExpression(std::string_view output) {
     static const RVRegularExpression expression(
-        R"(^(\d{6})\s(\w+)\s([a-f0-9]{40})(\s+(\d+|\-))?\t(.+))",
+        R"(^(\d{6})\s(\w+)\s([a-f0-9]{40})((?!\t)\s+(\d+|\-))?\t(.+))",
         RVRegularExpression::DotMatchesLineSeparators);
     std::vector<RVGitTreeOutputParserResultItem> items;
     for (std::string_view bytes : componentsSeparatedByNULByte(output)) {
@@ -92,9 +92,9 @@ TEST(RVGitTreeOutputParserTest, PathsWithTabsAndNewlinesStayWhole) {
               "33188|2|" + hash + "|3|\ta\tb\n");
 }
 
-TEST(RVGitTreeOutputParserTest, ANumberAheadOfATabCountsAsTheSize) {
-    EXPECT_EQ(parsed("100644 blob " + hash + "\t5\tname\0"s), "33188|2|" + hash + "|5|name\n");
-    EXPECT_EQ(parsed("100644 blob " + hash + "\t-\tname\0"s), "33188|2|" + hash + "|0|name\n");
+TEST(RVGitTreeOutputParserTest, ANumberAheadOfATabIsAPartOfThePath) {
+    EXPECT_EQ(parsed("100644 blob " + hash + "\t5\tname\0"s), "33188|2|" + hash + "|0|5\tname\n");
+    EXPECT_EQ(parsed("100644 blob " + hash + "\t-\tname\0"s), "33188|2|" + hash + "|0|-\tname\n");
     EXPECT_EQ(parsed("100644 blob " + hash + "\t5\t\0"s), "33188|2|" + hash + "|0|5\t\n");
 }
 

@@ -376,6 +376,54 @@ TEST_F(RVGitBranchTest, ManyThreadsListAtOnce) {
     EXPECT_EQ(wholeLists, 12);
 }
 
+TEST_F(RVGitBranchTest, ABranchNamedAsHeadIsListedAndNotFound) {
+    makeCommit();
+    gitInRepository({"update-ref", "refs/heads/HEAD", "HEAD"});
+    EXPECT_THAT(names(), ElementsAre("refs/heads/HEAD", "*refs/heads/main"));
+    EXPECT_EQ(branchNamed("HEAD"), nullptr);
+    ASSERT_TRUE(branchNamed("refs/heads/HEAD"));
+}
+
+using RVGitBranchSlowTest = RVGitBranchTest;
+
+TEST_F(RVGitBranchSlowTest, TwentyThousandBranchesAreWhatGitSays) {
+    const std::string hash = makeCommit();
+    const std::string otherHash = makeCommit();
+    std::string heads, remotes, configuration = readFile("repository/.git/config");
+    for (int number = 10000; number < 30000; ++number) {
+        const std::string name = "topic-" + std::to_string(number);
+        heads += (number % 2 ? hash : otherHash) + " refs/heads/" + name + "\n";
+        if (number < 18000)
+            remotes += otherHash + " refs/remotes/origin/" + name + "\n";
+        if (number < 10200)
+            configuration +=
+                "[branch \"" + name + "\"]\n\tremote = origin\n\tmerge = refs/heads/" + name + "\n";
+    }
+    writeFile("repository/.git/packed-refs",
+              "# pack-refs with: peeled fully-peeled sorted \n" + heads + remotes);
+    writeFile("repository/.git/config", configuration +
+                                            "[remote \"origin\"]\n\turl = x\n"
+                                            "\tfetch = +refs/heads/*:refs/remotes/origin/*\n");
+    std::string expected;
+    for (const auto& branch : listed())
+        expected +=
+            *branch->fullRefName() + " " + *branch->commitHash() + " " +
+            (branch->commitsBehind() ? "[behind " + std::to_string(branch->commitsBehind()) + "]"
+                                     : "") +
+            "\n";
+    EXPECT_EQ(
+        git({"for-each-ref", "--format=%(refname) %(objectname) %(upstream:track)", "refs/heads"},
+            repositoryPath()),
+        expected);
+    const auto remote = RVGitRemote::originRemoteForRepository(repository());
+    ASSERT_TRUE(remote);
+    EXPECT_EQ(remote->branches()->size(), 8000U);
+    const auto tracking = listed();
+    EXPECT_EQ(std::count_if(tracking.begin(), tracking.end(),
+                            [](const auto& branch) { return branch->isTracking(); }),
+              200);
+}
+
 // The configuration of a branch.
 
 TEST_F(RVGitBranchTest, TrackingComesFromTheConfiguration) {
