@@ -257,7 +257,7 @@ TEST_F(RVGitSVNBridgeTest, ACancelledCloneIsCompletedByAFetch) {
         url_, scratchPath("clone"), RVOptions{{RVGitSVNOptionStandardDirectoryLayout, true}});
     std::atomic<bool> cancelled = false;
     command->setProgressHandler([&](RVGitCommandProgress& progress) {
-        if (progress.currentProgressOutput().find("r3 = ") == std::string::npos || cancelled)
+        if (progress.currentProgressOutput().find(" = ") == std::string::npos || cancelled)
             return;
         cancelled = true;
         command->cancel();
