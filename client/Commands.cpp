@@ -3,6 +3,14 @@
 #include <charconv>
 
 #include "RVGit/command/RVGitCommandEnvironment.h"
+#include "RVGit/command/RVGitError.h"
+
+Failure::Failure(const std::optional<RVError>& failure)
+    : error(failure.value_or(
+          RVError(RVGitErrorDomain, RVGitRVGitGenericError,
+                  {{RVLocalizedDescriptionErrorKey, "Nothing Found"},
+                   {RVLocalizedFailureReasonErrorKey,
+                    "What was asked for is not there, and git gave no reason."}}))) {}
 
 std::optional<std::string> Arguments::next() {
     if (position_ == words_.size())
@@ -69,7 +77,78 @@ const std::vector<Command>& allCommands() {
          "stash [list | save [-m MESSAGE] [--keep-index] [--include-untracked]\n"
          "        | apply [N] | pop [N] | drop [N]]",
          runStash},
+        {"merge",
+         "merge [--no-commit] [--no-ff] [--squash] [--verify-signatures] [--no-verify] REV",
+         runMerge},
+        {"rebase",
+         "rebase [--keep-empty] [--rebase-merges] [--autosquash] [--no-verify]\n"
+         "         [--onto TARGET [BASE]] REV",
+         runRebase},
+        {"cherry-pick", "cherry-pick [--no-commit] [--ff] [-m PARENT] REV...", runCherryPick},
+        {"revert", "revert [--no-commit] [-m PARENT] REV...", runRevert},
+        {"resolve", "resolve (--add | --remove | --ours | --theirs | --base | --markers) PATH...",
+         runResolve},
+        {"continue", "continue [-m MESSAGE] [--empty]     --empty: commits a step without changes",
+         runContinue},
+        {"skip", "skip      goes on without the step that has stopped", runSkip},
+        {"abort", "abort     back to where it began", runAbort},
+        {"quit", "quit      forgets what is left of a cherry-pick or revert", runQuit},
+        {"move", "move REV... (--above | --below) REV", runMove},
+        {"drop", "drop REV...", runDrop},
+        {"squash", "squash REV... [--into REV]     keeps all messages; into the oldest of several",
+         runSquash},
+        {"fixup", "fixup REV... [--into REV]      keeps one message", runFixup},
+        {"reword", "reword REV -m MESSAGE", runReword},
+        {"edit", "edit [--amend] REV     stops there, with the commit taken apart or to amend",
+         runEdit},
+        {"can-merge", "can-merge REV [INTO]     lists the files that would conflict", runCanMerge},
+        {"mergetool", "mergetool [--tool NAME] [--keep-backup] PATH...", runMergeTool},
+        {"difftool", "difftool [--tool NAME] [--dir-diff] [--staged] [REV...] [-- PATH...]",
+         runDiffTool},
+        {"branch",
+         "branch [list | create NAME [REV] | rename [--force] NAME NEW | delete [--force] NAME...\n"
+         "        | track NAME UPSTREAM | untrack NAME]",
+         runBranch},
+        {"remote",
+         "remote [list | add NAME URL | rename NAME NEW | remove NAME | set-url [--push] NAME URL]",
+         runRemote},
+        {"submodule",
+         "submodule [list | add [--force] URL PATH | init [PATH...]\n"
+         "           | update [--init] [--recursive] [--force] [PATH...] | sync [PATH]\n"
+         "           | remove [--force] [--keep] [--git-directory] PATH\n"
+         "           | move PATH NEW-PATH | rename NAME NEW-NAME]",
+         runSubmodule},
         {"ignore", "ignore [--local] [PATTERN...]     without one, lists them", runIgnore},
+        {"clone",
+         "clone [--bare] [--recursive] [--depth N] [--filter FILTER] [--single-branch] URL [PATH]",
+         runClone, false},
+        {"fetch",
+         "fetch [--prune] [--tags] [--recurse-submodules] [--depth N | --unshallow]\n"
+         "        [REMOTE [REFSPEC]]",
+         runFetch},
+        {"pull", "pull [--rebase] [--no-verify] [REMOTE [REFSPEC]]", runPull},
+        {"push",
+         "push [--force | --force-with-lease | --delete] [--tags] [--no-verify] [REMOTE "
+         "[REFSPEC...]]",
+         runPush},
+        {"ls-remote", "ls-remote [--heads] [--tags] URL", runLsRemote, false},
+        {"credential",
+         "credential fill | approve | reject URL     approve reads a name and a password, each "
+         "on a line",
+         runCredential, false},
+        {"archive", "archive REV FILE [PATH...]     the extension of FILE says which format",
+         runArchive},
+        {"lfs",
+         "lfs install [--local | --system] | track [PATTERN...] | untrack PATTERN...\n"
+         "        | ls-files [REV] | fetch | pull [REMOTE] | push [REMOTE [REF...]] | checkout | "
+         "prune\n"
+         "        | pointer FILE | smudge FILE     what the pointer in FILE stands for",
+         runLFS},
+        {"svn",
+         "svn clone [--stdlayout] [--trunk DIR] [--branches DIR] [--tags DIR] URL [PATH]\n"
+         "        | fetch [REMOTE] | rebase | dcommit [REV]\n"
+         "        | branch | tag [-m MESSAGE] [--destination DIR] [--parents] NAME [REV]",
+         runSVN, false},
     };
     return commands;
 }

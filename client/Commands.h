@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -20,7 +21,15 @@ public:
 
 /// The library has failed.
 struct Failure {
+    explicit Failure(RVError failure) : error(std::move(failure)) {}
+    /// Nothing came back and no error says why: what was asked for is not there, or git was ended.
+    explicit Failure(const std::optional<RVError>& failure);
+    Failure(RVError failure, std::string whatToDo)
+        : error(std::move(failure)), advice(std::move(whatToDo)) {}
+
     RVError error;
+    /// What the user can do now; printed below the error.
+    std::string advice = {};
 };
 
 /// The words behind a command's name, taken one after the other.
@@ -49,12 +58,18 @@ private:
 /// others. Not for a command that stashes: git stash has patterns of its own.
 void takePathsLiterally();
 
+/// Does this, too, when the user interrupts the client, on another thread, again and again until it
+/// ends: for what does not run on the library's shared queue.
+void whenInterrupted(std::function<void()> action);
+
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {
     std::string_view name;
     std::string_view usage;
     void (*run)(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                 Output& output);
+    /// Without it, the repository is null.
+    bool needsRepository = true;
 };
 
 /// All commands, in the order in which help lists them.
@@ -88,5 +103,65 @@ void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
                Output& output);
 void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
               Output& output);
+void runBranch(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                  Output& output);
 void runIgnore(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
+void runMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runRebase(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runCherryPick(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                   Output& output);
+void runRevert(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runContinue(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runSkip(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runAbort(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runQuit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runResolve(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+void runMove(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runDrop(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runSquash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runFixup(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runReword(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+               Output& output);
+void runEdit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runCanMerge(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runMergeTool(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                  Output& output);
+void runDiffTool(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runClone(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runFetch(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runPull(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runPush(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+             Output& output);
+void runLsRemote(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runCredential(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                   Output& output);
+void runArchive(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                Output& output);
+void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);
+void runSVN(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+            Output& output);

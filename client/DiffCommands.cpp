@@ -75,10 +75,10 @@ void runShow(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
     const auto changeset = RVGitChangeset::changesetByComparingRevisionWithAncestorForRevision(
         revision, {}, repository, options, &error);
     if (!changeset)
-        throw Failure{*error};
+        throw Failure(error);
     const auto diffs = changeset->allDiffs(&error);
     if (!diffs)
-        throw Failure{*error};
+        throw Failure(error);
     printChangeset(*changeset, output);
     output << "\n";
     // The log leaves all of them out where one of them holds a NUL byte.
@@ -111,6 +111,6 @@ void runDiff(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
     const auto diffs =
         RVGitDiff::allDiffsByComparingRevisions(revisions, paths, repository, options, &error);
     if (!diffs)
-        throw Failure{*error};
+        throw Failure(error);
     printDiffs(*diffs, output);
 }

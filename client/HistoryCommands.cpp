@@ -30,7 +30,7 @@ void runTags(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
     std::optional<RVError> error;
     const auto tags = RVGitTag::allTagsForRepository(repository, &error);
     if (!tags)
-        throw Failure{*error};
+        throw Failure(error);
     for (const auto& tag : *tags)
         output << output.in(Colour::Yellow, shortHash(tag->commitHash())) << " "
                << dateText(tag->creatorDate()) << " "
@@ -45,7 +45,7 @@ void runBlame(const std::shared_ptr<RVGitRepository>& repository, Arguments argu
     std::optional<RVError> error;
     const auto blame = RVGitBlame::blameForFilePath(file, revision, repository, &error);
     if (!blame)
-        throw Failure{*error};
+        throw Failure(error);
     for (const auto& line : blame->annotatedLines()) {
         const auto& commit = line->commit();
         const auto author = commit->author();
@@ -72,7 +72,7 @@ void runReflog(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     const auto entries = RVGitRefLogEntryManager(repository)
                              .loadRefLogEntriesForRefWithName(refName, options, &error);
     if (!entries)
-        throw Failure{*error};
+        throw Failure(error);
     for (const auto& entry : *entries)
         output << output.in(Colour::Yellow, shortHash(entry->revision())) << " "
                << dateText(entry->date()) << " "
@@ -97,7 +97,7 @@ void runShortlog(const std::shared_ptr<RVGitRepository>& repository, Arguments a
     const auto contributions = RVGitContributionInfo::allContributionInfosForRepository(
         repository, revision, limit, options, &error);
     if (!contributions)
-        throw Failure{*error};
+        throw Failure(error);
     for (const auto& contribution : *contributions) {
         const std::string count = std::to_string(contribution->numberOfCommits());
         output << std::string(count.size() < 6 ? 6 - count.size() : 0, ' ') << count << "  "

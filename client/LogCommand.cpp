@@ -76,6 +76,6 @@ void runLog(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
     const auto commits =
         RVGitCommit::allCommitsForRevisions(revisions, paths, repository, options, &error);
     if (!commits)
-        throw Failure{*error};
+        throw Failure(error);
     printCommits(*commits, style, output);
 }

@@ -2,10 +2,14 @@
 
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
+#include "RVGit/remotes/RVGitBranch.h"
+#include "RVGit/remotes/RVGitBranchTrackingState.h"
 #include "RVGit/repository/RVGitRef.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "client/BranchText.h"
 #include "client/Commands.h"
 #include "client/CommitList.h"
+#include "client/OperationText.h"
 
 namespace {
 
@@ -26,16 +30,23 @@ std::string counted(std::size_t count, std::string_view singular, std::string_vi
     return std::to_string(count) + " " + std::string(count == 1 ? singular : plural);
 }
 
-void printHead(RVGitRepository& repository, Output& output) {
+void printHead(const std::shared_ptr<RVGitRepository>& repository, Output& output) {
     output << "HEAD   ";
-    const std::string name = repository.HEADRefName().value_or("unreadable");
-    if (repository.isHEADBranchDetached()) {
+    const std::string name = repository->HEADRefName().value_or("unreadable");
+    if (repository->isHEADBranchDetached()) {
         output << "detached at " << output.in(Colour::Yellow, name) << "\n";
         return;
     }
     output << output.in(Colour::Green, printable(name));
-    const auto revision = repository.HEADRevision();
-    output << (!revision || revision->empty() ? " (no commit yet)" : "") << "\n";
+    std::optional<RVError> error;
+    const auto state = RVGitBranch::trackingStateForBranchWithRefName(name, repository, &error);
+    if (error)
+        throw Failure(error);
+    if (!state)
+        output << " (no commit yet)";
+    else if (state->upstreamRefName)
+        output << ", tracks " << trackingText(*state, output);
+    output << "\n";
 }
 
 }  // namespace
@@ -48,12 +59,14 @@ void runOverview(const std::shared_ptr<RVGitRepository>& repository, Arguments a
            << "kind   " << kindOf(*repository) << "\n";
     if (repository->gitDirectoryPath() != repository->path())
         output << "git    " << printable(repository->gitDirectoryPath().value_or("")) << "\n";
-    printHead(*repository, output);
+    printHead(repository, output);
+    if (const std::string underWay = operationText(repository); !underWay.empty())
+        output << "now    " << output.in(Colour::Magenta, underWay) << "\n";
 
     std::optional<RVError> error;
     const auto refs = RVGitRef::allRefsForRepository(repository, std::nullopt, &error);
     if (!refs)
-        throw Failure{*error};
+        throw Failure(error);
     std::array<std::size_t, 5> countOfType{};
     for (const auto& ref : *refs)
         ++countOfType[ref->refType()];
@@ -66,6 +79,6 @@ void runOverview(const std::shared_ptr<RVGitRepository>& repository, Arguments a
     // HEAD, so that an unborn branch is no error.
     const auto commits = RVGitCommit::allCommitsForRevisions({}, {}, repository, options, &error);
     if (!commits)
-        throw Failure{*error};
+        throw Failure(error);
     printCommits(*commits, {}, output);
 }

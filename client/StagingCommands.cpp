@@ -54,7 +54,7 @@ Request requestFrom(Arguments& arguments, const std::string& command, std::span<
 
 void demand(bool done, const std::optional<RVError>& error) {
     if (!done)
-        throw Failure{*error};
+        throw Failure(error);
 }
 
 }  // namespace

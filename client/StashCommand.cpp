@@ -8,7 +8,7 @@ void printStashes(const std::shared_ptr<RVGitRepository>& repository, Output& ou
     std::optional<RVError> error;
     const auto stashes = RVGitStash::allStashesForRepository(repository, &error);
     if (!stashes)
-        throw Failure{*error};
+        throw Failure(error);
     for (const auto& stash : *stashes) {
         output << output.in(Colour::Yellow, std::to_string(stash->index())) << "  "
                << dateText(stash->creationDate()) << "  "
@@ -34,7 +34,7 @@ void saveStash(const std::shared_ptr<RVGitRepository>& repository, Arguments& ar
     (void)RVGitStash::saveStashFromWorkingTreeInRepository(repository, message, options, &error);
     // A stash that another process takes away at once is no failure.
     if (error)
-        throw Failure{*error};
+        throw Failure(error);
 }
 
 }  // namespace
@@ -62,5 +62,5 @@ void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments argu
     // An index past the end is no error of git's.
     if (!error)
         throw UsageError("there is no stash " + std::to_string(index));
-    throw Failure{*error};
+    throw Failure(error);
 }

@@ -3,6 +3,7 @@
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
 #include "client/Commands.h"
+#include "client/OperationText.h"
 
 namespace {
 
@@ -61,7 +62,9 @@ void runStatus(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     auto entries =
         RVGitWorkingTreeEntry::allWorkingTreeEntriesForRepository(repository, options, &error);
     if (!entries)
-        throw Failure{*error};
+        throw Failure(error);
+    if (const std::string underWay = operationText(repository); !underWay.empty())
+        output << output.in(Colour::Magenta, underWay) << "\n";
     std::ranges::sort(*entries, {}, [](const auto& entry) { return entry->filePath(); });
     for (const Group& group : groups) {
         std::string files;

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
+#include <mutex>
 #include <system_error>
 #include <thread>
 
@@ -20,11 +22,14 @@
 #include "RVGit/command/RVGitEnglishTexts.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
+#include "client/Documents.h"
 
 namespace {
 
 constexpr int exitInterrupted = 130;
 std::atomic<bool> interrupted = false;
+std::mutex interruptMutex;
+std::function<void()> interruptAction;
 
 void printUsage(std::FILE* stream) {
     std::fputs(
@@ -50,6 +55,8 @@ void cancelCommandsWhenInterrupted() {
         interrupted = true;
         while (true) {
             RVGitCommandQueue::sharedQueue().cancelAllCommands();
+            if (const std::lock_guard lock(interruptMutex); interruptAction)
+                interruptAction();
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     }).detach();
@@ -87,6 +94,17 @@ int run(std::vector<std::string> words) {
         const std::string& word = words[position];
         if (word == "--help" || word == "-h")
             return printUsage(stdout), finishOutput();
+        if (word == "--version")
+            return std::puts("rvgit " RVGIT_VERSION), finishOutput();
+        // For the build, which installs them.
+        if (word == "--man")
+            return std::fputs(manualPage(RVGIT_VERSION).c_str(), stdout), finishOutput();
+        if (word == "--completion" && position + 1 < words.size()) {
+            const auto script = completionScript(words[position + 1]);
+            if (!script)
+                return complain("there are completions for bash, zsh and fish", 2);
+            return std::fputs(script->c_str(), stdout), finishOutput();
+        }
         if (word == "--verbose")
             verbose = true;
         else if (word == "-C" && position + 1 < words.size())
@@ -117,15 +135,24 @@ int run(std::vector<std::string> words) {
     // A repository knows its paths from the root on.
     std::error_code ignored;
     path = standardizedPath(std::filesystem::absolute(path, ignored).string());
-    const auto repository = RVGitRepository::repositoryWithPath(path);
-    if (interrupted)
-        return exitInterrupted;
-    if (!repository->isValid()) {
-        std::string message = "there is no repository at " + printable(path);
-        const auto reason = RVGitRepository::reasonForInvalidRepositoryAtPath(path).value_or("");
-        for (const std::string& line : componentsSeparatedByString(reason, "\n"))
-            message += "\n" + printable(line);
-        return complain(message, 1);
+    std::shared_ptr<RVGitRepository> repository;
+    if (command->needsRepository) {
+        repository = RVGitRepository::repositoryWithPath(path);
+        if (interrupted)
+            return exitInterrupted;
+        if (!repository->isValid()) {
+            std::string message = "there is no repository at " + printable(path);
+            const auto reason =
+                RVGitRepository::reasonForInvalidRepositoryAtPath(path).value_or("");
+            for (const std::string& line : componentsSeparatedByString(reason, "\n"))
+                message += "\n" + printable(line);
+            return complain(message, 1);
+        }
+    } else {
+        // What it names is named from there.
+        std::filesystem::current_path(path, ignored);
+        if (ignored)
+            return complain("there is no directory " + printable(path), 1);
     }
 
     Output output(isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
@@ -136,12 +163,19 @@ int run(std::vector<std::string> words) {
     } catch (const Failure& failure) {
         if (!interrupted)
             printError(failure.error, verbose);
+        if (!interrupted && !failure.advice.empty())
+            std::fprintf(stderr, "%s\n", failure.advice.c_str());
         return interrupted ? exitInterrupted : 1;
     }
     return interrupted ? exitInterrupted : write(output);
 }
 
 }  // namespace
+
+void whenInterrupted(std::function<void()> action) {
+    const std::lock_guard lock(interruptMutex);
+    interruptAction = std::move(action);
+}
 
 int main(int argc, char** argv) {
     cancelCommandsWhenInterrupted();

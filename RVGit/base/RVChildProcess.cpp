@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,8 +35,21 @@ struct Pipe {
 };
 
 int openForReading(const std::string& path, RVDescriptor& descriptor) {
-    descriptor = RVDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    return descriptor.isOpen() ? RVSystem::moveAboveStandardStreams(descriptor) : errno;
+    // Without O_NONBLOCK a named pipe would hold the caller until somebody writes to it.
+    descriptor =
+        RVDescriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+    struct stat status;
+    if (!descriptor.isOpen() || fstat(descriptor.number(), &status) != 0)
+        return errno;
+    if (!S_ISREG(status.st_mode))
+        return S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    fcntl(descriptor.number(), F_SETFL, fcntl(descriptor.number(), F_GETFL) & ~O_NONBLOCK);
+    return RVSystem::moveAboveStandardStreams(descriptor);
+}
+
+int duplicate(int number, RVDescriptor& descriptor) {
+    descriptor = RVDescriptor(fcntl(number, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    return descriptor.isOpen() ? 0 : errno;
 }
 
 void makeNonBlocking(const RVDescriptor& descriptor) {
@@ -392,6 +406,8 @@ int RVChildProcess::run(const Launch& launch, const OutputHandler& standardOutpu
         failure = input.open();
     if (!failure && launch.standardInput.filePath())
         failure = openForReading(*launch.standardInput.filePath(), input.readEnd);
+    if (!failure && launch.standardInput.descriptor() >= 0)
+        failure = duplicate(launch.standardInput.descriptor(), input.readEnd);
     RVSystem::Waker waker;
     if (!failure)
         failure = waker.open();

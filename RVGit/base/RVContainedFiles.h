@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
 
 /// The files below a directory that strangers may have filled: a git directory or a working tree.
 /// Below the directory no symbolic link is ever followed, neither one in the place of a file nor
@@ -15,7 +16,7 @@
 /// Paths are relative to the directory. One that is empty or absolute, or holds ".." or a NUL,
 /// names nothing: EINVAL. Errors are those of posixError(), with the path; a link is ELOOP (or
 /// ENOTDIR on the way), any other file that is not regular EINVAL, one that is too large EFBIG.
-class RVContainedFiles {
+class RVGIT_EXPORT RVContainedFiles {
 public:
     /// An absent directory holds nothing. Links on the way to the directory itself are followed.
     explicit RVContainedFiles(std::optional<std::string> directoryPath);

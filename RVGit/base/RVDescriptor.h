@@ -5,8 +5,10 @@
 #include <cerrno>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
+
 /// Owns an open file descriptor, or none. Not for public headers.
-class RVDescriptor {
+class RVGIT_EXPORT RVDescriptor {
 public:
     RVDescriptor() = default;
     explicit RVDescriptor(int number) : number_(number) {}

@@ -68,6 +68,13 @@ class RVGIT_EXPORT RVInvalidParameterException : public std::invalid_argument {
 public:
     explicit RVInvalidParameterException(const std::string& condition)
         : std::invalid_argument("Invalid parameter not satisfying: " + condition) {}
+    /// One whose text is the given one alone.
+    [[nodiscard]] static RVInvalidParameterException withText(const std::string& text) {
+        return {text, 0};
+    }
+
+private:
+    RVInvalidParameterException(const std::string& text, int) : std::invalid_argument(text) {}
 };
 
 /// The library's own state contradicts itself.

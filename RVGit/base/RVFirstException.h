@@ -3,9 +3,11 @@
 #include <exception>
 #include <utility>
 
+#include "RVGit/base/RVExport.h"
+
 /// For steps that must all be taken, whatever the others throw: keeps the first exception until
 /// they have been.
-class RVFirstException {
+class RVGIT_EXPORT RVFirstException {
 public:
     explicit RVFirstException(std::exception_ptr exception = nullptr)
         : exception_(std::move(exception)) {}

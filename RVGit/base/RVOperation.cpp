@@ -79,8 +79,8 @@ void RVOperation::start() {
 void RVOperation::cancel() {
     cancelled_.store(true, std::memory_order_release);
     State ready = State::Ready;
-    if (state_.compare_exchange_strong(ready, State::Finished))
-        state_.notify_all();
+    if (state_.compare_exchange_strong(ready, State::Executing))
+        finish();
 }
 
 void RVOperation::waitUntilFinished() {
@@ -103,6 +103,19 @@ void RVOperation::execute() {
         main();
     } catch (...) {
         exception_ = std::current_exception();
+    }
+    finish();
+}
+
+void RVOperation::finish() {
+    // Taken out first: the block may hold the operation that holds it.
+    if (const CompletionBlock block = std::exchange(completionBlock_, nullptr)) {
+        try {
+            block(*this);
+        } catch (...) {
+            if (!exception_)
+                exception_ = std::current_exception();
+        }
     }
     state_.store(State::Finished);
     state_.notify_all();

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <exception>
+#include <functional>
 #include <memory>
 
 #include "RVGit/base/RVExport.h"
@@ -30,6 +31,17 @@ public:
     /// never end: in a handler or hook of the operation itself, or of one that it waits for.
     void waitUntilFinished();
 
+    using CompletionBlock = std::function<void(RVOperation&)>;
+    /// Called once when the work has ended, in whatever way: done, failed, not launched, raised
+    /// something, or cancelled before it began. On the thread that ended it, which is that of
+    /// cancel() in the last case, and before those who wait come back, so that it must not wait for
+    /// its own operation. What it raises reaches those who wait. To be set before the operation is
+    /// started or queued.
+    void setCompletionBlock(CompletionBlock block) { completionBlock_ = std::move(block); }
+    /// What has ended the work and is rethrown to those who wait; null if nothing has. To be read
+    /// in the completion block and once the operation has finished.
+    [[nodiscard]] const std::exception_ptr& exception() const { return exception_; }
+
 protected:
     RVOperation() = default;
 
@@ -44,10 +56,12 @@ private:
 
     /// Runs main() unless the operation was cancelled or run before; never throws.
     void execute();
+    void finish();
 
     std::atomic<State> state_ = State::Ready;
     std::atomic<bool> cancelled_ = false;
     std::exception_ptr exception_;
     /// What the thread that runs this operation waits for; guarded by the lock of all waits.
     const RVOperation* awaited_ = nullptr;
+    CompletionBlock completionBlock_;
 };

@@ -8,6 +8,7 @@
 #include <limits>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVString.h"
 
 namespace {
 
@@ -17,6 +18,158 @@ int32_t timeLimitForText(std::string_view text) {
     constexpr std::size_t highest = std::numeric_limits<int32_t>::max();
     return static_cast<int32_t>(std::min(highest, 2'000 + text.size() / 1'000));
 }
+
+/// Walks over a pattern at its outermost level and keeps the longest run of characters that stand
+/// for themselves. What it does not know ends the walk with nothing.
+class RequiredText {
+public:
+    static std::string ofPattern(std::string_view pattern, bool ignoresCase) {
+        RequiredText text(pattern);
+        if (!text.walk())
+            return {};
+        // How other letters match without regard to case is best left alone.
+        if (ignoresCase && !isASCII(text.longest_))
+            return {};
+        return ignoresCase ? foldedString(text.longest_) : text.longest_;
+    }
+
+private:
+    explicit RequiredText(std::string_view pattern) : rest_(pattern) {}
+
+    bool walk() {
+        while (!rest_.empty()) {
+            const char character = take();
+            switch (character) {
+                case '|':
+                case ')':
+                    return false;
+                case '(':
+                    endRun();
+                    if (!skipGroup() || !takeQuantifier())
+                        return false;
+                    break;
+                case '[':
+                    endRun();
+                    if (!skipSet() || !takeQuantifier())
+                        return false;
+                    break;
+                case '.':
+                case '^':
+                case '$':
+                    endRun();
+                    if (!takeQuantifier())
+                        return false;
+                    break;
+                case '\\':
+                    if (rest_.empty())
+                        return false;
+                    if (isLetterOrDigit(rest_.front())) {
+                        if (std::string_view("dDsSwWbBntr").find(take()) == std::string_view::npos)
+                            return false;
+                        endRun();
+                        if (!takeQuantifier())
+                            return false;
+                    } else if (!addCharacter(take())) {
+                        return false;
+                    }
+                    break;
+                default:
+                    if (!addCharacter(character))
+                        return false;
+                    break;
+            }
+        }
+        endRun();
+        return true;
+    }
+
+    static bool isLetterOrDigit(char character) {
+        return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z') ||
+               (character >= 'A' && character <= 'Z');
+    }
+    char take() {
+        const char character = rest_.front();
+        rest_.remove_prefix(1);
+        return character;
+    }
+    bool addCharacter(char character) {
+        const std::size_t start = run_.size();
+        run_ += character;
+        while (!rest_.empty() && (static_cast<unsigned char>(rest_.front()) & 0xC0) == 0x80)
+            run_ += take();
+        if (rest_.empty() || std::string_view("*?+{").find(rest_.front()) == std::string_view::npos)
+            return true;
+        // Of one that may be missing, or come again, the run holds at most the first.
+        if (rest_.front() != '+')
+            run_.resize(start);
+        endRun();
+        return takeQuantifier();
+    }
+    bool takeQuantifier() {
+        if (rest_.empty())
+            return true;
+        if (rest_.front() == '{') {
+            const std::size_t end = rest_.find('}');
+            if (end == std::string_view::npos)
+                return false;
+            rest_.remove_prefix(end + 1);
+        } else if (std::string_view("*?+").find(rest_.front()) != std::string_view::npos) {
+            rest_.remove_prefix(1);
+        } else {
+            return true;
+        }
+        // Lazy or possessive.
+        if (!rest_.empty() && (rest_.front() == '?' || rest_.front() == '+'))
+            rest_.remove_prefix(1);
+        return true;
+    }
+    /// Behind its opening parenthesis. Groups that set flags, or look around, are not known.
+    bool skipGroup() {
+        if (rest_.starts_with('?') && !rest_.starts_with("?:"))
+            return false;
+        for (std::size_t depth = 1; !rest_.empty();) {
+            const char character = take();
+            if (character == '\\') {
+                if (rest_.empty() || take() == 'Q')
+                    return false;
+            } else if (character == '[') {
+                if (!skipSet())
+                    return false;
+            } else if (character == '(') {
+                if (rest_.starts_with('?') && !rest_.starts_with("?:"))
+                    return false;
+                ++depth;
+            } else if (character == ')' && --depth == 0) {
+                return true;
+            }
+        }
+        return false;
+    }
+    /// Behind its opening bracket. A set within a set is not known.
+    bool skipSet() {
+        if (rest_.starts_with('^'))
+            rest_.remove_prefix(1);
+        for (bool isFirst = true; !rest_.empty(); isFirst = false) {
+            const char character = take();
+            if (character == '[' || (isFirst && character == ']'))
+                return false;
+            if (character == ']')
+                return true;
+            if (character == '\\' && (rest_.empty() || take() == 'Q'))
+                return false;
+        }
+        return false;
+    }
+    void endRun() {
+        if (run_.size() > longest_.size())
+            longest_ = run_;
+        run_.clear();
+    }
+
+    std::string_view rest_;
+    std::string run_;
+    std::string longest_;
+};
 
 /// One matcher with its own view of a text; used by one thread at a time.
 class Matcher {
@@ -120,6 +273,7 @@ struct RVRegularExpression::Pattern {
 
     std::unique_ptr<icu::RegexPattern> compiled;
     std::size_t numberOfGroups = 0;
+    std::string requiredText;
     std::atomic<Matcher*> spareMatcher = nullptr;
 };
 
@@ -162,11 +316,17 @@ std::optional<RVRegularExpression> RVRegularExpression::compile(std::string_view
                       std::to_string(position.offset);
         return std::nullopt;
     }
-    return RVRegularExpression(std::make_unique<Pattern>(std::move(compiled)));
+    auto made = std::make_unique<Pattern>(std::move(compiled));
+    made->requiredText = RequiredText::ofPattern(pattern, (options & CaseInsensitive) != 0);
+    return RVRegularExpression(std::move(made));
 }
 
 std::size_t RVRegularExpression::numberOfGroups() const {
     return pattern_->numberOfGroups;
+}
+
+const std::string& RVRegularExpression::requiredText() const {
+    return pattern_->requiredText;
 }
 
 bool RVRegularExpression::matches(std::string_view text) const {

@@ -40,6 +40,10 @@ public:
     RVRegularExpression& operator=(RVRegularExpression&&) noexcept;
 
     [[nodiscard]] std::size_t numberOfGroups() const;
+    /// A text that stands in every match, the longest that a look at the pattern tells: what does
+    /// not hold it does not match. Empty if there is none. Of an expression that ignores case it is
+    /// folded, as foldedString() does, and to be looked for in text that is folded.
+    [[nodiscard]] const std::string& requiredText() const;
     /// Whether there is a match anywhere in the text.
     [[nodiscard]] bool matches(std::string_view text) const;
     /// The first match at or after `offset`; empty if there is none.

@@ -87,19 +87,16 @@ void appendUTF8(std::string& text, char16_t character) {
     }
 }
 
-std::string stringFromWindows1252(std::string_view bytes) {
+void appendWindows1252(std::string& text, std::string_view bytes) {
     // The five bytes that the encoding leaves open are the control characters of that number.
     static constexpr char16_t upperControls[32] = {
         0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
         0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
         0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-    std::string text;
-    text.reserve(bytes.size() + bytes.size() / 8);
     for (const char character : bytes) {
         const auto byte = static_cast<unsigned char>(character);
         appendUTF8(text, byte >= 0x80 && byte < 0xA0 ? upperControls[byte - 0x80] : byte);
     }
-    return text;
 }
 
 /// Absent if there is no byte-order mark or the text is not well-formed.
@@ -185,15 +182,29 @@ void requireICUSuccess(UErrorCode status) {
         throw RVInternalInconsistencyException(std::string("ICU failed: ") + u_errorName(status));
 }
 
-/// For valid UTF-8 alone.
-std::string composedString(std::string_view text) {
+const icu::Normalizer2& composer() {
     UErrorCode status = U_ZERO_ERROR;
     const auto* normalizer = icu::Normalizer2::getNFCInstance(status);
     requireICUSuccess(status);
+    return *normalizer;
+}
+
+/// For valid UTF-8 alone.
+bool isComposed(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    const bool isComposed = composer().isNormalizedUTF8(
+        icu::StringPiece(text.data(), static_cast<int32_t>(text.size())), status);
+    requireICUSuccess(status);
+    return isComposed;
+}
+
+/// For valid UTF-8 alone.
+std::string composedString(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
     std::string composed;
     icu::StringByteSink<std::string> sink(&composed);
-    normalizer->normalizeUTF8(0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())),
-                              sink, nullptr, status);
+    composer().normalizeUTF8(0, icu::StringPiece(text.data(), static_cast<int32_t>(text.size())),
+                             sink, nullptr, status);
     requireICUSuccess(status);
     return composed;
 }
@@ -263,11 +274,34 @@ bool rvgit::isValidUTF8(std::string_view bytes) {
 }
 
 std::string rvgit::stringUsingBestEncoding(std::string_view bytes) {
-    if (isValidUTF8(bytes))
+    std::vector<RVDecodedLine> decodedLines;
+    return stringUsingBestEncoding(bytes, decodedLines);
+}
+
+std::string rvgit::stringUsingBestEncoding(std::string_view bytes,
+                                           std::vector<RVDecodedLine>& decodedLines) {
+    decodedLines.clear();
+    std::size_t validLength = lengthOfUTF8Prefix(bytes);
+    if (validLength == bytes.size())
         return std::string(bytes);
     if (auto text = stringFromMarkedUTF16(bytes))
         return *std::move(text);
-    return stringFromWindows1252(bytes);
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 8);
+    for (std::size_t position = 0;;) {
+        const std::size_t invalid = position + validLength;
+        if (invalid == bytes.size())
+            return text.append(bytes.substr(position));
+        const std::size_t newline = bytes.substr(position, validLength).rfind('\n');
+        const std::size_t start =
+            newline == std::string_view::npos ? position : position + newline + 1;
+        const std::size_t end = std::min(bytes.find('\n', invalid), bytes.size() - 1) + 1;
+        text.append(bytes.substr(position, start - position));
+        appendWindows1252(text, bytes.substr(start, end - start));
+        decodedLines.push_back({end, text.size()});
+        position = end;
+        validLength = lengthOfUTF8Prefix(bytes.substr(position));
+    }
 }
 
 std::string rvgit::stringUsingUTF8Encoding(std::string_view bytes) {
@@ -291,7 +325,8 @@ std::vector<std::string_view> rvgit::componentsSeparatedByNULByte(std::string_vi
 
 std::vector<std::string> rvgit::componentsSeparatedByStringSequence(std::string_view bytes,
                                                                     std::string_view sequence) {
-    return split<std::string>(bytes, sequence, stringUsingBestEncoding);
+    return split<std::string>(
+        bytes, sequence, [](std::string_view piece) { return stringUsingBestEncoding(piece); });
 }
 
 std::vector<std::string> rvgit::componentsSeparatedByString(std::string_view text,
@@ -347,12 +382,25 @@ std::string_view rvgit::trimmedNewlines(std::string_view text) {
 }
 
 bool rvgit::isEqualToUnicodeString(std::string_view left, std::string_view right) {
-    if (left == right)
-        return true;
-    // ASCII is in composed form already.
-    if (isASCII(left) && isASCII(right))
+    return RVUnicodeString(left).isEqualTo(right);
+}
+
+RVUnicodeString::RVUnicodeString(std::string_view text)
+    : text_(text), isValid_(isASCII(text) || isValidUTF8(text)) {}
+
+bool RVUnicodeString::isEqualTo(std::string_view other) const {
+    const auto [here, there] = std::ranges::mismatch(text_, other);
+    const auto isASCIIOrEnd = [](auto position, auto end) {
+        return position == end || static_cast<unsigned char>(*position) < 0x80;
+    };
+    // Nothing composes across a letter of ASCII, nor into another one.
+    if (isASCIIOrEnd(here, text_.end()) && isASCIIOrEnd(there, other.end()))
+        return here == text_.end() && there == other.end();
+    if (!isValid_ || !isValidUTF8(other))
         return false;
-    return isValidUTF8(left) && isValidUTF8(right) && composedString(left) == composedString(right);
+    if (!composed_)
+        composed_ = composedString(text_);
+    return isComposed(other) ? *composed_ == other : *composed_ == composedString(other);
 }
 
 bool rvgit::containsStringSearchingInsensitive(std::string_view text, std::string_view searched) {
@@ -364,6 +412,10 @@ std::string rvgit::precomposedString(std::string_view text) {
     if (isASCII(text) || !isValidUTF8(text))
         return std::string(text);
     return composedString(text);
+}
+
+std::string rvgit::foldedString(std::string_view text) {
+    return stringInCaseForm(text, CaseForm::Folded);
 }
 
 std::string rvgit::lowercaseString(std::string_view text) {

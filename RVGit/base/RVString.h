@@ -13,15 +13,41 @@ class RVRegularExpression;
 
 // Bytes into text. All text in the library is UTF-8.
 
+/// A line that was not UTF-8: where it ends, its "\n" included, among the bytes and in the text.
+struct RVDecodedLine {
+    std::size_t endInBytes = 0;
+    std::size_t endInText = 0;
+};
+
+/// A name or path that many others are compared with as by isEqualToUnicodeString(): it is composed
+/// but once. The text must outlive it.
+class RVGIT_EXPORT RVUnicodeString {
+public:
+    explicit RVUnicodeString(std::string_view text);
+    [[nodiscard]] bool isEqualTo(std::string_view other) const;
+
+private:
+    std::string_view text_;
+    bool isValid_;
+    /// Made when it is first needed.
+    mutable std::optional<std::string> composed_;
+};
+
 inline namespace RVGIT_EXPORT rvgit {
 
 [[nodiscard]] bool isASCII(std::string_view text);
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
-/// Text of unknown encoding: UTF-8 where the bytes are valid UTF-8, well-formed UTF-16 behind a
-/// byte-order mark, and otherwise Windows-1252, in which every byte means something, so that
-/// nothing is lost.
+/// Text of unknown encoding: well-formed UTF-16 behind a byte-order mark; of anything else each
+/// line by itself, so that one in another encoding does not spoil the others: UTF-8 where its bytes
+/// are valid UTF-8, and otherwise Windows-1252, in which every byte means something, so that
+/// nothing is lost. Lines end at "\n".
 [[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes);
+
+/// The same, telling which lines were not UTF-8, in order: all others have the same bytes in the
+/// text. None are told of text in UTF-16.
+[[nodiscard]] std::string stringUsingBestEncoding(std::string_view bytes,
+                                                  std::vector<RVDecodedLine>& decodedLines);
 
 /// Text in UTF-8; each invalid sequence becomes U+FFFD.
 [[nodiscard]] std::string stringUsingUTF8Encoding(std::string_view bytes);
@@ -60,6 +86,9 @@ inline namespace RVGIT_EXPORT rvgit {
                                                       std::string_view searched);
 /// The canonically composed form (NFC); bytes that are not UTF-8 come back as they are.
 [[nodiscard]] std::string precomposedString(std::string_view text);
+/// The form in which texts that differ in the case of their letters alone are the same; of bytes
+/// that are not UTF-8, ASCII alone.
+[[nodiscard]] std::string foldedString(std::string_view text);
 /// In lower case, by the same rules in every locale; of bytes that are not UTF-8, ASCII alone.
 [[nodiscard]] std::string lowercaseString(std::string_view text);
 

@@ -5,11 +5,12 @@
 #include <string>
 
 #include "RVGit/base/RVDescriptor.h"
+#include "RVGit/base/RVExport.h"
 
 /// The few calls for which this library asks more of a system than POSIX.1-2008 promises: what
 /// Linux and its C library have. Built with RVGIT_PORTABLE, each is replaced by a stand-in that any
 /// Unix has; docs/porting.md tells what that costs. Not for public headers.
-class RVSystem {
+class RVGIT_EXPORT RVSystem {
 public:
     /// Both ends are closed in children, and above the descriptors 0, 1 and 2. 0, or errno's value.
     [[nodiscard]] static int makePipe(RVDescriptor& readEnd, RVDescriptor& writeEnd);

@@ -145,16 +145,6 @@ RVURL URLByReplacingPath(const RVURL& url, std::string_view path, std::string_vi
     return RVURL(std::move(newText));
 }
 
-std::string_view defaultPortOfScheme(std::string_view scheme) {
-    static constexpr std::pair<std::string_view, std::string_view> ports[] = {
-        {"http", "80"}, {"https", "443"}, {"ftp", "21"},  {"ftps", "990"},
-        {"ssh", "22"},  {"git", "9418"},  {"svn", "3690"}};
-    for (const auto& [name, port] : ports)
-        if (name == scheme)
-            return port;
-    return {};
-}
-
 }  // namespace
 
 RVURL::RVURL(std::string text) : text_(std::move(text)) {}
@@ -238,19 +228,12 @@ RVURL RVURL::URLByAppendingPathComponent(std::string_view component) const {
 RVURL rvgit::normalizedKeychainURL(const RVURL& url) {
     const Components components(url.absoluteString());
     std::string text;
-    std::string scheme;
-    if (components.scheme) {
-        scheme = lowercaseString(*components.scheme);
-        text += scheme + ":";
-    }
+    if (components.scheme)
+        text += lowercaseString(*components.scheme) + ":";
     if (components.host) {
         text += "//" + lowercaseString(*components.host);
-        const auto port = components.port.value_or("");
-        if (!port.empty() && port != defaultPortOfScheme(scheme))
+        if (const auto port = components.port.value_or(""); !port.empty())
             text += ":" + std::string(port);
     }
-    std::string_view path = components.path;
-    while (path.ends_with('/'))
-        path.remove_suffix(1);
-    return RVURL(text + std::string(path));
+    return RVURL(text + std::string(components.path));
 }

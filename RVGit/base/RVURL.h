@@ -46,8 +46,9 @@ private:
 
 inline namespace RVGIT_EXPORT rvgit {
 
-/// The form under which a credential for the URL is kept: scheme and host in lower case, no
-/// user, password, default port, query or fragment, no trailing slash.
+/// The form under which a credential for the URL is kept: scheme and host in lower case, port and
+/// path as they are, which is how git looks for it; no user, password, query or fragment, so that
+/// it is found whoever's name stands in an address.
 [[nodiscard]] RVURL normalizedKeychainURL(const RVURL& url);
 
 }  // namespace rvgit

@@ -415,7 +415,8 @@ void RVGitCommand::commandDidTerminate() {
 void RVGitCommand::mapResult() {
     if (!isCancelled() && exitCode() != 0) {
         RVError failure = makeGitError();
-        if (gitCommandShouldHandleError(failure))
+        // To look through long output takes a while, and ends with a cancel.
+        if (!isCancelled() && gitCommandShouldHandleError(failure))
             return finishWithError(std::move(failure));
     }
     std::optional<RVError> parseError;

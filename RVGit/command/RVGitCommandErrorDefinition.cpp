@@ -1,10 +1,12 @@
 #include "RVGit/command/RVGitCommandErrorDefinition.h"
 
 #include <algorithm>
+#include <cstring>
 #include <mutex>
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVRegularExpression.h"
+#include "RVGit/base/RVString.h"
 
 namespace {
 
@@ -40,6 +42,16 @@ std::shared_ptr<const RVRegularExpression> RVGitRegularExpressionCache::regularE
     auto expression = std::make_shared<const RVRegularExpression>(std::move(*compiled));
     std::unique_lock lock(mutex_);
     return expressions_.try_emplace(pattern, std::move(expression)).first->second;
+}
+
+bool RVGitErrorOutput::mayBeMatchedBy(const RVRegularExpression& expression) const {
+    const std::string& required = expression.requiredText();
+    if (!text_ || required.empty())
+        return true;
+    if (!folded_)
+        folded_ = foldedString(*text_);
+    // Linear, whatever the text.
+    return memmem(folded_->data(), folded_->size(), required.data(), required.size()) != nullptr;
 }
 
 RVGitCommandErrorDefinition::RVGitCommandErrorDefinition(std::string name, Cache cache)
@@ -79,11 +91,19 @@ bool RVGitCommandErrorDefinition::isMatchedByExitCode(int exitCode) const {
 
 bool RVGitCommandErrorDefinition::isMatchedByStandardError(
     std::optional<std::string_view> output) const {
-    return isMatched(row_.standardErrorPatterns, output);
+    return isMatchedByStandardError(RVGitErrorOutput(output));
 }
 
 bool RVGitCommandErrorDefinition::isMatchedByStandardOutput(
     std::optional<std::string_view> output) const {
+    return isMatchedByStandardOutput(RVGitErrorOutput(output));
+}
+
+bool RVGitCommandErrorDefinition::isMatchedByStandardError(const RVGitErrorOutput& output) const {
+    return isMatched(row_.standardErrorPatterns, output);
+}
+
+bool RVGitCommandErrorDefinition::isMatchedByStandardOutput(const RVGitErrorOutput& output) const {
     return isMatched(row_.standardOutputPatterns, output);
 }
 
@@ -107,11 +127,15 @@ RVGitCommandErrorDefinition::makeRegularExpressionWithPattern(const std::string&
 }
 
 bool RVGitCommandErrorDefinition::isMatched(const std::vector<std::string>& patterns,
-                                            std::optional<std::string_view> output) const {
+                                            const RVGitErrorOutput& output) const {
     auto matches = [&](const std::string& pattern) {
+        const auto& text = output.text();
         if (pattern.empty())
-            return !output || output->empty();
-        return output && makeRegularExpressionWithPattern(pattern)->matches(*output);
+            return !text || text->empty();
+        if (!text)
+            return false;
+        const auto expression = makeRegularExpressionWithPattern(pattern);
+        return output.mayBeMatchedBy(*expression) && expression->matches(*text);
     };
     return patterns.empty() || std::any_of(patterns.begin(), patterns.end(), matches);
 }

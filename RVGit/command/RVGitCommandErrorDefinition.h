@@ -30,6 +30,21 @@ private:
     std::unordered_map<std::string, std::shared_ptr<const RVRegularExpression>> expressions_;
 };
 
+/// What a command printed, to be matched against many rows: it is folded but once, and a pattern
+/// whose required text it does not hold is not searched for. Used by one thread.
+class RVGIT_EXPORT RVGitErrorOutput {
+public:
+    /// The text must outlive it.
+    explicit RVGitErrorOutput(std::optional<std::string_view> text) : text_(text) {}
+
+    [[nodiscard]] const std::optional<std::string_view>& text() const { return text_; }
+    [[nodiscard]] bool mayBeMatchedBy(const RVRegularExpression& expression) const;
+
+private:
+    std::optional<std::string_view> text_;
+    mutable std::optional<std::string> folded_;
+};
+
 /// One row of an error table, ready to be matched against a command that failed. An empty list
 /// matches anything, an absent value included; a non-empty one needs a value that is present.
 /// Immutable; any thread.
@@ -78,6 +93,8 @@ public:
     /// absent or empty output, and any other never in absent output.
     [[nodiscard]] bool isMatchedByStandardError(std::optional<std::string_view> output) const;
     [[nodiscard]] bool isMatchedByStandardOutput(std::optional<std::string_view> output) const;
+    [[nodiscard]] bool isMatchedByStandardError(const RVGitErrorOutput& output) const;
+    [[nodiscard]] bool isMatchedByStandardOutput(const RVGitErrorOutput& output) const;
 
     /// The groups of the first pattern that matches with at least one group, by name. Absent if
     /// there is no such pattern, or if it has not as many groups as there are names.
@@ -92,7 +109,7 @@ public:
 
 private:
     [[nodiscard]] bool isMatched(const std::vector<std::string>& patterns,
-                                 std::optional<std::string_view> output) const;
+                                 const RVGitErrorOutput& output) const;
     [[nodiscard]] Components matchedComponents(const std::vector<std::string>& patterns,
                                                const std::vector<std::string>& names,
                                                std::optional<std::string_view> output) const;

@@ -45,16 +45,24 @@ RVGitCommandErrorDefinitionManager::gitCommandErrorDefinitionForCommand(
         const auto& arguments = command.gitCommandArguments();
         return std::find(arguments.begin(), arguments.end(), text) != arguments.end();
     };
+    const RVGitErrorOutput standardError(command.standardErrorString());
+    const RVGitErrorOutput standardOutput(command.standardOutputString());
     auto matches = [&](const Definition& row) {
         return row->isMatchedByCommandName(command.gitCommand()) &&
                row->isMatchedBySubCommandName(command.gitSubCommand()) &&
                row->isMatchedByExitCode(command.exitCode()) &&
-               row->isMatchedByStandardError(command.standardErrorString()) &&
-               row->isMatchedByStandardOutput(command.standardOutputString()) &&
+               row->isMatchedByStandardError(standardError) &&
+               row->isMatchedByStandardOutput(standardOutput) &&
                std::all_of(row->commandArguments().begin(), row->commandArguments().end(),
                            isArgument);
     };
     auto rows = allGitCommandErrorDefinitions();
-    auto found = std::find_if(rows->begin(), rows->end(), matches);
-    return found == rows->end() ? nullptr : *found;
+    for (const Definition& row : *rows) {
+        // Long output takes a while.
+        if (command.isCancelled())
+            return nullptr;
+        if (matches(row))
+            return row;
+    }
+    return nullptr;
 }

@@ -22,7 +22,8 @@ public:
     void addGitCommandErrorDefinitions(const RVGitErrorTable& definitions);
     /// All rows, the highest code first: nothing else decides which of several matching rows wins.
     [[nodiscard]] std::shared_ptr<const DefinitionList> allGitCommandErrorDefinitions() const;
-    /// The first row that a command that has exited matches; null if there is none.
+    /// The first row that a command that has exited matches; null if there is none, or if the
+    /// command is cancelled in the meantime.
     [[nodiscard]] Definition gitCommandErrorDefinitionForCommand(RVGitCommand& command) const;
 
 private:

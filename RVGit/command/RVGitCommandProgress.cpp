@@ -23,6 +23,11 @@ Expressions compiled(std::initializer_list<std::string_view> patterns) {
     return expressions;
 }
 
+double progressFromSum(double sum, std::size_t numberOfStages) {
+    return std::min(sum / static_cast<double>(std::max<std::size_t>(numberOfStages, 1)), 100.0) /
+           100;
+}
+
 }  // namespace
 
 RVGitCommandProgress::RVGitCommandProgress(std::optional<std::string> command)
@@ -80,19 +85,33 @@ void RVGitCommandProgress::updateProgressWithOutputString(std::string_view text)
     indeterminate_ = false;
 }
 
-void RVGitCommandProgress::updateProgress() {
-    // Every stage shows a percentage, so the other lines, of which a transfer may print very
-    // many, need not be searched again for each chunk.
-    std::string percentages;
-    {
-        std::lock_guard lock(mutex_);
-        for (const std::string& line : outputBuffer_) {
-            if (line.find('%') != std::string::npos)
-                percentages.append(line).append(1, '\n');
-        }
+void RVGitCommandProgress::searchLine(std::string_view line, std::vector<Stage>& stages) const {
+    // Every stage shows a percentage.
+    if (line.find('%') == std::string_view::npos)
+        return;
+    const Expressions& expressions = regularExpressionsForCommand(command_);
+    for (std::size_t index = 0; index < stages.size(); ++index) {
+        if (stages[index] || line.find(expressions[index].requiredText()) == std::string_view::npos)
+            continue;
+        const auto components = expressions[index].firstMatch(line);
+        if (components.size() > 1 && components[1])
+            stages[index] = integerValue(*components[1]);
     }
-    overallProgress_ =
-        overallProgressFromProgressOutput(percentages, regularExpressionsForCommand(command_));
+}
+
+void RVGitCommandProgress::updateProgress() {
+    std::lock_guard lock(mutex_);
+    // No match reaches beyond its line, and only the last line still changes: so each line is
+    // searched once when it is done, however many chunks a transfer prints.
+    stages_.resize(regularExpressionsForCommand(command_).size());
+    for (; numberOfSearchedLines_ + 1 < outputBuffer_.size(); ++numberOfSearchedLines_)
+        searchLine(outputBuffer_[numberOfSearchedLines_], stages_);
+    std::vector<Stage> stages = stages_;
+    searchLine(outputBuffer_.back(), stages);
+    double sum = 0;
+    for (const Stage& stage : stages)
+        sum += static_cast<double>(stage.value_or(0));
+    overallProgress_ = progressFromSum(sum, stages.size());
 }
 
 void RVGitCommandProgress::finishProgress() {
@@ -110,6 +129,8 @@ void RVGitCommandProgress::finishProgress() {
 void RVGitCommandProgress::reset() {
     std::lock_guard lock(mutex_);
     outputBuffer_ = {""};
+    stages_.clear();
+    numberOfSearchedLines_ = 0;
 }
 
 const Expressions& RVGitCommandProgress::regularExpressionsForCommand(
@@ -135,7 +156,7 @@ double RVGitCommandProgress::overallProgressFromProgressOutput(
         if (components.size() > 1 && components[1])
             sum += static_cast<double>(integerValue(*components[1]));
     }
-    return std::min(sum / static_cast<double>(regularExpressions.size()), 100.0) / 100;
+    return progressFromSum(sum, regularExpressions.size());
 }
 
 const Expressions& RVGitCommandProgress::defaultRegularExpressionsForCommandProgress() {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -70,10 +71,17 @@ public:
     regularExpressionsForCloneCommandProgress();
 
 private:
+    /// What was found of a stage in the lines that are done: a first match stays the first.
+    using Stage = std::optional<std::int64_t>;
+    void searchLine(std::string_view line, std::vector<Stage>& stages) const;
+
     mutable std::recursive_mutex mutex_;
     std::optional<std::string> command_;
     /// The last is the line in progress.
     std::vector<std::string> outputBuffer_ = {""};
+    std::vector<Stage> stages_;
+    /// Of the buffer, from its first line on.
+    std::size_t numberOfSearchedLines_ = 0;
     std::atomic<double> overallProgress_ = 0;
     std::atomic<bool> updated_ = false;
     std::atomic<bool> indeterminate_ = true;

@@ -35,6 +35,19 @@ RVError rvgit::gitErrorWithCommand(RVGitCommand& command, RVUserInfo userInfo) {
     return gitErrorWithCode(row->errorCode(), std::move(userInfo));
 }
 
+RVError rvgit::gitErrorWithException(const std::exception_ptr& exception) {
+    std::string text;
+    try {
+        std::rethrow_exception(exception);
+    } catch (const std::exception& raised) {
+        text = raised.what();
+    } catch (...) {
+        text = "Something was raised that is no std::exception.";
+    }
+    return gitErrorWithCode(RVGitRVGitGenericError,
+                            {{RVGitCommandErrorOutputErrorKey, std::move(text)}});
+}
+
 RVUserInfo RVGitMakeErrorUserInfo(const std::shared_ptr<RVGitRepository>& repository,
                                   const RVUserInfo& userInfo) {
     RVUserInfo merged;

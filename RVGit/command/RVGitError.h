@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <memory>
 
 #include "RVGit/base/RVError.h"
@@ -24,6 +25,11 @@ inline namespace RVGIT_EXPORT rvgit {
 /// RVGitRVGitGenericError if there is none. What the row captures goes over the given user info,
 /// that of standard output over that of standard error.
 [[nodiscard]] RVError gitErrorWithCommand(RVGitCommand& command, RVUserInfo userInfo = {});
+
+/// The error of a command that something raised has ended, for whoever cannot be thrown at, such as
+/// a completion handler: RVGitRVGitGenericError with what was said as
+/// RVGitCommandErrorOutputErrorKey.
+[[nodiscard]] RVError gitErrorWithException(const std::exception_ptr& exception);
 
 }  // namespace rvgit
 

@@ -22,8 +22,8 @@ public:
 
     /// No output.
     RVGitOutputParser();
-    /// With newlines, all of the output is decoded by stringUsingBestEncoding() and a carriage
-    /// return stays in its line. With NUL bytes, each piece is decoded by itself, so that one in
+    /// With newlines, a carriage return stays in its line. What is not UTF-8 is decoded by
+    /// stringUsingBestEncoding(), line by line, with NUL bytes piece by piece, so that one in
     /// another encoding does not spoil the others.
     explicit RVGitOutputParser(std::string_view outputData,
                                Delimiter delimiter = Delimiter::Newline);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,13 @@ inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
 /// Runs `git apply` for one patch in memory, or for patch files. Without further options the patch
 /// is applied to the working tree. Failure: code 1400 if the patch is corrupt, 1401 if it changes
 /// nothing, 1402 if a file that it changes does not exist.
+///
+/// A patch without context (of a diff that was made with diff.context=0 or with
+/// RVGitDiffOptionContextLines 0) is to be applied with RVGitApplyOptionUnidiffZero: without it git
+/// takes a chunk that has no context behind its changes for the end of the file, looks for its
+/// place there, and reports success. With it, a chunk goes where its header says; behind a chunk
+/// that changes the count of lines and is left out of the patch that is a wrong place, but for
+/// patches of RVGitDiffPatchGenerator::locatedPatchForLinesWithIndexes().
 class RVGIT_EXPORT RVGitApplyCommand : public RVGitFilePathsCommand {
 public:
     /// The repository is required.
@@ -55,7 +63,7 @@ public:
     void setAppliesPatchInReverse(bool applies) { appliesPatchInReverse_ = applies; }
     [[nodiscard]] bool ignoresWhitespace() const { return ignoresWhitespace_; }
     void setIgnoresWhitespace(bool ignores) { ignoresWhitespace_ = ignores; }
-    /// Takes a patch without context.
+    /// Takes a patch without context: chunks go where their headers say.
     [[nodiscard]] bool unidiffZero() const { return unidiffZero_; }
     void setUnidiffZero(bool unidiffZero) { unidiffZero_ = unidiffZero; }
     /// Counts lines instead of believing the chunk headers.
@@ -69,6 +77,11 @@ public:
     /// Given to git on standard input.
     [[nodiscard]] const std::optional<RVData>& patch() const { return patch_; }
     void setPatch(std::optional<RVData> patch) { patch_ = std::move(patch); }
+
+    /// Whether a chunk of the patch begins and ends with lines that change, so that git would look
+    /// for it at the end of the file. The chunks of files that the patch creates or deletes do not
+    /// count: they hold all of the file.
+    [[nodiscard]] static bool patchHasChunkWithoutContext(std::string_view patch);
 
     [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
 

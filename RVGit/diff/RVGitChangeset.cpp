@@ -1,6 +1,9 @@
 #include "RVGit/diff/RVGitChangeset.h"
 
 #include <algorithm>
+#include <limits>
+#include <mutex>
+#include <unordered_map>
 #include <utility>
 
 #include "RVGit/base/RVString.h"
@@ -25,11 +28,28 @@ std::shared_ptr<RVGitChangeset> changesetByDiff(const std::shared_ptr<RVGitRepos
 
 }  // namespace
 
+/// Where the entries stand, by their paths; of entries with the same path the first. Each part is
+/// made when a path is first looked for in it.
+struct RVGitChangeset::PathIndex {
+    std::once_flag exactIsMade;
+    /// Views of the entries' paths.
+    std::unordered_map<std::string_view, std::size_t> exact;
+    std::once_flag composedIsMade;
+    /// Of the paths that are not ASCII, which are composed as they stand.
+    std::unordered_map<std::string, std::size_t> composed;
+
+    static std::optional<std::size_t> find(const auto& paths, const auto& path) {
+        const auto found = paths.find(path);
+        return found == paths.end() ? std::nullopt : std::optional(found->second);
+    }
+};
+
 RVGitChangeset::RVGitChangeset(std::shared_ptr<RVGitRepository> repository,
                                RVGitDiffSettings diffSettings, Entries entries)
     : repository_(std::move(repository)),
       diffSettings_(std::move(diffSettings)),
-      entries_(std::move(entries)) {
+      entries_(std::move(entries)),
+      pathIndex_(std::make_shared<PathIndex>()) {
     requireParameter(repository_ != nullptr, "repository");
 }
 
@@ -113,10 +133,25 @@ std::uint64_t RVGitChangeset::totalLinesDeleted() const {
 
 std::shared_ptr<RVGitChangesetEntry> RVGitChangeset::entryForFilePath(
     std::string_view filePath) const {
-    const auto found = std::ranges::find_if(entries_, [&](const auto& entry) {
-        return entry->filePath() && isEqualToUnicodeString(*entry->filePath(), filePath);
+    std::call_once(pathIndex_->exactIsMade, [this] {
+        for (std::size_t index = 0; index < entries_.size(); ++index)
+            if (const auto& path = entries_[index]->filePath())
+                pathIndex_->exact.try_emplace(*path, index);
     });
-    return found == entries_.end() ? nullptr : *found;
+    if (const auto index = PathIndex::find(pathIndex_->exact, filePath))
+        return entries_[*index];
+    std::call_once(pathIndex_->composedIsMade, [this] {
+        for (std::size_t index = 0; index < entries_.size(); ++index)
+            if (const auto& path = entries_[index]->filePath(); path && !isASCII(*path))
+                pathIndex_->composed.try_emplace(precomposedString(*path), index);
+    });
+    const std::string composedPath = precomposedString(filePath);
+    const auto index = PathIndex::find(pathIndex_->exact, std::string_view(composedPath));
+    const auto otherIndex = PathIndex::find(pathIndex_->composed, composedPath);
+    if (!index && !otherIndex)
+        return nullptr;
+    constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
+    return entries_[std::min(index.value_or(none), otherIndex.value_or(none))];
 }
 
 RVGitChangeset::Diffs RVGitChangeset::allDiffs(RVErrorPlace error) const {

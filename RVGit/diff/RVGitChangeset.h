@@ -80,7 +80,9 @@ public:
     [[nodiscard]] std::uint64_t totalLinesAdded() const;
     [[nodiscard]] std::uint64_t totalLinesDeleted() const;
 
-    /// The first entry with that path, the new one of a rename; null if there is none.
+    /// The first entry with exactly that path, the new one of a rename, or else the first whose
+    /// path differs in the Unicode form alone; null if there is none. Found without a search once
+    /// the first has been looked for.
     [[nodiscard]] std::shared_ptr<RVGitChangesetEntry> entryForFilePath(
         std::string_view filePath) const;
 
@@ -89,11 +91,11 @@ public:
     /// The diffs of all files of the comparison, also where the changeset was limited to some
     /// paths. Absent, with git's error in the place, if git failed.
     [[nodiscard]] Diffs allDiffs(RVErrorPlace error = nullptr) const;
-    /// The diff of the entry with that path, a rename told by both its paths. Null with a cleared
-    /// place if there is no such entry, or if git finds no change any more; so too for a path that
-    /// is a pattern to git and does not match itself, as one with a colon in front. Renames and
-    /// copies are detected as the configuration says, so that the diff may call a rename of the
-    /// changeset a deletion.
+    /// The diff of the entry of entryForFilePath(), a rename told by both its paths. Null with a
+    /// cleared place if there is no such entry, or if git finds no change any more; so too for a
+    /// path that is a pattern to git and does not match itself, as one with a colon in front.
+    /// Renames and copies are detected as the configuration says, so that the diff may call a
+    /// rename of the changeset a deletion.
     [[nodiscard]] std::shared_ptr<RVGitDiff> diffForEntryWithFilePath(
         const std::string& filePath, RVErrorPlace error = nullptr) const;
 
@@ -101,4 +103,6 @@ private:
     std::shared_ptr<RVGitRepository> repository_;
     RVGitDiffSettings diffSettings_;
     Entries entries_;
+    struct PathIndex;
+    std::shared_ptr<PathIndex> pathIndex_;
 };

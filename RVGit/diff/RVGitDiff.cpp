@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffLoader.h"
 #include "RVGit/diff/RVGitDiffMap.h"
@@ -118,11 +119,11 @@ RVGitDiff::Diffs RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
 std::shared_ptr<RVGitDiff> RVGitDiff::diffOfFile(const Diffs& diffs, std::string_view filePath) {
     if (RVArrayIsEmpty(diffs))
         return nullptr;
-    for (const auto& diff : *diffs) {
-        const auto& path = diff->filePath() ? diff->filePath() : diff->oldFilePath();
-        if (path && isEqualToUnicodeString(*path, filePath))
-            return diff;
-    }
+    const auto found = RVFindUnicodeName(
+        diffs->begin(), diffs->end(), filePath,
+        [](const auto& diff) { return diff->filePath() ? diff->filePath() : diff->oldFilePath(); });
+    if (found != diffs->end())
+        return *found;
     // The path that git prints may have been read in another way.
     const bool mayBePattern =
         filePath.starts_with(':') || filePath.find_first_of("*?[\\") != std::string_view::npos;
@@ -178,6 +179,8 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffWithRepository(
     diff->filePath_ = gitDiff.gitDiffFilePath();
     diff->oldFilePath_ = gitDiff.gitDiffOldFilePath();
     diff->header_ = gitDiff.gitDiffHeader();
+    if (contents->header && !contents->decodedLines.empty())
+        diff->headerBytes_ = contents->bytesOfRange(*contents->header);
     diff->extendedHeaders_ = gitDiff.gitDiffExtendedHeaders().value_or(std::vector<std::string>());
     diff->isBinary_ = gitDiff.gitDiffIsBinary();
     diff->fileStatus_ = gitDiff.gitDiffFileStatus();
@@ -206,18 +209,30 @@ RVGitDiffPatchGenerator RVGitDiff::patchGenerator() const {
     return RVGitDiffPatchGenerator(std::shared_ptr<const RVGitDiff>(std::shared_ptr<void>(), this));
 }
 
-std::optional<std::string> RVGitDiff::patchForChunkAtIndex(std::size_t chunkIndex) const {
+std::optional<RVData> RVGitDiff::patchForChunkAtIndex(std::size_t chunkIndex) const {
     return patchGenerator().patchForChunkAtIndex(chunkIndex);
 }
 
-std::string RVGitDiff::indexPatchForChunkAtIndex(
-    std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
+RVData RVGitDiff::indexPatchForChunkAtIndex(std::size_t chunkIndex,
+                                            const std::set<std::size_t>& linesWithIndexes) const {
     return patchGenerator().indexPatchForChunkAtIndex(chunkIndex, linesWithIndexes);
 }
 
-std::string RVGitDiff::worktreePatchForChunkAtIndex(
+RVData RVGitDiff::worktreePatchForChunkAtIndex(
     std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const {
     return patchGenerator().worktreePatchForChunkAtIndex(chunkIndex, linesWithIndexes);
+}
+
+std::optional<RVData> RVGitDiff::locatedIndexPatchForLinesWithIndexes(
+    const std::map<std::size_t, std::set<std::size_t>>& linesWithIndexes) const {
+    return patchGenerator().locatedPatchForLinesWithIndexes(linesWithIndexes,
+                                                            RVGitDiffPatchGenerator::IndexMode);
+}
+
+std::optional<RVData> RVGitDiff::locatedWorktreePatchForLinesWithIndexes(
+    const std::map<std::size_t, std::set<std::size_t>>& linesWithIndexes) const {
+    return patchGenerator().locatedPatchForLinesWithIndexes(linesWithIndexes,
+                                                            RVGitDiffPatchGenerator::WorktreeMode);
 }
 
 // Fields.
@@ -230,6 +245,12 @@ std::optional<std::string> RVGitDiff::rawDiff() const {
     if (!contents_ || !contents_->raw)
         return std::nullopt;
     return contents_->textOfRange(*contents_->raw);
+}
+
+std::optional<RVData> RVGitDiff::rawDiffBytes() const {
+    if (!contents_ || !contents_->raw)
+        return std::nullopt;
+    return contents_->bytesOfRange(*contents_->raw);
 }
 
 void RVGitDiff::setRawDiff(std::optional<std::string> rawDiff) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -103,11 +104,17 @@ public:
                                                                     RVErrorPlace error = nullptr);
 
     // Patches of one chunk, as RVGitDiffPatchGenerator makes them.
-    [[nodiscard]] std::optional<std::string> patchForChunkAtIndex(std::size_t chunkIndex) const;
-    [[nodiscard]] std::string indexPatchForChunkAtIndex(
+    [[nodiscard]] std::optional<RVData> patchForChunkAtIndex(std::size_t chunkIndex) const;
+    [[nodiscard]] RVData indexPatchForChunkAtIndex(
         std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const;
-    [[nodiscard]] std::string worktreePatchForChunkAtIndex(
+    [[nodiscard]] RVData worktreePatchForChunkAtIndex(
         std::size_t chunkIndex, const std::set<std::size_t>& linesWithIndexes) const;
+    // Patches of lines of any chunks, which land where the lines stand, whatever else is applied:
+    // see RVGitDiffPatchGenerator::locatedPatchForLinesWithIndexes().
+    [[nodiscard]] std::optional<RVData> locatedIndexPatchForLinesWithIndexes(
+        const std::map<std::size_t, std::set<std::size_t>>& linesWithIndexes) const;
+    [[nodiscard]] std::optional<RVData> locatedWorktreePatchForLinesWithIndexes(
+        const std::map<std::size_t, std::set<std::size_t>>& linesWithIndexes) const;
 
     /// Whether the raw texts are the same; nothing else counts.
     [[nodiscard]] bool isEqualToDiff(const RVGitDiff& other) const;
@@ -117,6 +124,8 @@ public:
     /// The diff as git printed it, without blank lines.
     [[nodiscard]] std::optional<std::string> rawDiff() const;
     void setRawDiff(std::optional<std::string> rawDiff);
+    /// The same in the bytes that git printed, of which the text is decoded line by line.
+    [[nodiscard]] std::optional<RVData> rawDiffBytes() const;
     /// Absent for a deleted file.
     [[nodiscard]] const std::optional<std::string>& filePath() const { return filePath_; }
     void setFilePath(std::optional<std::string> path) { filePath_ = std::move(path); }
@@ -125,7 +134,14 @@ public:
     void setOldFilePath(std::optional<std::string> path) { oldFilePath_ = std::move(path); }
     /// The header lines; absent for a combined diff.
     [[nodiscard]] const std::optional<std::string>& header() const { return header_; }
-    void setHeader(std::optional<std::string> header) { header_ = std::move(header); }
+    void setHeader(std::optional<std::string> header) {
+        header_ = std::move(header);
+        headerBytes_.reset();
+    }
+    /// The same in the bytes that git printed; the text, if it was set.
+    [[nodiscard]] const std::optional<RVData>& headerBytes() const {
+        return headerBytes_ ? headerBytes_ : header_;
+    }
     [[nodiscard]] const std::vector<std::string>& extendedHeaders() const {
         return extendedHeaders_;
     }
@@ -202,6 +218,8 @@ private:
     std::optional<std::string> filePath_;
     std::optional<std::string> oldFilePath_;
     std::optional<std::string> header_;
+    /// Only where they are not those of the text.
+    std::optional<RVData> headerBytes_;
     std::vector<std::string> extendedHeaders_;
     std::vector<std::shared_ptr<RVGitDiffChunk>> chunks_;
     bool isBinary_ = false;

@@ -15,6 +15,7 @@ std::shared_ptr<const RVGitDiffContents> contentsOfChunk(
     std::string_view rawChunk, std::vector<RVGitDiffRange> fileRanges,
     const std::vector<RVGitDiffChunkLine>& lines) {
     auto text = std::make_shared<std::string>(rawChunk);
+    auto bytes = std::make_shared<RVData>(rawChunk);
     auto contents = std::make_shared<RVGitDiffContents>();
     RVGitDiffContents::Chunk& chunk = contents->chunks.emplace_back();
     chunk.raw.end = static_cast<std::uint32_t>(rawChunk.size());
@@ -29,10 +30,16 @@ std::shared_ptr<const RVGitDiffContents> contentsOfChunk(
                                      line.statusView().size(), line.type());
         const std::vector<std::uint32_t> numbers = line.lineNumbers();
         contents->lineNumbers.insert(contents->lineNumbers.end(), numbers.begin(), numbers.end());
-        *text += line.contentWithStatusView();
+        text->append(line.contentWithStatusView()) += '\n';
+        bytes->append(line.contentWithStatusBytes()) += '\n';
+        if (line.contentWithStatusBytes() != line.contentWithStatusView())
+            contents->decodedLines.push_back({static_cast<std::uint32_t>(text->size()),
+                                              static_cast<std::uint32_t>(bytes->size())});
     }
     contents->text = *text;
     contents->textOwner = std::move(text);
+    contents->bytes = *bytes;
+    contents->bytesOwner = std::move(bytes);
     return contents;
 }
 
@@ -97,6 +104,10 @@ std::vector<RVGitDiffChunk::LineIndex> RVGitDiffChunk::lineIndexes(RVGitDiffLine
 
 std::string RVGitDiffChunk::rawChunk() const {
     return contents_->textOfRange(contents_->chunks[chunkIndex_].raw);
+}
+
+RVData RVGitDiffChunk::rawChunkBytes() const {
+    return contents_->bytesOfRange(contents_->chunks[chunkIndex_].raw);
 }
 
 const std::vector<RVGitDiffRange>& RVGitDiffChunk::fileRanges() const {

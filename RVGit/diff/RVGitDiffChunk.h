@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "RVGit/base/RVExport.h"
+#include "RVGit/base/RVTypes.h"
 #include "RVGit/diff/RVGitDiffChunkLine.h"
 
 class RVGitDiff;
@@ -82,6 +83,8 @@ public:
 
     /// The header line and every line, each followed by "\n".
     [[nodiscard]] std::string rawChunk() const;
+    /// The same in the bytes that git printed; of a chunk made from text, its text.
+    [[nodiscard]] RVData rawChunkBytes() const;
     /// One for each parent, then one for the new file.
     [[nodiscard]] const std::vector<RVGitDiffRange>& fileRanges() const;
     [[nodiscard]] const RVGitDiffChunkLines& lines() const { return lines_; }

@@ -50,6 +50,13 @@ public:
         return contents_->text.substr(line().start, line().length);
     }
 
+    // The same in the bytes that git printed, for whatever goes back to git: a line in another
+    // encoding than UTF-8 was decoded for the texts. Of a line made from text, its text.
+    [[nodiscard]] std::string_view contentBytes() const { return contents_->contentBytes(line()); }
+    [[nodiscard]] std::string_view contentWithStatusBytes() const {
+        return contents_->bytesWithStatus(line());
+    }
+
     [[nodiscard]] bool isContextLine() const { return type() == RVGitDiffLineContext; }
     [[nodiscard]] bool isAddedLine() const { return type() == RVGitDiffLineAdded; }
     [[nodiscard]] bool isDeletedLine() const { return type() == RVGitDiffLineDeleted; }

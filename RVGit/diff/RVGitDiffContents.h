@@ -81,8 +81,22 @@ struct RVGIT_EXPORT RVGitDiffContents {
     /// Lines of the text that no range counts in, in order: blank ones and the like.
     std::vector<Range> omissions;
 
+    /// A line of the text that git printed in another encoding: where the lines behind it begin, in
+    /// the text and in the bytes.
+    struct DecodedLine {
+        std::uint32_t endInText = 0;
+        std::uint32_t endInBytes = 0;
+    };
+    /// Empty where all of the text is what git printed, byte for byte.
+    std::vector<DecodedLine> decodedLines;
+    /// What git printed; of use only where lines were decoded.
+    std::shared_ptr<const void> bytesOwner;
+    std::string_view bytes;
+
     /// The lines of a range, each followed by a line break.
     [[nodiscard]] std::string textOfRange(Range range) const;
+    /// The same in the bytes that git printed.
+    [[nodiscard]] std::string bytesOfRange(Range range) const;
     /// The first line of a range, without its line break.
     [[nodiscard]] std::string_view firstLineOfRange(Range range) const;
     [[nodiscard]] std::string_view status(const Line& line) const {
@@ -92,8 +106,16 @@ struct RVGIT_EXPORT RVGitDiffContents {
     [[nodiscard]] std::string_view content(const Line& line) const {
         return text.substr(line.start + line.statusLength, line.length - line.statusLength);
     }
+    /// The line with its status columns, and without, in the bytes that git printed.
+    [[nodiscard]] std::string_view bytesWithStatus(const Line& line) const;
+    [[nodiscard]] std::string_view contentBytes(const Line& line) const;
     /// `index` counts from the first line of the chunk.
     [[nodiscard]] const std::uint32_t* lineNumbersOf(const Chunk& chunk, std::size_t index) const {
         return lineNumbers.data() + chunk.firstLineNumber + index * chunk.columnCount;
     }
+
+private:
+    /// Of the beginning of a line, or of the end of the last one.
+    [[nodiscard]] std::size_t positionInBytes(std::size_t positionInText) const;
+    [[nodiscard]] Range rangeInBytes(Range range) const;
 };

@@ -13,23 +13,35 @@
 
 namespace {
 
-// A block that is not UTF-8 is kept decoded, and its bytes are not.
-std::shared_ptr<RVGitDiffContents> contentsOfText(std::string text) {
+// The owner keeps the block alive. One that is not UTF-8 is kept decoded as well.
+std::shared_ptr<RVGitDiffContents> contentsOfBlock(std::shared_ptr<const void> owner,
+                                                   std::string_view block) {
     auto contents = std::make_shared<RVGitDiffContents>();
-    auto owner = std::make_shared<const std::string>(std::move(text));
-    contents->text = *owner;
-    contents->textOwner = std::move(owner);
+    if (isValidUTF8(block)) {
+        contents->text = block;
+        contents->textOwner = std::move(owner);
+        return contents;
+    }
+    std::vector<RVDecodedLine> decodedLines;
+    auto text = std::make_shared<const std::string>(stringUsingBestEncoding(block, decodedLines));
+    contents->text = *text;
+    contents->textOwner = std::move(text);
+    // Of UTF-16, which git never prints, the bytes are no patch.
+    if (decodedLines.empty())
+        return contents;
+    contents->bytes = block;
+    contents->bytesOwner = std::move(owner);
+    contents->decodedLines.reserve(decodedLines.size());
+    for (const RVDecodedLine& line : decodedLines)
+        contents->decodedLines.push_back({static_cast<std::uint32_t>(line.endInText),
+                                          static_cast<std::uint32_t>(line.endInBytes)});
     return contents;
 }
 
-std::shared_ptr<RVGitDiffContents> contentsOfBlock(std::shared_ptr<const RVDataBuffer> buffer,
-                                                   std::string_view block) {
-    if (!isValidUTF8(block))
-        return contentsOfText(stringUsingBestEncoding(block));
-    auto contents = std::make_shared<RVGitDiffContents>();
-    contents->text = block;
-    contents->textOwner = std::move(buffer);
-    return contents;
+std::shared_ptr<RVGitDiffContents> contentsOfCopiedBlock(std::string_view block) {
+    auto owner = std::make_shared<const std::string>(block);
+    const std::string_view copy = *owner;
+    return contentsOfBlock(std::move(owner), copy);
 }
 
 // The path of "a/path" or "b/path", or of the same in quotes.
@@ -155,7 +167,7 @@ const RVRegularExpression& RVGitDiffOutputParser::chunkHeaderRegex() {
 }
 
 RVGitDiffOutputParser::RVGitDiffOutputParser(std::string_view outputData)
-    : RVGitDiffOutputParser(contentsOfText(stringUsingBestEncoding(outputData))) {}
+    : RVGitDiffOutputParser(contentsOfCopiedBlock(outputData)) {}
 
 RVGitDiffOutputParser::RVGitDiffOutputParser(std::shared_ptr<const RVDataBuffer> buffer,
                                              std::string_view block)

@@ -112,6 +112,8 @@ bool RVGitDiffParser::parse(RVErrorPlace) {
     for (auto& [start, contents] : files_) {
         if (contents->textOwner == buffer_)
             contents->text = outputData_.substr(start, contents->text.size());
+        if (contents->bytesOwner == buffer_)
+            contents->bytes = outputData_.substr(start, contents->bytes.size());
         result_.emplace_back(std::move(contents));
     }
     files_.clear();

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/objects/RVGitForEachRefTagOutputParser.h"
 #include "RVGit/objects/RVGitTagCommand.h"
@@ -56,9 +57,10 @@ std::shared_ptr<RVGitTag> RVGitTag::tagForRefName(
     if (!tags)
         return nullptr;
     const std::string fullRefName = RVGitRef::makeFullRefName(refName, RVGitRefTypeTag);
-    for (const auto& tag : *tags)
-        if (isEqualToUnicodeString(*tag->fullRefName(), fullRefName))
-            return tag;
+    const auto found = RVFindUnicodeName(tags->begin(), tags->end(), fullRefName,
+                                         [](const auto& tag) { return tag->fullRefName(); });
+    if (found != tags->end())
+        return *found;
     clearErrorPlace(error);
     return nullptr;
 }

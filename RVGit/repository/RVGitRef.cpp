@@ -7,12 +7,17 @@
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/history/RVGitCommit.h"
+#include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/objects/RVGitTag.h"
 #include "RVGit/remotes/RVGitBranch.h"
+#include "RVGit/remotes/RVGitRemoteBranch.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/worktree/RVGitStash.h"
 
 namespace {
 
@@ -53,6 +58,13 @@ std::optional<std::size_t> offsetBehindPrefixLength(std::string_view text,
         while (offset < text.size() && continuesCharacter(text[offset]));
     }
     return offset;
+}
+
+bool headNamesCommit(const std::shared_ptr<RVGitRepository>& repository) {
+    auto command = RVGitRevListCommand::gitRevListCommandWithRepository(
+        repository, RVOptions{{RVGitRevListOptionMaxCount, 1}});
+    command->setRevisions({RVGitHEADRevision});
+    return command->run();
 }
 
 }  // namespace
@@ -170,7 +182,7 @@ std::optional<std::vector<std::shared_ptr<RVGitRef>>> RVGitRef::allRefsForReposi
         auto initialRef = initialRefFromHeadFileForRepository(repository, error);
         if (initialRef)
             refs.push_back(std::move(initialRef));
-        else if (error)
+        else if (error && !headNamesCommit(repository))
             return std::nullopt;
     }
     return refs;
@@ -182,9 +194,9 @@ std::shared_ptr<RVGitRef> RVGitRef::refForFullRefName(
     auto refs = allRefsForRepository(repository, options, error);
     if (!refs)
         return nullptr;
-    auto found = std::find_if(refs->begin(), refs->end(), [&](const auto& ref) {
-        return isEqualToUnicodeString(ref->fullRefName_, fullRefName);
-    });
+    const auto found =
+        RVFindUnicodeName(refs->begin(), refs->end(), fullRefName,
+                          [](const auto& ref) -> const std::string& { return ref->fullRefName_; });
     if (found == refs->end()) {
         clearErrorPlace(error);
         return nullptr;
@@ -224,6 +236,23 @@ std::shared_ptr<RVGitCommit> RVGitRef::commit() {
     if (!commit_ && commitHash_)
         commit_ = RVGitCommit::commitForCommitHash(*commitHash_, repository_);
     return commit_;
+}
+
+std::shared_ptr<RVGitRefProtocol> RVGitRef::refObject(RVErrorPlace error) const {
+    switch (refType()) {
+        case RVGitRefTypeBranch:
+            return RVGitBranch::branchForRefName(fullRefName_, repository_, error);
+        case RVGitRefTypeRemoteBranch:
+            return RVGitRemoteBranch::remoteBranchForRefName(fullRefName_, repository_, error);
+        case RVGitRefTypeTag:
+            return RVGitTag::tagForRefName(fullRefName_, repository_, error);
+        case RVGitRefTypeStash:
+            return RVGitStash::stashForRefName(fullRefName_, repository_, error);
+        case RVGitRefTypeNone:
+            break;
+    }
+    clearErrorPlace(error);
+    return nullptr;
 }
 
 RVGitRefType RVGitRef::refType() const {

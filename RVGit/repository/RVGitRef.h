@@ -80,8 +80,8 @@ public:
 
     /// All refs but "refs/stash", in git's order; on an unborn branch, that branch last, without a
     /// hash. The options are those of RVGitShowRefCommand. Absent, with the error, on failure; also
-    /// absent, without one, if a place was given and HEAD names no branch and no commit. The hash
-    /// of an annotated tag is that of the tag object unless RVGitShowRefOptionTags is set.
+    /// absent, without one, if a place was given and HEAD names neither a branch nor a commit. The
+    /// hash of an annotated tag is that of the tag object unless RVGitShowRefOptionTags is set.
     [[nodiscard]] static std::optional<std::vector<std::shared_ptr<RVGitRef>>> allRefsForRepository(
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
@@ -110,6 +110,10 @@ public:
         commitHash_ = std::move(commitHash);
     }
     [[nodiscard]] std::shared_ptr<RVGitCommit> commit() override;
+
+    /// The branch, remote branch, tag or stash of that name, looked up by refType(). Null with a
+    /// cleared place for a ref of another type, and if there is none such any more.
+    [[nodiscard]] std::shared_ptr<RVGitRefProtocol> refObject(RVErrorPlace error = nullptr) const;
 
     [[nodiscard]] RVGitRefType refType() const;
     [[nodiscard]] bool isBranchRefType() const;

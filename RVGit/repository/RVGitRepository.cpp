@@ -16,6 +16,8 @@
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/submodules/RVGitSubmoduleLoader.h"
+#include "RVGit/submodules/RVGitSubmoduleManager.h"
 #include "RVGit/worktree/RVGitIgnores.h"
 #include "RVGit/worktree/RVGitIndex.h"
 

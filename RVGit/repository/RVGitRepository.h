@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
@@ -15,6 +16,9 @@
 class RVGitConfig;
 class RVGitIgnores;
 class RVGitIndex;
+class RVGitSubmodule;
+class RVGitSubmoduleLoader;
+class RVGitSubmoduleManager;
 class RVOperationQueue;
 
 /// Where a repository lies and of what kind it is. Validity and the three paths are set once, when
@@ -99,6 +103,42 @@ public:
     /// "info/exclude" in the git directory that all worktrees share, which is the one that git
     /// reads; owned in the same way, null for an invalid repository.
     [[nodiscard]] std::shared_ptr<RVGitIgnores> sharedExcludes();
+
+    // Submodules, forwarded one to one to the loader and the manager.
+
+    /// Made on first access and owned like the config.
+    [[nodiscard]] std::shared_ptr<RVGitSubmoduleLoader> submoduleLoader();
+    [[nodiscard]] std::shared_ptr<RVGitSubmoduleManager> submoduleManager();
+
+    [[nodiscard]] std::optional<std::vector<std::string>> allSubmoduleNames(
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] std::optional<std::vector<std::shared_ptr<RVGitSubmodule>>> allSubmodules(
+        RVErrorPlace error = nullptr);
+    [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForName(const std::string& name,
+                                                                   RVErrorPlace error = nullptr);
+    [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
+                                                                   RVErrorPlace error = nullptr);
+    [[nodiscard]] bool canAddSubmoduleAtPath(const std::string& path, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
+                                           unsigned options, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool removeSubmoduleAtPath(const std::string& path, unsigned options,
+                                             RVErrorPlace error = nullptr);
+    [[nodiscard]] bool moveSubmoduleAtPath(const std::string& path, const std::string& toNewPath,
+                                           RVErrorPlace error = nullptr);
+    [[nodiscard]] bool renameSubmoduleWithName(const std::string& name,
+                                               const std::string& toNewName,
+                                               RVErrorPlace error = nullptr);
+    [[nodiscard]] bool updateAllSubmodulesWithOptions(unsigned options,
+                                                      RVErrorPlace error = nullptr);
+    [[nodiscard]] bool updateSubmoduleAtPath(const std::string& path, unsigned options,
+                                             RVErrorPlace error = nullptr);
+    [[nodiscard]] bool synchronizeAllSubmoduleURLs(RVErrorPlace error = nullptr);
+    [[nodiscard]] bool synchronizeURLForSubmoduleAtPath(const std::string& path,
+                                                        RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initAllSubmodules(RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initSubmoduleAtPath(const std::string& path, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initSubmodulesAtPaths(const std::vector<std::string>& paths,
+                                             RVErrorPlace error = nullptr);
 
     // Kind.
 
@@ -233,4 +273,6 @@ private:
     RVGitRepositoryPartSlot<RVGitIgnores> ignores_;
     RVGitRepositoryPartSlot<RVGitIgnores> excludes_;
     RVGitRepositoryPartSlot<RVGitIgnores> sharedExcludes_;
+    RVGitRepositoryPartSlot<RVGitSubmoduleLoader> submoduleLoader_;
+    RVGitRepositoryPartSlot<RVGitSubmoduleManager> submoduleManager_;
 };

@@ -13,16 +13,6 @@ namespace {
 constexpr std::string_view delimiter =
     "7b26278ebfd54ee8ec001b7c668de1137802ad9f63e4ebce3016f69c4f84884b";
 
-// Whether the shell would find the end of the message inside it, and run what follows. A shell
-// may drop NUL bytes before it compares.
-bool holdsDelimiterLine(std::string message) {
-    std::erase(message, '\0');
-    for (const std::string& line : componentsSeparatedByString(message, "\n"))
-        if (line == delimiter)
-            return true;
-    return false;
-}
-
 }  // namespace
 
 RVGitCommitMessageEditor::RVGitCommitMessageEditor(std::string commitMessage)
@@ -40,10 +30,23 @@ bool RVGitCommitMessageEditor::createGitCommitMessageEditorScriptAtURL(const RVU
         ->createGitCommitMessageEditorScriptAtURL(url, error);
 }
 
+bool RVGitCommitMessageEditor::isCommitMessageSafe(std::string_view commitMessage) {
+    if (commitMessage.find('\0') != std::string_view::npos)
+        return false;
+    for (;;) {
+        const auto end = commitMessage.find('\n');
+        if (commitMessage.substr(0, end) == delimiter)
+            return false;
+        if (end == std::string_view::npos)
+            return true;
+        commitMessage.remove_prefix(end + 1);
+    }
+}
+
 bool RVGitCommitMessageEditor::createGitCommitMessageEditorScriptAtURL(const RVURL& url,
                                                                        RVErrorPlace error) const {
     requireParameter(url.isFileURL(), "url.isFileURL");
-    if (holdsDelimiterLine(commitMessage_)) {
+    if (!isCommitMessageSafe(commitMessage_)) {
         fillErrorPlace(error, posixError(EINVAL, url.path()));
         return false;
     }

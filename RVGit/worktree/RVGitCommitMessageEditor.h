@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
@@ -25,13 +26,17 @@ public:
 
     [[nodiscard]] const std::string& commitMessage() const { return commitMessage_; }
 
+    /// Whether a script can hand the message over whole. False for one with a line that equals the
+    /// script's delimiter, a fixed word of 64 digits, where the shell would end the message and
+    /// run what follows, and for one with a NUL byte, which no shell keeps.
+    [[nodiscard]] static bool isCommitMessageSafe(std::string_view commitMessage);
+
     /// Writes the script to a file URL (required), with the permissions 0755. What stood there is
     /// replaced in one step, and kept on failure, which leaves an error of the operating system.
     /// The file is the caller's to delete.
     ///
     /// The message arrives byte for byte, with a newline at its end, and nothing in it is expanded.
-    /// One with a line that equals the script's delimiter, a fixed word of 64 digits, is refused
-    /// (EINVAL): the shell would end it there and run what follows.
+    /// One that is not safe is refused (EINVAL).
     [[nodiscard]] bool createGitCommitMessageEditorScriptAtURL(const RVURL& url,
                                                                RVErrorPlace error = nullptr) const;
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
 #include "RVGit/worktree/RVGitLsFilesCommand.h"
 
@@ -68,9 +69,14 @@ std::shared_ptr<RVGitIndexEntry> RVGitIndex::indexEntryForFilePath(const std::st
     const auto entries = indexEntriesForFilePath(filePath, error);
     if (!entries)
         return nullptr;
-    for (const auto& entry : *entries)
-        if (entry->stage() == atStage && isEqualToUnicodeString(entry->filePath(), filePath))
-            return entry;
+    const auto found = RVFindUnicodeName(entries->begin(), entries->end(), filePath,
+                                         [&](const auto& entry) -> std::optional<std::string_view> {
+                                             if (entry->stage() != atStage)
+                                                 return std::nullopt;
+                                             return entry->filePath();
+                                         });
+    if (found != entries->end())
+        return *found;
     clearErrorPlace(error);
     return nullptr;
 }

@@ -5,6 +5,7 @@
 
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/objects/RVGitBlob.h"
 #include "RVGit/objects/RVGitTree.h"
@@ -106,9 +107,11 @@ std::shared_ptr<RVGitWorkingTreeEntry> RVGitWorkingTreeEntry::workingTreeEntryFo
         error);
     if (!entries)
         return nullptr;
-    for (const auto& entry : *entries)
-        if (isEqualToUnicodeString(entry->filePath(), filePath))
-            return entry;
+    const auto found =
+        RVFindUnicodeName(entries->begin(), entries->end(), filePath,
+                          [](const auto& entry) -> std::string_view { return entry->filePath(); });
+    if (found != entries->end())
+        return *found;
     clearErrorPlace(error);
     return nullptr;
 }

@@ -264,8 +264,12 @@ bool RVGitWorkingTreeManager::commitWithMessage(const std::optional<std::string>
 bool RVGitWorkingTreeManager::applyPatch(const std::optional<RVData>& patch,
                                          const std::optional<RVOptions>& options,
                                          RVErrorPlace error) {
-    return RVGitApplyCommand::gitApplyCommandWithRepository(repository_, patch, options)
-        ->run(error);
+    const auto command =
+        RVGitApplyCommand::gitApplyCommandWithRepository(repository_, patch, options);
+    const bool isUpToCaller = options && options->contains(RVGitApplyOptionUnidiffZero);
+    if (patch && !isUpToCaller && RVGitApplyCommand::patchHasChunkWithoutContext(*patch))
+        command->setUnidiffZero(true);
+    return command->run(error);
 }
 
 bool RVGitWorkingTreeManager::applyPatchFromFileAtURL(const RVURL& url,

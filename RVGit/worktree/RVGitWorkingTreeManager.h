@@ -145,11 +145,15 @@ public:
     [[nodiscard]] bool commitWithMessage(const std::optional<std::string>& message,
                                          unsigned options, RVErrorPlace error = nullptr);
     /// Applies a patch, to the working tree unless the options (RVGitApplyOption...) say
-    /// otherwise. All of it or, on failure, nothing: codes 1400 to 1402.
+    /// otherwise. All of it or, on failure, nothing: codes 1400 to 1402. Where a chunk of the patch
+    /// has no context (RVGitApplyCommand::patchHasChunkWithoutContext()) and the options do not
+    /// hold RVGitApplyOptionUnidiffZero, be it true or false, that option is passed: git would look
+    /// for the chunk at the end of the file.
     [[nodiscard]] bool applyPatch(const std::optional<RVData>& patch,
                                   const std::optional<RVOptions>& options,
                                   RVErrorPlace error = nullptr);
-    /// The same with a patch file; a file URL is required.
+    /// The same with a patch file; a file URL is required. The file is not looked into: for one
+    /// without context give RVGitApplyOptionUnidiffZero.
     [[nodiscard]] bool applyPatchFromFileAtURL(const RVURL& url,
                                                const std::optional<RVOptions>& options,
                                                RVErrorPlace error = nullptr);

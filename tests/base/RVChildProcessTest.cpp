@@ -153,6 +153,28 @@ TEST(RVChildProcessTest, ReadsAFileAsStandardInput) {
     EXPECT_FALSE(run(launch).output.empty());
 }
 
+TEST(RVChildProcessTest, ReadsAnOpenFileAsStandardInputFromWhereItStands) {
+    const int file = ::open("/proc/self/comm", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(file, 0);
+    {
+        RVChildProcess::Launch launch = shell("head -n 1");
+        launch.standardInput = RVStandardInput::openFile(file);
+        EXPECT_EQ(launch.standardInput.descriptor(), file);
+        EXPECT_FALSE(run(launch).output.empty());
+        EXPECT_GE(::fcntl(file, F_GETFD), 0);
+    }
+    EXPECT_EQ(::fcntl(file, F_GETFD), -1);
+}
+
+TEST(RVChildProcessTest, AnInputThatIsNoRegularFileIsALaunchFailure) {
+    RVChildProcess::Launch launch = shell("exit 0");
+    for (const auto& [path, code] : std::vector<std::pair<std::string, int>>{
+             {"/proc/self/exe", ELOOP}, {"/tmp", EISDIR}, {"/dev/zero", EINVAL}}) {
+        launch.standardInput = RVStandardInput::file(path);
+        EXPECT_EQ(run(launch).launchError, code) << path;
+    }
+}
+
 TEST(RVChildProcessTest, AMissingInputFileIsALaunchFailure) {
     RVChildProcess::Launch launch = shell("exit 0");
     launch.standardInput = RVStandardInput::file("/nonexistent/input");

@@ -217,9 +217,8 @@ TEST(RVOperationQueueTest, AnOperationThatWaitsForItsOwnEndIsTold) {
         EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException);
         EXPECT_THROW(queue.runOperation(own), RVInternalInconsistencyException);
         // By way of another operation on the same thread, too.
-        queue.runBlock([&] {
-            EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException);
-        });
+        queue.runBlock(
+            [&] { EXPECT_THROW(own->waitUntilFinished(), RVInternalInconsistencyException); });
     };
     own = operation(waitsForItself);
     queue.addOperation(own);
@@ -351,6 +350,52 @@ TEST(RVOperationTest, RunsOnceOnly) {
     queue->runOperation(once);
     queue->runOperation(once);
     EXPECT_EQ(runs, 1);
+}
+
+TEST(RVOperationQueueTest, TheCompletionBlockIsCalledOnceHoweverTheWorkEnds) {
+    int calls = 0;
+    std::exception_ptr exception;
+    const auto watched = [&](std::function<void()> work) {
+        auto result = operation(std::move(work));
+        result->setCompletionBlock([&](RVOperation& ended) {
+            ++calls;
+            exception = ended.exception();
+        });
+        return result;
+    };
+    const auto queue = RVOperationQueue::serialQueue("serial");
+
+    queue->runOperation(watched([&] { EXPECT_EQ(calls, 0); }));
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(exception, nullptr);
+
+    EXPECT_THROW(queue->runOperation(watched([] { throw std::runtime_error("raised"); })),
+                 std::runtime_error);
+    EXPECT_EQ(calls, 2);
+    EXPECT_NE(exception, nullptr);
+
+    const auto cancelled = watched([] { FAIL(); });
+    cancelled->cancel();
+    EXPECT_EQ(calls, 3);
+    EXPECT_EQ(exception, nullptr);
+    EXPECT_TRUE(cancelled->isFinished());
+    queue->runOperation(cancelled);
+    cancelled->cancel();
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(RVOperationQueueTest, WaitersComeBackBehindTheCompletionBlockAndGetWhatItRaises) {
+    bool called = false;
+    const auto raising = operation([] {});
+    raising->setCompletionBlock([&](RVOperation& ended) {
+        EXPECT_FALSE(ended.isFinished());
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        called = true;
+        throw std::runtime_error("raised by the block");
+    });
+    raising->start();
+    EXPECT_THROW(raising->waitUntilFinished(), std::runtime_error);
+    EXPECT_TRUE(called);
 }
 
 }  // namespace

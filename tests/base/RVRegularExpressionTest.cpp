@@ -237,4 +237,62 @@ TEST_F(RVRegularExpressionTest, EscapedPatternMeansTheSameToGit) {
     }
 }
 
+TEST_F(RVRegularExpressionTest, ToldOfAPatternIsATextOfEveryMatch) {
+    const auto textOf = [](std::string_view pattern, unsigned options = 0) {
+        return RVRegularExpression(pattern, options).requiredText();
+    };
+    EXPECT_EQ(textOf("Receiving objects: +(\\d+)%"), "Receiving objects: ");
+    EXPECT_EQ(textOf("fatal: Unable to create .+index.lock.+: File exists"),
+              "fatal: Unable to create ");
+    EXPECT_EQ(textOf("^Usage:"), "Usage:");
+    EXPECT_EQ(textOf("a\\.b\\(c"), "a.b(c");
+    EXPECT_EQ(textOf("(first)second"), "second");
+    EXPECT_EQ(textOf("colou?r"), "colo");
+    EXPECT_EQ(textOf("abü*c"), "ab");
+    EXPECT_EQ(textOf("abü+c"), "abü");
+    EXPECT_EQ(textOf("ab{2,3}c?"), "a");
+    EXPECT_EQ(textOf("[abc]+d[^]e]"), "");
+    EXPECT_EQ(textOf("(a(b|\\)))+?xy"), "xy");
+    EXPECT_EQ(textOf("a|b"), "");
+    EXPECT_EQ(textOf("(?i)abc"), "");
+    EXPECT_EQ(textOf("(?=abc)abc"), "");
+    EXPECT_EQ(textOf("\\Qa|b\\E"), "");
+    EXPECT_EQ(textOf("\\u0041bc"), "");
+    EXPECT_EQ(textOf(".*"), "");
+    EXPECT_EQ(textOf("Does NOT", RVRegularExpression::CaseInsensitive), "does not");
+    EXPECT_EQ(textOf("Süß", RVRegularExpression::CaseInsensitive), "");
+}
+
+TEST_F(RVRegularExpressionTest, WhatMatchesHoldsTheTextThatIsTold) {
+    const std::string_view patternPieces[] = {"a",    "b",   "K",       "ss",  "ü",   ".",  "\\d",
+                                              "[ab]", "(a)", "(?:b|K)", "\\.", "a*",  "b+", "s?",
+                                              "K{2}", "$",   "^",       "|",   "\\s*"};
+    const std::string_view textPieces[] = {"a", "b",      "K", "k", "\u212A", "ß", "S",
+                                           "s", "\u017F", "ü", "1", ".",      " "};
+    std::mt19937 random(1);
+    int numberOfMatches = 0;
+    for (int round = 0; round < 20000; ++round) {
+        std::string pattern;
+        for (auto count = 1 + random() % 6; count > 0; --count)
+            pattern += patternPieces[random() % std::size(patternPieces)];
+        const bool ignoresCase = random() % 2 == 0;
+        const auto expression = RVRegularExpression::compile(
+            pattern, ignoresCase ? unsigned{RVRegularExpression::CaseInsensitive} : 0U, nullptr);
+        if (!expression || expression->requiredText().empty())
+            continue;
+        for (int each = 0; each < 10; ++each) {
+            std::string text;
+            for (auto count = random() % 8; count > 0; --count)
+                text += textPieces[random() % std::size(textPieces)];
+            if (!expression->matches(text))
+                continue;
+            ++numberOfMatches;
+            ASSERT_NE((ignoresCase ? foldedString(text) : text).find(expression->requiredText()),
+                      std::string::npos)
+                << pattern << " in " << text;
+        }
+    }
+    EXPECT_GT(numberOfMatches, 1000);
+}
+
 }  // namespace

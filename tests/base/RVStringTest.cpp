@@ -1,4 +1,5 @@
 #include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -124,6 +125,53 @@ TEST(RVStringTest, UTF8EncodingReplacesEachInvalidSequence) {
     }
 }
 
+TEST(RVStringTest, UnicodeEqualityIsThatOfTheComposedForms) {
+    std::mt19937 random(1);
+    const std::string_view pieces[] = {"a",      "e",      "n",      "K",          "\u0301",
+                                       "\u0308", "\u0323", "\u00E4", "\u00F1",     "\u212A",
+                                       "\u1100", "\u1161", "\uAC00", "\U0001D15E", "\xFF"};
+    const auto randomText = [&] {
+        std::string text;
+        for (auto count = random() % 5; count > 0; --count)
+            text += pieces[random() % std::size(pieces)];
+        return text;
+    };
+    int numberOfEqual = 0;
+    for (int round = 0; round < 200000; ++round) {
+        const std::string left = randomText();
+        const std::string right = randomText();
+        const bool areEqual =
+            left == right || (isValidUTF8(left) && isValidUTF8(right) &&
+                              precomposedString(left) == precomposedString(right));
+        ASSERT_EQ(isEqualToUnicodeString(left, right), areEqual) << left << " " << right;
+        numberOfEqual += areEqual && left != right;
+    }
+    EXPECT_GT(numberOfEqual, 50);
+}
+
+TEST(RVStringTest, OfEqualTextsTheSameOneIsFoundFirst) {
+    const std::vector<std::string> texts = {"a", "n\u0303", "\u00F1", "\u00F1", ""};
+    const auto find = [&](std::string_view text) {
+        const auto found =
+            RVFindUnicodeName(texts.begin(), texts.end(), text,
+                              [](const std::string& each) -> std::optional<std::string> {
+                                  if (each.empty())
+                                      return std::nullopt;
+                                  return each;
+                              });
+        return found - texts.begin();
+    };
+    EXPECT_EQ(find("a"), 0);
+    EXPECT_EQ(find("n\u0303"), 1);
+    EXPECT_EQ(find("\u00F1"), 2);
+    EXPECT_EQ(find("n"), 5);
+    EXPECT_EQ(find(""), 5);
+    const std::vector<std::string> decomposed = {"n\u0303"};
+    EXPECT_EQ(RVFindUnicodeName(decomposed.begin(), decomposed.end(), "\u00F1",
+                                [](const std::string& each) -> std::string_view { return each; }),
+              decomposed.begin());
+}
+
 TEST(RVStringTest, BestEncodingKeepsUTF8) {
     EXPECT_EQ(stringUsingBestEncoding(""), "");
     EXPECT_EQ(stringUsingBestEncoding("a\0ü\xEF\xBB\xBF"s), "a\0ü\xEF\xBB\xBF"s);
@@ -148,6 +196,53 @@ TEST(RVStringTest, BestEncodingReadsAllElseAsWindows1252) {
     EXPECT_EQ(stringUsingBestEncoding("caf\xE9"), "café");
     EXPECT_EQ(stringUsingBestEncoding("\x80 \x93quoted\x94 \x96 \x9F"), "€ “quoted” – Ÿ");
     EXPECT_EQ(stringUsingBestEncoding("ü\xFF"), "Ã¼ÿ");
+}
+
+TEST(RVStringTest, BestEncodingIsThatOfEachLine) {
+    EXPECT_EQ(stringUsingBestEncoding("ü\ncaf\xE9\n\xE4\nö"), "ü\ncafé\nä\nö");
+    EXPECT_EQ(stringUsingBestEncoding("ü\n\nü\xE9 ü\n\n"), "ü\n\nÃ¼é Ã¼\n\n");
+    EXPECT_EQ(stringUsingBestEncoding("ü\n\xC3"), "ü\nÃ");
+    EXPECT_EQ(stringUsingBestEncoding("\xC3\n\xBC"), "Ã\n¼");
+    // What is not UTF-16 as a whole has no lines in it.
+    EXPECT_EQ(stringUsingBestEncoding("a\n\xFF\xFE"
+                                      "a\0\nü"s),
+              "a\nÿþa\0\nü"s);
+}
+
+TEST(RVStringTest, BestEncodingTellsWhichLinesItDecoded) {
+    std::vector<RVDecodedLine> lines = {{1, 1}};
+    EXPECT_EQ(stringUsingBestEncoding("ü\nü", lines), "ü\nü");
+    EXPECT_TRUE(lines.empty());
+
+    // A slow twin, on random lines.
+    std::mt19937 random(1);
+    const std::string_view pieces[] = {"a", "ü", "\xE9", "\x93", "\n", "\n", "\0", "\xE2\x82"};
+    for (int round = 0; round < 2000; ++round) {
+        std::string bytes;
+        for (auto count = random() % 20; count > 0; --count)
+            bytes += pieces[random() % std::size(pieces)];
+        std::string expected;
+        std::vector<RVDecodedLine> expectedLines;
+        for (std::size_t start = 0; start < bytes.size();) {
+            const std::size_t end = std::min(bytes.find('\n', start), bytes.size() - 1) + 1;
+            const std::string line = bytes.substr(start, end - start);
+            expected += stringUsingBestEncoding(line);
+            start = end;
+            if (!isValidUTF8(line))
+                expectedLines.push_back({end, expected.size()});
+        }
+        ASSERT_EQ(stringUsingBestEncoding(bytes, lines), expected);
+        ASSERT_EQ(lines.size(), expectedLines.size());
+        for (std::size_t index = 0; index < lines.size(); ++index) {
+            ASSERT_EQ(lines[index].endInBytes, expectedLines[index].endInBytes);
+            ASSERT_EQ(lines[index].endInText, expectedLines[index].endInText);
+        }
+    }
+    EXPECT_EQ(stringUsingBestEncoding("\xFF\xFE"
+                                      "a\0\n\0b\0"s,
+                                      lines),
+              "a\nb");
+    EXPECT_TRUE(lines.empty());
 }
 
 TEST(RVStringTest, BestEncodingTellsAllBytesApart) {

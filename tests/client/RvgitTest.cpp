@@ -58,6 +58,32 @@ TEST_F(RvgitTest, HelpIsPrintedIntoAPipe) {
     EXPECT_THAT(result.standardOutput, HasSubstr("\n  log "));
 }
 
+TEST_F(RvgitTest, TheVersionIsPrinted) {
+    EXPECT_THAT(rvgit({"--version"}).standardOutput, testing::MatchesRegex("rvgit [0-9.]+\n"));
+}
+
+TEST_F(RvgitTest, TheManualAndTheCompletionsNameEveryCommand) {
+    const std::string help = rvgit({"--help"}).standardOutput;
+    const std::string documents[] = {rvgit({"--man"}).standardOutput,
+                                     rvgit({"--completion", "bash"}).standardOutput,
+                                     rvgit({"--completion", "zsh"}).standardOutput,
+                                     rvgit({"--completion", "fish"}).standardOutput};
+    for (const char* command : {"overview", "log", "stash", "ignore"}) {
+        EXPECT_THAT(help, HasSubstr("\n  " + std::string(command)));
+        for (const std::string& document : documents)
+            EXPECT_THAT(document, HasSubstr(command));
+    }
+    for (std::size_t index = 1; index < 4; ++index)
+        EXPECT_THAT(documents[index], HasSubstr("first-parent"));
+    const std::string script = writeFile("completion", documents[1]);
+    const auto completed = runProgram(
+        {"bash", "-c",
+         ". '" + script +
+             "'; COMP_WORDS=(rvgit sta); COMP_CWORD=1; _rvgit; echo \"${COMPREPLY[@]}\""});
+    EXPECT_EQ(completed.standardOutput, "status stash\n");
+    EXPECT_EQ(rvgit({"--completion", "csh"}).exitCode, 2);
+}
+
 TEST_F(RvgitTest, WhatGitSaysOfAnInvalidRepositoryIsShown) {
     const std::string repository = initRepository();
     git({"config", "core.repositoryFormatVersion", "1"}, repository);

@@ -142,4 +142,28 @@ TEST_F(RVGitCommandErrorDefinitionManagerTest, RowsMayBeAddedAndMatchedByManyThr
     EXPECT_EQ(codeForCommand(*failed), 324);
 }
 
+TEST_F(RVGitCommandErrorDefinitionManagerTest, ACancelEndsTheSearch) {
+    manager_.addGitCommandErrorDefinitions(
+        {{.errorCode = 5, .standardErrorPatterns = {"rejected"}}});
+    auto failed = command({.standardError = "rejected\n", .exitCode = 1});
+    ASSERT_FALSE(failed->run());
+    EXPECT_EQ(codeForCommand(*failed), 5);
+    failed->cancel();
+    EXPECT_EQ(codeForCommand(*failed), 0);
+}
+
+TEST_F(RVGitCommandErrorDefinitionManagerTest, TenHostileMegabytesAreMatchedByAllRows) {
+    // Without the rows' required texts; but the first letters of many.
+    std::string output;
+    while (output.size() < 10 << 20)
+        output += "fatal: error: fatal: Unable to creat\u00E9 \u212Ag ";
+    auto failed = command({.standardError = output, .exitCode = 128});
+    ASSERT_FALSE(failed->run());
+    EXPECT_EQ(failed->error()->code(), 1);
+    output += "FATAL: NOT A GIT REPOSITORY";
+    failed = command({.standardError = output, .exitCode = 128});
+    ASSERT_FALSE(failed->run());
+    EXPECT_EQ(failed->error()->code(), 100);
+}
+
 }  // namespace

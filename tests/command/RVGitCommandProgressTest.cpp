@@ -201,6 +201,25 @@ TEST_F(RVGitCommandProgressTest, SearchingOnlyLinesWithAPercentageChangesNothing
     }
 }
 
+TEST_F(RVGitCommandProgressTest, TenMegabytesInManyChunksAreSearchedOnce) {
+    RVGitCommandProgress progress("fetch");
+    std::string lines;
+    for (int line = 0; line < 10; ++line)
+        lines += "remote: " + std::to_string(line) + "%\n";
+    constexpr int numberOfChunks = 100000;
+    for (int chunk = 0; chunk < numberOfChunks; ++chunk)
+        progress.updateProgressWithOutputString(lines);
+    EXPECT_EQ(progress.overallProgress(), 0);
+    EXPECT_EQ(progress.lineCount(), 10 * numberOfChunks + 1);
+    progress.updateProgressWithOutputString("Receiving objects: 50%\r");
+    EXPECT_EQ(progress.overallProgress(), 0.125);
+    progress.updateProgressWithOutputString("Receiving objects: 100%\nReceiving objects: 1%\n");
+    EXPECT_EQ(progress.overallProgress(), 0.25);
+    progress.reset();
+    progress.updateProgressWithOutputString("Resolving deltas: 40%");
+    EXPECT_EQ(progress.overallProgress(), 0.1);
+}
+
 TEST_F(RVGitCommandProgressTest, MayBeReadWhileOutputArrives) {
     RVGitCommandProgress progress("clone");
     std::thread reader([&] {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "RVGit/base/RVString.h"
 #include "RVGit/diff/RVGitChangesetLoader.h"
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
@@ -452,6 +453,57 @@ TEST_F(RVGitChangesetTest, PathsAreComparedInComposedForm) {
         RVGitChangeset::changesetWithRepository(repository(), RVGitDiffSettings(), {entry});
     EXPECT_EQ(changeset->entryForFilePath("cafe\u0301"), entry);
     EXPECT_EQ(changeset->repository(), repository());
+}
+
+TEST_F(RVGitChangesetTest, AFileIsFoundBesideItsTwinInAnotherForm) {
+    const std::string composed = "ni\u00f1o";
+    const std::string decomposed = "nin\u0303o";
+    write(composed, "composed\n");
+    write(decomposed, "decomposed\n");
+    commitAll();
+    write(composed, "composed 2\n");
+    write(decomposed, "decomposed 2\n");
+    const auto changeset = RVGitChangeset::changesetByComparingWorkingTreeWithIndexWithForFilePaths(
+        {}, repository(), noOptions);
+    ASSERT_NE(changeset, nullptr);
+    for (const std::string& path : {composed, decomposed}) {
+        const auto entry = changeset->entryForFilePath(path);
+        ASSERT_NE(entry, nullptr);
+        EXPECT_EQ(entry->filePath(), path);
+        const auto diff = changeset->diffForEntryWithFilePath(path);
+        ASSERT_NE(diff, nullptr);
+        EXPECT_EQ(diff->filePath(), path);
+    }
+    const auto diffs = changeset->allDiffs();
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, composed)->filePath(), composed);
+    EXPECT_EQ(RVGitDiff::diffOfFile(diffs, decomposed)->filePath(), decomposed);
+}
+
+TEST_F(RVGitChangesetTest, OfEntriesTheFirstIsFoundByAnyForm) {
+    RVGitChangeset::Entries entries;
+    for (const char* path :
+         {"K", "n\u0303", "\u00f1", "\u00f1", "\u212A", "a\u0323\u0308", "\xFF", "plain"}) {
+        RVGitDiffStatsOutputParserResultItem item;
+        item.filePath = path;
+        entries.push_back(std::make_shared<RVGitChangesetEntry>(item));
+    }
+    entries.push_back(
+        std::make_shared<RVGitChangesetEntry>(RVGitDiffStatsOutputParserResultItem()));
+    const auto changeset =
+        RVGitChangeset::changesetWithRepository(repository(), RVGitDiffSettings(), entries);
+    // A slow twin.
+    for (const std::string path :
+         {"K", "\u212A", "n\u0303", "\u00f1", "a\u0323\u0308", "a\u0308\u0323", "\u1EA1\u0308",
+          "\xFF", "\u00ff", "plain", "n"}) {
+        std::shared_ptr<RVGitChangesetEntry> expected;
+        for (const bool isExact : {true, false})
+            for (const auto& entry : entries)
+                if (!expected && entry->filePath() &&
+                    (isExact ? *entry->filePath() == path
+                             : isEqualToUnicodeString(*entry->filePath(), path)))
+                    expected = entry;
+        EXPECT_EQ(changeset->entryForFilePath(path), expected) << path;
+    }
 }
 
 TEST_F(RVGitChangesetTest, AnEntryWithoutParentsHasNoOriginal) {

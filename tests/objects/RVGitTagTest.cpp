@@ -240,6 +240,10 @@ TEST_F(RVGitTagTest, IsFoundByANameComposedInAnotherWay) {
     makeCommit();
     gitInRepository({"tag", "e\u0301te"});
     EXPECT_EQ(tag("\u00e9te")->refName(), "e\u0301te");
+    // Its twin comes first where that is what was asked for.
+    gitInRepository({"tag", "\u00e9te"});
+    EXPECT_EQ(tag("\u00e9te")->refName(), "\u00e9te");
+    EXPECT_EQ(tag("e\u0301te")->refName(), "e\u0301te");
 }
 
 TEST_F(RVGitTagTest, AnUnknownNameGivesNothingWithoutError) {

@@ -2,8 +2,12 @@
 
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/history/RVGitCommit.h"
+#include "RVGit/objects/RVGitTag.h"
+#include "RVGit/remotes/RVGitBranch.h"
+#include "RVGit/remotes/RVGitRemoteBranch.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/worktree/RVGitStash.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 using std::nullopt;
@@ -355,6 +359,13 @@ TEST_F(RVGitRefTest, ANameIsFoundInEitherUnicodeForm) {
     auto ref = RVGitRef::refForFullRefName("refs/heads/cafe\u0301", repository(), nullopt);
     ASSERT_NE(ref, nullptr);
     EXPECT_EQ(ref->fullRefName(), "refs/heads/caf\u00E9");
+    // Its twin comes first where that is what was asked for.
+    gitInRepository({"branch", "cafe\u0301"});
+    for (const std::string name : {"refs/heads/cafe\u0301", "refs/heads/caf\u00E9"}) {
+        ref = RVGitRef::refForFullRefName(name, repository(), nullopt);
+        ASSERT_NE(ref, nullptr);
+        EXPECT_EQ(ref->fullRefName(), name);
+    }
 }
 
 TEST_F(RVGitRefTest, NotFoundIsNoError) {
@@ -417,4 +428,67 @@ TEST_F(RVGitRefTest, ThereIsNoInitialRefWhereHeadNamesNoBranch) {
     error = filledPlace();
     EXPECT_EQ(RVGitRef::initialRefFromHeadFileForRepository(missing, &error), nullptr);
     EXPECT_EQ(error, nullopt);
+}
+
+TEST_F(RVGitRefTest, ADetachedHeadWithoutAnyBranchLeavesTheListWhole) {
+    const std::string hash = makeCommit();
+    gitInRepository({"tag", "v1"});
+    gitInRepository({"checkout", "-q", "--detach"});
+    gitInRepository({"branch", "-D", "main"});
+    auto error = filledPlace();
+    error.reset();
+    const auto refs = RVGitRef::allRefsForRepository(repository(), nullopt, &error);
+    ASSERT_TRUE(refs.has_value());
+    ASSERT_EQ(refs->size(), 1U);
+    EXPECT_EQ(refs->front()->fullRefName(), "refs/tags/v1");
+    EXPECT_EQ(error, nullopt);
+    gitInRepository({"tag", "-d", "v1"});
+    EXPECT_TRUE(RVGitRef::allRefsForRepository(repository(), nullopt, &error).value().empty());
+}
+
+TEST_F(RVGitRefTest, AHeadThatNamesNothingGivesNoListIfAPlaceIsGiven) {
+    makeCommit();
+    gitInRepository({"tag", "v1"});
+    gitInRepository({"checkout", "-q", "--detach"});
+    gitInRepository({"branch", "-D", "main"});
+    writeFile(repositoryPath() + "/.git/HEAD", someHash + "\n");
+    std::optional<RVError> error;
+    EXPECT_EQ(RVGitRef::allRefsForRepository(repository(), nullopt, &error), nullopt);
+    EXPECT_EQ(error, nullopt);
+    EXPECT_TRUE(RVGitRef::allRefsForRepository(repository(), nullopt).has_value());
+}
+
+TEST_F(RVGitRefTest, OfBothUnicodeFormsEachIsFoundByItsOwnBytes) {
+    makeCommit();
+    const std::string composed = "refs/heads/h\xC3\xA9";
+    const std::string decomposed = "refs/heads/he\xCC\x81";
+    gitInRepository({"update-ref", composed, "HEAD"});
+    EXPECT_EQ(RVGitRef::refForFullRefName(decomposed, repository(), nullopt)->fullRefName(),
+              composed);
+    gitInRepository({"update-ref", decomposed, "HEAD"});
+    for (const std::string& name : {composed, decomposed})
+        EXPECT_EQ(RVGitRef::refForFullRefName(name, repository(), nullopt)->fullRefName(), name);
+}
+
+TEST_F(RVGitRefTest, AnObjectIsThatOfTheRefsType) {
+    const std::string hash = makeCommit();
+    gitInRepository({"remote", "add", "origin", "url"});
+    gitInRepository({"update-ref", "refs/remotes/origin/main", hash});
+    gitInRepository({"tag", "v1"});
+    gitInRepository({"update-ref", "refs/notes/x", hash});
+    writeFile("repository/new", "contents");
+    gitInRepository({"stash", "push", "-q", "--include-untracked"});
+    const auto objectOf = [&](const std::string& name) {
+        auto error = filledPlace();
+        auto object = RVGitRef::refWithRepository(repository(), name, hash)->refObject(&error);
+        EXPECT_EQ(error.has_value(), object != nullptr) << name;
+        return object;
+    };
+    EXPECT_TRUE(std::dynamic_pointer_cast<RVGitBranch>(objectOf("refs/heads/main")));
+    EXPECT_TRUE(std::dynamic_pointer_cast<RVGitRemoteBranch>(objectOf("refs/remotes/origin/main")));
+    EXPECT_TRUE(std::dynamic_pointer_cast<RVGitTag>(objectOf("refs/tags/v1")));
+    EXPECT_TRUE(std::dynamic_pointer_cast<RVGitStash>(objectOf("refs/stash@{0}")));
+    for (const char* name : {"refs/notes/x", "refs/heads/missing", "refs/remotes/origin/missing",
+                             "refs/tags/missing", "refs/stash", "HEAD"})
+        EXPECT_EQ(objectOf(name), nullptr) << name;
 }

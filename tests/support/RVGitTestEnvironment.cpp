@@ -25,8 +25,10 @@ constexpr const char* allowedVariables[] = {
     "GCOV_PREFIX_STRIP",
     "LLVM_PROFILE_FILE",
     "RVGIT_TEST_PATCHES",
+    "RVGIT_TEST_SELECTIONS",
     "RVGIT_TEST_HISTORY",
     "RVGIT_TEST_LONG_LISTS",
+    "RVGIT_TEST_ROUNDS",
 };
 
 std::string root;

@@ -13,10 +13,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* namesOfStateFiles[] = {
-    "MERGE_HEAD",   "MERGE_MSG",        "MERGE_MODE",  "MERGE_RR",    "AUTO_MERGE",
-    "SQUASH_MSG",   "CHERRY_PICK_HEAD", "REVERT_HEAD", "REBASE_HEAD", "MERGE_AUTOSTASH",
-    "rebase-apply", "rebase-merge",     "sequencer"};
+// AUTO_MERGE is not among them: git leaves it behind an automatic stash, and it stands for nothing.
+constexpr const char* namesOfStateFiles[] = {"MERGE_HEAD",   "MERGE_MSG",    "MERGE_MODE",
+                                             "MERGE_RR",     "SQUASH_MSG",   "CHERRY_PICK_HEAD",
+                                             "REVERT_HEAD",  "REBASE_HEAD",  "MERGE_AUTOSTASH",
+                                             "rebase-apply", "rebase-merge", "sequencer"};
 
 std::string git(const std::string& directory, std::vector<std::string> arguments) {
     static const std::string program = findTestProgram("git");

@@ -197,6 +197,10 @@ TEST_F(RVGitIndexTest, AnEntryIsFoundInEitherUnicodeForm) {
     const auto entry = repository()->index()->indexEntryForFilePath("cafe\u0301");
     ASSERT_TRUE(entry);
     EXPECT_EQ(entry->filePath(), "caf\u00E9");
+    // Its twin comes first where that is what was asked for.
+    fake.setAnswer({.standardOutput = "H 100644 " + hash + " 0\tcafe\u0301\0"s + "H 100644 " +
+                                      hash + " 0\tcaf\u00E9\0"s});
+    EXPECT_EQ(repository()->index()->indexEntryForFilePath("caf\u00E9")->filePath(), "caf\u00E9");
 }
 
 TEST_F(RVGitIndexTest, AFailureStaysInThePlace) {

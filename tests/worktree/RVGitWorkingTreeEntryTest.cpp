@@ -507,6 +507,10 @@ TEST_F(RVGitWorkingTreeEntryTest, OneFileIsFoundInEitherUnicodeForm) {
     const auto found = Entry::workingTreeEntryForFilePath("cafe\u0301", repository());
     ASSERT_TRUE(found);
     EXPECT_EQ(found->filePath(), "caf\u00E9");
+    // Its twin comes first where that is what was asked for.
+    commitFile("repository", "cafe\u0301", "", "Message");
+    for (const std::string path : {"cafe\u0301", "caf\u00E9"})
+        EXPECT_EQ(Entry::workingTreeEntryForFilePath(path, repository())->filePath(), path);
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AFileThatIsMissingIsNoError) {

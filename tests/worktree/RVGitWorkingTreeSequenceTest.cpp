@@ -37,8 +37,8 @@ void PrintTo(const Listed& listed, std::ostream* stream) {
 
 /// Random operations, after each of which the files, the index and the listing are compared with
 /// the model, and the listing with what git prints in another format.
-class RVGitWorkingTreeSequenceTest : public RVGitTestCase,
-                                     public testing::WithParamInterface<unsigned> {
+class RVGitWorkingTreeSequenceSlowTest : public RVGitTestCase,
+                                         public testing::WithParamInterface<unsigned> {
 protected:
     void runSequence(unsigned seed);
 
@@ -58,7 +58,7 @@ private:
     std::map<std::string, std::string> hashes_;
 };
 
-void RVGitWorkingTreeSequenceTest::checkFiles(const Model& model) const {
+void RVGitWorkingTreeSequenceSlowTest::checkFiles(const Model& model) const {
     Files found;
     for (auto entry = std::filesystem::recursive_directory_iterator(directory_);
          entry != std::filesystem::recursive_directory_iterator(); ++entry) {
@@ -71,7 +71,7 @@ void RVGitWorkingTreeSequenceTest::checkFiles(const Model& model) const {
     EXPECT_EQ(found, model.files());
 }
 
-void RVGitWorkingTreeSequenceTest::checkIndex(const Model& model) {
+void RVGitWorkingTreeSequenceSlowTest::checkIndex(const Model& model) {
     const std::string output = git({"ls-files", "--stage", "-z"}, directory_);
     std::vector<std::string> paths;
     std::string hashes;
@@ -96,7 +96,7 @@ void RVGitWorkingTreeSequenceTest::checkIndex(const Model& model) {
     EXPECT_EQ(found, model.index());
 }
 
-Listing RVGitWorkingTreeSequenceTest::listingOfModel(const Model& model) {
+Listing RVGitWorkingTreeSequenceSlowTest::listingOfModel(const Model& model) {
     Listing listing;
     const auto change = [](const Files& before, const Files& after, const std::string& path) {
         if (!before.contains(path))
@@ -118,7 +118,7 @@ Listing RVGitWorkingTreeSequenceTest::listingOfModel(const Model& model) {
 }
 
 /// Read from another of git's formats than the library reads.
-Listing RVGitWorkingTreeSequenceTest::listingOfGit() const {
+Listing RVGitWorkingTreeSequenceSlowTest::listingOfGit() const {
     std::vector<std::string> arguments = {"status", "--porcelain=v2", "-z"};
     if (!detectsRenames_)
         arguments.push_back("--untracked-files=all");
@@ -128,7 +128,7 @@ Listing RVGitWorkingTreeSequenceTest::listingOfGit() const {
     return listing;
 }
 
-void RVGitWorkingTreeSequenceTest::checkListing(const Model& model) const {
+void RVGitWorkingTreeSequenceSlowTest::checkListing(const Model& model) const {
     std::optional<RVOptions> options;
     if (!detectsRenames_)
         options = {{RVGitWorkingTreeOptionUntrackedFilesMode, RVGitUntrackedFilesModeAll},
@@ -193,7 +193,7 @@ const Operation& anyOperation(Model& model) {
     return *chosen;
 }
 
-void RVGitWorkingTreeSequenceTest::runSequence(unsigned seed) {
+void RVGitWorkingTreeSequenceSlowTest::runSequence(unsigned seed) {
     constexpr int numberOfSteps = 12;
     directory_ = initRepository("sequence");
     detectsRenames_ = seed % 2 == 0;
@@ -224,14 +224,14 @@ void RVGitWorkingTreeSequenceTest::runSequence(unsigned seed) {
 
 constexpr unsigned sequencesOfATest = 50;
 
-TEST_P(RVGitWorkingTreeSequenceTest, EachStepLeavesWhatItShould) {
+TEST_P(RVGitWorkingTreeSequenceSlowTest, EachStepLeavesWhatItShould) {
     for (unsigned number = 0; number < sequencesOfATest && !HasFailure(); ++number)
         runSequence(GetParam() * sequencesOfATest + number);
     for (const Operation& operation : operations)
         EXPECT_GE(numberOfRuns_[operation.name], 1) << operation.name << " has not been tried";
 }
 
-INSTANTIATE_TEST_SUITE_P(FiveHundredSequences, RVGitWorkingTreeSequenceTest,
+INSTANTIATE_TEST_SUITE_P(FiveHundredSequences, RVGitWorkingTreeSequenceSlowTest,
                          testing::Range(0U, 10U));
 
 }  // namespace

@@ -1,0 +1,42 @@
+#include "RVGit/merge/RVGitCherryPickCommand.h"
+
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitMergeOptionValues.h"
+
+RVGitCherryPickCommand::RVGitCherryPickCommand(const std::shared_ptr<RVGitRepository>& repository,
+                                               const std::optional<RVOptions>& options)
+    : RVGitCommand(repository),
+      fastForwards_(optionIsSet(options, RVGitCherryPickOptionFastForward)) {
+    readBooleanOption(options, RVGitCherryPickOptionCommitChanges, commitsChanges_);
+    if (const RVValue* number = valueForOption(options, RVGitCherryPickOptionMainlineParentNumber))
+        mainlineParentNumber_ = number->unsignedValue();
+    openNoEditor(*this);
+}
+
+std::shared_ptr<RVGitCherryPickCommand> RVGitCherryPickCommand::gitCherryPickCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options) {
+    return std::make_shared<RVGitCherryPickCommand>(repository, options);
+}
+
+const RVGitErrorTable& RVGitCherryPickCommand::gitErrorDefinitions() {
+    return RVGitMergeCommand::gitErrorDefinitions();
+}
+
+void RVGitCherryPickCommand::gitCommandWillInitialize() {
+    setGitCommand("cherry-pick");
+    addGitOptions({"-c", "core.trustctime=false"});
+    if (mainlineParentNumber_ != 0)
+        addGitCommandOptions({"--mainline", std::to_string(mainlineParentNumber_)});
+    addGitCommandOptionsThatAreSet({
+        {!commitsChanges_, "--no-commit"},
+        {fastForwards_, "--ff"},
+        {continuesProcess_, "--continue"},
+        {skipsProcess_ && gitBinary()->isVersionAtLeast("2.23.0"), "--skip"},
+        {abortsProcess_, "--abort"},
+        {quitsProcess_, "--quit"},
+    });
+    if (revisions_)
+        addGitCommandRevisions(*revisions_);
+}

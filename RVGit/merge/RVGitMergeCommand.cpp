@@ -1,0 +1,60 @@
+#include "RVGit/merge/RVGitMergeCommand.h"
+
+#include "RVGit/base/RVNeverDestroyed.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/merge/RVGitMergeOptionValues.h"
+
+RVGitMergeCommand::RVGitMergeCommand(const std::shared_ptr<RVGitRepository>& repository,
+                                     const std::optional<RVOptions>& options)
+    : RVGitCommand(repository) {
+    readBooleanOption(options, RVGitMergeOptionCommitChanges, commitsChanges_);
+    readBooleanOption(options, RVGitMergeOptionFastForward, fastForwards_);
+    readBooleanOption(options, RVGitMergeOptionSquashCommits, squashesChanges_);
+    readBooleanOption(options, RVGitMergeOptionVerifySignatures, verifiesSignatures_);
+    if (valueForOption(options, RVGitMergeOptionVerifySignatures))
+        readTextOption(options, RVGitMergeOptionAllowedSignersFile, allowedSignersFile_);
+    noVerify_ = optionIsSet(options, RVGitMergeOptionNoVerify);
+    openNoEditor(*this);
+}
+
+std::shared_ptr<RVGitMergeCommand> RVGitMergeCommand::gitMergeCommandWithRepository(
+    const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options) {
+    return std::make_shared<RVGitMergeCommand>(repository, options);
+}
+
+const RVGitErrorTable& RVGitMergeCommand::gitErrorDefinitions() {
+    const auto row = [](RVGitErrorCode code) {
+        return gitErrorRow(code)
+            .command("merge")
+            .command("pull")
+            .command("cherry-pick")
+            .command("revert")
+            .exitCode(1);
+    };
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        row(RVGitMergeConflictsError).exitCode(128).standardOutput("Automatic merge failed"),
+        row(RVGitMergeConflictsError).exitCode(128).standardError("Failed to merge"),
+        row(RVGitMergeUncommittedChangesError)
+            .standardError("Your local changes to the following files would be overwritten by"),
+        row(RVGitMergeUnmergedChangesError)
+            .standardError("is not possible because you have unmerged files"),
+    };
+    return *table;
+}
+
+void RVGitMergeCommand::gitCommandWillInitialize() {
+    setGitCommand("merge");
+    addGitOptions({"-c", "core.trustctime=false"});
+    addGitCommandOptionsThatAreSet({
+        {noVerify_, "--no-verify"},
+        {!commitsChanges_, "--no-commit"},
+        {squashesChanges_, "--squash"},
+        {!fastForwards_, "--no-ff"},
+        {abortsMerge_, "--abort"},
+        {verifiesSignatures_, "--verify-signatures"},
+    });
+    if (verifiesSignatures_ && allowedSignersFile_)
+        addGitOptions({"-c", "gpg.ssh.allowedSignersFile=" + *allowedSignersFile_});
+    if (revision_)
+        addGitCommandRevision(*revision_);
+}

@@ -1,0 +1,128 @@
+#include "RVGit/remotes/RVGitCredentialCommand.h"
+
+#include "RVGit/base/RVStandardInput.h"
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/remotes/RVGitCredentials.h"
+
+namespace {
+
+bool holdsAny(const std::optional<std::string>& text, std::string_view characters) {
+    return text && text->find_first_of(characters) != std::string::npos;
+}
+
+constexpr std::string_view lineEnds("\n\0", 2);
+constexpr std::string_view lineEndsOfHelpers("\n\0\r", 3);
+
+}  // namespace
+
+RVGitCredentialOutputParser::RVGitCredentialOutputParser(std::string_view outputData)
+    : RVGitOutputParser(outputData) {}
+
+std::string_view RVGitCredentialOutputParser::parserName() const {
+    return "RVGitCredentialOutputParser";
+}
+
+bool RVGitCredentialOutputParser::parseOutputLine(std::string_view line) {
+    const auto equals = line.find('=');
+    if (equals == std::string_view::npos)
+        return false;
+    const auto key = line.substr(0, equals);
+    auto value = line.substr(equals + 1);
+    value = value.substr(0, value.find('='));
+    if (key == "protocol")
+        scheme_ = value;
+    else if (key == "host")
+        host_ = value;
+    else if (key == "path")
+        path_ = value;
+    else if (key == "username")
+        user_ = value;
+    else if (key == "password")
+        password_ = value;
+    else
+        return false;
+    return true;
+}
+
+RVGitCredentialCommand::RVGitCredentialCommand(const std::optional<RVOptions>& options)
+    : RVGitCommand(RVGitBinary::defaultGitBinary()),
+      fillsCredential_(optionIsSet(options, RVGitCredentialOptionFill)),
+      approvesCredential_(optionIsSet(options, RVGitCredentialOptionApprove)),
+      rejectsCredential_(optionIsSet(options, RVGitCredentialOptionReject)) {}
+
+std::shared_ptr<RVGitCredentialCommand> RVGitCredentialCommand::gitFillCredentialCommandWithHTTPURL(
+    const RVURL& url) {
+    auto command =
+        std::make_shared<RVGitCredentialCommand>(RVOptions{{RVGitCredentialOptionFill, true}});
+    command->setHttpURL(normalizedKeychainURL(url));
+    return command;
+}
+
+std::shared_ptr<RVGitCredentialCommand>
+RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(
+    const RVURL& url, std::optional<std::string> username, std::optional<std::string> password) {
+    auto command =
+        std::make_shared<RVGitCredentialCommand>(RVOptions{{RVGitCredentialOptionApprove, true}});
+    command->setHttpURL(normalizedKeychainURL(url));
+    command->setUsername(std::move(username));
+    command->setPassword(std::move(password));
+    return command;
+}
+
+std::shared_ptr<RVGitCredentialCommand>
+RVGitCredentialCommand::gitRejectCredentialCommandWithHTTPURL(const RVURL& url) {
+    auto command =
+        std::make_shared<RVGitCredentialCommand>(RVOptions{{RVGitCredentialOptionReject, true}});
+    command->setHttpURL(normalizedKeychainURL(url));
+    return command;
+}
+
+std::string RVGitCredentialCommand::inputString() const {
+    const RVURL url = httpURL_.value_or(RVURL(""));
+    if (fillsCredential_ || (rejectsCredential_ && !approvesCredential_))
+        return "url=" + url.absoluteString() + "\n\n";
+    if (!approvesCredential_)
+        return "";
+    std::string host = url.host().value_or("");
+    if (const auto port = url.port())
+        host += ":" + std::to_string(*port);
+    std::string request = "protocol=" + url.scheme().value_or("") + "\nhost=" + host + "\n";
+    const std::string path = url.path();
+    if (!path.empty())
+        request += "path=" + (path.size() > 1 ? path.substr(1) : path) + "\n";
+    return request + "username=" + username_.value_or("") + "\npassword=" + password_.value_or("") +
+           "\n\n";
+}
+
+bool RVGitCredentialCommand::requestCanBeWritten() const {
+    if (httpURL_ && (holdsAny(httpURL_->absoluteString(), lineEndsOfHelpers) ||
+                     holdsAny(httpURL_->user(), lineEndsOfHelpers) ||
+                     holdsAny(httpURL_->password(), lineEndsOfHelpers) ||
+                     holdsAny(httpURL_->host(), lineEndsOfHelpers) ||
+                     holdsAny(httpURL_->path(), lineEndsOfHelpers)))
+        return false;
+    return !holdsAny(username_, lineEnds) && !holdsAny(password_, lineEnds);
+}
+
+void RVGitCredentialCommand::gitCommandWillInitialize() {
+    if (!requestCanBeWritten())
+        return finishWithError(gitErrorWithCode(RVGitRVGitGenericError));
+    setGitCommand("credential");
+    if (fillsCredential_)
+        addGitCommandArgument("fill");
+    else if (approvesCredential_)
+        addGitCommandArgument("approve");
+    else if (rejectsCredential_)
+        addGitCommandArgument("reject");
+    setStandardInput(RVStandardInput::data(inputString()));
+}
+
+bool RVGitCredentialCommand::gitCommandWillParseOutput(RVErrorPlace error) {
+    RVGitCredentialOutputParser parser(standardOutputData());
+    const bool parsed = parser.parse(error);
+    if (parser.scheme() && parser.host() && parser.user() && parser.password())
+        credentials_ = std::make_shared<const RVGitCredentials>(
+            *parser.scheme(), *parser.host(), parser.path(), *parser.user(), *parser.password());
+    return parsed;
+}

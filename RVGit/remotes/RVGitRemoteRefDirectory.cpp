@@ -1,0 +1,113 @@
+#include "RVGit/remotes/RVGitRemoteRefDirectory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/repository/RVGitRepository.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Whether each part of the name is that of an entry of a directory.
+bool isPlainName(const std::string& name) {
+    const auto parts = componentsSeparatedByString(name, "/");
+    return name.find('\0') == std::string::npos &&
+           std::none_of(parts.begin(), parts.end(), [](const std::string& part) {
+               return part.empty() || part == "." || part == "..";
+           });
+}
+
+bool isBelow(const std::string& path, const std::string& directory) {
+    return path.starts_with(directory + "/");
+}
+
+// Removes what the path stands for, but for the given paths and the directories on the way there.
+bool removeItem(const std::string& path, const std::vector<std::string>& keptPaths,
+                RVErrorPlace error) {
+    if (std::find(keptPaths.begin(), keptPaths.end(), path) != keptPaths.end())
+        return true;
+    const bool holdsKept =
+        std::any_of(keptPaths.begin(), keptPaths.end(),
+                    [&](const std::string& kept) { return isBelow(kept, path); });
+    if (!holdsKept || RVFileManager::isSymbolicLinkAtPath(path) ||
+        !RVFileManager::isDirectoryAtPath(path))
+        return RVFileManager::removeItemAtPath(path, error);
+    for (const std::string& name : RVFileManager::namesInDirectoryAtPath(path, error))
+        if (!removeItem(pathByAppendingComponent(path, name), keptPaths, error))
+            return false;
+    return true;
+}
+
+bool rename(const std::string& from, const std::string& to) {
+    std::error_code failure;
+    fs::create_directories(fs::path(to).parent_path(), failure);
+    if (!failure)
+        fs::rename(from, to, failure);
+    return !failure;
+}
+
+}  // namespace
+
+RVGitRemoteRefDirectory::RVGitRemoteRefDirectory(const RVGitRepository& repository,
+                                                 std::string remoteName)
+    : gitDirectoryPath_(repository.gitDirectoryPath().value_or("")),
+      remotesPath_(pathByAppendingComponent(gitDirectoryPath_, "refs/remotes")),
+      remoteName_(std::move(remoteName)) {}
+
+bool RVGitRemoteRefDirectory::exists() const {
+    if (!isPlainName(remoteName_))
+        return false;
+    std::string path = remotesPath_;
+    for (const std::string& part : componentsSeparatedByString(remoteName_, "/")) {
+        if (RVFileManager::isSymbolicLinkAtPath(path))
+            return false;
+        path = pathByAppendingComponent(path, part);
+    }
+    std::error_code failure;
+    return fs::symlink_status(path, failure).type() != fs::file_type::not_found && !failure;
+}
+
+bool RVGitRemoteRefDirectory::remove(const std::vector<std::string>& otherRemoteNames,
+                                     RVErrorPlace error) {
+    if (!exists())
+        return true;
+    std::vector<std::string> keptPaths;
+    for (const std::string& name : otherRemoteNames)
+        if (isPlainName(name) && isBelow(name, remoteName_)) {
+            std::string path = pathByAppendingComponent(remotesPath_, name);
+            if (RVFileManager::fileExistsAtPath(path))
+                keptPaths.push_back(std::move(path));
+        }
+    return removeItem(pathByAppendingComponent(remotesPath_, remoteName_), keptPaths, error);
+}
+
+bool RVGitRemoteRefDirectory::moveToNameOfOtherCase(const std::string& newRemoteName) const {
+    if (!exists() || !isPlainName(newRemoteName))
+        return true;
+    const std::string path = pathByAppendingComponent(remotesPath_, remoteName_);
+    const std::string newPath = pathByAppendingComponent(remotesPath_, newRemoteName);
+    std::error_code ignored;
+    if (RVFileManager::fileExistsAtPath(newPath) && !fs::equivalent(path, newPath, ignored))
+        return true;
+    // In the git directory, so that it is a matter of names alone, on one file system.
+    std::string temporary = pathByAppendingComponent(gitDirectoryPath_, "rvgit-rename.XXXXXX");
+    if (!mkdtemp(temporary.data()))
+        return false;
+    const std::string halfWay = pathByAppendingComponent(temporary, newRemoteName);
+    bool moved = rename(path, halfWay);
+    if (moved && !rename(halfWay, newPath)) {
+        moved = false;
+        (void)rename(halfWay, path);
+    }
+    // Nothing but empty directories is left in it, unless it could not be moved back.
+    if (!RVFileManager::fileExistsAtPath(halfWay))
+        (void)RVFileManager::removeItemAtPath(temporary);
+    return moved;
+}

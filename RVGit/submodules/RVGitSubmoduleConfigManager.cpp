@@ -1,0 +1,173 @@
+#include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
+
+#include <utility>
+
+#include "RVGit/base/RVRegularExpression.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/repository/RVGitConfig.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitSubmoduleConfigHelper.h"
+#include "RVGit/submodules/RVGitSubmoduleContainment.h"
+
+using Helper = RVGitSubmoduleConfigHelper;
+
+RVGitSubmoduleConfigManager::RVGitSubmoduleConfigManager(
+    std::shared_ptr<RVGitRepository> repository, RVGitSubmoduleConfigType configType)
+    : repository_(std::move(repository)), configType_(configType) {
+    requireParameter(repository_ != nullptr, "repository");
+    requireParameter(configType_ == RVGitSubmoduleConfigTypeDefault ||
+                         configType_ == RVGitSubmoduleConfigTypeLocal,
+                     "configType");
+    config_ = configType_ == RVGitSubmoduleConfigTypeLocal
+                  ? repository_->config()
+                  : RVGitConfig::submoduleConfigForRepository(repository_);
+}
+
+std::shared_ptr<RVGitSubmoduleConfigManager>
+RVGitSubmoduleConfigManager::defaultManagerWithRepository(
+    std::shared_ptr<RVGitRepository> repository) {
+    return std::make_shared<RVGitSubmoduleConfigManager>(std::move(repository),
+                                                         RVGitSubmoduleConfigTypeDefault);
+}
+
+std::shared_ptr<RVGitSubmoduleConfigManager>
+RVGitSubmoduleConfigManager::localConfigManagerWithRepository(
+    std::shared_ptr<RVGitRepository> repository) {
+    return std::make_shared<RVGitSubmoduleConfigManager>(std::move(repository),
+                                                         RVGitSubmoduleConfigTypeLocal);
+}
+
+bool RVGitSubmoduleConfigManager::mayWrite(RVErrorPlace error) const {
+    return configType_ == RVGitSubmoduleConfigTypeLocal ||
+           RVGitSubmoduleContainment(repository_).requirePlainSubmodulesFile(error);
+}
+
+bool RVGitSubmoduleConfigManager::setValue(const std::optional<std::string>& value,
+                                           const std::string& name, const char* key,
+                                           RVErrorPlace error) const {
+    return mayWrite(error) &&
+           config_->setValue(value, Helper::submoduleConfigKeyWithSubmoduleName(name, key), error);
+}
+
+bool RVGitSubmoduleConfigManager::unsetValue(const std::string& name, const char* key,
+                                             RVErrorPlace error) const {
+    return mayWrite(error) &&
+           config_->unsetConfigKey(Helper::submoduleConfigKeyWithSubmoduleName(name, key), error);
+}
+
+bool RVGitSubmoduleConfigManager::setPath(const std::string& path,
+                                          const std::string& forSubmoduleWithName,
+                                          RVErrorPlace error) {
+    return setValue(path, forSubmoduleWithName, RVGitSubmodulePathConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::setURL(const std::string& URL,
+                                         const std::string& forSubmoduleWithName,
+                                         RVErrorPlace error) {
+    return setValue(URL, forSubmoduleWithName, RVGitSubmoduleURLConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::unsetURLForSubmoduleWithName(const std::string& name,
+                                                               RVErrorPlace error) {
+    return unsetValue(name, RVGitSubmoduleURLConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::setUpdateStrategy(RVGitSubmoduleUpdateStrategy updateStrategy,
+                                                    const std::string& forSubmoduleWithName,
+                                                    RVErrorPlace error) {
+    return setValue(Helper::updateStrategyToConfigValue(updateStrategy), forSubmoduleWithName,
+                    RVGitSubmoduleUpdateConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::unsetUpdateStrategyForSubmoduleWithName(const std::string& name,
+                                                                          RVErrorPlace error) {
+    return unsetValue(name, RVGitSubmoduleUpdateConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::setStatusIgnoreMode(
+    RVGitSubmoduleStatusIgnoreMode statusIgnoreMode, const std::string& forSubmoduleWithName,
+    RVErrorPlace error) {
+    return setValue(Helper::statusIgnoreModeToConfigValue(statusIgnoreMode), forSubmoduleWithName,
+                    RVGitSubmoduleIgnoreConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::unsetStatusIgnoreModeForSubmoduleWithName(const std::string& name,
+                                                                            RVErrorPlace error) {
+    return unsetValue(name, RVGitSubmoduleIgnoreConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::setBranch(const std::string& branch,
+                                            const std::string& forSubmoduleWithName,
+                                            RVErrorPlace error) {
+    return setValue(branch, forSubmoduleWithName, RVGitSubmoduleConfigKeyBranch, error);
+}
+
+bool RVGitSubmoduleConfigManager::unsetBranchForSubmoduleWithName(const std::string& name,
+                                                                  RVErrorPlace error) {
+    return unsetValue(name, RVGitSubmoduleConfigKeyBranch, error);
+}
+
+bool RVGitSubmoduleConfigManager::setRecurseSubmodulesOption(
+    RVGitSubmoduleRecurseSubmodulesOption recurseSubmodulesOption,
+    const std::string& forSubmoduleWithName, RVErrorPlace error) {
+    return setValue(Helper::recurseSubmodulesOptionToConfigValue(recurseSubmodulesOption),
+                    forSubmoduleWithName, RVGitSubmoduleFetchRecurseSubmodulesConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::unsetRecurseSubmodulesOptionForSubmoduleWithName(
+    const std::string& name, RVErrorPlace error) {
+    return unsetValue(name, RVGitSubmoduleFetchRecurseSubmodulesConfigKey, error);
+}
+
+bool RVGitSubmoduleConfigManager::containsSectionForSubmoduleWithName(
+    const std::string& name) const {
+    // The name is searched as a pattern: taken as it is, "lib" would find "library", and "c++" or
+    // "a(b" would not find themselves.
+    const std::string key = Helper::submoduleConfigKeyWithSubmoduleName(name, "");
+    return config_->containsSectionWithName("^" +
+                                            RVRegularExpression::escapedPatternForString(key));
+}
+
+bool RVGitSubmoduleConfigManager::requireSectionIsGone(const std::string& name,
+                                                       RVErrorPlace error) const {
+    // On a full disk git 2.39 leaves the file as it was, and exits with 0.
+    if (!containsSectionForSubmoduleWithName(name))
+        return true;
+    failToWrite(error);
+    return false;
+}
+
+void RVGitSubmoduleConfigManager::failToWrite(RVErrorPlace error) const {
+    const auto file = configType_ == RVGitSubmoduleConfigTypeLocal
+                          ? repository_->configFilePath()
+                          : repository_->submodulesFilePath();
+    fillErrorPlace(
+        error, gitErrorWithCode(RVGitConfigWriteError,
+                                RVGitMakeErrorUserInfo(
+                                    repository_, {{RVGitConfigFileErrorKey, file.value_or("")}})));
+}
+
+bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
+    const std::string& name, const std::string& toNewName, RVErrorPlace error) {
+    if (!mayWrite(error))
+        return false;
+    // Git would write it as it is, and could not read the file any more.
+    if (toNewName.find('\n') != std::string::npos) {
+        failToWrite(error);
+        return false;
+    }
+    return !containsSectionForSubmoduleWithName(name) ||
+           (config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
+                                   Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
+                                   error) &&
+            requireSectionIsGone(name, error));
+}
+
+bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const std::string& name,
+                                                                          RVErrorPlace error) {
+    if (!mayWrite(error))
+        return false;
+    return !containsSectionForSubmoduleWithName(name) ||
+           (config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error) &&
+            requireSectionIsGone(name, error));
+}

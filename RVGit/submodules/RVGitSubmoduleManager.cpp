@@ -1,0 +1,493 @@
+#include "RVGit/submodules/RVGitSubmoduleManager.h"
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/repository/RVGitConfig.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitSubmodule.h"
+#include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
+#include "RVGit/submodules/RVGitSubmoduleContainment.h"
+#include "RVGit/submodules/RVGitSubmoduleHelper.h"
+#include "RVGit/submodules/RVGitSubmoduleLoader.h"
+#include "RVGit/submodules/RVGitSubmodulePathspec.h"
+#include "RVGit/worktree/RVGitMoveCommand.h"
+#include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+#include "RVGit/worktree/RVGitWorkingTreeManager.h"
+#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
+
+namespace {
+
+using Repository = std::shared_ptr<RVGitRepository>;
+using Containment = RVGitSubmoduleContainment;
+using Helper = RVGitSubmoduleHelper;
+
+bool fail(const Repository& repository, RVGitErrorCode code, const RVUserInfo& userInfo,
+          RVErrorPlace error) {
+    fillErrorPlace(error, gitErrorWithCode(code, RVGitMakeErrorUserInfo(repository, userInfo)));
+    return false;
+}
+
+bool failToMove(const Repository& repository, RVGitErrorCode code, const std::string& source,
+                const std::string& destination, RVErrorPlace error) {
+    return fail(
+        repository, code,
+        {{RVGitSourceFilePathErrorKey, source}, {RVGitDestinationFilePathErrorKey, destination}},
+        error);
+}
+
+bool somethingIsAt(const std::string& path) {
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0;
+}
+
+bool isEmptyPlainDirectory(const std::string& path) {
+    return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
+           RVFileManager::isEmptyDirectoryAtPath(path);
+}
+
+// Nothing is ever replaced.
+bool moveItem(const std::string& path, const std::string& newPath, RVErrorPlace error) {
+    int result = ::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE);
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+        // Not every file system knows the flag.
+        if (somethingIsAt(newPath))
+            errno = EEXIST;
+        else
+            result = ::rename(path.c_str(), newPath.c_str());
+    }
+    if (result == 0)
+        return true;
+    const int errorNumber = errno;
+    fillErrorPlace(error, posixError(errorNumber, errorNumber == EEXIST ? newPath : path));
+    return false;
+}
+
+/// Makes the directories that are missing above a path, and takes them away again unless they are
+/// kept.
+class ParentDirectories {
+public:
+    explicit ParentDirectories(const std::string& path) {
+        std::vector<std::string> missing;
+        for (std::string parent = pathByDeletingLastComponent(path);
+             parent.size() > 1 && !somethingIsAt(parent);
+             parent = pathByDeletingLastComponent(parent))
+            missing.push_back(parent);
+        // What cannot be made shows when something is moved into it.
+        for (auto parent = missing.rbegin(); parent != missing.rend(); ++parent)
+            if (::mkdir(parent->c_str(), 0777) == 0)
+                made_.push_back(*parent);
+    }
+    ParentDirectories(const ParentDirectories&) = delete;
+    ParentDirectories& operator=(const ParentDirectories&) = delete;
+    ~ParentDirectories() {
+        for (auto path = made_.rbegin(); path != made_.rend(); ++path)
+            ::rmdir(path->c_str());
+    }
+    void keep() { made_.clear(); }
+
+private:
+    std::vector<std::string> made_;
+};
+
+/// Where the parts of a submodule are, as far as they are its own.
+struct Places {
+    std::string workingDirectory;
+    std::string gitDirectory;
+    /// False where the path leads out of the working tree, or where git takes a directory
+    /// elsewhere for the working tree.
+    bool workingDirectoryIsContained = false;
+    /// The same of the folder "modules". Contained, too, is ".git" in the working directory.
+    bool gitDirectoryIsContained = false;
+    /// Whether a repository was found that is not the superproject.
+    bool hasRepository = false;
+};
+
+Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository) {
+    const Containment containment(repository);
+    Places places;
+    places.workingDirectory =
+        Helper::absoluteWorkingDirectoryPathForSubmodulePath(submodule.path(), repository);
+    places.gitDirectory =
+        Helper::absoluteGitDirectoryPathForSubmoduleName(submodule.name(), repository);
+    places.workingDirectoryIsContained =
+        containment.containsWorkingDirectory(places.workingDirectory) &&
+        !submodule.path().starts_with('/');
+
+    const std::string foundGitDirectory =
+        Helper::absoluteGitDirectoryPathForSubmodule(submodule, repository);
+    const auto opened = submodule.isValid() ? submodule.submoduleRepository() : nullptr;
+    places.hasRepository =
+        opened && opened->isValid() &&
+        !Containment::isSameFile(foundGitDirectory, repository->gitDirectoryPath().value_or(""));
+    if (!places.hasRepository) {
+        places.gitDirectoryIsContained = Containment::isSafeName(submodule.name()) &&
+                                         containment.containsGitDirectory(places.gitDirectory);
+        return places;
+    }
+    places.gitDirectory = foundGitDirectory;
+    places.gitDirectoryIsContained =
+        Containment::isSafeName(submodule.name()) &&
+        (containment.containsGitDirectory(foundGitDirectory) ||
+         Containment::isSameFile(foundGitDirectory,
+                                 pathByAppendingComponent(places.workingDirectory, ".git")));
+    if (!Containment::isSameFile(
+            Helper::absoluteWorkingDirectoryPathForSubmodule(submodule, repository),
+            places.workingDirectory))
+        places.workingDirectoryIsContained = false;
+    return places;
+}
+
+std::string configFileInGitDirectory(const std::string& gitDirectory) {
+    return pathByAppendingComponent(gitDirectory, "config");
+}
+
+}  // namespace
+
+RVGitSubmoduleManager::RVGitSubmoduleManager(std::shared_ptr<RVGitRepository> repository)
+    : RVGitRepositoryPart(std::move(repository)) {
+    requireParameter(this->repository() != nullptr, "repository");
+}
+
+RVGitSubmoduleManager::RVGitSubmoduleManager(std::weak_ptr<RVGitRepository> owner)
+    : RVGitRepositoryPart(std::move(owner)) {}
+
+std::shared_ptr<RVGitSubmoduleManager> RVGitSubmoduleManager::managerWithRepository(
+    std::shared_ptr<RVGitRepository> repository) {
+    return std::make_shared<RVGitSubmoduleManager>(std::move(repository));
+}
+
+std::shared_ptr<RVGitSubmodule> RVGitSubmoduleManager::submoduleForPath(const std::string& path,
+                                                                        RVErrorPlace error) const {
+    return RVGitSubmoduleLoader(repository()).submoduleForPath(path, error);
+}
+
+bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErrorPlace error) {
+    const Repository repository = this->repository();
+    const RVUserInfo userInfo = {{RVGitSubmoduleNameErrorKey, path}};
+    const std::string absolutePath = standardizedPath(
+        isAbsolutePath(path) ? path : pathByAppendingComponent(repository->path(), path));
+    // The top itself is a directory that is not empty.
+    if (absolutePath != repository->path() &&
+        !Containment(repository).containsWorkingDirectory(absolutePath))
+        return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError, userInfo, error);
+    if (somethingIsAt(absolutePath) && !isEmptyPlainDirectory(absolutePath))
+        return fail(repository, RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
+    const auto names = RVGitSubmoduleLoader(repository).allSubmoduleNames(error);
+    if (!names)
+        return false;
+    for (const std::string& name : *names)
+        if (isEqualToUnicodeString(name, path))
+            return fail(repository, RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
+    return true;
+}
+
+bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
+                                                unsigned options, RVErrorPlace error) {
+    const Repository repository = this->repository();
+    return requireContainedPaths({{atPath}}, error) &&
+           Containment(repository).requirePlainSubmodulesFile(error) &&
+           RVGitSubmoduleCommand::gitSubmoduleAddCommandWithRepository(repository, atPath, URL,
+                                                                       options)
+               ->run(error);
+}
+
+bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsigned options,
+                                                  RVErrorPlace error) {
+    const Repository repository = this->repository();
+    const auto submodule = submoduleForPath(path, error);
+    if (!submodule)
+        return false;
+    const bool keepsWorkingTree = options & RVGitSubmoduleRemoveOptionKeepWorkingTree;
+    const bool losesModifications = keepsWorkingTree || (options & RVGitSubmoduleRemoveOptionForce);
+    const bool removesGitDirectory = options & RVGitSubmoduleRemoveOptionRemoveGitDirectory;
+    const RVUserInfo userInfo = {{RVGitSubmodulePathErrorKey, submodule->path()}};
+    if (submodule->isDirty() && !losesModifications)
+        return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
+
+    const Places places = placesOfSubmodule(*submodule, repository);
+    const bool gitDirectoryExists = removesGitDirectory && somethingIsAt(places.gitDirectory);
+    if (!places.workingDirectoryIsContained ||
+        (gitDirectoryExists && (!places.gitDirectoryIsContained ||
+                                Containment::holdsOtherGitDirectories(places.gitDirectory))) ||
+        (removesGitDirectory && !Containment::isSafeName(submodule->name())))
+        return fail(repository, RVGitRemoveOperationNotPermittedError, userInfo, error);
+    if (!Containment(repository).requirePlainSubmodulesFile(error))
+        return false;
+    // What ".gitmodules" alone declares may be any directory of the superproject.
+    const bool workingDirectoryExists = RVFileManager::isDirectoryAtPath(places.workingDirectory);
+    if (submodule->status() == RVGitSubmoduleStatusMissingWorkingTreePath && !losesModifications &&
+        workingDirectoryExists && !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory))
+        return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
+
+    const auto workingTreeManager =
+        RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository);
+    const std::vector<std::string> pathspecs = {literalPathspec(submodule->path())};
+    if (keepsWorkingTree) {
+        if (!workingTreeManager->untrackFiles(pathspecs, error))
+            return false;
+    } else {
+        if (workingDirectoryExists &&
+            !RVFileManager::removeItemAtPath(places.workingDirectory, error))
+            return false;
+        if (!workingTreeManager->removeFiles(pathspecs, error))
+            return false;
+    }
+    // One in the working tree has gone with it.
+    if (removesGitDirectory && somethingIsAt(places.gitDirectory) &&
+        !RVFileManager::removeItemAtPath(places.gitDirectory, error))
+        return false;
+    return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+               ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
+           RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
+               ->removeConfigSectionForSubmoduleWithName(submodule->name(), error);
+}
+
+bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
+                                                  const std::string& toNewPath,
+                                                  RVErrorPlace error) {
+    const Repository repository = this->repository();
+    const auto submodule = submoduleForPath(path, error);
+    if (!submodule)
+        return false;
+    const Places places = placesOfSubmodule(*submodule, repository);
+    const std::string& oldDirectory = places.workingDirectory;
+    const std::string newDirectory =
+        Helper::absoluteWorkingDirectoryPathForSubmodulePath(toNewPath, repository);
+    const std::string configFile = configFileInGitDirectory(places.gitDirectory);
+    const bool configExists = RVFileManager::fileExistsAtPath(configFile);
+    if (!places.workingDirectoryIsContained || isAbsolutePath(toNewPath) ||
+        !Containment(repository).containsWorkingDirectory(newDirectory) ||
+        (configExists &&
+         (!places.gitDirectoryIsContained || RVFileManager::isSymbolicLinkAtPath(configFile))))
+        return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
+    if (oldDirectory == newDirectory)
+        return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
+    if (!Containment(repository).requirePlainSubmodulesFile(error))
+        return false;
+
+    // Never with anything in it, even if that has just come.
+    if (isEmptyPlainDirectory(newDirectory))
+        ::rmdir(newDirectory.c_str());
+    if (RVFileManager::isDirectoryAtPath(oldDirectory)) {
+        ParentDirectories parents(newDirectory);
+        if (!moveItem(oldDirectory, newDirectory, error))
+            return false;
+        parents.keep();
+    }
+    // A git directory in the working tree has moved with it, and needs no such value.
+    if (RVFileManager::fileExistsAtPath(configFile) &&
+        !RVGitConfig::configWithFilePath(configFile)
+             ->setValue(
+                 Helper::relativeWorkingTreePathForSubmoduleWithName(submodule->name(), toNewPath),
+                 "core.worktree", error))
+        return false;
+    if (!RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+             ->setPath(toNewPath, submodule->name(), error))
+        return false;
+    (void)RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository)
+        ->stageFiles(literalPathspecs({submodule->path(), toNewPath}));
+    return true;
+}
+
+bool RVGitSubmoduleManager::renameSubmoduleWithName(const std::string& name,
+                                                    const std::string& toNewName,
+                                                    RVErrorPlace error) {
+    const Repository repository = this->repository();
+    const RVGitSubmoduleLoader loader(repository);
+    const auto submodule = loader.submoduleForName(name, error);
+    if (!submodule)
+        return false;
+    const Places places = placesOfSubmodule(*submodule, repository);
+    const std::string& oldDirectory = places.gitDirectory;
+    const std::string newDirectory =
+        Helper::absoluteGitDirectoryPathForSubmoduleName(toNewName, repository);
+    const bool directoryExists = RVFileManager::isDirectoryAtPath(oldDirectory);
+    if (!Containment::isSafeName(submodule->name()) || !Containment::isSafeName(toNewName) ||
+        !Containment(repository).containsGitDirectory(newDirectory) ||
+        (directoryExists && (!places.gitDirectoryIsContained ||
+                             Containment::holdsOtherGitDirectories(oldDirectory))) ||
+        (places.hasRepository && !places.workingDirectoryIsContained))
+        return failToMove(repository, RVGitMoveFileOutsideRepositoryError, name, toNewName, error);
+    if (!Containment(repository).requirePlainSubmodulesFile(error))
+        return false;
+    // Git would make one section of both.
+    const auto names = loader.allSubmoduleNames(error);
+    if (!names)
+        return false;
+    if (std::find(names->begin(), names->end(), toNewName) != names->end())
+        return failToMove(repository, RVGitMoveFileAlreadyExistsError, name, toNewName, error);
+
+    // It has been moved where an earlier call failed behind this step.
+    if (directoryExists && !Containment::isSameFile(oldDirectory, newDirectory)) {
+        ParentDirectories parents(newDirectory);
+        if (!moveItem(oldDirectory, newDirectory, error))
+            return false;
+        parents.keep();
+    }
+    if (places.hasRepository)
+        (void)RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
+            places.workingDirectory,
+            Helper::relativeGitDirectoryPathForSubmoduleWithName(toNewName, submodule->path()));
+    return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+               ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error) &&
+           RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
+               ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error);
+}
+
+bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
+                                                      const std::string& toNewPath,
+                                                      RVErrorPlace error) {
+    const Repository repository = this->repository();
+    const auto submodule = submoduleForPath(path, error);
+    if (!submodule)
+        return false;
+    const Places places = placesOfSubmodule(*submodule, repository);
+    const std::string newDirectory =
+        Helper::absoluteWorkingDirectoryPathForSubmodulePath(toNewPath, repository);
+    if (!places.workingDirectoryIsContained || isAbsolutePath(toNewPath) ||
+        !Containment(repository).containsWorkingDirectory(newDirectory) ||
+        (places.hasRepository && !places.gitDirectoryIsContained))
+        return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
+    if (places.workingDirectory == newDirectory)
+        return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
+    if (!Containment(repository).requirePlainSubmodulesFile(error))
+        return false;
+    // Git would move it into a directory that is there.
+    const bool makesRoom = isEmptyPlainDirectory(newDirectory);
+    if (somethingIsAt(newDirectory) && (!makesRoom || ::rmdir(newDirectory.c_str()) != 0))
+        return failToMove(repository, RVGitMoveFileAlreadyExistsError, path, toNewPath, error);
+    ParentDirectories parents(newDirectory);
+    if (RVGitMoveCommand::gitMoveCommandWithRepository(repository, submodule->path(), toNewPath)
+            ->run(error)) {
+        parents.keep();
+        return true;
+    }
+    if (makesRoom)
+        ::mkdir(newDirectory.c_str(), 0777);
+    return false;
+}
+
+bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& atPath,
+                                                             RVErrorPlace error) {
+    const Repository repository = this->repository();
+    std::optional<RVError> failure;
+    const auto submodule = submoduleForPath(atPath, &failure);
+    if (!submodule) {
+        if (failure)
+            fillErrorPlace(error, *std::move(failure));
+        else
+            clearErrorPlace(error);
+        return failure.has_value();
+    }
+    const Places places = placesOfSubmodule(*submodule, repository);
+    if (!places.workingDirectoryIsContained) {
+        (void)fail(repository, RVGitRemoveOperationNotPermittedError,
+                   {{RVGitSubmodulePathErrorKey, submodule->path()}}, error);
+        return true;
+    }
+    if (RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) ||
+        !RVFileManager::isDirectoryAtPath(places.workingDirectory))
+        return somethingIsAt(places.workingDirectory);
+    if (!places.hasRepository)
+        return !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory, error);
+    const std::uint64_t count = RVGitWorkingTreeEntry::countChangedWorkingTreeEntriesForRepository(
+        submodule->submoduleRepository(),
+        RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, RVGitUntrackedFilesModeNormal},
+                  {RVGitWorkingTreeOptionIgnoreSubmodulesMode, RVGitIgnoreSubmodulesModeNone}},
+        &failure);
+    if (failure) {
+        fillErrorPlace(error, *std::move(failure));
+        return true;
+    }
+    return count > 0;
+}
+
+bool RVGitSubmoduleManager::requireContainedPaths(
+    const std::optional<std::vector<std::string>>& paths, RVErrorPlace error) const {
+    const Repository repository = this->repository();
+    std::vector<std::string> checkedPaths = paths.value_or(std::vector<std::string>());
+    if (!paths)
+        // Where the index cannot be read, it is git's turn to say so.
+        if (const auto entries =
+                RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath())
+            for (const auto& entry : *entries)
+                checkedPaths.push_back(entry.first);
+    for (const std::string& path : checkedPaths)
+        if (!Containment(repository).containsWorkingDirectory(path))
+            return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError,
+                        {{RVGitSubmoduleNameErrorKey, path}}, error);
+    return true;
+}
+
+bool RVGitSubmoduleManager::updateSubmodules(const std::optional<std::vector<std::string>>& paths,
+                                             unsigned options, RVErrorPlace error) const {
+    // Without any path git would take them all.
+    if (paths && paths->empty())
+        return true;
+    return requireContainedPaths(paths, error) &&
+           RVGitSubmoduleCommand::gitSubmoduleUpdateCommandWithRepository(repository(), paths,
+                                                                          options)
+               ->run(error);
+}
+
+bool RVGitSubmoduleManager::initSubmodules(const std::optional<std::vector<std::string>>& paths,
+                                           RVErrorPlace error) const {
+    if (paths && paths->empty())
+        return true;
+    return RVGitSubmoduleCommand::gitSubmoduleInitCommandWithRepository(repository(), paths)
+        ->run(error);
+}
+
+bool RVGitSubmoduleManager::synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
+                                            RVErrorPlace error) const {
+    return requireContainedPaths(paths, error) &&
+           RVGitSubmoduleCommand::gitSubmoduleSyncCommandWithRepository(repository(), paths)
+               ->run(error);
+}
+
+bool RVGitSubmoduleManager::updateAllSubmodulesWithOptions(unsigned options, RVErrorPlace error) {
+    return updateSubmodules(std::nullopt, options, error);
+}
+
+bool RVGitSubmoduleManager::updateSubmoduleAtPath(const std::string& path, unsigned options,
+                                                  RVErrorPlace error) {
+    return updateSubmodules({{path}}, options, error);
+}
+
+bool RVGitSubmoduleManager::updateSubmoduleAtPaths(const std::vector<std::string>& paths,
+                                                   unsigned options, RVErrorPlace error) {
+    return updateSubmodules(paths, options, error);
+}
+
+bool RVGitSubmoduleManager::initAllSubmodules(RVErrorPlace error) {
+    return initSubmodules(std::nullopt, error);
+}
+
+bool RVGitSubmoduleManager::initSubmoduleAtPath(const std::string& path, RVErrorPlace error) {
+    return initSubmodules({{path}}, error);
+}
+
+bool RVGitSubmoduleManager::initSubmodulesAtPaths(const std::vector<std::string>& paths,
+                                                  RVErrorPlace error) {
+    return initSubmodules(paths, error);
+}
+
+bool RVGitSubmoduleManager::synchronizeAllSubmoduleURLs(RVErrorPlace error) {
+    return synchronizeURLs(std::nullopt, error);
+}
+
+bool RVGitSubmoduleManager::synchronizeURLForSubmoduleAtPath(const std::string& path,
+                                                             RVErrorPlace error) {
+    return synchronizeURLs({{path}}, error);
+}

@@ -1,0 +1,154 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/base/RVExport.h"
+#include "RVGit/repository/RVGitRepositoryPart.h"
+#include "RVGit/submodules/RVGitSubmoduleCommand.h"
+
+class RVGitRepository;
+class RVGitSubmodule;
+
+/// Bits of the options of RVGitSubmoduleManager::removeSubmoduleAtPath().
+enum RVGitSubmoduleRemoveOptions : unsigned {
+    /// Removes it even with local modifications, which are lost.
+    RVGitSubmoduleRemoveOptionForce = 1,
+    /// Takes it out of the index and leaves the working tree; local modifications are no matter.
+    RVGitSubmoduleRemoveOptionKeepWorkingTree = 2,
+    /// Removes its git directory, too: all commits that were not pushed.
+    RVGitSubmoduleRemoveOptionRemoveGitDirectory = 4,
+};
+
+/// Adds, removes, moves, renames and updates the submodules of a repository. Each operation runs
+/// git, several times for most, and blocks; it may be called on any thread, but not on one of the
+/// command queue. RVGitRepository::submoduleManager() hands one out.
+///
+/// Remove, move and rename are made of steps. One that fails ends the operation with its error, and
+/// the steps before it stay done; the same call again goes on from there, as long as ".gitmodules"
+/// still has the submodule: where only the section of the repository's own configuration is left,
+/// the submodule is not found any more, and the section stays.
+///
+/// Names and paths come from ".gitmodules", a stranger's file. Nothing outside of the working tree
+/// and of the folder "modules" in the git directory is moved, written or removed, nor the
+/// superproject's git directory, nor anything below a symbolic link: an operation that would do it
+/// fails before its first step, with code 2600 for a removal, 2103 for a move or rename, 2803 for
+/// the others, and with 1006 where ".gitmodules" itself is a link. A submodule whose git directory
+/// lies elsewhere, as that of a linked worktree does, keeps it. Kept for compatibility: git's own
+/// refusals leave what git had done by then.
+class RVGIT_EXPORT RVGitSubmoduleManager : public RVGitRepositoryPart {
+public:
+    /// The repository is required, and kept alive.
+    explicit RVGitSubmoduleManager(std::shared_ptr<RVGitRepository> repository);
+    [[nodiscard]] static std::shared_ptr<RVGitSubmoduleManager> managerWithRepository(
+        std::shared_ptr<RVGitRepository> repository);
+
+    // Adding.
+
+    /// Whether a submodule may be added at the path: code 2803 for one that is not below the top
+    /// of the working tree; 2804 for one where something other than an empty directory is, and for
+    /// one that is a submodule's name. Kept for compatibility: the path is under
+    /// RVGitSubmoduleNameErrorKey for both, so that the reason of 2804 does not name it.
+    [[nodiscard]] bool canAddSubmoduleAtPath(const std::string& path, RVErrorPlace error = nullptr);
+    /// Clones it and stages it with ".gitmodules". `options` are RVGitSubmoduleAddOptions. Codes
+    /// 2804 and 2805 for what is in the way; 2803 without running git for a path that leaves the
+    /// working tree. Since git 2.38.1 an address that is a local path needs the configuration
+    /// "protocol.file.allow" to be "always". An address that cannot be cloned leaves no submodule.
+    [[nodiscard]] bool addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
+                                           unsigned options, RVErrorPlace error = nullptr);
+
+    // Removing, moving, renaming. False with a cleared place if there is no such submodule.
+
+    /// Removes the working tree, the index entry, with bit 4 the git directory, and the section of
+    /// both configurations. `options` are RVGitSubmoduleRemoveOptions. With code 2602 nothing is
+    /// touched: the submodule is dirty, or has been taken out of the index and its directory still
+    /// has something in it, and neither bit 1 nor 2 is set. Kept for compatibility: files that are
+    /// only untracked do not make it dirty (from git 2.31 on), nor commits that were not pushed:
+    /// ask submoduleContainsUncommittedWork() first. Where ".gitmodules" has changes that are not
+    /// staged git refuses, and the working tree is gone by then.
+    ///
+    /// With bit 4, it is code 2600 where the git directories of other submodules lie in that of
+    /// this one ("lib/a" in "lib").
+    [[nodiscard]] bool removeSubmoduleAtPath(const std::string& path, unsigned options,
+                                             RVErrorPlace error = nullptr);
+    /// Moves the working tree, writes its new place into the submodule's configuration and into
+    /// ".gitmodules", and stages both paths, but not ".gitmodules". An empty directory at the new
+    /// path makes room; directories that are missing above it are made.
+    ///
+    /// Kept for compatibility: the submodule's ".git" file stays as it is. Where the new path has
+    /// another number of components, it leads nowhere then, and the last step stages the
+    /// submodule's files as plain files, or fails, which is not reported. Use
+    /// relocateSubmoduleWithPath() instead.
+    [[nodiscard]] bool moveSubmoduleWithPath(const std::string& path, const std::string& toNewPath,
+                                             RVErrorPlace error = nullptr);
+    /// Moves the git directory, writes its new place into the submodule's ".git" file, and renames
+    /// the section of both configurations; nothing is staged. Code 2100 for a name that another
+    /// submodule has.
+    ///
+    /// Kept for compatibility: "core.worktree" of the submodule stays as it is, and is wrong where
+    /// the new name has another number of components; `git submodule update --init` or
+    /// relocateSubmoduleWithPath() to another path and back does not mend it, setting the value
+    /// does: RVGitSubmoduleHelper::relativeWorkingTreePathForSubmoduleWithName(). Whether the
+    /// ".git" file could be written is not reported.
+    [[nodiscard]] bool renameSubmoduleWithName(const std::string& name,
+                                               const std::string& toNewName,
+                                               RVErrorPlace error = nullptr);
+    /// Moves the submodule by `git mv`, which keeps the ".git" file and "core.worktree" right, and
+    /// stages the move with ".gitmodules". The codes of RVGitMoveCommand, 2100 for a path at which
+    /// something other than an empty directory is; the generic code 1 where ".gitmodules" has
+    /// changes that are not staged. A failure leaves everything as it was.
+    [[nodiscard]] bool relocateSubmoduleWithPath(const std::string& path,
+                                                 const std::string& toNewPath,
+                                                 RVErrorPlace error = nullptr);
+
+    /// Whether removing the working tree of a submodule would lose something that is in no commit:
+    /// changes, staged or not, and untracked files, but not ignored ones, in the submodule and in
+    /// its own submodules; or, where it has no repository of its own, any file at all. True with a
+    /// filled place where that cannot be found out, false with a cleared one if there is no such
+    /// submodule.
+    [[nodiscard]] bool submoduleContainsUncommittedWork(const std::string& atPath,
+                                                        RVErrorPlace error = nullptr);
+
+    // Updating: checking out what the index records, cloning where needed. `options` are
+    // RVGitSubmoduleUpdateOptions. A list without paths, here and below, is a success, and nothing
+    // runs.
+
+    [[nodiscard]] bool updateAllSubmodulesWithOptions(unsigned options,
+                                                      RVErrorPlace error = nullptr);
+    [[nodiscard]] bool updateSubmoduleAtPath(const std::string& path, unsigned options,
+                                             RVErrorPlace error = nullptr);
+    [[nodiscard]] bool updateSubmoduleAtPaths(const std::vector<std::string>& paths,
+                                              unsigned options, RVErrorPlace error = nullptr);
+
+    // Copying addresses from ".gitmodules" into the repository's configuration.
+
+    [[nodiscard]] bool initAllSubmodules(RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initSubmoduleAtPath(const std::string& path, RVErrorPlace error = nullptr);
+    [[nodiscard]] bool initSubmodulesAtPaths(const std::vector<std::string>& paths,
+                                             RVErrorPlace error = nullptr);
+
+    // The same for those that have been initialized, and for their remotes.
+
+    [[nodiscard]] bool synchronizeAllSubmoduleURLs(RVErrorPlace error = nullptr);
+    [[nodiscard]] bool synchronizeURLForSubmoduleAtPath(const std::string& path,
+                                                        RVErrorPlace error = nullptr);
+
+private:
+    friend class RVGitRepository;
+    /// The repository's own, which does not keep it alive.
+    explicit RVGitSubmoduleManager(std::weak_ptr<RVGitRepository> owner);
+
+    [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
+                                                                   RVErrorPlace error) const;
+    [[nodiscard]] bool updateSubmodules(const std::optional<std::vector<std::string>>& paths,
+                                        unsigned options, RVErrorPlace error) const;
+    [[nodiscard]] bool initSubmodules(const std::optional<std::vector<std::string>>& paths,
+                                      RVErrorPlace error) const;
+    [[nodiscard]] bool synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
+                                       RVErrorPlace error) const;
+    [[nodiscard]] bool requireContainedPaths(const std::optional<std::vector<std::string>>& paths,
+                                             RVErrorPlace error) const;
+};

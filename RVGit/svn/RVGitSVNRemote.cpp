@@ -1,0 +1,270 @@
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVString.h"
+#include "RVGit/base/RVUnicodeSearch.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/repository/RVGitConfig.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/svn/RVGitSVNOptions.h"
+#include "RVGit/svn/RVGitSVNRefSpec.h"
+
+// The operations of RVGitRemote that are about Subversion alone.
+
+namespace {
+
+namespace fs = std::filesystem;
+using Repository = std::shared_ptr<RVGitRepository>;
+using Texts = std::vector<std::string>;
+
+std::string refPrefix(const std::string& remoteName) {
+    return "refs/remotes/" + remoteName;
+}
+
+// Whether each part of the name is that of an entry of a directory.
+bool isPlainName(const std::string& name) {
+    const auto parts = componentsSeparatedByString(name, "/");
+    return name.find('\0') == std::string::npos &&
+           std::none_of(parts.begin(), parts.end(), [](const std::string& part) {
+               return part.empty() || part == "." || part == "..";
+           });
+}
+
+// Whether there is a directory at the path below the root, behind no link.
+bool isDirectoryBelow(const std::string& root, const std::string& relativePath) {
+    std::string path = root;
+    struct stat status;
+    for (const std::string& part : componentsSeparatedByString(relativePath, "/")) {
+        path = pathByAppendingComponent(path, part);
+        if (::lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+            return false;
+    }
+    return true;
+}
+
+// Both names are plain. True where there is nothing to move.
+bool moveRefDirectory(const std::optional<std::string>& root, const std::string& oldName,
+                      const std::string& newName, RVErrorPlace error) {
+    if (!root || !isDirectoryBelow(*root, refPrefix(oldName)))
+        return true;
+    const std::string from = pathByAppendingComponent(*root, refPrefix(oldName));
+    const std::string to = pathByAppendingComponent(*root, refPrefix(newName));
+    std::error_code failure;
+    if (fs::exists(fs::symlink_status(to, failure)))
+        failure = std::make_error_code(std::errc::file_exists);
+    else
+        fs::create_directories(fs::path(to).parent_path(), failure);
+    if (!failure)
+        fs::rename(from, to, failure);
+    if (failure)
+        fillErrorPlace(error, posixError(failure.value(), to));
+    return !failure;
+}
+
+bool failWithCode(std::int64_t code, const Repository& repository, const std::string& name,
+                  RVErrorPlace error) {
+    fillErrorPlace(
+        error, gitErrorWithCode(
+                   code, RVGitMakeErrorUserInfo(repository, {{RVGitRemoteNameErrorKey, name}})));
+    return false;
+}
+
+std::string pathWithWildcard(const std::string& path) {
+    return lastPathComponent(path) == "*" ? path : pathByAppendingComponent(path, "*");
+}
+
+Texts textsForOption(const RVOptions& options, const char* key) {
+    const auto found = options.find(key);
+    return found == options.end() || !found->second.stringList() ? Texts()
+                                                                 : *found->second.stringList();
+}
+
+// Absent with a cleared place, or an error, if there is no Subversion remote of that name.
+std::optional<std::string> configKeyOfSVNRemote(const std::string& remoteName,
+                                                const Repository& repository, const char* key,
+                                                RVErrorPlace error) {
+    const auto remote = RVGitRemote::remoteForName(remoteName, repository, error);
+    if (!remote)
+        return std::nullopt;
+    if (!remote->isSVNRemote()) {
+        clearErrorPlace(error);
+        return std::nullopt;
+    }
+    return RVGitMakeSVNRemoteConfigKey(remote->name(), key);
+}
+
+bool setSVNRefSpecs(const char* key, const Texts& refSpecs, const std::string& remoteName,
+                    const Repository& repository, RVErrorPlace error) {
+    const auto configKey = configKeyOfSVNRemote(remoteName, repository, key, error);
+    return configKey && repository->config()->setValues(refSpecs, *configKey, error);
+}
+
+bool unsetSVNRefSpecs(const char* key, const std::string& remoteName, const Repository& repository,
+                      RVErrorPlace error) {
+    const auto configKey = configKeyOfSVNRemote(remoteName, repository, key, error);
+    if (!configKey)
+        return false;
+    const auto config = repository->config();
+    return !config->containsConfigKeyWithName(*configKey) ||
+           config->unsetConfigKey(*configKey, error);
+}
+
+}  // namespace
+
+std::shared_ptr<RVGitRemote> RVGitRemote::createSVNRemoteWithName(
+    const std::string& name, const std::string& URL, const Repository& repository,
+    const std::optional<RVOptions>& options, RVErrorPlace error) {
+    if (existsRemoteWithName(name, repository)) {
+        (void)failWithCode(RVGitCreateRemoteAlreadyExistsError, repository, name, error);
+        return nullptr;
+    }
+    const auto config = repository->config();
+    const auto key = [&](const char* word) { return RVGitMakeSVNRemoteConfigKey(name, word); };
+    if (!config->setValue(URL, key(RVGitSVNRemoteURLConfigKey), error))
+        return nullptr;
+    if (!options)
+        return remoteForName(name, repository, error);
+
+    const std::string prefix = ":" + refPrefix(name);
+    if (options->contains(RVGitSVNOptionStandardDirectoryLayout) &&
+        !(config->setValue("trunk" + prefix + "/trunk", key(RVGitSVNRemoteFetchConfigKey), error) &&
+          config->setValue("branches/*" + prefix + "/*", key(RVGitSVNRemoteBranchesConfigKey),
+                           error) &&
+          config->setValue("tags/*" + prefix + "/tags/*", key(RVGitSVNRemoteTagsConfigKey), error)))
+        return nullptr;
+    for (const std::string& path : textsForOption(*options, RVGitSVNOptionTrunkDirectories))
+        if (!config->addValue(path + prefix + "/" + path, key(RVGitSVNRemoteFetchConfigKey), error))
+            return nullptr;
+    for (const std::string& path : textsForOption(*options, RVGitSVNOptionBranchesDirectories))
+        if (!config->addValue(pathWithWildcard(path) + prefix + "/*",
+                              key(RVGitSVNRemoteBranchesConfigKey), error))
+            return nullptr;
+    for (const std::string& path : textsForOption(*options, RVGitSVNOptionTagsDirectories))
+        if (!config->addValue(pathWithWildcard(path) + prefix + "/tags/*",
+                              key(RVGitSVNRemoteTagsConfigKey), error))
+            return nullptr;
+    return remoteForName(name, repository, error);
+}
+
+bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& newName,
+                                  RVErrorPlace error) {
+    const Repository& repository = remote.repository();
+    const std::string& name = remote.name();
+    if (!isPlainName(newName) || !isValidRemoteName(refPrefix(newName)))
+        return failWithCode(RVGitRenameRemoteInvalidNameError, repository, newName, error);
+    const auto remotes = allRemotesForRepository(repository, error);
+    if (!remotes)
+        return false;
+    for (const auto& other : *remotes)
+        if (isEqualToUnicodeString(other->name(), newName))
+            return failWithCode(RVGitRenameRemoteAlreadyExistsError, repository, newName, error);
+
+    const std::string section = RVGitMakeSVNRemoteConfigSection(name);
+    const std::string newSection = RVGitMakeSVNRemoteConfigSection(newName);
+    if (!repository->config()->renameSection(section, newSection, error))
+        return false;
+    // A remote that was never fetched from has no metadata.
+    std::optional<RVError> failure;
+    if (RVGitConfig::gitSVNConfigForRepository(repository)->configFile() &&
+        !RVGitConfig::gitSVNConfigForRepository(repository)
+             ->renameSection(section, newSection, &failure) &&
+        failure && failure->code() != RVGitConfigSectionNotFoundError &&
+        fs::exists(repository->SVNMetadatapath().value_or(""))) {
+        fillErrorPlace(error, *failure);
+        return false;
+    }
+    for (const char* key : {RVGitSVNRemoteFetchConfigKey, RVGitSVNRemoteBranchesConfigKey,
+                            RVGitSVNRemoteTagsConfigKey})
+        if (!updateSVNRefSpecsForConfigKey(key, name, newName, repository, error))
+            return false;
+    return true;
+}
+
+bool RVGitRemote::updateSVNRefSpecsForConfigKey(const std::string& configKey,
+                                                const std::string& oldRemoteName,
+                                                const std::string& newRemoteName,
+                                                const Repository& repository, RVErrorPlace error) {
+    // The section has the new name already.
+    const std::string key = RVGitMakeSVNRemoteConfigKey(newRemoteName, configKey);
+    const auto config = repository->config();
+    std::optional<RVError> failure;
+    const Texts values = config->valuesForConfigKey(key, &failure);
+    if (failure) {
+        fillErrorPlace(error, *failure);
+        return false;
+    }
+    const std::string oldPrefix = refPrefix(oldRemoteName);
+    const std::string newPrefix = refPrefix(newRemoteName);
+    for (const std::string& value : values) {
+        const auto refSpec = RVGitSVNRefSpec::SVNRefSpecFromString(value);
+        if (!refSpec->localRefName() || !refSpec->localRefName()->starts_with(oldPrefix))
+            continue;
+        if (isPlainName(oldRemoteName) && isPlainName(newRemoteName) &&
+            !(moveRefDirectory(repository->gitDirectoryPath(), oldRemoteName, newRemoteName,
+                               error) &&
+              moveRefDirectory(repository->SVNDirectoryPath(), oldRemoteName, newRemoteName,
+                               error)))
+            return false;
+        RVGitSVNRefSpec changed = *refSpec;
+        changed.setLocalRefName(newPrefix + refSpec->localRefName()->substr(oldPrefix.size()));
+        if (!config->replaceValue(refSpec->stringValue(), changed.stringValue(), key, error))
+            return false;
+    }
+    return true;
+}
+
+const std::optional<std::string>& RVGitRemote::SVNPrefix() const {
+    if (SVNPrefix_ || !SVNTrunkRefSpecs_)
+        return SVNPrefix_;
+    std::optional<std::string> prefix;
+    for (const std::string& text : *SVNTrunkRefSpecs_) {
+        const auto refSpec = RVGitSVNRefSpec::SVNRefSpecFromString(text);
+        const auto parts = componentsSeparatedByString(*refSpec->localRefName(), "/");
+        if (parts.size() < 4)
+            continue;
+        if (!prefix)
+            prefix = parts[2];
+        else if (!isEqualToUnicodeString(*prefix, parts[2]))
+            return SVNPrefix_;
+    }
+    SVNPrefix_ = std::move(prefix);
+    return SVNPrefix_;
+}
+
+bool RVGitRemote::setSVNTrunkRefSpecs(const Texts& refSpecs, const std::string& remoteName,
+                                      const Repository& repository, RVErrorPlace error) {
+    return setSVNRefSpecs(RVGitSVNRemoteFetchConfigKey, refSpecs, remoteName, repository, error);
+}
+
+bool RVGitRemote::unsetSVNTrunkRefSpecsForRemoteWithName(const std::string& remoteName,
+                                                         const Repository& repository,
+                                                         RVErrorPlace error) {
+    return unsetSVNRefSpecs(RVGitSVNRemoteFetchConfigKey, remoteName, repository, error);
+}
+
+bool RVGitRemote::setSVNBranchRefSpecs(const Texts& refSpecs, const std::string& remoteName,
+                                       const Repository& repository, RVErrorPlace error) {
+    return setSVNRefSpecs(RVGitSVNRemoteBranchesConfigKey, refSpecs, remoteName, repository, error);
+}
+
+bool RVGitRemote::unsetSVNBranchRefSpecsForRemoteWithName(const std::string& remoteName,
+                                                          const Repository& repository,
+                                                          RVErrorPlace error) {
+    return unsetSVNRefSpecs(RVGitSVNRemoteBranchesConfigKey, remoteName, repository, error);
+}
+
+bool RVGitRemote::setSVNTagRefSpecs(const Texts& refSpecs, const std::string& remoteName,
+                                    const Repository& repository, RVErrorPlace error) {
+    return setSVNRefSpecs(RVGitSVNRemoteTagsConfigKey, refSpecs, remoteName, repository, error);
+}
+
+bool RVGitRemote::unsetSVNTagRefSpecsForRemoteWithName(const std::string& remoteName,
+                                                       const Repository& repository,
+                                                       RVErrorPlace error) {
+    return unsetSVNRefSpecs(RVGitSVNRemoteTagsConfigKey, remoteName, repository, error);
+}

@@ -1,0 +1,313 @@
+#include "RVGit/lfs/RVGitLFSSmudgeCommand.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <thread>
+
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/lfs/RVGitLFSPointer.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "tests/lfs/RVGitLFSTestCase.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char inputPath[] = "/tmp/smudge_input";
+constexpr char lockPath[] = "/tmp/smudge_input.lock";
+
+class RVGitLFSSmudgeCommandTest : public RVGitLFSTestCase {
+protected:
+    [[nodiscard]] std::shared_ptr<RVGitLFSSmudgeCommand> commandFor(
+        const std::shared_ptr<RVGitLFSPointer>& pointer,
+        std::optional<std::string> outputPath = std::nullopt) const {
+        auto command = RVGitLFSSmudgeCommand::gitLFSSmudgeCommandWithRepository(repository());
+        command->setPointer(pointer);
+        command->setOutputPath(std::move(outputPath));
+        return command;
+    }
+    /// The run fails with the system's error at the path, before anything is launched.
+    void expectRefusal(const char* path, int code) {
+        const auto recorder = useRecordingGit();
+        const auto command = commandFor(pointerFor("one"), scratchPath("output"));
+        const auto error = errorOf(*command);
+        EXPECT_EQ(error.domain(), RVPOSIXErrorDomain);
+        EXPECT_EQ(error.code(), code);
+        EXPECT_EQ(error.userInfoString(RVFilePathErrorKey), path);
+        EXPECT_TRUE(error.localizedFailureReason());
+        EXPECT_EQ(command->data(), nullptr);
+        EXPECT_THAT(recorder.invocations(), IsEmpty());
+        EXPECT_FALSE(fileExists("output"));
+    }
+    /// Files of the fixed name and those that it is made of.
+    [[nodiscard]] static std::vector<std::string> namesInTemporaryDirectory() {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
+            if (entry.path().filename().string().starts_with("smudge"))
+                names.push_back(entry.path().filename());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+#define IN_PRIVATE_TEMPORARY_DIRECTORY(...)              \
+    if (!withPrivateTemporaryDirectory([&] __VA_ARGS__)) \
+    GTEST_SKIP() << "nothing can be mounted"
+
+TEST_F(RVGitLFSSmudgeCommandTest, FeedsThePointerAndTakesNoArguments) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto pointer = keepObject("one");
+        const auto recorder = useRecordingGit();
+        const auto command = commandFor(pointer);
+        EXPECT_THAT(argumentsOf(recorder, *command), ElementsAre("lfs", "smudge"));
+        EXPECT_EQ(recorder.lastInvocation().standardInput, pointer->stringRepresentation());
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, GivesTheContents) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto command = commandFor(keepObject("one\0two\n\xFF"));
+        EXPECT_EQ(command->data(), nullptr);
+        EXPECT_TRUE(command->run());
+        ASSERT_TRUE(command->data());
+        EXPECT_EQ(command->data()->view(), "one\0two\n\xFF");
+        EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
+        EXPECT_THAT(gitInRepository({"status", "--porcelain"}), "");
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, WritesTheContentsToTheOutputPath) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto pointer = keepObject("one");
+        writeFile("target", "before");
+        std::filesystem::create_symlink(scratchPath("target"), scratchPath("out put"));
+        const auto command = commandFor(pointer, scratchPath("out put"));
+        EXPECT_TRUE(command->run());
+        EXPECT_EQ(command->data()->view(), "one");
+        EXPECT_EQ(readFile("out put"), "one");
+        EXPECT_EQ(readFile("target"), "before");
+        EXPECT_EQ(command->outputError(), std::nullopt);
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, AnOutputThatCannotBeWrittenIsNoFailure) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto command = commandFor(keepObject("one"), scratchPath("missing/output"));
+        EXPECT_TRUE(command->run());
+        EXPECT_EQ(command->data()->view(), "one");
+        ASSERT_TRUE(command->outputError());
+        EXPECT_EQ(command->outputError()->code(), ENOENT);
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, MissingContentsFailAndChangeNothing) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        writeFile("output", "before");
+        const auto command = commandFor(pointerFor("nowhere"), scratchPath("output"));
+        EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+        EXPECT_EQ(command->data(), nullptr);
+        EXPECT_EQ(readFile("output"), "before");
+        EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, AnEmptyFileComesBackEmpty) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto command = commandFor(pointerFor(""), scratchPath("output"));
+        EXPECT_TRUE(command->run());
+        ASSERT_TRUE(command->data());
+        EXPECT_EQ(command->data()->view(), "");
+        EXPECT_EQ(readFile("output"), "");
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, AFailureToLaunchRemovesTheFileAndGivesTheLockBack) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto fake = useFakeGit();
+        std::filesystem::remove(fake.path());
+        const auto failed = commandFor(pointerFor("one"));
+        EXPECT_EQ(errorOf(*failed).code(), RVGitNoGitRepoError);
+        EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(gitPath()));
+        EXPECT_TRUE(commandFor(keepObject("one"))->run());
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, WithoutAPointerNothingIsHandedOver) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto recorder = useRecordingGit();
+        (void)commandFor(nullptr)->run();
+        EXPECT_EQ(recorder.lastInvocation().standardInput, std::nullopt);
+        EXPECT_THAT(namesInTemporaryDirectory(), IsEmpty());
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, TheFileIsThereWhileGitRunsAndForThisUserAlone) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const std::string path = writeFile(
+            "looking-git/git",
+            "#!/bin/sh\ncase \" $* \" in *' --version '*) echo git version 2.39.5; exit;; esac\n"
+            "cat /tmp/smudge_input; stat -c ' %a %U' /tmp/smudge_input\n",
+            0755);
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+        const auto pointer = pointerFor("one");
+        const auto command = commandFor(pointer);
+        EXPECT_TRUE(command->run());
+        EXPECT_THAT(std::string(command->data()->view()),
+                    testing::StartsWith(pointer->stringRepresentation() + " 600 "));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, AFileLeftByACrashIsReplaced) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto pointer = keepObject("one");
+        writeFile(inputPath, "left over");
+        const auto command = commandFor(pointer);
+        EXPECT_TRUE(command->run());
+        EXPECT_EQ(command->data()->view(), "one");
+        EXPECT_FALSE(fileExists(inputPath));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, ALinkInTheFilesPlaceIsRefusedAndNotFollowed) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const std::string target = writeFile("target", "before");
+        for (const std::string& destination : {target, scratchPath("dangling")}) {
+            std::filesystem::create_symlink(destination, inputPath);
+            expectRefusal(inputPath, ELOOP);
+            EXPECT_TRUE(std::filesystem::is_symlink(inputPath));
+            std::filesystem::remove(inputPath);
+        }
+        EXPECT_EQ(readFile("target"), "before");
+        EXPECT_FALSE(fileExists("dangling"));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, ALinkInTheLocksPlaceIsRefusedAndNotFollowed) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        std::filesystem::create_symlink(scratchPath("dangling"), lockPath);
+        expectRefusal(lockPath, ELOOP);
+        EXPECT_FALSE(fileExists("dangling"));
+        EXPECT_FALSE(fileExists(inputPath));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, WhatIsNoPlainFileIsRefused) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        for (const char* path : {inputPath, lockPath}) {
+            std::filesystem::remove(lockPath);
+            std::filesystem::create_directory(path);
+            expectRefusal(path, EISDIR);
+            std::filesystem::remove(path);
+            EXPECT_EQ(::mkfifo(path, 0600), 0);
+            expectRefusal(path, EINVAL);
+            std::filesystem::remove(path);
+        }
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, AFileOfAnotherUserIsRefusedAndLeftAsItIs) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a file away";
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        for (const char* path : {inputPath, lockPath}) {
+            std::filesystem::remove(lockPath);
+            writeFile(path, "somebody's");
+            EXPECT_EQ(::chown(path, 65534, 65534), 0);
+            // The system itself may keep even root from opening such a file where others may write.
+            const int probe = ::open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+            const int code = probe < 0 && path == lockPath ? EACCES : EPERM;
+            ::close(probe);
+            expectRefusal(path, code);
+            EXPECT_EQ(readFile(path), "somebody's");
+            std::filesystem::remove(path);
+        }
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, WaitsForTheLockOfAnotherProcess) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto pointer = keepObject("one");
+        const int lock = ::open(lockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+        writeFile(inputPath, "somebody's, who holds the lock");
+        const auto command = commandFor(pointer);
+        command->start();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_FALSE(command->isFinished());
+        EXPECT_EQ(readFile(inputPath), "somebody's, who holds the lock");
+        ::close(lock);
+        command->waitUntilFinished();
+        ASSERT_TRUE(command->data());
+        EXPECT_EQ(command->data()->view(), "one");
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, CancellingEndsTheWait) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const int lock = ::open(lockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+        const auto recorder = useRecordingGit();
+        const auto command = commandFor(pointerFor("one"));
+        command->start();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        command->cancel();
+        command->waitUntilFinished();
+        ::close(lock);
+        EXPECT_EQ(command->error(), std::nullopt);
+        EXPECT_EQ(command->data(), nullptr);
+        EXPECT_THAT(recorder.invocations(), IsEmpty());
+        EXPECT_FALSE(fileExists(inputPath));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, ACancelledRunReplacesNoFileByHalfOfIt) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const std::string path = writeFile(
+            "slow-git/git",
+            "#!/bin/sh\ncase \" $* \" in *' --version '*) echo git version 2.39.5; exit;; esac\n"
+            "printf half; : > \"$BEGUN\"; exec sleep 60\n",
+            0755);
+        setEnvironmentVariable("BEGUN", scratchPath("begun"));
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+        writeFile("output", "before");
+        const auto command = commandFor(pointerFor("one"), scratchPath("output"));
+        command->start();
+        while (!fileExists("begun"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        command->cancel();
+        command->waitUntilFinished();
+        EXPECT_EQ(command->data(), nullptr);
+        EXPECT_EQ(readFile("output"), "before");
+        EXPECT_FALSE(fileExists(inputPath));
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, ManyAtOnceGetTheirOwnContents) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        constexpr int count = 12;
+        std::vector<std::shared_ptr<RVGitLFSSmudgeCommand>> commands;
+        for (int index = 0; index < count; ++index)
+            commands.push_back(commandFor(keepObject("contents " + std::to_string(index)),
+                                          scratchPath("output" + std::to_string(index))));
+        for (const auto& command : commands)
+            command->start();
+        for (int index = 0; index < count; ++index) {
+            commands[static_cast<std::size_t>(index)]->waitUntilFinished();
+            EXPECT_EQ(readFile("output" + std::to_string(index)),
+                      "contents " + std::to_string(index));
+        }
+        EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
+    });
+}
+
+}  // namespace

@@ -1,0 +1,776 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/history/RVGitCommit.h"
+#include "RVGit/merge/RVGitRebaseCommand.h"
+#include "RVGit/merge/RVGitSequenceInstruction.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "tests/merge/RVGitRewritingTestCase.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+using Revisions = std::vector<std::string>;
+
+class RVGitMergeManagerRewritingTest : public RVGitRewritingTestCase {
+protected:
+    /// What git was told by a gesture: its line behind the options of every command, the list of
+    /// the sequence script, and the other editor.
+    struct Rebase {
+        std::vector<std::string> arguments;
+        std::string list;
+        std::optional<std::string> editor;
+    };
+    template <typename Gesture>
+    Rebase rebaseOf(const Gesture& gesture, bool succeeds = true) {
+        const auto recorder = useRecordingGit();
+        std::optional<RVError> error;
+        EXPECT_EQ(gesture(&error), succeeds)
+            << (error ? error->userInfoString(RVGitCommandErrorOutputErrorKey).value_or("") : "");
+        Rebase rebase;
+        for (const auto& invocation : recorder.invocations()) {
+            const auto word =
+                std::find(invocation.arguments.begin(), invocation.arguments.end(), "rebase");
+            if (word == invocation.arguments.end())
+                continue;
+            const auto pager = std::find(invocation.arguments.begin(), word, "--no-pager");
+            rebase.arguments.assign(pager + 1, invocation.arguments.end());
+            const auto& environment = invocation.environment;
+            rebase.list = scriptedList(environment.at("GIT_SEQUENCE_EDITOR"));
+            if (const auto editor = environment.find("GIT_EDITOR"); editor != environment.end())
+                rebase.editor = editor->second;
+        }
+        return rebase;
+    }
+    [[nodiscard]] Revisions hashesOf(const std::string& letters) const {
+        Revisions hashes;
+        for (const char letter : letters)
+            hashes.push_back(hashOf(std::string(1, letter)));
+        return hashes;
+    }
+    RVError errorOf(bool (*gesture)(RVGitMergeManager&, RVErrorPlace)) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(gesture(manager(), &error));
+        return error.value_or(RVError("none", 0));
+    }
+    [[nodiscard]] static std::vector<std::string> line(std::vector<std::string> rest) {
+        std::vector<std::string> all = {"-c", "core.trustctime=false", "rebase"};
+        all.insert(all.end(), rest.begin(), rest.end());
+        return all;
+    }
+};
+
+// Command lines and lists.
+
+TEST_F(RVGitMergeManagerRewritingTest, DeletingDropsAndPicksTheRest) {
+    const auto hashes = makeLetters(4);
+    const auto rebase = rebaseOf(
+        [&](RVErrorPlace error) { return manager().deleteRevisions(hashesOf("CB"), error); });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[0]}));
+    EXPECT_EQ(rebase.list, "drop B\ndrop C\npick D\n");
+    EXPECT_EQ(rebase.editor, ":");
+    EXPECT_EQ(subjects(), "A D");
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, DeletingTheRootStartsAtTheRoot) {
+    makeLetters(3);
+    const auto rebase = rebaseOf(
+        [&](RVErrorPlace error) { return manager().deleteRevisions(hashesOf("A"), error); });
+    EXPECT_EQ(rebase.arguments, line({"--root", "--interactive"}));
+    EXPECT_EQ(rebase.list, "drop A\npick B\npick C\n");
+    EXPECT_EQ(subjects(), "B C");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, DeletingTheRootsChildKeepsTheRoot) {
+    const auto hashes = makeLetters(3);
+    const auto rebase = rebaseOf(
+        [&](RVErrorPlace error) { return manager().deleteRevisions(hashesOf("B"), error); });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[0]}));
+    EXPECT_EQ(subjects(), "A C");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, MovingAboveInsertsBehindTheTarget) {
+    const auto hashes = makeLetters(5);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().moveRevisionsAboveRevision(hashesOf("CB"), hashOf("D"), error);
+    });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[0]}));
+    EXPECT_EQ(rebase.list, "pick D\npick B\npick C\npick E\n");
+    EXPECT_EQ(rebase.editor, ":");
+    EXPECT_EQ(subjects(), "A D B C E");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, MovingBelowInsertsAheadOfTheTarget) {
+    const auto hashes = makeLetters(5);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().moveRevisionsBelowRevision(hashesOf("EC"), hashOf("B"), error);
+    });
+    // The target lies further back than the commits that move.
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[0]}));
+    EXPECT_EQ(rebase.list, "pick C\npick E\npick B\npick D\n");
+    EXPECT_EQ(subjects(), "A C E B D");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, MovingBelowTheRootStartsAtTheRoot) {
+    makeLetters(3);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().moveRevisionsBelowRevision(hashesOf("C"), hashOf("A"), error);
+    });
+    EXPECT_EQ(rebase.arguments, line({"--root", "--interactive"}));
+    EXPECT_EQ(subjects(), "C A B");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, MovingAboveTheNewestAppends) {
+    makeLetters(4);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().moveRevisions(hashesOf("B"), hashOf("D"), false, error);
+    });
+    EXPECT_EQ(rebase.list, "pick C\npick D\npick B\n");
+    EXPECT_EQ(subjects(), "A C D B");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ATargetThatMovesItselfCountsAsTheFirst) {
+    makeLetters(5);
+    EXPECT_EQ(rebaseOf([&](RVErrorPlace error) {
+                  return manager().moveRevisions(hashesOf("DB"), hashOf("D"), true, error);
+              }).list,
+              "pick B\npick D\npick C\npick E\n");
+    makeLetters(5);
+    EXPECT_EQ(rebaseOf([&](RVErrorPlace error) {
+                  return manager().moveRevisions(hashesOf("DB"), hashOf("D"), false, error);
+              }).list,
+              "pick C\npick B\npick D\npick E\n");
+    // With nothing kept there is nothing to stand behind.
+    makeLetters(3);
+    EXPECT_EQ(rebaseOf([&](RVErrorPlace error) {
+                  return manager().moveRevisions(hashesOf("CB"), hashOf("C"), false, error);
+              }).list,
+              "pick B\npick C\n");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, SquashingWithoutATargetMovesTheChosenToTheStart) {
+    const auto hashes = makeLetters(5);
+    const auto rebase = rebaseOf(
+        [&](RVErrorPlace error) { return manager().squashRevisions(hashesOf("EDB"), error); });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[0]}));
+    EXPECT_EQ(rebase.list, "pick B\nsquash D\nsquash E\npick C\n");
+    EXPECT_EQ(rebase.editor, "true");
+    EXPECT_EQ(subjects(), "A B C");
+    EXPECT_EQ(gitInRepository({"log", "-1", "--pretty=%B", "HEAD^"}), "B\n\nD\n\nE");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, SquashingIntoATargetFoldsEveryChosenCommit) {
+    makeLetters(5);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().squashRevisions(hashesOf("EB"), hashOf("C"), error);
+    });
+    EXPECT_EQ(rebase.list, "pick C\nsquash B\nsquash E\npick D\n");
+    EXPECT_EQ(rebase.editor, "true");
+    EXPECT_EQ(subjects(), "A C D");
+    EXPECT_EQ(gitInRepository({"log", "-1", "--pretty=%B", "HEAD^"}), "C\n\nB\n\nE");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, FixingUpKeepsTheMessage) {
+    const auto hashes = makeLetters(5);
+    auto rebase = rebaseOf(
+        [&](RVErrorPlace error) { return manager().fixupRevisions(hashesOf("DC"), error); });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[1]}));
+    EXPECT_EQ(rebase.list, "pick C\nfixup D\npick E\n");
+    EXPECT_EQ(rebase.editor, "true");
+    EXPECT_EQ(subjects(), "A B C E");
+    EXPECT_EQ(gitInRepository({"log", "-1", "--pretty=%B", "HEAD^"}), "C");
+
+    // One commit is enough where there is a target, which may be the root.
+    makeLetters(3);
+    rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().fixupRevisions(hashesOf("C"), hashOf("A"), error);
+    });
+    EXPECT_EQ(rebase.arguments, line({"--root", "--interactive"}));
+    EXPECT_EQ(rebase.list, "pick A\nfixup C\npick B\n");
+    EXPECT_EQ(subjects(), "A B");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, RewordingKeepsLinesThatLookLikeComments) {
+    const auto hashes = makeLetters(3);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().setCommitMessage("It's new: \"$HOME\" `x`\n\n# not a comment\n",
+                                          hashOf("B"), error);
+    });
+    std::vector<std::string> expected = {
+        "-c",     "core.trustctime=false", "-c",     "commit.cleanup=whitespace",
+        "rebase", "--interactive",         hashes[0]};
+    EXPECT_EQ(rebase.arguments, expected);
+    ASSERT_TRUE(rebase.editor);
+    const std::string file = writeFile("message", "old");
+    EXPECT_EQ(runProgram({*rebase.editor, file}).exitCode, 0);
+    EXPECT_EQ(readFile(file), "It's new: \"$HOME\" `x`\n\n# not a comment\n\n");
+    EXPECT_EQ(subjects(), "A It's new: \"$HOME\" `x` C");
+    EXPECT_EQ(history()[1].message, "It's new: \"$HOME\" `x`\n\n# not a comment\n");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, RewordingTheRoot) {
+    makeLetters(2);
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().setCommitMessage("First", hashOf("A"), error);
+    });
+    EXPECT_EQ(rebase.arguments, (std::vector<std::string>{"-c", "core.trustctime=false", "-c",
+                                                          "commit.cleanup=whitespace", "rebase",
+                                                          "--root", "--interactive"}));
+    EXPECT_EQ(subjects(), "First B");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, EditingTakesACommitApart) {
+    const auto hashes = makeLetters(4);
+    const auto rebase =
+        rebaseOf([&](RVErrorPlace error) { return manager().editRevision(hashOf("C"), error); });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", hashes[1]}));
+    EXPECT_EQ(rebase.list, "edit C\npick D\n");
+    EXPECT_EQ(rebase.editor, ":");
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeEditing);
+    EXPECT_EQ(gitInRepository({"rev-parse", "HEAD"}), hashes[1]);
+    EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "?? c");
+    gitInRepository({"add", "c"});
+    gitInRepository({"commit", "-q", "-m", "New"});
+    EXPECT_TRUE(manager().continueRebase());
+    EXPECT_EQ(subjects(), "A B New D");
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, EditingForAmendingLeavesTheCommit) {
+    const auto hashes = makeLetters(4);
+    const RVRepositorySnapshot before(repositoryPath());
+    EXPECT_TRUE(manager().editRevision(hashes[1], true));
+    EXPECT_TRUE(manager().isEditingRevision());
+    EXPECT_EQ(gitInRepository({"rev-parse", "HEAD"}), hashes[1]);
+    EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "");
+    gitInRepository({"commit", "-q", "--amend", "-m", "Amended"});
+    EXPECT_TRUE(manager().continueRebase());
+    EXPECT_EQ(subjects(), "A Amended C D");
+
+    makeLetters(4);
+    EXPECT_TRUE(manager().editRevision(hashes[1], true));
+    EXPECT_TRUE(manager().abortRebase());
+    EXPECT_EQ(subjects(), "A B C D");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, EditingTheRootTakesItsFilesOutOfTheIndex) {
+    const auto hashes = makeLetters(2);
+    const RVRepositorySnapshot before(repositoryPath());
+    const auto recorder = useRecordingGit();
+    ASSERT_TRUE(manager().editRevision(hashes[0]));
+    EXPECT_THAT(lastArguments(recorder),
+                ElementsAre("rm", "--cached", "-r", "-q", "-f", "--", "*"));
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeEditing);
+    EXPECT_EQ(gitInRepository({"log", "--pretty=%s"}), "A");
+    EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "D  a\n?? a");
+    EXPECT_EQ(readFile("repository/a"), "a\n");
+    gitInRepository({"add", "a"});
+    EXPECT_TRUE(manager().abortRebase());
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, EditingResetsWithoutAModeToTheParent) {
+    const auto hashes = makeLetters(2);
+    const auto recorder = useRecordingGit();
+    ASSERT_TRUE(manager().editRevision(hashes[1]));
+    EXPECT_THAT(lastArguments(recorder), ElementsAre("reset", "-q", "HEAD^"));
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, TransplantingTakesTheChosenCommitsAlone) {
+    const auto hashes = makeLetters(4);
+    gitInRepository({"checkout", "-q", "-b", "other", hashes[0]});
+    commitFile("repository", "x", "x\n", "X");
+    gitInRepository({"checkout", "-q", "main"});
+    const auto rebase = rebaseOf([&](RVErrorPlace error) {
+        return manager().rebaseOntoWithRevision("main", {hashes[3], hashes[1]}, "other",
+                                                std::nullopt, error);
+    });
+    EXPECT_EQ(rebase.arguments, line({"--interactive", "--onto", "other", "main"}));
+    EXPECT_EQ(rebase.list, "pick B\npick D\n");
+    EXPECT_EQ(rebase.editor, ":");
+    EXPECT_EQ(subjects(), "A X B D");
+    EXPECT_EQ(gitInRepository({"symbolic-ref", "HEAD"}), "refs/heads/main");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, TransplantingTakesTheCallersOptions) {
+    const auto hashes = makeLetters(2);
+    const auto recorder = useRecordingGit();
+    (void)manager().rebaseOntoWithRevision(
+        "main", {hashes[1]}, "target",
+        RVOptions{{RVGitRebaseOptionNoVerify, true}, {RVGitRebaseOptionOnto, false}});
+    EXPECT_THAT(lastArguments(recorder),
+                ElementsAre("-c", "core.trustctime=false", "rebase", "--no-verify", "--interactive",
+                            "--onto", "target", "main"));
+    (void)manager().rebaseOntoWithRevision("main", {hashes[1]}, std::nullopt, std::nullopt);
+    EXPECT_THAT(lastArguments(recorder), ElementsAre("-c", "core.trustctime=false", "rebase",
+                                                     "--interactive", "--onto", "main"));
+}
+
+// Ranges.
+
+TEST_F(RVGitMergeManagerRewritingTest, TheRangeRunsFromHEADDownToTheCommit) {
+    const auto hashes = makeLetters(4);
+    const auto recorder = useRecordingGit();
+    std::optional<RVError> error;
+    auto commits = manager().allCommitsForInteractiveRebaseIncludingRevision(hashes[2], &error);
+    ASSERT_TRUE(commits);
+    ASSERT_THAT(*commits, SizeIs(2));
+    EXPECT_EQ(commits->front()->commitHash(), hashes[3]);
+    EXPECT_EQ(commits->back()->commitHash(), hashes[2]);
+    const auto arguments = lastArguments(recorder);
+    EXPECT_THAT(arguments, testing::Contains(hashes[2] + "^..HEAD"));
+    EXPECT_THAT(arguments, testing::Contains("--topo-order"));
+
+    commits = manager().allCommitsForInteractiveRebaseIncludingRevision(hashes[0], &error);
+    ASSERT_TRUE(commits);
+    EXPECT_THAT(*commits, SizeIs(4));
+    EXPECT_THAT(lastArguments(recorder), testing::Contains("HEAD"));
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, TheRangeReachesBackToATargetThatIsOlder) {
+    const auto hashes = makeLetters(5);
+    std::optional<RVError> error;
+    const auto count = [&](std::size_t revision, std::size_t target) {
+        const auto commits =
+            manager().allCommitsForRevisions({hashes[revision]}, hashes[target], &error);
+        return commits ? commits->size() : 0;
+    };
+    EXPECT_EQ(count(3, 4), 2u);
+    EXPECT_EQ(count(3, 1), 4u);
+    EXPECT_EQ(count(3, 0), 5u);
+    EXPECT_EQ(error, std::nullopt);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, APlaceThatIsFilledMeansNothing) {
+    const auto hashes = makeLetters(2);
+    const std::string unknown(40, '1');
+    std::optional<RVError> error;
+    EXPECT_EQ(manager().allCommitsForRevisions({unknown}, hashes[0], &error), std::nullopt);
+    EXPECT_TRUE(error);
+    error.reset();
+    EXPECT_EQ(manager().allCommitsForRevisions({hashes[1]}, unknown, &error), std::nullopt);
+    EXPECT_TRUE(error);
+    // Without a place to tell the failure, the target's range is all there is to go by.
+    EXPECT_THAT(
+        manager().allCommitsForRevisions({unknown}, hashes[0]).value_or(RVGitCommit::List()),
+        SizeIs(2));
+    EXPECT_THROW((void)manager().allCommitsForRevisions({}, hashes[0]),
+                 RVInvalidParameterException);
+}
+
+// What does nothing.
+
+TEST_F(RVGitMergeManagerRewritingTest, AnEmptyListIsDoneWithAtOnce) {
+    const auto hashes = makeLetters(2);
+    const auto recorder = useRecordingGit();
+    EXPECT_TRUE(manager().deleteRevisions({}));
+    EXPECT_TRUE(manager().moveRevisionsAboveRevision({}, hashes[0]));
+    EXPECT_TRUE(manager().moveRevisionsBelowRevision({}, hashes[0]));
+    EXPECT_TRUE(manager().squashRevisions({}));
+    EXPECT_TRUE(manager().fixupRevisions({}, hashes[0]));
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, OneCommitWithoutATargetFailsSilently) {
+    const auto hashes = makeLetters(2);
+    const auto recorder = useRecordingGit();
+    std::optional<RVError> error = RVError("old", 1);
+    EXPECT_FALSE(manager().squashRevisions({hashes[1]}, &error));
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_FALSE(manager().fixupRevisions({hashes[1]}, &error));
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ATargetAmongTheChosenFailsSilently) {
+    const auto hashes = makeLetters(3);
+    std::optional<RVError> error = RVError("old", 1);
+    EXPECT_FALSE(manager().squashRevisions({hashes[2], hashes[1]}, hashes[1], &error));
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(subjects(), "A B C");
+    EXPECT_THAT(RVFileManager::namesInDirectoryAtPath(temporaryDirectory()), IsEmpty());
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, OnlyTwoCommandsCombine) {
+    const auto hashes = makeLetters(3);
+    for (const char* command : {"pick", "drop", "", "squash "})
+        EXPECT_THROW((void)manager().combineRevisions({hashes[2]}, hashes[1], command),
+                     RVInvalidParameterException);
+    EXPECT_TRUE(
+        manager().combineRevisions({hashes[2]}, hashes[1], RVGitSequenceInstructionCommandFixup));
+    EXPECT_EQ(subjects(), "A B");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ARevisionOutsideOfTheHistoryIsRefused) {
+    makeLetters(3);
+    gitInRepository({"checkout", "-q", "-b", "other", "HEAD^"});
+    commitFile("repository", "x", "x\n", "X");
+    gitInRepository({"checkout", "-q", "main"});
+    const std::string other = hashOf("X");
+    const std::string newest = hashOf("C");
+    const RVRepositorySnapshot before(repositoryPath());
+    for (const std::string& revision :
+         {other, std::string(40, '1'), std::string("HEAD"), std::string("main~1"),
+          newest.substr(0, 12), std::string("missing"), std::string(), std::string("-x"),
+          std::string("--all"), std::string("a\0b", 3), std::string("x\ny"), std::string("\xff")}) {
+        const auto refused = [&](const auto& gesture) {
+            std::optional<RVError> error;
+            EXPECT_FALSE(gesture(&error)) << revision;
+            EXPECT_TRUE(error) << revision;
+        };
+        refused([&](RVErrorPlace e) { return manager().deleteRevisions({revision}, e); });
+        refused([&](RVErrorPlace e) { return manager().deleteRevisions({revision, newest}, e); });
+        refused([&](RVErrorPlace e) {
+            return manager().moveRevisionsAboveRevision({revision}, newest, e);
+        });
+        refused([&](RVErrorPlace e) {
+            return manager().moveRevisionsBelowRevision({newest}, revision, e);
+        });
+        refused([&](RVErrorPlace e) { return manager().squashRevisions({newest, revision}, e); });
+        refused([&](RVErrorPlace e) { return manager().fixupRevisions({revision}, newest, e); });
+        refused([&](RVErrorPlace e) { return manager().setCommitMessage("New", revision, e); });
+        refused([&](RVErrorPlace e) { return manager().editRevision(revision, e); });
+        refused([&](RVErrorPlace e) { return manager().editRevision(revision, true, e); });
+    }
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({other}, &error));
+    EXPECT_EQ(error->code(), RVGitLogNoSuchRevisionError);
+    EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), other);
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, WithoutACommitThereIsNothingToRewrite) {
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({std::string(40, '1')}, &error));
+    EXPECT_TRUE(error);
+    error.reset();
+    EXPECT_FALSE(manager().editRevision(std::string(40, '1'), &error));
+    EXPECT_TRUE(error);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ASelectionThatAShellWouldReadIsRefused) {
+    const auto hashes = makeLetters(2);
+    const auto recorder = useRecordingGit();
+    const std::string sign = scratchPath("sign");
+    for (const std::string& selected :
+         {"x; touch " + sign, "$(touch " + sign + ")", "x\ntouch " + sign, std::string()}) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(manager().rebaseOntoWithRevision("main", {hashes[1], selected}, "main",
+                                                      std::nullopt, &error));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    }
+    EXPECT_FALSE(fileExists(sign));
+    EXPECT_THAT(recorder.invocations(), IsEmpty());
+    // The other revisions are git's, but never its options.
+    for (const auto& [revision, target] :
+         {std::pair("--exec=x", "main"), std::pair("main", "-x")}) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(
+            manager().rebaseOntoWithRevision(revision, {hashes[1]}, target, std::nullopt, &error));
+        EXPECT_TRUE(error);
+        EXPECT_THAT(recorder.invocations(), IsEmpty());
+    }
+}
+
+// Messages.
+
+TEST_F(RVGitMergeManagerRewritingTest, AMessageThatWouldRunIsRefused) {
+    const auto hashes = makeLetters(2);
+    const RVRepositorySnapshot before(repositoryPath());
+    const std::string delimiter =
+        "7b26278ebfd54ee8ec001b7c668de1137802ad9f63e4ebce3016f69c4f84884b";
+    for (const std::string& message :
+         {delimiter, "Subject\n" + delimiter + "\ntouch " + scratchPath("sign"),
+          std::string("a\0b", 3)}) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(manager().setCommitMessage(message, hashes[1], &error));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    }
+    EXPECT_FALSE(fileExists("sign"));
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, AnEmptyMessageStopsAndCanBeAborted) {
+    const auto hashes = makeLetters(3);
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().setCommitMessage(" \n", hashes[1], &error));
+    EXPECT_TRUE(error);
+    EXPECT_NE(manager().currentMergeMode(), RVGitMergeModeNone);
+    EXPECT_TRUE(manager().abortRebase());
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+// Scripts.
+
+TEST_F(RVGitMergeManagerRewritingTest, ScriptsAreThereBeforeTheRebaseAndStay) {
+    const auto hashes = makeLetters(3);
+    // A git that looks at the script when it is launched.
+    auto fake = useFakeGit();
+    fake.passOtherCallsOn();
+    ASSERT_TRUE(manager().setCommitMessage("New", hashes[1]));
+    const auto names = RVFileManager::namesInDirectoryAtPath(temporaryDirectory());
+    EXPECT_THAT(names, SizeIs(2));
+    for (const std::string& name : names) {
+        struct stat status = {};
+        ASSERT_EQ(lstat((temporaryDirectory() + "/" + name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, 0755U);
+    }
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, GesturesWorkFromAnyTemporaryDirectory) {
+    for (const char* name : {"a blank", "it's", "$HOME", "a\"b", "`x`", "a\\b", "new\nline", "*",
+                             "a;b&c|d", "(a)", "#a", "~", "a=b", "é", "-x"}) {
+        setEnvironmentVariable("TMPDIR", makeDirectory(std::string("tmp/") + name));
+        const auto hashes = makeLetters(4);
+        EXPECT_TRUE(manager().setCommitMessage("New", hashes[1])) << name;
+        EXPECT_EQ(subjects(), "A New C D") << name;
+    }
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, WithoutAPlaceForScriptsNothingIsDone) {
+    const auto hashes = makeLetters(3);
+    const RVRepositorySnapshot before(repositoryPath());
+    setEnvironmentVariable("TMPDIR", scratchPath("missing"));
+    const auto failed = [&](const auto& gesture) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(gesture(&error));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->domain(), RVPOSIXErrorDomain);
+    };
+    failed([&](RVErrorPlace e) { return manager().deleteRevisions({hashes[1]}, e); });
+    failed([&](RVErrorPlace e) {
+        return manager().moveRevisionsAboveRevision({hashes[1]}, hashes[2], e);
+    });
+    failed([&](RVErrorPlace e) { return manager().squashRevisions({hashes[2], hashes[1]}, e); });
+    failed([&](RVErrorPlace e) { return manager().setCommitMessage("New", hashes[1], e); });
+    failed([&](RVErrorPlace e) { return manager().editRevision(hashes[1], e); });
+    failed([&](RVErrorPlace e) {
+        return manager().rebaseOntoWithRevision("main", {hashes[1]}, "main", std::nullopt, e);
+    });
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+// Surroundings.
+
+TEST_F(RVGitMergeManagerRewritingTest, EditorsOfTheSurroundingsAreNotOpened) {
+    const std::string loud = "'" + scratchPath("loud editor") + "'";
+    for (const char* name : {"GIT_EDITOR", "GIT_SEQUENCE_EDITOR", "EDITOR", "VISUAL"})
+        setEnvironmentVariable(name, loud);
+    auto hashes = makeLetters(5);
+    EXPECT_TRUE(manager().deleteRevisions({hashes[4]}));
+    EXPECT_TRUE(manager().moveRevisionsBelowRevision({hashes[3]}, hashes[1]));
+    EXPECT_TRUE(manager().squashRevisions({hashOf("C"), hashOf("B")}));
+    EXPECT_TRUE(manager().setCommitMessage("New", gitInRepository({"rev-parse", "HEAD"})));
+    EXPECT_TRUE(manager().editRevision(gitInRepository({"rev-parse", "HEAD"}), true));
+    EXPECT_TRUE(manager().abortRebase());
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, TheUsersSettingsChangeNothing) {
+    const std::pair<const char*, const char*> settings[] = {
+        {"rebase.autoSquash", "true"},
+        {"rebase.autoStash", "true"},
+        {"rebase.updateRefs", "true"},
+        {"rebase.abbreviateCommands", "true"},
+        {"rebase.missingCommitsCheck", "error"},
+        {"rebase.instructionFormat", "%an: %s"},
+        {"core.commentChar", ";"},
+        {"merge.ff", "only"},
+        {"merge.conflictStyle", "zdiff3"},
+        {"rerere.enabled", "true"},
+        {"rerere.autoUpdate", "true"},
+        {"core.autocrlf", "true"},
+        {"rebase.stat", "true"},
+        {"log.showSignature", "true"},
+        {"rebase.rescheduleFailedExec", "true"},
+        {"commit.verbose", "true"},
+        {"log.follow", "true"},
+        {"advice.skippedCherryPicks", "true"},
+        {"rebase.forkPoint", "true"},
+        {"core.abbrev", "4"},
+        {"color.ui", "always"},
+        {"commit.status", "false"},
+    };
+    for (const auto& [key, value] : settings)
+        gitInRepository({"config", key, value});
+    const auto hashes = makeHistory({{"A\n", {{"a", "a\n"}}},
+                                     {"B\n", {{"b", "b\n"}}},
+                                     {"C\n", {{"c", "c\n"}}},
+                                     {"fixup! B\n", {{"d", "d\n"}}},
+                                     {"E\n", {{"e", "e\n"}}}});
+    gitInRepository({"branch", "-f", "kept", hashes[2]});
+    EXPECT_TRUE(manager().deleteRevisions({hashes[2]}));
+    EXPECT_EQ(subjects(), "A B fixup! B E");
+    EXPECT_TRUE(manager().setCommitMessage("# New\n\n; Body", hashes[1]));
+    EXPECT_EQ(subjects(), "A # New fixup! B E");
+    EXPECT_EQ(gitInRepository({"rev-parse", "kept"}), hashes[2]);
+    EXPECT_TRUE(manager().squashRevisions(
+        {gitInRepository({"rev-parse", "HEAD"}), gitInRepository({"rev-parse", "HEAD^"})}));
+    EXPECT_EQ(gitInRepository({"rev-list", "--count", "HEAD"}), "3");
+    EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ASettingThatSpoilsGitsListFailsAndCanBeAborted) {
+    const auto hashes = makeLetters(3);
+    gitInRepository({"config", "rebase.instructionFormat", "%s%n pick x"});
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    if (manager().currentMergeMode() != RVGitMergeModeNone) {
+        EXPECT_TRUE(manager().abortRebase());
+    }
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, WithoutAUsableKeyARewriteStopsAndCanBeAborted) {
+    const auto hashes = makeLetters(3);
+    gitInRepository({"config", "commit.gpgSign", "true"});
+    gitInRepository({"config", "gpg.program", "false"});
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
+    ASSERT_TRUE(error);
+    EXPECT_TRUE(manager().abortRebase());
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, AHookThatRefusesLeavesEverything) {
+    const auto hashes = makeLetters(3);
+    writeFile("hooks/pre-rebase", "#!/bin/sh\necho no >&2\nexit 1\n", 0755);
+    gitInRepository({"config", "core.hooksPath", scratchPath("hooks")});
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ChangesThatAreNotCommittedAreKept) {
+    const auto hashes = makeLetters(3);
+    writeFile("repository/a", "changed\n");
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
+    EXPECT_TRUE(error);
+    EXPECT_FALSE(manager().editRevision(hashes[1], &error));
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ADetachedHEADAndALinkedWorktreeAreRewritten) {
+    auto hashes = makeLetters(3);
+    gitInRepository({"checkout", "-q", "--detach"});
+    EXPECT_TRUE(manager().deleteRevisions({hashes[1]}));
+    EXPECT_EQ(subjects(), "A C");
+    EXPECT_EQ(subjects("main"), "A B C");
+
+    const std::string linked = scratchPath("linked");
+    gitInRepository({"worktree", "add", "-q", "-b", "side", linked, "main"});
+    const auto repositoryOfLinked = RVGitRepository::repositoryWithPath(linked);
+    RVGitMergeManager managerOfLinked(repositoryOfLinked);
+    EXPECT_TRUE(managerOfLinked.editRevision(hashes[1]));
+    EXPECT_EQ(managerOfLinked.currentMergeMode(), RVGitMergeModeEditing);
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
+    // Git does not overwrite the file that it no longer knows.
+    EXPECT_FALSE(managerOfLinked.abortRebase());
+    git({"add", "b"}, linked);
+    EXPECT_TRUE(managerOfLinked.abortRebase());
+    EXPECT_TRUE(managerOfLinked.moveRevisionsAboveRevision({hashes[1]}, hashes[2]));
+    EXPECT_EQ(subjects("side"), "A C B");
+}
+
+// Stops.
+
+TEST_F(RVGitMergeManagerRewritingTest, AConflictIs2200AndIsResolvedOrAborted) {
+    const std::vector<RVTestCommit> commits = {{"A\n", {{"f", "1\n"}}},
+                                               {"B\n", {{"f", "2\n"}}},
+                                               {"C\n", {{"f", "3\n"}}},
+                                               {"D\n", {{"d", "d\n"}}}};
+    const auto hashes = makeHistory(commits);
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    ASSERT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRebaseConflictsError);
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
+    EXPECT_EQ(manager().nextSequenceRevision(), hashes[2]);
+    EXPECT_EQ(manager().nextSequenceStep(), 2u);
+    EXPECT_EQ(manager().lastSequenceStep(), 3u);
+    EXPECT_TRUE(manager().abortRebase());
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+
+    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}));
+    writeFile("repository/f", "resolved\n");
+    EXPECT_TRUE(manager().resolveUnmergedFileByAdding("f"));
+    EXPECT_TRUE(manager().continueRebase());
+    EXPECT_EQ(subjects(), "A C D");
+    EXPECT_EQ(readFile("repository/f"), "resolved\n");
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, AGestureDuringARebaseLeavesItAlone) {
+    const auto hashes = makeLetters(3);
+    ASSERT_TRUE(manager().editRevision(hashes[1], true));
+    const RVRepositorySnapshot before(repositoryPath());
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRebaseCommand::rebaseInProgressErrorCode);
+    EXPECT_FALSE(manager().editRevision(hashes[1], &error));
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, AMergeInTheRangeStopsAndCanBeAborted) {
+    const auto hashes = makeLetters(2);
+    gitInRepository({"checkout", "-q", "-b", "side"});
+    commitFile("repository", "s", "s\n", "S");
+    gitInRepository({"checkout", "-q", "main"});
+    commitFile("repository", "m", "m\n", "M");
+    gitInRepository({"merge", "-q", "-m", "Merge", "side"});
+    commitFile("repository", "z", "z\n", "Z");
+    const RVRepositorySnapshot before(repositoryPath());
+    const auto stops = [&](const auto& gesture) {
+        std::optional<RVError> error;
+        EXPECT_FALSE(gesture(&error));
+        EXPECT_TRUE(error);
+        if (manager().currentMergeMode() != RVGitMergeModeNone) {
+            EXPECT_TRUE(manager().abortRebase());
+        }
+        EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+    };
+    stops([&](RVErrorPlace e) { return manager().deleteRevisions({hashes[1]}, e); });
+    stops([&](RVErrorPlace e) { return manager().setCommitMessage("New", hashes[1], e); });
+    // Above the merge there is nothing to stop at.
+    EXPECT_TRUE(manager().setCommitMessage("New", gitInRepository({"rev-parse", "HEAD"})));
+    EXPECT_EQ(gitInRepository({"log", "-1", "--pretty=%s"}), "New");
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, ACommitToEditThatWasNotReachedIsNotTakenApart) {
+    const auto hashes = makeHistory({{"A\n", {{"f", "1\n"}}}, {"B\n", {{"f", "2\n"}}}});
+    const RVRepositorySnapshot before(repositoryPath());
+    // A git that says that it has rebased, and has not.
+    auto fake = useFakeGit();
+    fake.passOtherCallsOn();
+    fake.setAnswer("rebase", {.exitCode = 0});
+    EXPECT_FALSE(manager().editRevision(hashes[1]));
+    EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
+}
+
+}  // namespace

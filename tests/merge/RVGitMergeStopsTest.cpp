@@ -1,0 +1,368 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "RVGit/repository/RVGitRepository.h"
+#include "tests/merge/RVGitMergeTestCase.h"
+
+namespace {
+
+using testing::StartsWith;
+
+/// What the readers are to say of a stop. Revisions are names that git resolves; an empty one
+/// stands for nothing.
+struct Stop {
+    RVGitMergeMode mode = RVGitMergeModeNone;
+    bool isEditing = false;
+    bool isPending = false;
+    bool usesApply = false;
+    std::uint64_t nextStep = 0;
+    std::uint64_t lastStep = 0;
+    std::string nextRevision = {};
+    std::string lastRevision = {};
+    std::string mergedRevision = {};
+    std::string originalRevision = {};
+    std::string branch = {};
+    /// How the message begins; absent: there is none.
+    std::optional<std::string> message = {};
+};
+
+/// The readers at every kind of stop of the real git, wherever the working tree lies.
+class RVGitMergeStopsTest : public RVGitMergeTestCase {
+protected:
+    void expectStop(const std::function<void()>& start, const Stop& expected) {
+        for (const RVGitMergePlace place : allMergePlaces) {
+            makePlace(place);
+            SCOPED_TRACE(path());
+            start();
+            const std::string head = hash("HEAD");
+            EXPECT_EQ(manager().currentMergeMode(), expected.mode);
+            EXPECT_EQ(manager().isMerging(), expected.mode != RVGitMergeModeNone);
+            EXPECT_EQ(manager().isEditingRevision(), expected.isEditing);
+            EXPECT_EQ(manager().isPendingInteractiveRebase(), expected.isPending);
+            EXPECT_EQ(manager().usesRebaseApplyBackend(), expected.usesApply);
+            EXPECT_EQ(manager().nextSequenceStep(), expected.nextStep);
+            EXPECT_EQ(manager().lastSequenceStep(), expected.lastStep);
+            EXPECT_EQ(full(manager().nextSequenceRevision()), full(expected.nextRevision));
+            EXPECT_EQ(full(manager().lastSequenceRevision()), full(expected.lastRevision));
+            EXPECT_EQ(full(manager().mergedRevision()), full(expected.mergedRevision));
+            // A revision of HEAD that is asked for is empty where it is detached.
+            const auto original = manager().originalRevision();
+            if (expected.originalRevision == "HEAD")
+                EXPECT_THAT(original, testing::AnyOf(testing::Optional(head),
+                                                     testing::Optional(std::string())));
+            else
+                EXPECT_EQ(full(original), full(expected.originalRevision));
+            EXPECT_EQ(manager().originalRefName(), refName(expected.branch));
+            const auto message = manager().mergeCommitMessage();
+            EXPECT_EQ(message.has_value(), expected.message.has_value());
+            if (message && expected.message) {
+                EXPECT_THAT(*message, StartsWith(*expected.message));
+            }
+            EXPECT_EQ(manager().mergeTimestamp() > 1577934245.0,
+                      expected.mode != RVGitMergeModeNone);
+            // Any other object says the same.
+            EXPECT_EQ(
+                RVGitMergeManager(RVGitRepository::repositoryWithPath(path())).currentMergeMode(),
+                expected.mode);
+        }
+    }
+
+    /// A rebase of "topic" that works off the list, as setSequence() takes it.
+    std::function<void()> rebase(const std::string& list, const std::string& onto) {
+        return [=, this] {
+            setSequence(list);
+            checkOut("topic");
+            stopGit({"rebase", "-i", onto});
+        };
+    }
+    std::function<void()> run(const std::vector<std::string>& arguments,
+                              const std::string& branch = "main") {
+        return [=, this] {
+            checkOut(branch);
+            stopGit(arguments);
+        };
+    }
+
+private:
+    std::string full(const std::optional<std::string>& revision) const {
+        return revision && !revision->empty() ? hash(*revision) : "";
+    }
+};
+
+TEST_F(RVGitMergeStopsTest, Merge) {
+    expectStop(run({"merge", "topic"}), {.mode = RVGitMergeModeMerge,
+                                         .mergedRevision = "Four",
+                                         .originalRevision = "Ours",
+                                         .branch = "main",
+                                         .message = "Merge branch 'topic'"});
+}
+
+TEST_F(RVGitMergeStopsTest, MergeThatIsNotCommitted) {
+    expectStop(run({"merge", "--no-commit", "clean"}), {.mode = RVGitMergeModeMerge,
+                                                        .mergedRevision = "Clean",
+                                                        .originalRevision = "Ours",
+                                                        .branch = "main",
+                                                        .message = "Merge branch 'clean'"});
+}
+
+TEST_F(RVGitMergeStopsTest, OctopusThatIsNotCommitted) {
+    for (const RVGitMergePlace place : allMergePlaces) {
+        makePlace(place);
+        stopGit({"merge", "--no-commit", "clean", "One"});
+        EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeMerge);
+        EXPECT_EQ(manager().mergedRevision(), hash("clean") + "\n" + hash("One"));
+    }
+}
+
+TEST_F(RVGitMergeStopsTest, OctopusThatStopsAtItsLastHead) {
+    for (const RVGitMergePlace place : allMergePlaces) {
+        makePlace(place);
+        stopGit({"merge", "clean", "topic"});
+        EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeMerge);
+        EXPECT_EQ(manager().mergedRevision(), hash("clean") + "\n" + hash("topic"));
+        EXPECT_THAT(manager().mergeCommitMessage().value_or(""),
+                    StartsWith("Merge branches 'clean' and 'topic'"));
+    }
+}
+
+TEST_F(RVGitMergeStopsTest, OctopusThatFails) {
+    expectStop(run({"merge", "topic", "third"}), {.originalRevision = "Ours", .branch = "main"});
+}
+
+TEST_F(RVGitMergeStopsTest, Squash) {
+    expectStop(run({"merge", "--squash", "clean"}),
+               {.mode = RVGitMergeModeSquash,
+                .originalRevision = "Ours",
+                .branch = "main",
+                .message = "Squashed commit of the following:"});
+}
+
+TEST_F(RVGitMergeStopsTest, SquashWithConflicts) {
+    expectStop(run({"merge", "--squash", "topic"}),
+               {.mode = RVGitMergeModeSquash,
+                .originalRevision = "Ours",
+                .branch = "main",
+                .message = "Squashed commit of the following:"});
+}
+
+TEST_F(RVGitMergeStopsTest, RebaseByTheMergeBackend) {
+    expectStop(run({"rebase", "--merge", "main"}, "topic"), {.mode = RVGitMergeModeRebase,
+                                                             .nextStep = 2,
+                                                             .lastStep = 4,
+                                                             .nextRevision = "Two",
+                                                             .lastRevision = "Four",
+                                                             .mergedRevision = "Four",
+                                                             .originalRevision = "Ours",
+                                                             .branch = "topic",
+                                                             .message = "Two\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RebaseByTheApplyBackend) {
+    expectStop(run({"rebase", "--apply", "main"}, "topic"), {.mode = RVGitMergeModeRebase,
+                                                             .usesApply = true,
+                                                             .nextStep = 2,
+                                                             .lastStep = 4,
+                                                             .nextRevision = "Two",
+                                                             .lastRevision = "Four",
+                                                             .mergedRevision = "Four",
+                                                             .originalRevision = "Ours",
+                                                             .branch = "topic",
+                                                             .message = "Two\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, Edit) {
+    expectStop(rebase("pick %One\nedit %Two\npick %Three", "Base"), {.mode = RVGitMergeModeEditing,
+                                                                     .isEditing = true,
+                                                                     .nextStep = 2,
+                                                                     .lastStep = 3,
+                                                                     .nextRevision = "HEAD",
+                                                                     .lastRevision = "Four",
+                                                                     .mergedRevision = "Four",
+                                                                     .originalRevision = "Base",
+                                                                     .branch = "topic",
+                                                                     .message = "Two\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RewordWithConflicts) {
+    expectStop(rebase("pick %One\nreword %Two\npick %Three", "main"), {.mode = RVGitMergeModeRebase,
+                                                                       .nextStep = 2,
+                                                                       .lastStep = 3,
+                                                                       .nextRevision = "Two",
+                                                                       .lastRevision = "Four",
+                                                                       .mergedRevision = "Four",
+                                                                       .originalRevision = "Ours",
+                                                                       .branch = "topic",
+                                                                       .message = "Two\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, BreakKeepsTheRevisionInFrontOfIt) {
+    expectStop(rebase("pick %One\nbreak\npick %Two", "Base"), {.mode = RVGitMergeModeRebase,
+                                                               .isPending = true,
+                                                               .nextStep = 2,
+                                                               .lastStep = 3,
+                                                               .nextRevision = "One",
+                                                               .lastRevision = "Four",
+                                                               .mergedRevision = "Four",
+                                                               .originalRevision = "Base",
+                                                               .branch = "topic",
+                                                               .message = std::nullopt});
+}
+
+TEST_F(RVGitMergeStopsTest, ExecThatFailsGivesItsOwnWordForARevision) {
+    for (const RVGitMergePlace place : allMergePlaces) {
+        makePlace(place);
+        rebase("pick %One\nexec false\npick %Two", "Base")();
+        EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
+        EXPECT_TRUE(manager().isPendingInteractiveRebase());
+        EXPECT_EQ(manager().nextSequenceStep(), 2u);
+        EXPECT_EQ(manager().lastSequenceStep(), 3u);
+        EXPECT_EQ(manager().nextSequenceRevision(), "false");
+    }
+}
+
+TEST_F(RVGitMergeStopsTest, FixupWithConflicts) {
+    expectStop(rebase("pick %One\nfixup %Two\npick %Three", "main"), {.mode = RVGitMergeModeEditing,
+                                                                      .nextStep = 2,
+                                                                      .lastStep = 3,
+                                                                      .nextRevision = "HEAD",
+                                                                      .lastRevision = "Four",
+                                                                      .mergedRevision = "Four",
+                                                                      .originalRevision = "Ours",
+                                                                      .branch = "topic",
+                                                                      .message = "One\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, SquashStepWithConflicts) {
+    expectStop(rebase("pick %One\nsquash %Two\npick %Three", "main"),
+               {.mode = RVGitMergeModeEditing,
+                .nextStep = 2,
+                .lastStep = 3,
+                .nextRevision = "HEAD",
+                .lastRevision = "Four",
+                .mergedRevision = "Four",
+                .originalRevision = "Ours",
+                .branch = "topic",
+                .message = "# This is a combination of 2 commits.\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RebaseStepWithoutChanges) {
+    expectStop(rebase("pick %One\npick %Same\npick %Two", "main"), {.mode = RVGitMergeModeRebase,
+                                                                    .nextStep = 2,
+                                                                    .lastStep = 3,
+                                                                    .nextRevision = "Same",
+                                                                    .lastRevision = "Four",
+                                                                    .mergedRevision = "Four",
+                                                                    .originalRevision = "Ours",
+                                                                    .branch = "topic",
+                                                                    .message = "Same\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, CherryPickOfOne) {
+    expectStop(run({"cherry-pick", "Two"}), {.mode = RVGitMergeModeCherryPick,
+                                             .mergedRevision = "Two",
+                                             .originalRevision = "HEAD",
+                                             .branch = "main",
+                                             .message = "Two\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, CherryPickOfASequence) {
+    expectStop(run({"cherry-pick", "Base..topic"}), {.mode = RVGitMergeModeCherryPick,
+                                                     .lastStep = 3,
+                                                     .nextRevision = "Two",
+                                                     .lastRevision = "Four",
+                                                     .mergedRevision = "Two",
+                                                     .originalRevision = "Ours",
+                                                     .branch = "main",
+                                                     .message = "Two\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, CherryPickWithoutChanges) {
+    expectStop(run({"cherry-pick", "Same"}), {.mode = RVGitMergeModeCherryPick,
+                                              .mergedRevision = "Same",
+                                              .originalRevision = "HEAD",
+                                              .branch = "main",
+                                              .message = "Same\n"});
+    expectStop(run({"cherry-pick", "Clean", "Same", "After"}), {.mode = RVGitMergeModeCherryPick,
+                                                                .lastStep = 2,
+                                                                .nextRevision = "Same",
+                                                                .lastRevision = "After",
+                                                                .mergedRevision = "Same",
+                                                                .originalRevision = "Ours",
+                                                                .branch = "main",
+                                                                .message = "Same\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RevertOfOne) {
+    expectStop(run({"revert", "Early"}, "later"), {.mode = RVGitMergeModeRevert,
+                                                   .mergedRevision = "Early",
+                                                   .originalRevision = "HEAD",
+                                                   .branch = "later",
+                                                   .message = "Revert \"Early\"\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RevertOfASequence) {
+    expectStop(run({"revert", "Late", "Early", "Middle"}, "later"),
+               {.mode = RVGitMergeModeRevert,
+                .lastStep = 2,
+                .nextRevision = "Early",
+                .lastRevision = "Middle",
+                .mergedRevision = "Early",
+                .originalRevision = "Late",
+                .branch = "later",
+                .message = "Revert \"Early\"\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RevertWithoutChanges) {
+    // Git forgets a single one, but for its message.
+    expectStop(run({"revert", "Third"}), {.mode = RVGitMergeModeRevert,
+                                          .mergedRevision = "Third",
+                                          .originalRevision = "HEAD",
+                                          .branch = "main",
+                                          .message = "Revert \"Third\"\n"});
+    const auto revertTwice = [this] {
+        checkOut("later");
+        gitHere({"revert", "--no-edit", "Late"});
+        stopGit({"revert", "Late", "Middle"});
+    };
+    expectStop(revertTwice, {.mode = RVGitMergeModeRevert,
+                             .lastStep = 2,
+                             .nextRevision = "Late",
+                             .lastRevision = "Middle",
+                             .originalRevision = "HEAD",
+                             .branch = "later",
+                             .message = "Revert \"Late\"\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, RevertThatIsNotCommitted) {
+    expectStop(run({"revert", "--no-commit", "Ours"}), {.mode = RVGitMergeModeRevert,
+                                                        .mergedRevision = "Ours",
+                                                        .originalRevision = "HEAD",
+                                                        .branch = "main",
+                                                        .message = "Revert \"Ours\"\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, CherryPickThatIsNotCommittedLeavesItsMessageAlone) {
+    expectStop(run({"cherry-pick", "--no-commit", "Clean"}),
+               {.originalRevision = "HEAD", .branch = "main", .message = "Clean\n"});
+}
+
+TEST_F(RVGitMergeStopsTest, AMailThatDoesNotApply) {
+    for (const RVGitMergePlace place : allMergePlaces) {
+        makePlace(place);
+        write("patch.mail", gitHere({"format-patch", "--stdout", "-1", "Two"}) + "\n");
+        stopGit({"am", "patch.mail"});
+        EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
+        EXPECT_TRUE(manager().usesRebaseApplyBackend());
+        EXPECT_EQ(manager().nextSequenceStep(), 1u);
+        EXPECT_EQ(manager().lastSequenceStep(), 1u);
+        EXPECT_EQ(manager().mergeCommitMessage(), "Two\n");
+        EXPECT_EQ(manager().nextSequenceRevision(), std::nullopt);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,207 @@
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <stdexcept>
+#include <thread>
+
+#include "RVGit/base/RVError.h"
+#include "RVGit/command/RVGitCommandProgress.h"
+#include "RVGit/remotes/RVGitCloneCommand.h"
+#include "RVGit/remotes/RVGitFetchCommand.h"
+#include "RVGit/remotes/RVGitPushCommand.h"
+#include "RVGit/repository/RVGitRefSpec.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "tests/remotes/RVGitTransferTestCase.h"
+
+namespace {
+
+using testing::IsEmpty;
+
+using Clock = std::chrono::steady_clock;
+
+/// Transfers that are cancelled at random moments of their course.
+class RVGitTransferCancelTest : public RVGitTransferTestCase {
+protected:
+    RVGitTransferCancelTest() {
+        serveRepository();
+        const std::string source = scratchPath("source of a.git");
+        for (int number = 0; number < 400; ++number)
+            writeFile(
+                "source of a.git/" + std::to_string(number % 20) + "/" + std::to_string(number),
+                noise(4000));
+        git({"add", "."}, source);
+        git({"commit", "-m", "Noise"}, source);
+        git({"push", servedPath(), "main"}, source);
+    }
+
+    /// How many transfers are cancelled: RVGIT_TEST_ROUNDS, or else a few.
+    static int numberOfRounds() {
+        const char* rounds = std::getenv("RVGIT_TEST_ROUNDS");
+        return rounds ? std::max(1, std::atoi(rounds) / 6) : 4;
+    }
+    std::string noise(std::size_t size) {
+        std::string bytes(size, ' ');
+        for (char& byte : bytes)
+            byte = static_cast<char>(random_());
+        return bytes;
+    }
+    /// Cancels at a moment before the end that a whole run had; what the command ended with must be
+    /// no error.
+    void cancelSometime(RVGitCommand& command, Clock::duration wholeRun) {
+        const auto moment = std::chrono::duration_cast<std::chrono::microseconds>(wholeRun).count();
+        command.enqueueCommand();
+        std::this_thread::sleep_for(std::chrono::microseconds(
+            std::uniform_int_distribution<long long>(0, moment)(random_)));
+        command.cancel();
+        EXPECT_TRUE(launchedProcessesEndWithin(2));
+        command.waitUntilFinished();
+        EXPECT_FALSE(command.error()) << command.standardErrorString();
+    }
+    template <typename Command>
+    Clock::duration durationOf(Command& command) {
+        const auto start = Clock::now();
+        EXPECT_EQ(codeOf(command), 0) << command.standardErrorString();
+        return Clock::now() - start;
+    }
+    /// Paths that end in ".lock".
+    [[nodiscard]] std::vector<std::string> locksIn(const std::string& path) const {
+        std::vector<std::string> locks;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(scratchPath(path)))
+            if (entry.path().extension() == ".lock")
+                locks.push_back(entry.path());
+        return locks;
+    }
+    std::shared_ptr<RVGitRepository> openRepository(const std::string& name) {
+        const std::string path = initRepository(name);
+        return RVGitRepository::repositoryWithWorkingTreeDirectoryPath(path, path + "/.git");
+    }
+    static void remove(const std::string& path) { std::filesystem::remove_all(path); }
+
+    void cancelClones(Protocol protocol) {
+        const std::string address = url(protocol);
+        const auto clone = [&] {
+            return RVGitCloneCommand::gitCloneCommandWithRemoteURL(address, scratchPath("new"), {});
+        };
+        const auto whole = durationOf(*clone());
+        const std::string tip = gitLine({"rev-parse", "HEAD"}, "new");
+        remove(scratchPath("new"));
+        makeDirectory("existing");
+        for (int round = 0; round < numberOfRounds(); ++round) {
+            const bool intoExisting = round % 4 == 3;
+            const std::string path = scratchPath(intoExisting ? "existing" : "new");
+            const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(address, path, {});
+            cancelSometime(*command, whole);
+            // Either it is whole, or nothing is left of it. git may be ended behind the checkout,
+            // when it takes nothing back.
+            if (fileExists(path + "/.git")) {
+                EXPECT_EQ(gitLine({"rev-parse", "HEAD"}, path), tip) << round;
+                EXPECT_THAT(locksIn(path), IsEmpty()) << round;
+            } else {
+                EXPECT_EQ(std::filesystem::exists(path), intoExisting) << round;
+                EXPECT_TRUE(!intoExisting || std::filesystem::is_empty(path)) << round;
+            }
+            remove(path);
+            makeDirectory("existing");
+        }
+    }
+
+    void cancelFetches(Protocol protocol) {
+        const std::string address = url(protocol);
+        const auto spec = RVGitRefSpec::refSpecFromString("refs/heads/main:refs/heads/fetched");
+        const auto fetchInto = [&](const std::shared_ptr<RVGitRepository>& target) {
+            return RVGitFetchCommand::gitFetchCommandWithRepository(target, address, spec);
+        };
+        const auto whole = durationOf(*fetchInto(openRepository("whole")));
+        const std::string updated = refsIn("whole");
+        for (int round = 0; round < numberOfRounds(); ++round) {
+            const auto target = openRepository("target");
+            cancelSometime(*fetchInto(target), whole);
+            EXPECT_THAT(refsIn("target"), testing::AnyOf("", updated)) << round;
+            EXPECT_THAT(locksIn("target"), IsEmpty()) << round;
+            EXPECT_EQ(runGit({"fsck"}, "target").exitCode, 0) << round;
+            remove(scratchPath("target"));
+        }
+    }
+
+    void cancelPushes(Protocol protocol) {
+        gitInRepository({"fetch", servedPath(), "main:main2"});
+        const auto pushTo = [&](const std::string& name) {
+            const std::string path = initBareRepository("served/" + name);
+            git({"config", "http.receivepack", "true"}, path);
+            gitInRepository({"config", "remote.origin.url", url(protocol, name)});
+            return push("main2:refs/heads/pushed");
+        };
+        const auto whole = durationOf(*pushTo("whole.git"));
+        const std::string updated = refsIn("served/whole.git");
+        const std::string before = refsIn(repositoryPath());
+        for (int round = 0; round < numberOfRounds(); ++round) {
+            cancelSometime(*pushTo("target.git"), whole);
+            EXPECT_EQ(refsIn(repositoryPath()), before) << round;
+            EXPECT_THAT(locksIn("repository"), IsEmpty()) << round;
+            // The server takes note in its own time.
+            const auto end = Clock::now() + std::chrono::seconds(5);
+            while (!locksIn("served/target.git").empty() && Clock::now() < end)
+                std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            EXPECT_THAT(refsIn("served/target.git"), testing::AnyOf("", updated)) << round;
+            EXPECT_EQ(runGit({"fsck"}, "served/target.git").exitCode, 0) << round;
+            std::filesystem::rename(servedPath("target.git"),
+                                    scratchPath("done" + std::to_string(round)));
+        }
+    }
+
+private:
+    std::mt19937 random_{std::random_device{}()};
+};
+
+TEST_F(RVGitTransferCancelTest, ClonesOverSSH) {
+    cancelClones(Protocol::SSH);
+}
+
+TEST_F(RVGitTransferCancelTest, ClonesOverHTTPS) {
+    cancelClones(Protocol::HTTPS);
+}
+
+TEST_F(RVGitTransferCancelTest, FetchesOverSSH) {
+    cancelFetches(Protocol::SSH);
+}
+
+TEST_F(RVGitTransferCancelTest, FetchesOverHTTPS) {
+    cancelFetches(Protocol::HTTPS);
+}
+
+TEST_F(RVGitTransferCancelTest, PushesOverSSH) {
+    cancelPushes(Protocol::SSH);
+}
+
+TEST_F(RVGitTransferCancelTest, PushesOverHTTPS) {
+    cancelPushes(Protocol::HTTPS);
+}
+
+TEST_F(RVGitTransferCancelTest, AHandlerThatCancelsEndsTheTransfer) {
+    const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(
+        url(Protocol::SSH), scratchPath("new"), std::nullopt);
+    int numberOfCalls = 0;
+    command->setProgressHandler([&](RVGitCommandProgress&) {
+        ++numberOfCalls;
+        command->cancel();
+    });
+    EXPECT_EQ(codeOf(*command), 0);
+    EXPECT_TRUE(command->isCancelled());
+    EXPECT_GT(numberOfCalls, 0);
+    EXPECT_TRUE(launchedProcessesEndWithin(2));
+    EXPECT_FALSE(fileExists("new"));
+    command->setProgressHandler({});
+}
+
+TEST_F(RVGitTransferCancelTest, AHandlerThatThrowsEndsTheTransferAndIsHeard) {
+    const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(
+        url(Protocol::HTTPS), scratchPath("new"), std::nullopt);
+    command->setProgressHandler(
+        [](RVGitCommandProgress&) { throw std::runtime_error("the handler's"); });
+    EXPECT_THROW((void)command->run(), std::runtime_error);
+    EXPECT_TRUE(launchedProcessesEndWithin(2));
+    EXPECT_FALSE(fileExists("new"));
+}
+
+}  // namespace
