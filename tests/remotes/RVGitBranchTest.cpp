@@ -208,8 +208,9 @@ TEST_F(RVGitBranchTest, DuringARebaseTheHeadIsDetached) {
 TEST_F(RVGitBranchTest, ABranchOfALinkedWorktreeIsMissing) {
     makeCommit();
     gitInRepository({"worktree", "add", "-b", "linked", "../linked"});
-    if (RVGitBinary::defaultGitBinary()->isVersionAtLeast("2.23.0"))
+    if (RVGitBinary::defaultGitBinary()->isVersionAtLeast("2.23.0")) {
         EXPECT_THAT(names(), ElementsAre("*refs/heads/main"));
+    }
     const auto linked = RVGitRepository::repositoryWithPath(scratchPath("linked"));
     const auto branches = RVGitBranch::allBranchesForRepository(linked);
     ASSERT_TRUE(branches.has_value());
