@@ -23,7 +23,8 @@ inline constexpr char RVGitBranchMergeOptionsConfigKey[] = "mergeoptions";
 inline constexpr char RVGitBranchRebaseConfigKey[] = "rebase";
 
 /// A local branch, or the detached HEAD, of a repository: a snapshot that stays on one thread. The
-/// static operations may be called on any; each blocks. Names may be short or full ones.
+/// static operations may be called on any; each blocks. Names may be short or full ones. A list
+/// whose commands were cancelled is absent with a cleared place.
 ///
 /// Observers are told of "ref", "isHead", "trackedRemoteName" and "trackedRefNames" when they are
 /// set, and then of what depends on them: "fullRefName", "refName", "commitHash", "commit" and

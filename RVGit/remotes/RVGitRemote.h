@@ -34,7 +34,8 @@ inline constexpr char RVGitSVNRemoteTagsConfigKey[] = "tags";
 inline constexpr char RVGitSVNRemoteUUIDConfigKey[] = "uuid";
 
 /// A remote of a repository, plain or Subversion's: a snapshot that stays on one thread. The static
-/// operations may be called on any; each blocks.
+/// operations may be called on any; each blocks. A list whose commands were cancelled is absent
+/// with a cleared place.
 ///
 /// Three addresses are kept apart: `downstreamURL` is what git fetches from and `upstreamURL` what
 /// it pushes to, rewritten by the configuration's "insteadOf"; `URL` and `pushURL` are what the
