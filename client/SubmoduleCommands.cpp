@@ -172,7 +172,7 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
         done = manager->relocateSubmoduleWithPath(operands[0], operands[1], &error);
     } else {
         words.requireOperands(2, "a name and a new name");
-        done = manager->renameSubmoduleWithName(operands[0], operands[1], &error);
+        done = manager->renameSubmoduleKeepingLinksWithName(operands[0], operands[1], &error);
     }
     if (done)
         return;

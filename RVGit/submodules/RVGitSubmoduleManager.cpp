@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <utility>
 
 #include "RVGit/base/RVFileManager.h"
@@ -150,6 +151,28 @@ Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository
 
 std::string configFileInGitDirectory(const std::string& gitDirectory) {
     return pathByAppendingComponent(gitDirectory, "config");
+}
+
+// Has the git directory and the working tree refer to each other, as far as they did.
+bool setLinks(const std::string& gitDirectory, const Places& places, const std::string& path,
+              const Repository& repository, RVErrorPlace error) {
+    const auto top = Containment::resolvedPath(repository->path());
+    const auto resolved = Containment::resolvedPath(gitDirectory);
+    if (!top || !resolved)
+        return true;
+    const std::filesystem::path workingTree = pathByAppendingComponent(*top, path);
+    const auto config = RVGitConfig::configWithFilePath(configFileInGitDirectory(*resolved));
+    if (config->containsConfigKeyWithName("core.worktree") &&
+        !config->setValue(workingTree.lexically_relative(*resolved).string(), "core.worktree",
+                          error))
+        return false;
+    const bool isLinked =
+        places.hasRepository && !RVFileManager::isDirectoryAtPath(
+                                    pathByAppendingComponent(places.workingDirectory, ".git"));
+    return !isLinked ||
+           RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
+               places.workingDirectory,
+               std::filesystem::path(*resolved).lexically_relative(workingTree).string(), error);
 }
 
 }  // namespace
@@ -303,6 +326,17 @@ bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
 bool RVGitSubmoduleManager::renameSubmoduleWithName(const std::string& name,
                                                     const std::string& toNewName,
                                                     RVErrorPlace error) {
+    return renameSubmodule(name, toNewName, false, error);
+}
+
+bool RVGitSubmoduleManager::renameSubmoduleKeepingLinksWithName(const std::string& name,
+                                                                const std::string& toNewName,
+                                                                RVErrorPlace error) {
+    return renameSubmodule(name, toNewName, true, error);
+}
+
+bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::string& toNewName,
+                                            bool keepsLinks, RVErrorPlace error) const {
     const Repository repository = this->repository();
     const RVGitSubmoduleLoader loader(repository);
     const auto submodule = loader.submoduleForName(name, error);
@@ -335,10 +369,14 @@ bool RVGitSubmoduleManager::renameSubmoduleWithName(const std::string& name,
             return false;
         parents.keep();
     }
-    if (places.hasRepository)
+    if (keepsLinks) {
+        if (!setLinks(newDirectory, places, submodule->path(), repository, error))
+            return false;
+    } else if (places.hasRepository) {
         (void)RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
             places.workingDirectory,
             Helper::relativeGitDirectoryPathForSubmoduleWithName(toNewName, submodule->path()));
+    }
     return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
                ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)

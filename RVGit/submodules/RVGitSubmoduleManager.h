@@ -89,13 +89,17 @@ public:
     /// submodule has.
     ///
     /// Kept for compatibility: "core.worktree" of the submodule stays as it is, and is wrong where
-    /// the new name has another number of components; `git submodule update --init` or
-    /// relocateSubmoduleWithPath() to another path and back does not mend it, setting the value
-    /// does: RVGitSubmoduleHelper::relativeWorkingTreePathForSubmoduleWithName(). Whether the
-    /// ".git" file could be written is not reported.
+    /// the new name has another number of components: git fails in the submodule then, and the list
+    /// of all with it. Use renameSubmoduleKeepingLinksWithName() instead. Whether the ".git" file
+    /// could be written is not reported.
     [[nodiscard]] bool renameSubmoduleWithName(const std::string& name,
                                                const std::string& toNewName,
                                                RVErrorPlace error = nullptr);
+    /// The same for a name of any number of components: "core.worktree" is set, too, and a failure
+    /// to write either link ends the operation.
+    [[nodiscard]] bool renameSubmoduleKeepingLinksWithName(const std::string& name,
+                                                           const std::string& toNewName,
+                                                           RVErrorPlace error = nullptr);
     /// Moves the submodule by `git mv`, which keeps the ".git" file and "core.worktree" right, and
     /// stages the move with ".gitmodules". The codes of RVGitMoveCommand, 2100 for a path at which
     /// something other than an empty directory is; the generic code 1 where ".gitmodules" has
@@ -143,6 +147,8 @@ private:
 
     [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
                                                                    RVErrorPlace error) const;
+    [[nodiscard]] bool renameSubmodule(const std::string& name, const std::string& newName,
+                                       bool keepsLinks, RVErrorPlace error) const;
     [[nodiscard]] bool updateSubmodules(const std::optional<std::vector<std::string>>& paths,
                                         unsigned options, RVErrorPlace error) const;
     [[nodiscard]] bool initSubmodules(const std::optional<std::vector<std::string>>& paths,

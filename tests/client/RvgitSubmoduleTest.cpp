@@ -97,8 +97,8 @@ TEST_F(RvgitSubmoduleTest, MovesToAnyDepthAndRenames) {
     EXPECT_EQ(gitLine({"rev-parse", "--show-toplevel"}, repository_ + "/deep/er/lib"),
               repository_ + "/deep/er/lib");
     EXPECT_THAT(outputOf({}), HasSubstr("deep/er/lib  (name lib)"));
-    outputOf({"rename", "lib", "new"});
-    EXPECT_THAT(outputOf({}), HasSubstr("deep/er/lib  (name new)"));
+    outputOf({"rename", "lib", "of/an/other"});
+    EXPECT_EQ(outputOf({}), hash() + "  clean                  deep/er/lib  (name of/an/other)\n");
 }
 
 TEST_F(RvgitSubmoduleTest, SaysWhatItCannotDo) {

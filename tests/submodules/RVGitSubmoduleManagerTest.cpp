@@ -408,6 +408,28 @@ TEST_F(RVGitSubmoduleManagerTest, RenamingToAnotherDepthLeavesCoreWorktreeStale)
     EXPECT_EQ(readFile("repository/lib/lib.c"), "int one;\n");
 }
 
+TEST_F(RVGitSubmoduleManagerTest, RenamesToANameOfAnyDepthAndKeepsBothLinksRight) {
+    addSubmodule("libs/a", "old");
+    std::string name = "old";
+    for (const std::string next : {"of/an/other", "x", "d.o/t"}) {
+        SCOPED_TRACE(next);
+        ASSERT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName(name, next, &error)));
+        const auto places = placesOf("libs/a", next);
+        EXPECT_EQ(places.at("link"), "gitdir: ../../.git/modules/" + next);
+        EXPECT_EQ(
+            places.at("core.worktree"),
+            RVGitSubmoduleHelper::relativeWorkingTreePathForSubmoduleWithName(next, "libs/a"));
+        EXPECT_EQ(places.size(), 7);
+        EXPECT_EQ(submoduleAt("libs/a")->status(), RVGitSubmoduleStatusClean);
+        name = next;
+    }
+    stageAll();
+    gitInRepository({"submodule", "--quiet", "deinit", "libs/a"});
+    EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName(name, "last", &error)));
+    gitInRepository({"submodule", "--quiet", "update", "--init"});
+    EXPECT_EQ(submoduleAt("libs/a")->status(), RVGitSubmoduleStatusClean);
+}
+
 TEST_F(RVGitSubmoduleManagerTest, RenamesOneWithoutAGitDirectory) {
     addSubmodule("lib");
     gitInRepository({"submodule", "--quiet", "deinit", "lib"});
