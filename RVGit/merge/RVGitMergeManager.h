@@ -275,6 +275,8 @@ public:
     // list, and abortRebase() puts everything back. A step that conflicts is code 2200 and leaves
     // the rebase under way: resolve and continue, or abort. Nothing is done, with code 1900, if a
     // revision that is named is not in HEAD's history. The scripts stay in the temporary directory.
+    // Where the range begins with a root commit and the very first step conflicts, git keeps, below
+    // what is resolved, the empty commit on which it had begun.
 
     /// Moves the commits, in one block and the order that they have, to right above one other,
     /// which may be older than all of them. One that is moved itself counts as the oldest that

@@ -1,7 +1,9 @@
 #include "RVGit/merge/RVGitMergeTreeCommand.h"
 
+#include <functional>
 #include <utility>
 
+#include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/command/RVGitValues.h"
@@ -120,6 +122,9 @@ std::string_view RVGitMergeTreeOutputParser::parserName() const {
     return "RVGitMergeTreeOutputParser";
 }
 
+// Lines are cut at newlines, so that they lie in the output, or in what the parser keeps of it, as
+// long as the parser lives: none is copied but those that a result keeps.
+
 bool RVGitMergeTreeOutputParser::parseOutputLine(std::string_view line) {
     if (!firstLineParsed_) {
         firstLineParsed_ = true;
@@ -140,7 +145,7 @@ bool RVGitMergeTreeOutputParser::parseOutputLine(std::string_view line) {
         currentResultItem_->isBinaryFile = binaryEntry_;
         removeLastDiffLine();
         closeCurrentItem();
-        currentResultItem_.emplace().message = lastOutputLine_;
+        currentResultItem_.emplace().message = std::string(lastOutputLine_);
         clearEntryState();
     }
     fillSide(*header);
@@ -153,16 +158,26 @@ void RVGitMergeTreeOutputParser::parsingDidFinish() {
         return;
     RVGitMergeTreeOutputParserResultItem& item = *currentResultItem_;
     if (!item.message && !lastOutputLine_.empty())
-        item.message = lastOutputLine_;
+        item.message = std::string(lastOutputLine_);
     const bool hasSubmodule = item.baseFileMode == RVGitFileModeSubmodule ||
                               item.ourFileMode == RVGitFileModeSubmodule ||
                               item.theirFileMode == RVGitFileModeSubmodule ||
                               item.resultFileMode == RVGitFileModeSubmodule;
-    if (!hasSubmodule && currentDiffLines_.empty())
+    if (!hasSubmodule && currentDiff().empty())
         item.isBinaryFile = true;
     closeCurrentItem();
-    currentResultItem_.reset();
     clearEntryState();
+}
+
+void RVGitMergeTreeOutputParser::didReadItem(RVGitMergeTreeOutputParserResultItem item,
+                                             std::string_view diff) {
+    if (!diff.empty())
+        item.diff = std::string(diff);
+    addResult(std::move(item));
+}
+
+std::string_view RVGitMergeTreeOutputParser::currentDiff() const {
+    return copiedDiffLines_ ? std::string_view(*copiedDiffLines_) : currentDiffLines_;
 }
 
 void RVGitMergeTreeOutputParser::addDiffLine(std::string_view line) {
@@ -171,32 +186,42 @@ void RVGitMergeTreeOutputParser::addDiffLine(std::string_view line) {
     currentDiffSize_ += line.size();
     // Kept for compatibility: no empty line gets here.
     if (line.empty() || currentDiffSize_ > maximumDiffSize) {
-        treatAsBinary();
-        return;
+        binaryEntry_ = true;
+        clearDiff();
+    } else if (copiedDiffLines_) {
+        *copiedDiffLines_ += '\n';
+        *copiedDiffLines_ += line;
+    } else if (currentDiffLines_.empty()) {
+        currentDiffLines_ = line;
+    } else if (line.data() == currentDiffLines_.data() + currentDiffLines_.size() + 1) {
+        currentDiffLines_ = {currentDiffLines_.data(), currentDiffLines_.size() + 1 + line.size()};
+    } else {
+        copiedDiffLines_ = std::string(currentDiffLines_) + '\n' + std::string(line);
     }
-    currentDiffLines_ += '\n';
-    currentDiffLines_ += line;
 }
 
-void RVGitMergeTreeOutputParser::treatAsBinary() {
-    binaryEntry_ = true;
-    currentDiffLines_.clear();
-    currentDiffLines_.shrink_to_fit();
+void RVGitMergeTreeOutputParser::clearDiff() {
+    currentDiffLines_ = {};
+    copiedDiffLines_.reset();
 }
 
 void RVGitMergeTreeOutputParser::removeLastDiffLine() {
-    if (!currentDiffLines_.empty())
-        currentDiffLines_.resize(currentDiffLines_.rfind('\n'));
+    const auto lineStart = currentDiff().rfind('\n');
+    if (lineStart == std::string_view::npos)
+        clearDiff();
+    else if (copiedDiffLines_)
+        copiedDiffLines_->resize(lineStart);
+    else
+        currentDiffLines_ = currentDiffLines_.substr(0, lineStart);
 }
 
 void RVGitMergeTreeOutputParser::closeCurrentItem() {
-    if (!currentDiffLines_.empty())
-        currentResultItem_->diff = currentDiffLines_.substr(1);
-    addResult(*std::move(currentResultItem_));
+    didReadItem(*std::move(currentResultItem_), currentDiff());
+    currentResultItem_.reset();
 }
 
 void RVGitMergeTreeOutputParser::clearEntryState() {
-    currentDiffLines_.clear();
+    clearDiff();
     parsingHeaderComplete_ = false;
     binaryEntry_ = false;
     currentDiffSize_ = 0;
@@ -250,14 +275,43 @@ void RVGitMergeTreeCommand::gitCommandWillInitialize() {
     addGitCommandRevision(sourceTreeRevision_);
 }
 
+/// Makes an entry of each item at once, and leaves its diff where it lies in the output.
+class RVGitMergeTreeCommand::EntryParser : public RVGitMergeTreeOutputParser {
+public:
+    EntryParser(std::shared_ptr<const RVDataBuffer> output,
+                std::shared_ptr<RVGitRepository> repository)
+        : RVGitMergeTreeOutputParser(output->view()),
+          output_(std::move(output)),
+          repository_(std::move(repository)) {}
+
+    RVGitMergeTreeEntry::List entries;
+
+protected:
+    void didReadItem(RVGitMergeTreeOutputParserResultItem item, std::string_view diff) override {
+        const std::string_view output = output_->view();
+        const std::less_equal<const char*> isAheadOf;
+        const bool isPartOfOutput = isAheadOf(output.data(), diff.data()) &&
+                                    isAheadOf(diff.data(), output.data() + output.size());
+        auto entry =
+            RVGitMergeTreeEntry::mergeTreeEntryWithParserResultItem(std::move(item), repository_);
+        if (!diff.empty() && isPartOfOutput) {
+            entry->setDiff(output_, diff);
+        } else if (!diff.empty()) {
+            const auto copy = std::make_shared<const std::string>(diff);
+            entry->setDiff(copy, *copy);
+        }
+        entries.push_back(std::move(entry));
+    }
+
+private:
+    std::shared_ptr<const RVDataBuffer> output_;
+    std::shared_ptr<RVGitRepository> repository_;
+};
+
 bool RVGitMergeTreeCommand::gitCommandWillParseOutput(RVErrorPlace error) {
-    RVGitMergeTreeOutputParser parser(standardOutputData());
+    EntryParser parser(standardOutputBuffer(),
+                       RVGitRepository::repositoryWithPath(repositoryPath().value_or("")));
     const bool parsed = parser.parse(error);
-    const auto repository = RVGitRepository::repositoryWithPath(repositoryPath().value_or(""));
-    auto items = parser.takeIndexedResults();
-    mergeTreeEntries_.reserve(items.size());
-    for (auto& item : items)
-        mergeTreeEntries_.push_back(
-            RVGitMergeTreeEntry::mergeTreeEntryWithParserResultItem(std::move(item), repository));
+    mergeTreeEntries_ = std::move(parser.entries);
     return parsed;
 }

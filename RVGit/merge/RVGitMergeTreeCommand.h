@@ -56,10 +56,15 @@ protected:
     bool parseOutputLine(std::string_view line) override;
     void parsingDidFinish() override;
 
+    /// An entry is complete but for its diff, which is empty if there is none. Here it becomes a
+    /// result with a copy of the diff.
+    virtual void didReadItem(RVGitMergeTreeOutputParserResultItem item, std::string_view diff);
+
 private:
     struct Header;
+    [[nodiscard]] std::string_view currentDiff() const;
     void addDiffLine(std::string_view line);
-    void treatAsBinary();
+    void clearDiff();
     void removeLastDiffLine();
     void closeCurrentItem();
     void clearEntryState();
@@ -69,9 +74,11 @@ private:
     bool parsingHeaderComplete_ = false;
     bool binaryEntry_ = false;
     std::size_t currentDiffSize_ = 0;
-    std::string lastOutputLine_;
-    /// The diff's lines so far, each behind a newline: what is kept is cut to size from it.
-    std::string currentDiffLines_;
+    std::string_view lastOutputLine_;
+    /// The diff's lines so far, as they lie one behind the other in the output; copied where they
+    /// do not, an empty line having been passed over between them.
+    std::string_view currentDiffLines_;
+    std::optional<std::string> copiedDiffLines_;
     std::optional<RVGitMergeTreeOutputParserResultItem> currentResultItem_;
 };
 
@@ -99,7 +106,7 @@ public:
     void setHasConflict(bool hasConflict) { hasConflict_ = hasConflict; }
 
     /// In the report's order, after the run. Their repository is opened anew, on the command's
-    /// path.
+    /// path, and the diffs keep all of the report alive.
     [[nodiscard]] RVGitMergeTreeEntry::List mergeTreeEntries() const { return mergeTreeEntries_; }
 
 protected:
@@ -107,6 +114,8 @@ protected:
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
+    class EntryParser;
+
     std::string baseTreeRevision_;
     std::string sourceTreeRevision_;
     std::string targetTreeRevision_;

@@ -102,11 +102,15 @@ RVGitMergeTreeEntry::RVGitMergeTreeEntry(Identity identity, RVGitMergeTreeEntryT
       type_(type),
       hasFilePath_(identity.filePath.has_value()),
       isBinaryFile_(isBinaryFile),
-      diff_(std::move(diff)),
       baseVersion_(std::move(baseVersion)),
       ourVersion_(std::move(ourVersion)),
       theirVersion_(std::move(theirVersion)),
-      resultVersion_(std::move(resultVersion)) {}
+      resultVersion_(std::move(resultVersion)) {
+    if (!diff)
+        return;
+    const auto owner = std::make_shared<const std::string>(*std::move(diff));
+    setDiff(owner, *owner);
+}
 
 std::shared_ptr<RVGitMergeTreeEntry> RVGitMergeTreeEntry::mergeTreeEntryWithType(
     RVGitMergeTreeEntryType type, std::optional<std::string> diff, Version baseVersion,
@@ -163,6 +167,12 @@ std::optional<std::string> RVGitMergeTreeEntry::filePath() const {
     return RVGitFileEntry::filePath();
 }
 
+std::optional<std::string> RVGitMergeTreeEntry::diff() const {
+    if (!diff_)
+        return std::nullopt;
+    return std::string(*diff_);
+}
+
 bool RVGitMergeTreeEntry::hasConflict() const {
     switch (type_) {
         case RVGitMergeTreeEntryTypeMerged:
@@ -200,11 +210,11 @@ bool RVGitMergeTreeEntry::hasFileConflict() const {
     if (!diff_)
         return false;
     for (std::size_t start = 0;;) {
-        const std::string_view line = std::string_view(*diff_).substr(start);
+        const std::string_view line = diff_->substr(start);
         if (line.starts_with("+<<<<<<< .our") || line.starts_with("+>>>>>>> .their"))
             return true;
         const auto end = diff_->find('\n', start);
-        if (end == std::string::npos)
+        if (end == std::string_view::npos)
             return false;
         start = end + 1;
     }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "RVGit/base/RVExport.h"
@@ -27,6 +28,7 @@ enum RVGitMergeTreeEntryType : std::int64_t {
 
 /// One path of a merge that has not been made, with its versions: "our" is that of the revision
 /// that is merged into, "their" that of the one that is merged. A snapshot, readable on any thread.
+/// One that a command has made keeps the whole report of the command alive.
 class RVGIT_EXPORT RVGitMergeTreeEntry : public RVGitFileEntry {
 public:
     using List = std::vector<std::shared_ptr<RVGitMergeTreeEntry>>;
@@ -50,8 +52,10 @@ public:
 
     [[nodiscard]] RVGitMergeTreeEntryType type() const { return type_; }
     /// From our version to the result, with conflict markers in it as added lines; absent where
-    /// there are no lines, and where they are more than 20 MiB.
-    [[nodiscard]] const std::optional<std::string>& diff() const { return diff_; }
+    /// there are no lines, and where they are more than 20 MiB. Made on each call.
+    [[nodiscard]] std::optional<std::string> diff() const;
+    /// The same without a copy, as long as the entry lives.
+    [[nodiscard]] std::optional<std::string_view> diffView() const { return diff_; }
     /// Whether the report holds no lines for it, or too many.
     [[nodiscard]] bool isBinaryFile() const { return isBinaryFile_; }
     [[nodiscard]] const Version& baseVersion() const { return baseVersion_; }
@@ -75,7 +79,13 @@ public:
     [[nodiscard]] bool hasFileConflict() const;
 
 private:
+    friend class RVGitMergeTreeCommand;
     struct Identity;
+    /// `diff` is valid as long as its owner lives.
+    void setDiff(std::shared_ptr<const void> owner, std::string_view diff) {
+        diffOwner_ = std::move(owner);
+        diff_ = diff;
+    }
     [[nodiscard]] static Identity identityOf(RVGitMergeTreeEntryType type,
                                              const Version& baseVersion, const Version& ourVersion,
                                              const Version& theirVersion,
@@ -88,7 +98,9 @@ private:
     RVGitMergeTreeEntryType type_;
     bool hasFilePath_;
     bool isBinaryFile_;
-    std::optional<std::string> diff_;
+    /// What the diff is a part of.
+    std::shared_ptr<const void> diffOwner_;
+    std::optional<std::string_view> diff_;
     Version baseVersion_;
     Version ourVersion_;
     Version theirVersion_;
