@@ -88,7 +88,8 @@ std::size_t runAndKeep(const std::string& line) {
 
 int main(int argc, char** argv) {
     RVBench bench(argc, argv);
-    const RepositoryOfALargeFile large;
+    // A process that runs one case exits within run(): static, so that it is removed then, too.
+    static const RepositoryOfALargeFile large;
     RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath("/usr/bin/git"));
     const auto repository = RVGitRepository::repositoryWithWorkingTreeDirectoryPath(
         large.path(), large.path() + "/.git");
