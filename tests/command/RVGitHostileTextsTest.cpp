@@ -138,6 +138,8 @@ Field filePaths() {
 std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const std::string& name) {
     return RVGitRemote::remoteWithRepository(repository, name, std::nullopt, std::nullopt,
                                              std::nullopt);
+}
+
 // What the idle git prints is no pointer.
 class CleanOfNothing : public RVGitLFSCleanCommand {
 public:
