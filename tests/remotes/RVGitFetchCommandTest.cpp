@@ -35,6 +35,8 @@ protected:
         const std::string path = initRepository("origin");
         commitFile(path, "file", "1", "Message");
         gitInRepository({"remote", "add", "origin", path});
+        // New gits would make another ref of it.
+        gitInRepository({"config", "remote.origin.followRemoteHEAD", "never"});
         return path;
     }
     std::string refs() { return gitInRepository({"for-each-ref", "--format=%(refname)"}); }

@@ -37,6 +37,8 @@ protected:
         commitFile(origin_, "file.txt", "one\n", "First");
         gitInRepository({"pull", origin_, "main"});
         gitInRepository({"remote", "add", "origin", origin_});
+        // New gits would make another ref of it.
+        gitInRepository({"config", "remote.origin.followRemoteHEAD", "never"});
     }
     void commitThere(const std::string& file, const std::string& contents) {
         commitFile(origin_, file, contents, "There");

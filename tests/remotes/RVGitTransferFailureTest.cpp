@@ -251,7 +251,6 @@ TEST_F(RVGitTransferFailureTest, HostileAddressesRunNothing) {
         "\ntouch " + hit,
         name + "\ntouch " + hit,
         "git://127.0.0.1:1/a.git\nhost=evil",
-        "",
     };
     // No name is looked up anywhere: whoever would be connected to is not there.
     setEnvironmentVariable("GIT_SSH_COMMAND", "ssh -F /dev/null -o ProxyCommand=false");

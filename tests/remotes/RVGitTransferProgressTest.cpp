@@ -134,7 +134,7 @@ TEST_P(RVGitTransferProgressTest, OfTwentyThousandObjects) {
     const auto fetched = fetch();
     phases = phasesOf(*fetched);
     EXPECT_THAT(phases, Contains(Key("Receiving objects")));
-    EXPECT_TRUE(fetched->commandProgress()->isUpdated());
+    expectUpdates(*fetched, true);
     feedInPieces("fetch", fetched->standardErrorData());
 
     initBareRepository("served/target.git");
@@ -143,13 +143,13 @@ TEST_P(RVGitTransferProgressTest, OfTwentyThousandObjects) {
     const auto pushed = push("refs/remotes/origin/main:refs/heads/main");
     phases = phasesOf(*pushed);
     EXPECT_THAT(phases, Contains(Key("Writing objects")));
-    EXPECT_TRUE(pushed->commandProgress()->isUpdated());
+    expectUpdates(*pushed, true);
     feedInPieces("push", pushed->standardErrorData());
 
     // Nothing to do is no update.
     const auto again = push("refs/remotes/origin/main:refs/heads/main");
     (void)phasesOf(*again);
-    EXPECT_FALSE(again->commandProgress()->isUpdated());
+    expectUpdates(*again, false);
 }
 
 }  // namespace

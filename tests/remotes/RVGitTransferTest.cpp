@@ -85,7 +85,7 @@ TEST_P(RVGitTransferTest, Pulls) {
     commitThere("two");
     const auto command = pull();
     ASSERT_EQ(codeOf(*command), 0);
-    EXPECT_TRUE(command->commandProgress()->isUpdated());
+    expectUpdates(*command, true);
     EXPECT_EQ(gitInRepository({"rev-parse", "HEAD"}), gitLine({"rev-parse", "main"}, servedPath()));
     EXPECT_EQ(readFile("repository/two"), "two");
 }

@@ -1,5 +1,6 @@
 #include "tests/remotes/RVGitTransferTestCase.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -7,6 +8,8 @@
 #include <thread>
 
 #include "RVGit/command/RVGitCommandEnvironment.h"
+#include "RVGit/command/RVGitCommandProgress.h"
+#include "RVGit/command/RVGitRefUpdatesOutputParser.h"
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "RVGit/remotes/RVGitFetchCommand.h"
 #include "RVGit/remotes/RVGitPullCommand.h"
@@ -124,6 +127,20 @@ std::string RVGitTransferTestCase::objectsIn(std::string_view directory) const {
 std::int64_t RVGitTransferTestCase::codeOf(RVGitCommand& command) {
     std::optional<RVError> error;
     return command.run(&error) ? 0 : error ? error->code() : -1;
+}
+
+void RVGitTransferTestCase::expectUpdates(RVGitCommand& command, bool updates) {
+    const auto tellsOfChange = [](const std::string& output) {
+        RVGitRefUpdatesOutputParser parser(output);
+        EXPECT_TRUE(parser.parse());
+        const auto& items = parser.result();
+        return std::any_of(items.begin(), items.end(), [](const auto& item) {
+            return item.type != RVGitRefUpdateTypeUpToDate;
+        });
+    };
+    EXPECT_EQ(tellsOfChange(command.standardErrorString()), updates);
+    const auto progress = command.commandProgress();
+    EXPECT_EQ(progress->isUpdated(), tellsOfChange(progress->currentProgressOutput()));
 }
 
 std::vector<pid_t> RVGitTransferTestCase::launchedProcesses() const {

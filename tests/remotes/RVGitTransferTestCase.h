@@ -62,6 +62,10 @@ protected:
     /// 0 for a success.
     static std::int64_t codeOf(RVGitCommand& command);
 
+    /// Whether the command's table of refs tells of a change, as it must. Its progress knows as
+    /// much of it as it has kept: a row that arrives in two pieces has lost the first.
+    static void expectUpdates(RVGitCommand& command, bool updates);
+
     /// The processes that have the variable RVGIT_TEST_MARK with the value of this test, which
     /// those that the library launches inherit and servers do not.
     [[nodiscard]] std::vector<pid_t> launchedProcesses() const;

@@ -124,12 +124,15 @@ RVTestProcessResult RVGitTestCase::runProgram(
 std::string RVGitTestCase::initRepository(std::string_view name) const {
     std::string path = scratchPath(name);
     git({"init", "--quiet", path});
+    // Old gits do not ask the configuration for the name of the first branch.
+    writeFile(path + "/.git/HEAD", "ref: refs/heads/main\n");
     return path;
 }
 
 std::string RVGitTestCase::initBareRepository(std::string_view name) const {
     std::string path = scratchPath(name);
     git({"init", "--quiet", "--bare", path});
+    writeFile(path + "/HEAD", "ref: refs/heads/main\n");
     return path;
 }
 
