@@ -22,16 +22,16 @@
 #include "RVGit/history/RVGitMergeBaseCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
 #include "RVGit/history/RVGitShortlogCommand.h"
-#include "RVGit/merge/RVGitCherryPickCommand.h"
-#include "RVGit/merge/RVGitMergeCommand.h"
-#include "RVGit/merge/RVGitRebaseCommand.h"
-#include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/lfs/RVGitLFSCleanCommand.h"
 #include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/lfs/RVGitLFSLsFilesCommand.h"
 #include "RVGit/lfs/RVGitLFSSmudgeCommand.h"
 #include "RVGit/lfs/RVGitLFSTrackCommand.h"
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
+#include "RVGit/merge/RVGitCherryPickCommand.h"
+#include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitRebaseCommand.h"
+#include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/objects/RVGitForEachRefTagOutputParser.h"
 #include "RVGit/objects/RVGitShowCommand.h"
@@ -39,7 +39,6 @@
 #include "RVGit/objects/RVGitTreeCommand.h"
 #include "RVGit/objects/RVGitVerifyTagCommand.h"
 #include "RVGit/remotes/RVGitBranchCommand.h"
-#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "RVGit/remotes/RVGitCredentialCommand.h"
 #include "RVGit/remotes/RVGitFetchCommand.h"
@@ -47,6 +46,7 @@
 #include "RVGit/remotes/RVGitPullCommand.h"
 #include "RVGit/remotes/RVGitPushCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/remotes/RVGitRemoteCommand.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitInitCommand.h"
@@ -55,8 +55,8 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/repository/RVGitUpdateRefCommand.h"
-#include "RVGit/svn/RVGitSVNCommand.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
+#include "RVGit/svn/RVGitSVNCommand.h"
 #include "RVGit/worktree/RVGitAddCommand.h"
 #include "RVGit/worktree/RVGitCheckAttrCommand.h"
 #include "RVGit/worktree/RVGitCheckoutCommand.h"
@@ -138,6 +138,7 @@ Field filePaths() {
 std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const std::string& name) {
     return RVGitRemote::remoteWithRepository(repository, name, std::nullopt, std::nullopt,
                                              std::nullopt);
+}
 // What the idle git prints is no pointer.
 class CleanOfNothing : public RVGitLFSCleanCommand {
 public:
