@@ -21,6 +21,8 @@ public:
 
     [[nodiscard]] int number() const { return number_; }
     [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+    /// Hands the descriptor over, to be closed by the caller.
+    [[nodiscard]] int release() { return std::exchange(number_, -1); }
     /// False, with errno set, if bytes that were written earlier could not be kept.
     bool close() {
         if (!isOpen())

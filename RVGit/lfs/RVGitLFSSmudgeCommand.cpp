@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVSystem.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"
 
 namespace {
@@ -79,7 +80,7 @@ public:
         }
         // Read through the descriptor that it was written by: nobody can come in between.
         std::string temporaryPath = std::string(inputPath) + ".XXXXXX";
-        const int file = ::mkostemp(temporaryPath.data(), O_CLOEXEC);
+        const int file = RVSystem::openUniqueFile(temporaryPath).release();
         if (file >= 0 && ::fstat(file, &status) == 0 && writeAll(file, text) &&
             ::lseek(file, 0, SEEK_SET) == 0 && ::rename(temporaryPath.c_str(), inputPath) == 0) {
             written_ = true;

@@ -528,7 +528,7 @@ TEST(RVChildProcessTest, WithoutADescriptorOfTheChildItsExitIsFoundAllTheSame) {
         testing::ExitedWithCode(0), "");
 }
 
-// With 0 to 11 descriptors to spare; false where a run does neither, or leaves one behind.
+// With 0 to 23 descriptors to spare; false where a run does neither, or leaves one behind.
 bool runsOrFailsWithFewDescriptors() {
     int ran = 0;
     int refused = 0;
@@ -537,7 +537,7 @@ bool runsOrFailsWithFewDescriptors() {
     const std::size_t descriptors = numberOfDescriptors();
     rlimit limit;
     limit.rlim_max = 1024;
-    for (int spare = 0; spare < 12; ++spare) {
+    for (int spare = 0; spare < 24; ++spare) {
         limit.rlim_cur = static_cast<rlim_t>(firstFree + spare);
         setrlimit(RLIMIT_NOFILE, &limit);
         RVChildProcess::Launch launch = shell("cat; exit 3");
