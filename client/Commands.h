@@ -99,6 +99,14 @@ void runUnstage(const std::shared_ptr<RVGitRepository>& repository, Arguments ar
                 Output& output);
 void runDiscard(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                 Output& output);
+void runLines(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+              Output& output);
+void runAddLines(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                 Output& output);
+void runUnstageLines(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                     Output& output);
+void runDiscardLines(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
+                     Output& output);
 void runCommit(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                Output& output);
 void runStash(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,

@@ -69,6 +69,9 @@ void runLog(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
             revisions.push_back(*word);
         }
     }
+    // Of a list that leaves commits out the lanes would never end.
+    if (!paths.empty())
+        style.drawsGraph = false;
     // A graph needs its parents below their children, whatever the clocks said.
     if (style.drawsGraph)
         options.insert_or_assign(RVGitLogOptionSortByDate, true);

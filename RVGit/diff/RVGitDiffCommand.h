@@ -31,7 +31,9 @@ inline constexpr char RVGitDiffOptionSubmodule[] = "RVGitDiffOptionSubmodule";
 
 // Options that RVGitDiffCommand does not read: those who load diffs and changesets do.
 
-/// Unsigned: lines of context.
+/// Unsigned: lines of context. With 0, patches of the chunks go where their locations say: to be
+/// applied with RVGitApplyOptionUnidiffZero, and, behind chunks that are not applied and change the
+/// count of lines, only as RVGitDiffPatchGenerator::locatedPatchForLinesWithIndexes().
 inline constexpr char RVGitDiffOptionContextLines[] = "RVGitDiffOptionContextLines";
 /// Boolean: compares a merge with its first parent.
 inline constexpr char RVGitDiffOptionMergeCommitsFirstParent[] =

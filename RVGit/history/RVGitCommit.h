@@ -86,7 +86,8 @@ public:
         const std::optional<RVOptions>& options = std::nullopt, RVErrorPlace error = nullptr);
     /// Commits in git's order, with refs and a running topoOrder from RVGitLogOptionOffset on.
     /// An unborn branch has none. Without revisions git starts at HEAD; with file paths it gives
-    /// the commits that change them.
+    /// the commits that change them. Lists with file paths or patterns to search for leave commits
+    /// out and make no graph: see RVGitCommitGraphDrawer.
     [[nodiscard]] static std::optional<List> allCommitsForRevisions(
         const std::vector<std::string>& revisions, const std::vector<std::string>& filePaths,
         const std::shared_ptr<RVGitRepository>& repository,

@@ -15,7 +15,15 @@
 class RVGitCommit;
 
 /// Lays out a history as a graph, a row for each commit. Commits are given newest first in the
-/// order in which they are shown; the row of a commit depends on all rows above it. Nothing is
+/// order in which they are shown; the row of a commit depends on all rows above it.
+///
+/// Only a list in which every parent follows its children makes a graph: a lane stays open until
+/// the commit comes that it leads to. So list with RVGitLogOptionSortByDate or
+/// RVGitLogOptionSortByTopoOrder, without file paths and without RVGitLogOptionSearch... (author,
+/// message, contents), which leave out commits in between: their lanes would never close, and each
+/// row be wider than the one above it. A limit, an offset or dates cut a list off, which leaves
+/// lanes open at its end alone.
+/// Nothing is
 /// looked up in the repository and nothing is known of later commits: the state is the list of
 /// open lanes, and a drawer that is given the list of another goes on where that one stopped.
 /// Used by one thread at a time.

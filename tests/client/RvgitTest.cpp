@@ -260,4 +260,20 @@ TEST_F(RvgitTest, HistoryCommandsPrintALineForEachItem) {
     EXPECT_THAT(rvgit({"log", "--signatures"}, repository).standardOutput, HasSubstr("[N] "));
 }
 
+TEST_F(RvgitTest, ALogOfAPathHasNoGraph) {
+    const std::string repository = initRepository();
+    for (int number = 0; number < 4; ++number) {
+        commitFile(repository, "other", std::to_string(number), "Other");
+        commitFile(repository, "file", std::to_string(number), "File");
+    }
+    const auto log = [&](const std::vector<std::string>& arguments) {
+        std::vector<std::string> words = {RVGIT_CLIENT, "log"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return runProgram(words, repository).standardOutput;
+    };
+    EXPECT_THAT(log({}), testing::HasSubstr("*"));
+    EXPECT_THAT(log({"--", "file"}), testing::Not(testing::HasSubstr("*")));
+    EXPECT_THAT(log({"--", "file"}), testing::Not(testing::HasSubstr("|")));
+}
+
 }  // namespace

@@ -291,4 +291,37 @@ TEST_F(RvgitWorktreeTest, WrongCommandLinesExitWith2AndChangeNothing) {
     EXPECT_EQ(gitLine({"diff", "--name-only"}, repository_), "file");
 }
 
+TEST_F(RvgitWorktreeTest, LinesAreStagedUnstagedAndDiscardedByTheirNumbers) {
+    const std::string braces = "a {\n}\nb {\n}\nc {\n}\n";
+    commitFile(repository_, "code", braces, "Braces");
+    git({"config", "diff.context", "0"}, repository_);
+    write("code", "first\na {\nb {\n}\nc {\nend\xE9\n");
+    EXPECT_EQ(outputOf({"lines", "code"}),
+              "1  @@ -0,0 +1 @@\n1:1     +first\n"
+              "2  @@ -2 +2,0 @@ a {\n2:1     -}\n"
+              "3  @@ -6 +6 @@ c {\n3:1     -}\n3:2     +end\u00E9\n");
+    const auto staged = [&] { return git({"show", ":code"}, repository_); };
+    EXPECT_THAT(outputOf({"add-lines", "code", "2", "3:2"}), IsEmpty());
+    EXPECT_EQ(staged(), "a {\nb {\n}\nc {\n}\nend\xE9\n");
+    EXPECT_THAT(outputOf({"lines", "--staged", "code"}), HasSubstr("2:1     +end"));
+    EXPECT_THAT(outputOf({"unstage-lines", "code", "1:1"}), IsEmpty());
+    EXPECT_EQ(staged(), braces + "end\xE9\n");
+    EXPECT_EQ(read("code"), "first\na {\nb {\n}\nc {\nend\xE9\n");
+    EXPECT_THAT(outputOf({"discard-lines", "code", "1", "2"}), IsEmpty());
+    EXPECT_EQ(read("code"), "a {\n}\nb {\n}\nc {\nend\xE9\n");
+    EXPECT_EQ(staged(), braces + "end\xE9\n");
+
+    for (const std::vector<std::string>& wrong : {std::vector<std::string>{"add-lines", "code"},
+                                                  {"add-lines", "code", "9"},
+                                                  {"add-lines", "code", "0"},
+                                                  {"add-lines", "code", "1:"},
+                                                  {"add-lines", "code", "1:9"},
+                                                  {"add-lines", "code", "1x"},
+                                                  {"lines", "file"},
+                                                  {"lines", "code", "more"},
+                                                  {"lines"}})
+        EXPECT_EQ(rvgit(wrong).exitCode, 2) << wrong.back();
+    EXPECT_EQ(staged(), braces + "end\xE9\n");
+}
+
 }  // namespace

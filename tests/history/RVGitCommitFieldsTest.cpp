@@ -3,6 +3,7 @@
 #include "RVGit/objects/RVGitSignature.h"
 #include "RVGit/objects/RVGitTree.h"
 #include "RVGit/repository/RVGitRef.h"
+#include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 namespace {
@@ -211,6 +212,67 @@ TEST_F(RVGitCommitFieldsTest, ItemsAndCommitsOfAReflogFormatAreCommitsToo) {
     ASSERT_NE(commit->author(), nullptr);
     EXPECT_EQ(commit->author()->displayName(), std::nullopt);
     ASSERT_NE(commit->signature(), nullptr);
+}
+
+TEST(RVGitCommitRepeatedFieldsTest, EveryPlaceCountsInOrder) {
+    using namespace std::string_literals;
+    const std::string boundary = "\x1f\x1d\x1f";
+    const auto item = [&](std::vector<std::string> format, const std::vector<std::string>& values)
+        -> std::optional<RVGitCommitOutputParserResultItem> {
+        std::string record;
+        for (const std::string& value : values)
+            record += (record.empty() ? "" : boundary) + value;
+        RVGitCommitOutputParser parser(record + "\0"s, std::move(format));
+        EXPECT_TRUE(parser.parse());
+        if (parser.commits().empty())
+            return std::nullopt;
+        return parser.commits().front();
+    };
+    // The last counts.
+    EXPECT_EQ(item({"%H", "%an", "%an"}, {"1", "first", "last"})->authorName(), "last");
+    // But what it ignores leaves the one ahead of it.
+    EXPECT_EQ(item({"%H", "%GP", "%GP"}, {"1", "key", "%GP"})->GPGKeyIdentifier(), "key");
+    EXPECT_EQ(item({"%H", "%GP", "%GP"}, {"1", "%GP", "key"})->GPGKeyIdentifier(), "key");
+    EXPECT_EQ(item({"%H", "%GP", "%GP"}, {"1", "%GP", "%GP"})->GPGKeyIdentifier(), std::nullopt);
+    const auto signer = item({"%H", "%GS", "%GS"}, {"1", "A <a@b>", "nobody"});
+    EXPECT_EQ(signer->GPGUsername(), "A");
+    EXPECT_EQ(signer->GPGEmail(), "a@b");
+    EXPECT_EQ(item({"%GS", "%H", "%GS"}, {"A <a@b>", "1", "B <b@b>"})->GPGUsername(), "B");
+    // Any selector without a brace drops the record.
+    EXPECT_FALSE(item({"%gD", "%gD"}, {"none", "stash@{2024-01-01T10:00:00+01:00}"}));
+    EXPECT_FALSE(item({"%gD", "%gD"}, {"stash@{2024-01-01T10:00:00+01:00}", "none"}));
+}
+
+TEST(RVGitCommitPeopleTest, AuthorAndCommitterAreReadWithoutACopy) {
+    using namespace std::string_literals;
+    const std::string boundary = "\x1f\x1d\x1f";
+    RVGitCommitOutputParser parser("A" + boundary + "a@b" + boundary + "C" + boundary + "c@d\0"s,
+                                   {"%an", "%ae", "%cn", "%ce"});
+    ASSERT_TRUE(parser.parse());
+    const auto repository = RVGitRepository::bareRepositoryWithGitDirectoryPath("/nowhere");
+    const auto commit = RVGitCommit::commitWithRepository(repository, parser.commits().front());
+    const auto expectViews = [&](std::optional<std::string_view> name,
+                                 std::optional<std::string_view> email) {
+        EXPECT_EQ(commit->authorNameView(), name);
+        EXPECT_EQ(commit->authorEmailView(), email);
+        EXPECT_EQ(commit->committerNameView(), "C");
+        EXPECT_EQ(commit->committerEmailView(), "c@d");
+    };
+    expectViews("A", "a@b");
+    const auto author = commit->author();
+    const auto committer = commit->committer();
+    EXPECT_EQ(author->name(), "A");
+    expectViews("A", "a@b");
+    // It is one object, whatever else is made.
+    author->setName("B");
+    expectViews("B", "a@b");
+    (void)commit->signature();
+    EXPECT_EQ(commit->author(), author);
+    EXPECT_EQ(commit->committer(), committer);
+    expectViews("B", "a@b");
+    commit->setAuthor(nullptr);
+    expectViews(std::nullopt, std::nullopt);
+    EXPECT_EQ(RVGitCommit().authorNameView(), std::nullopt);
 }
 
 }  // namespace

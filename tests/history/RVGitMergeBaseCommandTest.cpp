@@ -154,6 +154,17 @@ TEST_F(RVGitMergeBaseCommandTest, OutputForFewerThanTwoRevisionsIsNotRead) {
     EXPECT_EQ(command->mergeBaseCommitHash(), hashA);
 }
 
+TEST_F(RVGitMergeBaseCommandTest, OfOutputThatCannotBeReadWhollyNothingIsKept) {
+    auto fake = useFakeGit();
+    fake.setAnswer({.standardOutput = hashA + "\nwarning\n"});
+    auto command = makeCommand({"main", "topic"});
+    std::optional<RVError> error;
+    EXPECT_FALSE(command->run(&error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_EQ(command->mergeBaseCommitHash(), std::nullopt);
+}
+
 TEST_F(RVGitMergeBaseCommandTest, OneRevisionIsAUsageErrorToGit) {
     makeCommit();
     auto command = makeCommand({"main"});
