@@ -10,6 +10,11 @@
 
 inline namespace RVGIT_EXPORT rvgit {
 
+/// Of ASCII, whatever the locale.
+[[nodiscard]] inline bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
 /// Whether the byte goes on with a character that began before it.
 [[nodiscard]] inline bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <limits>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVString.h"
 
@@ -352,7 +353,6 @@ std::vector<RVRegularExpression::Components> RVRegularExpression::allMatches(
 
 std::string RVRegularExpression::stringByReplacingMatches(std::string_view text,
                                                           std::string_view replacement) const {
-    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
     std::string result;
     const char* rest = text.data();
     for (const auto& components : allMatches(text)) {

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVRegularExpression.h"
 
@@ -229,10 +230,6 @@ std::string stringInCaseForm(std::string_view text, CaseForm form) {
         icu::CaseMap::utf8Fold(0, piece, sink, nullptr, status);
     requireICUSuccess(status);
     return result;
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
 }
 
 /// Takes the digits at the start of the text away; what is out of range gives the limit.

@@ -88,6 +88,31 @@ inline namespace RVGIT_EXPORT rvgit {
     const RVValue* value = valueForOption(options, key);
     return value && value->boolValue();
 }
+/// Sets the value to that of the option, where it is given and of a type that can be read so.
+inline void readOption(const std::optional<RVOptions>& options, std::string_view key, bool& value) {
+    if (const RVValue* given = valueForOption(options, key))
+        value = given->boolValue();
+}
+inline void readOption(const std::optional<RVOptions>& options, std::string_view key,
+                       std::uint64_t& value) {
+    if (const RVValue* given = valueForOption(options, key))
+        value = given->unsignedValue();
+}
+inline void readOption(const std::optional<RVOptions>& options, std::string_view key,
+                       std::optional<std::string>& value) {
+    if (const RVValue* given = valueForOption(options, key); given && given->string())
+        value = *given->string();
+}
+inline void readOption(const std::optional<RVOptions>& options, std::string_view key,
+                       RVValue::StringList& value) {
+    if (const RVValue* given = valueForOption(options, key); given && given->stringList())
+        value = *given->stringList();
+}
+inline void readOption(const std::optional<RVOptions>& options, std::string_view key,
+                       std::optional<RVDate>& value) {
+    if (const RVValue* given = valueForOption(options, key); given && given->date())
+        value = *given->date();
+}
 
 }  // namespace rvgit
 

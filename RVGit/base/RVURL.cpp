@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 
@@ -12,10 +13,6 @@ namespace {
 
 bool isLetter(char character) {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
-bool isDigit(char character) {
-    return character >= '0' && character <= '9';
 }
 
 /// The components of a URL as they stand in its text.

@@ -170,11 +170,11 @@ bool rvgit::isSHA256Hash(std::string_view text) {
 
 bool rvgit::beginsWithSHA256Hash(std::string_view text) {
     constexpr std::size_t length = 64;
-    const auto isDigit = [](char byte) {
-        return (byte >= '0' && byte <= '9') || (byte >= 'a' && byte <= 'f');
+    const auto isHashDigit = [](char byte) {
+        return isDigit(byte) || (byte >= 'a' && byte <= 'f');
     };
-    return text.size() >= length && std::ranges::all_of(text.substr(0, length), isDigit) &&
-           (text.size() == length || !isDigit(text[length]));
+    return text.size() >= length && std::ranges::all_of(text.substr(0, length), isHashDigit) &&
+           (text.size() == length || !isHashDigit(text[length]));
 }
 
 bool RVGitValidateCommitHash(std::string_view hash) {

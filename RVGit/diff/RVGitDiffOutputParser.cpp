@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
@@ -370,8 +371,7 @@ std::vector<std::string_view> RVGitDiffOutputParser::indexComponentsOfLine(std::
             line.remove_prefix(text.size());
         return found;
     };
-    const auto isDigit = [](char byte) { return byte >= '0' && byte <= '9'; };
-    const auto isOfHash = [&](char byte) { return isDigit(byte) || (byte >= 'a' && byte <= 'z'); };
+    const auto isOfHash = [](char byte) { return isDigit(byte) || (byte >= 'a' && byte <= 'z'); };
 
     const std::string_view firstHash = takeRun(isOfHash);
     (void)take(",");

@@ -4,6 +4,7 @@
 #include <tuple>
 #include <utility>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
@@ -24,9 +25,6 @@ struct NumstatRecord {
     std::string_view linesDeleted;
 };
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 bool isHashDigit(char c) {
     return isDigit(c) || (c >= 'a' && c <= 'f');
 }

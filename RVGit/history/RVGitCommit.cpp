@@ -70,10 +70,9 @@ std::shared_ptr<RVGitLogCommand> logCommand(const std::vector<std::string>& revi
 }
 
 std::uint32_t offsetOf(const std::optional<RVOptions>& options) {
-    if (!options)
-        return 0;
-    const auto found = options->find(RVGitLogOptionOffset);
-    return found == options->end() ? 0 : static_cast<std::uint32_t>(found->second.unsignedValue());
+    std::uint64_t offset = 0;
+    readOption(options, RVGitLogOptionOffset, offset);
+    return static_cast<std::uint32_t>(offset);
 }
 
 }  // namespace

@@ -12,40 +12,10 @@
 #include "RVGit/diff/RVGitDiffStatsOutputParser.h"
 #include "RVGit/history/RVGitCommitRecords.h"
 
-namespace {
-
-void readOption(const RVOptions& options, const char* key, bool& value) {
-    if (const auto found = options.find(key); found != options.end())
-        value = found->second.boolValue();
-}
-
-void readOption(const RVOptions& options, const char* key, std::uint64_t& value) {
-    if (const auto found = options.find(key); found != options.end())
-        value = found->second.unsignedValue();
-}
-
-void readOption(const RVOptions& options, const char* key, std::vector<std::string>& value) {
-    if (const auto found = options.find(key); found != options.end() && found->second.stringList())
-        value = *found->second.stringList();
-}
-
-void readOption(const RVOptions& options, const char* key, std::optional<RVDate>& value) {
-    if (const auto found = options.find(key); found != options.end() && found->second.date())
-        value = *found->second.date();
-}
-
-void readOption(const RVOptions& options, const char* key, std::optional<std::string>& value) {
-    if (const auto found = options.find(key); found != options.end() && found->second.string())
-        value = *found->second.string();
-}
-
-}  // namespace
-
 RVGitLogCommand::RVGitLogCommand(const std::shared_ptr<RVGitRepository>& repository,
                                  const std::optional<RVOptions>& options)
     : RVGitCommand(repository) {
-    if (options)
-        readOptions(*options);
+    readOptions(options);
 }
 
 RVGitLogCommand::~RVGitLogCommand() = default;
@@ -55,7 +25,7 @@ std::shared_ptr<RVGitLogCommand> RVGitLogCommand::gitLogCommandWithRepository(
     return std::make_shared<RVGitLogCommand>(repository, options);
 }
 
-void RVGitLogCommand::readOptions(const RVOptions& options) {
+void RVGitLogCommand::readOptions(const std::optional<RVOptions>& options) {
     readOption(options, RVGitLogOptionDecorate, decoratesCommits_);
     readOption(options, RVGitLogOptionFirstParent, firstParent_);
     if (options.contains(RVGitLogOptionVerifiesSignatures)) {

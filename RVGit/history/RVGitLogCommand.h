@@ -162,7 +162,7 @@ protected:
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:
-    void readOptions(const RVOptions& options);
+    void readOptions(const std::optional<RVOptions>& options);
     void addPrettyFormatOption();
     void addSearchOptions();
     void addRefSelectionOptions();

@@ -2,14 +2,14 @@
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/merge/RVGitEditorScript.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
-#include "RVGit/merge/RVGitMergeOptionValues.h"
 
 RVGitCherryPickCommand::RVGitCherryPickCommand(const std::shared_ptr<RVGitRepository>& repository,
                                                const std::optional<RVOptions>& options)
     : RVGitCommand(repository),
       fastForwards_(optionIsSet(options, RVGitCherryPickOptionFastForward)) {
-    readBooleanOption(options, RVGitCherryPickOptionCommitChanges, commitsChanges_);
+    readOption(options, RVGitCherryPickOptionCommitChanges, commitsChanges_);
     if (const RVValue* number = valueForOption(options, RVGitCherryPickOptionMainlineParentNumber))
         mainlineParentNumber_ = number->unsignedValue();
     openNoEditor(*this);

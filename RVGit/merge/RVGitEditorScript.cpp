@@ -5,6 +5,7 @@
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVURL.h"
+#include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/merge/RVGitSequenceEditor.h"
 #include "RVGit/worktree/RVGitCommitMessageEditor.h"
@@ -57,4 +58,10 @@ std::optional<std::string> rvgit::temporaryCommitMessageEditorScript(
             RVURL::fileURLWithPath(path), commitMessage, error))
         return std::nullopt;
     return path;
+}
+
+void rvgit::openNoEditor(RVGitCommand& command) {
+    command.addEnvironmentVariables({{"GIT_EDITOR", ":"}, {"GIT_SEQUENCE_EDITOR", ":"}});
+    // It would have git open an editor where it does not by itself.
+    command.setValueForEnvironmentVariable(std::nullopt, "GIT_MERGE_AUTOEDIT");
 }

@@ -8,6 +8,8 @@
 #include "RVGit/base/RVExport.h"
 #include "RVGit/merge/RVGitSequenceInstruction.h"
 
+class RVGitCommand;
+
 inline namespace RVGIT_EXPORT rvgit {
 
 // The scripts that git runs in place of an editor, while it rewrites history: each is written to a
@@ -29,5 +31,9 @@ inline namespace RVGIT_EXPORT rvgit {
 /// with code 1.
 [[nodiscard]] std::optional<std::string> temporaryCommitMessageEditorScript(
     const std::string& commitMessage, RVErrorPlace error = nullptr);
+
+/// Has git take every message and every list as it proposes them, whatever editor is configured or
+/// inherited. Whoever has an answer sets "GIT_EDITOR" or "GIT_SEQUENCE_EDITOR" afterwards.
+void openNoEditor(RVGitCommand& command);
 
 }  // namespace rvgit

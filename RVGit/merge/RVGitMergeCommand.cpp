@@ -2,17 +2,17 @@
 
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
-#include "RVGit/merge/RVGitMergeOptionValues.h"
+#include "RVGit/merge/RVGitEditorScript.h"
 
 RVGitMergeCommand::RVGitMergeCommand(const std::shared_ptr<RVGitRepository>& repository,
                                      const std::optional<RVOptions>& options)
     : RVGitCommand(repository) {
-    readBooleanOption(options, RVGitMergeOptionCommitChanges, commitsChanges_);
-    readBooleanOption(options, RVGitMergeOptionFastForward, fastForwards_);
-    readBooleanOption(options, RVGitMergeOptionSquashCommits, squashesChanges_);
-    readBooleanOption(options, RVGitMergeOptionVerifySignatures, verifiesSignatures_);
+    readOption(options, RVGitMergeOptionCommitChanges, commitsChanges_);
+    readOption(options, RVGitMergeOptionFastForward, fastForwards_);
+    readOption(options, RVGitMergeOptionSquashCommits, squashesChanges_);
+    readOption(options, RVGitMergeOptionVerifySignatures, verifiesSignatures_);
     if (valueForOption(options, RVGitMergeOptionVerifySignatures))
-        readTextOption(options, RVGitMergeOptionAllowedSignersFile, allowedSignersFile_);
+        readOption(options, RVGitMergeOptionAllowedSignersFile, allowedSignersFile_);
     noVerify_ = optionIsSet(options, RVGitMergeOptionNoVerify);
     openNoEditor(*this);
 }

@@ -9,7 +9,6 @@
 #include "RVGit/merge/RVGitCherryPickCommand.h"
 #include "RVGit/merge/RVGitEditorScript.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
-#include "RVGit/merge/RVGitMergeOptionValues.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitBlob.h"

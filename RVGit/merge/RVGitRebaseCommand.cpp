@@ -5,7 +5,7 @@
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
-#include "RVGit/merge/RVGitMergeOptionValues.h"
+#include "RVGit/merge/RVGitEditorScript.h"
 
 RVGitRebaseCommand::RVGitRebaseCommand(const std::shared_ptr<RVGitRepository>& repository,
                                        const std::optional<RVOptions>& options)
@@ -16,7 +16,7 @@ RVGitRebaseCommand::RVGitRebaseCommand(const std::shared_ptr<RVGitRepository>& r
       rebaseOnto_(optionIsSet(options, RVGitRebaseOptionOnto)),
       autosquash_(optionIsSet(options, RVGitRebaseOptionAutosquash)),
       noVerify_(optionIsSet(options, RVGitRebaseOptionNoVerify)) {
-    readTextOption(options, RVGitRebaseOptionCleanupCommit, commitCleanupOptionValue_);
+    readOption(options, RVGitRebaseOptionCleanupCommit, commitCleanupOptionValue_);
     cleanUpCommits_ = !RVStringIsEmpty(commitCleanupOptionValue_);
     if (autosquash_)
         interactiveRebase_ = true;

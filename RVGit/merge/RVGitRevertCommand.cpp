@@ -3,13 +3,13 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/merge/RVGitEditorScript.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
-#include "RVGit/merge/RVGitMergeOptionValues.h"
 
 RVGitRevertCommand::RVGitRevertCommand(const std::shared_ptr<RVGitRepository>& repository,
                                        const std::optional<RVOptions>& options)
     : RVGitCommand(repository), fastForwards_(optionIsSet(options, RVGitRevertOptionFastForward)) {
-    readBooleanOption(options, RVGitRevertOptionCommitChanges, commitsChanges_);
+    readOption(options, RVGitRevertOptionCommitChanges, commitsChanges_);
     if (const RVValue* number = valueForOption(options, RVGitRevertOptionMainlineParentNumber))
         mainlineParentNumber_ = number->unsignedValue();
     openNoEditor(*this);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "RVGit/base/RVCharacter.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
@@ -23,9 +24,6 @@ struct TreeRecord {
 constexpr std::size_t modeLength = 6;
 constexpr std::size_t hashLength = 40;
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 bool isLetter(char c) {
     return c >= 'a' && c <= 'z';
 }

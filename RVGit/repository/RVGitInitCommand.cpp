@@ -4,13 +4,8 @@
 
 RVGitInitCommand::RVGitInitCommand(std::string path, const std::optional<RVOptions>& options)
     : RVGitCommand(std::optional<std::string>()), path_(std::move(path)) {
-    if (!options)
-        return;
-    if (auto bare = options->find(RVGitInitOptionBare); bare != options->end())
-        bare_ = bare->second.boolValue();
-    if (auto mode = options->find(RVGitInitOptionSharedMode);
-        mode != options->end() && mode->second.string())
-        sharedMode_ = *mode->second.string();
+    readOption(options, RVGitInitOptionBare, bare_);
+    readOption(options, RVGitInitOptionSharedMode, sharedMode_);
 }
 
 std::shared_ptr<RVGitInitCommand> RVGitInitCommand::gitInitCommandWithPath(
