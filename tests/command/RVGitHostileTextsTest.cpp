@@ -29,7 +29,11 @@
 #include "RVGit/lfs/RVGitLFSTrackCommand.h"
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
+#include "RVGit/merge/RVGitConflictingFilePathsCommand.h"
+#include "RVGit/merge/RVGitDiffToolCommand.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitMergeToolCommand.h"
+#include "RVGit/merge/RVGitMergeTreeCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
@@ -328,6 +332,15 @@ const std::map<std::string, std::vector<Field>>& table() {
                return RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(
                    RVURL("https://host"), "name", text);
            }}}},
+        {"RVGitConflictingFilePathsCommand",
+         {{"Revision", RefusedRevision,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitConflictingFilePathsCommand>(repository, text, "a");
+           }},
+          {"IntoRevision", RefusedRevision,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitConflictingFilePathsCommand>(repository, "a", text);
+           }}}},
         {"RVGitDiffCommand",
          {{"Submodule", Attached,
            withOptions<RVGitDiffCommand>(
@@ -479,6 +492,36 @@ const std::map<std::string, std::vector<Field>>& table() {
                command.setAllowedSignersFile(text);
            }),
            0, "gpg.ssh.allowedSignersFile="}}},
+        {"RVGitDiffToolCommand",
+         {{"Revisions", RefusedRevision,
+           with<RVGitDiffToolCommand>(
+               [](auto& command, auto& text) { command.setRevisions(Arguments{"HEAD", text}); })},
+          {"DiffToolName", Attached,
+           with<RVGitDiffToolCommand>(
+               [](auto& command, auto& text) { command.setDiffToolName(text); }),
+           0, "--tool="},
+          filePaths<RVGitDiffToolCommand>()}},
+        {"RVGitMergeToolCommand",
+         {{"FilePath", Path,
+           with<RVGitMergeToolCommand>(
+               [](auto& command, auto& text) { command.setFilePath(text); })},
+          {"MergeToolName", Attached,
+           with<RVGitMergeToolCommand>(
+               [](auto& command, auto& text) { command.setMergeToolName(text); }),
+           0, "--tool="}}},
+        {"RVGitMergeTreeCommand",
+         {{"BaseTreeRevision", RefusedRevision,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, text, "a", "b");
+           }},
+          {"SourceTreeRevision", RefusedRevision,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, "a", text, "b");
+           }},
+          {"TargetTreeRevision", RefusedRevision,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, "a", "b", text);
+           }}}},
         {"RVGitMoveCommand",
          {{"SourceFilePath", Path,
            [](auto& repository, auto& text) {
@@ -868,9 +911,9 @@ TEST_F(RVGitHostileTextsTest, WhatSelectsIsLetThroughInPlaceOfARevisionAlone) {
                 return;
             SCOPED_TRACE(text);
             recorder.clear();
-            const bool isLaunched = field.make(repository(), text)->run();
-            EXPECT_EQ(isLaunched, field.handling == RefusedRevision);
-            EXPECT_EQ(recorder.argumentLists().size(), isLaunched ? 1u : 0u);
+            // Whether it then fails is of no account: an idle git gives some nothing to read.
+            field.make(repository(), text)->run();
+            EXPECT_NE(recorder.argumentLists().empty(), field.handling == RefusedRevision);
         });
     }
 }
