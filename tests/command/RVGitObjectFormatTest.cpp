@@ -94,10 +94,12 @@ TEST(RVGitObjectFormatTest, EveryParserFailsWith11) {
 }
 
 TEST(RVGitObjectFormatTest, FiltersOfTheIndexSkipNoRecord) {
-    RVGitIndexOutputParser parser("H 100644 " + hash + " 0\tother\0"s);
+    const std::string output = "H 100644 " + hash + " 0\tother\0"s;
+    const std::string goodOutput = "H 100644 " + shortHash + " 0\tother\0"s;
+    RVGitIndexOutputParser parser(output);
     parser.setFilePaths({"f"});
     EXPECT_FALSE(parser.parse());
-    RVGitIndexOutputParser goodParser("H 100644 " + shortHash + " 0\tother\0"s);
+    RVGitIndexOutputParser goodParser(goodOutput);
     goodParser.setFilePaths({"f"});
     EXPECT_TRUE(goodParser.parse());
     EXPECT_TRUE(goodParser.indexedResultCache().empty());

@@ -497,12 +497,12 @@ TEST(RVGitCommitOutputParserTest, OnlyARecordThatIsNoUTF8IsDecoded) {
     EXPECT_EQ(parser.commits()[2].message(), "Größe");
 }
 
-TEST(RVGitCommitOutputParserTest, WithNewlinesTheWholeOutputIsDecoded) {
+TEST(RVGitCommitOutputParserTest, WithNewlinesEachLineIsDecodedByItself) {
     const std::string output = joined({firstHash, "Größe"}) + '\n' + joined({secondHash, "\xf6"});
     RVGitCommitOutputParser parser(output, {"%H", "%gs"}, false);
     ASSERT_TRUE(parser.parse());
     ASSERT_EQ(parser.commits().size(), 2U);
-    EXPECT_EQ(parser.commits()[0].message(), "GrÃ¶ÃŸe");
+    EXPECT_EQ(parser.commits()[0].message(), "Größe");
     EXPECT_EQ(parser.commits()[1].message(), "ö");
 }
 
