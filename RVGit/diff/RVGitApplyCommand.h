@@ -23,7 +23,8 @@ inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
 
 /// Runs `git apply` for one patch in memory, or for patch files. Without further options the patch
 /// is applied to the working tree. Failure: code 1400 if the patch is corrupt, 1401 if it changes
-/// nothing, 1402 if a file that it changes does not exist.
+/// nothing, 1402 if a file that it changes does not exist. With the user's apply.whitespace=fix the
+/// lines that are added lose blanks at their ends on the way.
 ///
 /// A patch without context (of a diff that was made with diff.context=0 or with
 /// RVGitDiffOptionContextLines 0) is to be applied with RVGitApplyOptionUnidiffZero: without it git

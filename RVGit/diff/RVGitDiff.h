@@ -21,6 +21,8 @@ class RVGitDiffPatchGenerator;
 class RVGitRepository;
 
 /// What changed in one file. A snapshot; a raw text is made when it is read, of what git printed.
+/// Where the configuration has a textconv program for the file, it shows what that program makes of
+/// it, and no patch of it applies.
 class RVGIT_EXPORT RVGitDiff {
 public:
     using Diffs = std::optional<std::vector<std::shared_ptr<RVGitDiff>>>;

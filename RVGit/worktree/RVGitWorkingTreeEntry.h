@@ -43,7 +43,10 @@ public:
         RVErrorPlace error = nullptr);
     [[nodiscard]] static std::optional<Entries> changedWorkingTreeEntriesForRepository(
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
-    /// Every file of the index and every untracked one, changed or not.
+    /// Every file of the index and every untracked one, changed or not. Like every listing of the
+    /// working tree it may write the index anew, to remember what it has looked at, and so hold the
+    /// lock that another command wants: a client that polls sets GIT_OPTIONAL_LOCKS to "0" in
+    /// RVGitCommandEnvironment.
     [[nodiscard]] static std::optional<Entries> allWorkingTreeEntriesForRepository(
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
     /// All paths, with the given options; without any, the changed files.

@@ -20,6 +20,7 @@ enum RVGitStageOptions : unsigned {
     /// Stages ignored files as well.
     RVGitStageOptionForce = 1,
     /// Stages the name without the contents.
+    /// Moving such a file loses the intent: it is untracked at its new place.
     RVGitStageOptionIntentToAdd = 2,
 };
 
@@ -100,7 +101,8 @@ public:
                                              RVErrorPlace error = nullptr);
     /// Has git take the files for unchanged without looking at them, or look again. Paths are
     /// taken as they are. Kept for compatibility: the result is that of the first slice, while
-    /// `error` is filled by any. Code 3000 for a path that is not in the index.
+    /// `error` is filled by any. Code 3000 for a path that is not in the index. What is edited in
+    /// a file afterwards is lost when the working tree is stashed: take the flag away before.
     [[nodiscard]] bool setAssumeUnchangedFlagForFilePaths(const std::vector<std::string>& filePaths,
                                                           RVErrorPlace error = nullptr);
     [[nodiscard]] bool unsetAssumeUnchangedFlagForFilePaths(
