@@ -20,7 +20,8 @@ enum RVGitStageOptions : unsigned {
     /// Stages ignored files as well.
     RVGitStageOptionForce = 1,
     /// Stages the name without the contents.
-    /// Moving such a file loses the intent: it is untracked at its new place.
+    /// Beside a deleted file of like contents git then shows a rename: to stage single lines of
+    /// that stages the rename, and takes the old name out of the index.
     RVGitStageOptionIntentToAdd = 2,
 };
 
