@@ -25,8 +25,9 @@ class RVBenchTable;
 /// called with "--case TABLE/CASE", which runs that one case once. In such a process run() runs the
 /// case and exits, so what stands before run() should be cheap, and stand in the cases if not.
 ///
-/// Options: --repository PATH, --rounds N. The system's and the user's configuration of git are
-/// left out of the process's environment.
+/// Options: --repository PATH, --rounds N, or --once alone: one round, to see that it runs,
+/// whatever it measures. The system's and the user's configuration of git are left out of the
+/// process's environment.
 class RVBench {
 public:
     RVBench(int argc, char** argv);
@@ -43,6 +44,7 @@ private:
     std::optional<int> rounds_;
     std::optional<std::string> onlyCase_;
     bool missed_ = false;
+    bool judges_ = true;
 };
 
 /// Cases that are run in turn, round by round, so that whatever else the machine does falls on all
