@@ -1,4 +1,4 @@
-# Makes a C++ file of docs/usage.md: a function for each section that has examples, which takes what
+# Makes a C++ file of the documents on the command line: a function for each section that has examples, which takes what
 # the guide says that a client has, and a table of them. "no-run" behind the language marks what is
 # compiled only. A name that a section declares itself is not given to it.
 
@@ -20,6 +20,11 @@ BEGIN {
     names = split("repository path error address destination", given)
     print "#include \"tests/guide/Guide.h\"\n"
 }
+FNR == 1 {
+    finish()
+    file = FILENAME
+    sub(/.*\/docs\//, "docs/", file)
+}
 /^## / && !inside {
     finish()
     title = substr($0, 4)
@@ -29,7 +34,7 @@ BEGIN {
     inside = 1
     if ($2 == "no-run")
         runs = 0
-    body = body sprintf("#line %d \"docs/usage.md\"\n", FNR + 1)
+    body = body sprintf("#line %d \"%s\"\n", FNR + 1, file)
     next
 }
 /^```/ {

@@ -15,8 +15,8 @@ int main(int argc, char** argv) {
     const Example& example = examples.at(std::stoul(argv[1]));
     RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryInPath());
     Given given{RVGitRepository::repositoryWithPath(argv[2]), argv[2], {}, argv[3], argv[4]};
-    example.run(given);
     std::cout << example.title << "\n";
+    example.run(given);
     if (!given.error)
         return 0;
     std::cerr << example.title << ": " << given.error->localizedDescription().value_or("") << "\n"
