@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
 #include <map>
 #include <optional>
@@ -24,16 +26,31 @@ using RVDate = std::chrono::sys_seconds;
 inline constexpr std::int64_t RVNotFound = std::numeric_limits<std::int64_t>::max();
 
 /// One value of an option map or of an error's user info: a closed set of types, converted
-/// implicitly from the natural C++ types. A string literal becomes text, never a boolean.
+/// implicitly from the natural C++ types. A string literal becomes text, never a boolean; texts in
+/// braces, even one or none, are a list.
 class RVGIT_EXPORT RVValue {
 public:
     using StringList = std::vector<std::string>;
     using StringMap = std::map<std::string, std::string, std::less<>>;
+    /// One text of a braced list. std::string will not do: two literals in braces would be taken
+    /// for the begin and the end of one.
+    struct Text {
+        template <typename T>
+        requires std::is_convertible_v<const T&, std::string_view> Text(const T& text)
+            : value(text) {}
+        std::string_view value;
+    };
 
     RVValue(std::string value) : storage_(std::move(value)) {}
     RVValue(std::string_view value) : storage_(std::string(value)) {}
     RVValue(const char* value) : storage_(std::string(value)) {}
     RVValue(StringList value) : storage_(std::move(value)) {}
+    RVValue(std::initializer_list<Text> values) : storage_(StringList()) {
+        auto& list = std::get<StringList>(storage_);
+        list.reserve(values.size());
+        for (const Text& text : values)
+            list.emplace_back(text.value);
+    }
     RVValue(StringMap value) : storage_(std::move(value)) {}
     RVValue(RVDate value) : storage_(value) {}
     RVValue(double value) : storage_(value) {}
@@ -71,6 +88,10 @@ private:
 
 /// A map from option constants to values. An absent map is not an empty one.
 using RVOptions = std::map<std::string, RVValue, std::less<>>;
+
+/// `{}` in the place of an option map, which is absent then. Operations that tell an absent map
+/// from an empty one have a deleted overload with it: say RVOptions() there, or std::nullopt.
+using RVEmptyBraces = std::nullptr_t;
 
 inline namespace RVGIT_EXPORT rvgit {
 

@@ -36,14 +36,18 @@ public:
     // failed.
 
     /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
-    /// Without options (absent, not empty) the working tree is compared with the revision instead.
-    /// With file paths it is what the last commit changed that touched one of them, be it the
-    /// revision or one before it.
+    /// Without options (std::nullopt, not RVOptions(), and `{}` does not compile) the working tree
+    /// is compared with the revision instead. With file paths it is what the last commit changed
+    /// that touched one of them, be it the revision or one before it.
     [[nodiscard]] static std::shared_ptr<RVGitChangeset>
     changesetByComparingRevisionWithAncestorForRevision(
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    static std::shared_ptr<RVGitChangeset> changesetByComparingRevisionWithAncestorForRevision(
+        const std::string& revision, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, RVEmptyBraces options,
+        RVErrorPlace error = nullptr) = delete;
     [[nodiscard]] static std::shared_ptr<RVGitChangeset> changesetByComparingRevisions(
         const std::vector<std::string>& revisions, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,

@@ -140,7 +140,13 @@ std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlob(
                                            rightObjectHash.value_or(RVGitNullFile)},
                                           repository, std::nullopt)
                            .loadDiffs(error);
-    return diffs && !diffs->empty() ? diffs->front() : nullptr;
+    if (!diffs)
+        return nullptr;
+    if (diffs->empty()) {
+        clearErrorPlace(error);
+        return nullptr;
+    }
+    return diffs->front();
 }
 
 std::shared_ptr<RVGitDiff> RVGitDiff::diffByComparingBlobWithEmptyBlob(

@@ -36,20 +36,28 @@ public:
     // RVGitDiffLoader.
 
     /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
-    /// Without options (absent, not empty) the working tree is compared with the revision instead.
-    /// With file paths it is what the last commit changed that touched one of them, be it the
-    /// revision or one before it. Empty where a changed text holds a NUL byte: see
-    /// RVGitComparisonLoader.
+    /// Without options (std::nullopt, not RVOptions(), and `{}` does not compile) the working tree
+    /// is compared with the revision instead. With file paths it is what the last commit changed
+    /// that touched one of them, be it the revision or one before it. Empty where a changed text
+    /// holds a NUL byte: see RVGitComparisonLoader.
     [[nodiscard]] static Diffs allDiffsByComparingRevisionWithAncestorForRevision(
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    static Diffs allDiffsByComparingRevisionWithAncestorForRevision(
+        const std::string& revision, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, RVEmptyBraces options,
+        RVErrorPlace error = nullptr) = delete;
     /// The same as a patch.
     [[nodiscard]] static std::optional<RVData>
     generatePatchByComparingRevisionWithAncestorForRevision(
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    static std::optional<RVData> generatePatchByComparingRevisionWithAncestorForRevision(
+        const std::string& revision, const FilePaths& filePaths,
+        const std::shared_ptr<RVGitRepository>& repository, RVEmptyBraces options,
+        RVErrorPlace error = nullptr) = delete;
     [[nodiscard]] static std::optional<RVData> generatePatchByComparingRevision(
         const std::string& revision, const std::string& withRevision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
@@ -83,7 +91,8 @@ public:
     [[nodiscard]] static std::shared_ptr<RVGitDiff> diffOfFile(const Diffs& diffs,
                                                                std::string_view filePath);
     /// At least one hash is required; an absent one becomes "/dev/null", with which git fails to
-    /// compare a blob. The options are not passed on. Null also if the blobs are the same.
+    /// compare a blob. The options are not passed on. Null with a cleared place if the blobs are
+    /// the same.
     [[nodiscard]] static std::shared_ptr<RVGitDiff> diffByComparingBlob(
         const std::optional<std::string>& leftObjectHash,
         const std::optional<std::string>& rightObjectHash,

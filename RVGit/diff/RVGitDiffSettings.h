@@ -17,6 +17,7 @@ public:
     /// compared with its parent.
     [[nodiscard]] const std::optional<RVOptions>& logOptions() const { return logOptions_; }
     void setLogOptions(std::optional<RVOptions> options) { logOptions_ = std::move(options); }
+    void setLogOptions(RVEmptyBraces options) = delete;
     /// Options of RVGitDiffCommand, which win over log options of the same name.
     [[nodiscard]] const std::optional<RVOptions>& diffOptions() const { return diffOptions_; }
     void setDiffOptions(std::optional<RVOptions> options) { diffOptions_ = std::move(options); }

@@ -30,8 +30,9 @@ class RVOperationQueue;
 class RVGIT_EXPORT RVGitRepository : public std::enable_shared_from_this<RVGitRepository> {
 public:
     /// Asks git (up to four child processes) where the repository is that the path lies in. Never
-    /// fails: the object is valid or not. If not, `path` is the given one. Not to be done on a
-    /// thread of the command queue.
+    /// fails once a git is chosen (without one, the precondition "gitBinary" throws): the object is
+    /// valid or not. If not, `path` is the given one. Not to be done on a thread of the command
+    /// queue.
     explicit RVGitRepository(const std::string& path);
     /// Takes the paths as they are, without running git. Valid exactly when there is a git
     /// directory. `path` is the working tree as given, or else the git directory as given. Git is
@@ -44,8 +45,11 @@ public:
     RVGitRepository(const RVGitRepository&) = delete;
     RVGitRepository& operator=(const RVGitRepository&) = delete;
 
-    // Opening.
+    // Opening. All that take a path, the first constructor too, ask git, and throw the precondition
+    // "gitBinary" if RVGitBinary::setDefaultGitBinary() was not called before;
+    // RVGitBinary::gitBinaryInPath() finds a git to give to it.
 
+    /// Never null: see isValid().
     [[nodiscard]] static std::shared_ptr<RVGitRepository> repositoryWithPath(
         const std::string& path);
     [[nodiscard]] static std::shared_ptr<RVGitRepository> bareRepositoryWithGitDirectoryPath(

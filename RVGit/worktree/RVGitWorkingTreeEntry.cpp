@@ -279,16 +279,24 @@ std::shared_ptr<RVGitBlob> RVGitWorkingTreeEntry::blobForUnmergedBaseVersion(
 
 std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::compareWorkingTreeWithIndexWithOptions(
     const std::optional<RVOptions>& options, RVErrorPlace error) const {
-    return RVGitDiff::diffOfFile(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
-                                     {filePath()}, repository(), options, error),
-                                 filePath());
+    return ownDiff(RVGitDiff::allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
+                       {filePath()}, repository(), options, error),
+                   error);
 }
 
 std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::compareIndexWithBaseWithOptions(
     const std::optional<RVOptions>& options, RVErrorPlace error) const {
-    return RVGitDiff::diffOfFile(RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
-                                     {filePath()}, repository(), options, error),
-                                 filePath());
+    return ownDiff(RVGitDiff::allDiffsByComparingIndexWithBaseForFilePaths(
+                       {filePath()}, repository(), options, error),
+                   error);
+}
+
+std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::ownDiff(
+    const std::optional<std::vector<std::shared_ptr<RVGitDiff>>>& diffs, RVErrorPlace error) const {
+    auto diff = RVGitDiff::diffOfFile(diffs, filePath());
+    if (diffs && !diff)
+        clearErrorPlace(error);
+    return diff;
 }
 
 std::shared_ptr<RVGitDiff> RVGitWorkingTreeEntry::compareUnmergedVersionsWithOptions(

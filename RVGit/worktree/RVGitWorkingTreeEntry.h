@@ -162,8 +162,8 @@ public:
     [[nodiscard]] std::shared_ptr<RVGitBlob> blobForUnmergedBaseVersion(
         RVErrorPlace error = nullptr) const;
 
-    // Comparing, by one `git diff`, with the options of RVGitDiff. Null if nothing differs, or
-    // git failed.
+    // Comparing, by one `git diff`, with the options of RVGitDiff. Null with a cleared place if
+    // nothing differs; null with git's error if git failed.
 
     [[nodiscard]] std::shared_ptr<RVGitDiff> compareWorkingTreeWithIndexWithOptions(
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr) const;
@@ -183,6 +183,10 @@ private:
 
     [[nodiscard]] Details& details() const;
     [[nodiscard]] const std::string& filePathInBase() const;
+    /// This file's diff; clears the place if git found none.
+    [[nodiscard]] std::shared_ptr<RVGitDiff> ownDiff(
+        const std::optional<std::vector<std::shared_ptr<RVGitDiff>>>& diffs,
+        RVErrorPlace error) const;
     [[nodiscard]] std::shared_ptr<RVGitIndexEntry> unmergedVersionAtStage(
         RVGitIndexStage stage) const;
     void setUnmergedVersionAtStage(std::shared_ptr<RVGitIndexEntry> version, RVGitIndexStage stage);

@@ -30,6 +30,26 @@ TEST(RVValueTest, KeepsTheTypeItWasMadeOf) {
     EXPECT_EQ(RVValue(1).date(), nullptr);
 }
 
+TEST(RVValueTest, OptionsTakeNumbersAndBracedTextsWithoutCeremony) {
+    const int limit = 100;
+    const std::string second = "b";
+    const RVOptions options{{"limit", limit},
+                            {"zero", 0},
+                            {"both", {"a", second}},
+                            {"three", {"a", std::string_view("b"), "c"}},
+                            {"one", {"a"}},
+                            {"none", {}},
+                            {"text", "a"}};
+    EXPECT_EQ(options.at("limit"), RVValue(std::int64_t{100}));
+    EXPECT_EQ(options.at("zero"), RVValue(std::int64_t{0}));
+    EXPECT_EQ(options.at("both"), RVValue(RVValue::StringList{"a", "b"}));
+    EXPECT_EQ(options.at("three"), RVValue(RVValue::StringList{"a", "b", "c"}));
+    EXPECT_EQ(options.at("one"), RVValue(RVValue::StringList{"a"}));
+    EXPECT_EQ(options.at("none"), RVValue(RVValue::StringList{}));
+    EXPECT_EQ(options.at("text").stringList(), nullptr);
+    EXPECT_EQ(RVValue({"a", "b"}), options.at("both"));
+}
+
 TEST(RVValueTest, NumbersAndBooleansAreReadAsEachOther) {
     EXPECT_EQ(RVValue(true).integerValue(), 1);
     EXPECT_EQ(RVValue(false).integerValue(), 0);

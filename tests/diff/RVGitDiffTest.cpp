@@ -304,9 +304,10 @@ TEST_F(RVGitDiffTest, BlobsAreComparedByHash) {
                                              std::nullopt, &error),
               nullptr);
     EXPECT_TRUE(error);
-    EXPECT_EQ(
-        RVGitDiff::diffByComparingBlob(hashOf(first_), hashOf(first_), repository(), std::nullopt),
-        nullptr);
+    EXPECT_EQ(RVGitDiff::diffByComparingBlob(hashOf(first_), hashOf(first_), repository(),
+                                             std::nullopt, &error),
+              nullptr);
+    EXPECT_FALSE(error);
 }
 
 TEST_F(RVGitDiffTest, ABlobIsComparedWithDevNullAndWithoutTheOptions) {
