@@ -142,8 +142,12 @@ std::shared_ptr<RVGitRemote> remoteFor(const std::optional<std::string>& name,
                                                       std::nullopt, std::nullopt);
 }
 
-std::shared_ptr<RVGitRefSpec> refSpecFrom(const std::optional<std::string>& text) {
-    return text ? RVGitRefSpec::refSpecFromString(*text) : nullptr;
+std::shared_ptr<RVGitRefSpec> refSpecFrom(const std::string& text) {
+    auto refSpec = RVGitRefSpec::refSpecFromString(text);
+    // git would take what is left of it for HEAD.
+    if (!refSpec->localRefName() && !refSpec->remoteRefName())
+        throw UsageError(printable(text) + " is no ref spec");
+    return refSpec;
 }
 
 /// With the full name of the remote's branch, and the hash that it had when it was last seen.
@@ -226,8 +230,7 @@ void runFetch(const Repository& repository, Arguments arguments, Output& output)
     const auto remote =
         remoteFor(words.empty() ? std::nullopt : std::optional(words[0]), repository);
     const auto command = RVGitFetchCommand::gitFetchCommandWithRepository(
-        repository, remote, refSpecFrom(words.size() == 2 ? std::optional(words[1]) : std::nullopt),
-        options);
+        repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
     run(*command);
     output << changedRefs(command->standardErrorString());
 }
@@ -248,8 +251,7 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
     const auto remote =
         remoteFor(words.empty() ? std::nullopt : std::optional(words[0]), repository);
     const auto command = RVGitPullCommand::gitPullCommandWithRepository(
-        repository, remote, refSpecFrom(words.size() == 2 ? std::optional(words[1]) : std::nullopt),
-        options);
+        repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
     run(*command);
     output << changedRefs(command->standardErrorString())
            << printable(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()))
@@ -261,7 +263,7 @@ void runPush(const Repository& repository, Arguments arguments, Output& output) 
     bool leases = false;
     bool deletes = false;
     std::optional<std::string> remoteName;
-    RVGitPushCommand::RefSpecs refSpecs;
+    std::vector<std::string> words;
     while (const auto word = arguments.next()) {
         if (*word == "--force")
             options.insert_or_assign(RVGitPushOptionForcePush, true);
@@ -278,9 +280,13 @@ void runPush(const Repository& repository, Arguments arguments, Output& output) 
         else if (!remoteName)
             remoteName = *word;
         else
-            refSpecs.push_back(deletes ? RVGitRefSpec::deleteRefSpecWithRemoteRefName(*word)
-                                       : RVGitRefSpec::refSpecFromString(*word));
+            words.push_back(*word);
     }
+    // Wherever the option stands, it counts for all of them.
+    RVGitPushCommand::RefSpecs refSpecs;
+    for (const std::string& word : words)
+        refSpecs.push_back(deletes ? RVGitRefSpec::deleteRefSpecWithRemoteRefName(word)
+                                   : refSpecFrom(word));
     if (leases && (deletes || options.contains(RVGitPushOptionForcePush)))
         throw UsageError("push takes one of --force, --force-with-lease and --delete");
     if (deletes && refSpecs.empty())

@@ -26,8 +26,8 @@ struct RVGIT_EXPORT RVGitBranchTrackingState {
     std::optional<std::string> worktreePath;
 };
 
-/// Reads what `git for-each-ref` prints with formatForGitVersion(). A record of another shape fails
-/// with code 11, as does a hash that has not 40 digits: no branch is ever skipped.
+/// Reads what `git for-each-ref` prints with format(). A record of another shape fails with code
+/// 11, as does a hash that has not 40 digits: no branch is ever skipped.
 class RVGIT_EXPORT RVGitBranchTrackingStateOutputParser
     : public RVGitItemOutputParser<RVGitBranchTrackingState> {
 public:

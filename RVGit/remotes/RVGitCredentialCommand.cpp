@@ -7,12 +7,23 @@
 
 namespace {
 
-bool holdsAny(const std::optional<std::string>& text, std::string_view characters) {
-    return text && text->find_first_of(characters) != std::string::npos;
-}
-
 constexpr std::string_view lineEnds("\n\0", 2);
 constexpr std::string_view lineEndsOfHelpers("\n\0\r", 3);
+
+bool holdsLineEnd(const std::optional<std::string>& field) {
+    return field && field->find_first_of(lineEnds) != std::string::npos;
+}
+
+// An escape counts, whatever part it stands in: git decodes them all.
+bool holdsLineEnd(const RVURL& url) {
+    const std::string& text = url.absoluteString();
+    if (text.find_first_of(lineEndsOfHelpers) != std::string::npos)
+        return true;
+    for (const char* escape : {"%0A", "%0a", "%00", "%0D", "%0d"})
+        if (text.find(escape) != std::string::npos)
+            return true;
+    return false;
+}
 
 }  // namespace
 
@@ -96,13 +107,8 @@ std::string RVGitCredentialCommand::inputString() const {
 }
 
 bool RVGitCredentialCommand::requestCanBeWritten() const {
-    if (httpURL_ && (holdsAny(httpURL_->absoluteString(), lineEndsOfHelpers) ||
-                     holdsAny(httpURL_->user(), lineEndsOfHelpers) ||
-                     holdsAny(httpURL_->password(), lineEndsOfHelpers) ||
-                     holdsAny(httpURL_->host(), lineEndsOfHelpers) ||
-                     holdsAny(httpURL_->path(), lineEndsOfHelpers)))
-        return false;
-    return !holdsAny(username_, lineEnds) && !holdsAny(password_, lineEnds);
+    return !(httpURL_ && holdsLineEnd(*httpURL_)) && !holdsLineEnd(username_) &&
+           !holdsLineEnd(password_);
 }
 
 void RVGitCredentialCommand::gitCommandWillInitialize() {

@@ -114,8 +114,9 @@ void RVGitRemoteCommand::gitCommandWillInitialize() {
     else
         addGitCommandOption("-v");
     if (remoteNames_)
-        addGitCommandNames(*remoteNames_, renamesRemote_ ? RVGitRenameRemoteInvalidNameError
-                                                         : RVGitCreateRemoteInvalidNameError);
+        addGitCommandNames(*remoteNames_, createsRemote_   ? RVGitCreateRemoteInvalidNameError
+                                          : renamesRemote_ ? RVGitRenameRemoteInvalidNameError
+                                                           : RVGitRVGitGenericError);
     if (URL_)
         addGitCommandName(*URL_);
 }

@@ -39,10 +39,13 @@ bool removeItem(const std::string& path, const std::vector<std::string>& keptPat
     if (!holdsKept || RVFileManager::isSymbolicLinkAtPath(path) ||
         !RVFileManager::isDirectoryAtPath(path))
         return RVFileManager::removeItemAtPath(path, error);
-    for (const std::string& name : RVFileManager::namesInDirectoryAtPath(path, error))
+    std::optional<RVError> failure;
+    for (const std::string& name : RVFileManager::namesInDirectoryAtPath(path, &failure))
         if (!removeItem(pathByAppendingComponent(path, name), keptPaths, error))
             return false;
-    return true;
+    if (failure)
+        fillErrorPlace(error, *std::move(failure));
+    return !failure;
 }
 
 bool rename(const std::string& from, const std::string& to) {
@@ -62,16 +65,22 @@ RVGitRemoteRefDirectory::RVGitRemoteRefDirectory(const RVGitRepository& reposito
       remoteName_(std::move(remoteName)) {}
 
 bool RVGitRemoteRefDirectory::exists() const {
-    if (!isPlainName(remoteName_))
+    if (!isPlainName(remoteName_) || liesBehindLink(remoteName_))
         return false;
+    std::error_code failure;
+    return fs::symlink_status(pathByAppendingComponent(remotesPath_, remoteName_), failure)
+                   .type() != fs::file_type::not_found &&
+           !failure;
+}
+
+bool RVGitRemoteRefDirectory::liesBehindLink(const std::string& remoteName) const {
     std::string path = remotesPath_;
-    for (const std::string& part : componentsSeparatedByString(remoteName_, "/")) {
+    for (const std::string& part : componentsSeparatedByString(remoteName, "/")) {
         if (RVFileManager::isSymbolicLinkAtPath(path))
-            return false;
+            return true;
         path = pathByAppendingComponent(path, part);
     }
-    std::error_code failure;
-    return fs::symlink_status(path, failure).type() != fs::file_type::not_found && !failure;
+    return false;
 }
 
 bool RVGitRemoteRefDirectory::remove(const std::vector<std::string>& otherRemoteNames,
@@ -91,6 +100,8 @@ bool RVGitRemoteRefDirectory::remove(const std::vector<std::string>& otherRemote
 bool RVGitRemoteRefDirectory::moveToNameOfOtherCase(const std::string& newRemoteName) const {
     if (!exists() || !isPlainName(newRemoteName))
         return true;
+    if (liesBehindLink(newRemoteName))
+        return false;
     const std::string path = pathByAppendingComponent(remotesPath_, remoteName_);
     const std::string newPath = pathByAppendingComponent(remotesPath_, newRemoteName);
     std::error_code ignored;

@@ -114,9 +114,20 @@ TEST_F(RvgitTransferTest, Pushes) {
     EXPECT_THAT(outputOf({"push", "--force", "origin", "main"}), HasSubstr("forced"));
     EXPECT_THAT(outputOf({"push", "--delete", "origin", "v1"}), HasSubstr("[deleted]"));
     EXPECT_EQ(served("v1"), "");
+    // Wherever the option stands, every name is one to delete.
+    EXPECT_THAT(outputOf({"push", "origin", "main:one", "main:two"}), HasSubstr("main -> two"));
+    EXPECT_THAT(outputOf({"push", "origin", "one", "two", "--delete"}), HasSubstr("[deleted]"));
+    EXPECT_EQ(served("one") + served("two"), "");
     EXPECT_EQ(rvgit({"push", "--delete"}).exitCode, 2);
     EXPECT_EQ(rvgit({"push", "--force", "--force-with-lease"}).exitCode, 2);
     EXPECT_EQ(rvgit({"push", "--force-with-lease", "origin", "unknown"}).exitCode, 2);
+}
+
+TEST_F(RvgitTransferTest, WhatIsNoRefSpecIsNotTakenForHEAD) {
+    commitThere();
+    for (const char* command : {"fetch", "pull", "push"})
+        EXPECT_EQ(rvgit({command, "origin", "a:b:c"}).exitCode, 2) << command;
+    EXPECT_FALSE(fileExists("repository/there"));
 }
 
 TEST_F(RvgitTransferTest, ARefusalByAHookIsShownWithoutItsControls) {

@@ -134,6 +134,13 @@ TEST_F(RVGitCredentialCommandTest, WhatWouldBeAnotherLineOfTheRequestIsRefusedWi
         const auto other = std::make_shared<Command>(RVOptions{{RVGitCredentialOptionFill, true}});
         other->setHttpURL(RVURL("https://user:x" + escape + "@host/"));
         EXPECT_EQ(codeOf(*other), RVGitRVGitGenericError) << escape;
+        // Where no component is decoded, git still decodes the whole address.
+        for (const std::string rest : {"?a=", "#a"}) {
+            const auto whole =
+                std::make_shared<Command>(RVOptions{{RVGitCredentialOptionFill, true}});
+            whole->setHttpURL(RVURL("https://host/" + rest + escape + "host=evil"));
+            EXPECT_EQ(codeOf(*whole), RVGitRVGitGenericError) << rest << escape;
+        }
     }
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }

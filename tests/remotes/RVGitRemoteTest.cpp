@@ -6,9 +6,11 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/remotes/RVGitRemoteBranch.h"
 #include "RVGit/remotes/RVGitRemoteConfig.h"
+#include "RVGit/remotes/RVGitRemoteRefDirectory.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVRepositorySnapshot.h"
+#include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
 
@@ -431,6 +433,35 @@ TEST_F(RVGitRemoteTest, AFailedMoveLeavesTheErrorPlaceAndTheRefs) {
     EXPECT_FALSE(RVGitRemote::renameRemoteWithName("a/origin", "A/Origin", repository(), &error));
     EXPECT_FALSE(error.has_value());
     EXPECT_TRUE(fileExists("repository/.git/refs/remotes/a/origin/main"));
+}
+
+TEST_F(RVGitRemoteTest, AMoveGoesThroughNoLink) {
+    addRemote("a/origin");
+    makeRef("refs/remotes/a/origin/main");
+    makeDirectory("outside");
+    std::filesystem::create_directory_symlink(scratchPath("outside"),
+                                              scratchPath("repository/.git/refs/remotes/A"));
+    auto fake = useFakeGit();
+    fake.setAnswer("rename", {});
+    fake.passOtherCallsOn();
+    EXPECT_FALSE(RVGitRemote::renameRemoteWithName("a/origin", "A/Origin", repository()));
+    EXPECT_TRUE(fileExists("repository/.git/refs/remotes/a/origin/main"));
+    EXPECT_TRUE(std::filesystem::is_empty(scratchPath("outside")));
+}
+
+TEST_F(RVGitRemoteTest, ADirectoryThatCannotBeListedIsNotTakenForRemoved) {
+    makeRef("refs/remotes/a/b/c");
+    RVGitRemoteRefDirectory directory(*repository(), "a");
+    const std::string path = scratchPath("repository/.git/refs/remotes/a");
+    std::filesystem::permissions(path, std::filesystem::perms(0311));
+    {
+        const RVUnprivilegedUser user(scratchDirectory());
+        ASSERT_TRUE(user.isEffective());
+        std::optional<RVError> error;
+        EXPECT_FALSE(directory.remove({"a/b"}, &error));
+        EXPECT_TRUE(error.has_value());
+    }
+    std::filesystem::permissions(path, std::filesystem::perms(0755));
 }
 
 // Setters.
