@@ -20,8 +20,8 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-// What a pipe holds by default, and what it is enlarged to once a child has filled it: fewer
-// switches between the child and the reader.
+// What a pipe holds by default, and what it is enlarged to once as much has come: fewer switches
+// between the child and the reader.
 constexpr std::size_t pipeCapacity = std::size_t{64} << 10;
 constexpr int largePipeCapacity = 1 << 20;
 constexpr std::size_t smallestRead = std::size_t{16} << 10;
@@ -323,7 +323,9 @@ private:
         output.buffer->commitTail(static_cast<std::size_t>(count));
         if (exitedAt_)
             lastByteAt_ = Clock::now();
-        if (!output.pipeEnlarged && static_cast<std::size_t>(count) >= pipeCapacity) {
+        // Not only where one read gives so much: a child that writes less at a time would be waited
+        // for, and wait, at every write.
+        if (!output.pipeEnlarged && output.buffer->size() >= pipeCapacity) {
             RVSystem::enlargePipe(output.descriptor, largePipeCapacity);
             output.pipeEnlarged = true;
         }

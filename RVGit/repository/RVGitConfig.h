@@ -154,7 +154,8 @@ public:
     /// Unsets all entries of the key. False with an empty place if there are none.
     [[nodiscard]] bool unsetConfigKey(const std::string& configKey,
                                       RVErrorPlace error = nullptr) const;
-    /// Code 1005 if there is no such section.
+    /// Code 1005 if there is no such section; 1006 where git could not write the file, though it
+    /// exits with 0 then.
     [[nodiscard]] bool removeSection(const std::string& sectionName,
                                      RVErrorPlace error = nullptr) const;
     [[nodiscard]] bool renameSection(const std::string& sectionName,

@@ -2,6 +2,7 @@
 
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitError.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitConfigOptionsParser.h"
@@ -98,6 +99,16 @@ void RVGitConfigCommand::gitCommandWillInitialize() {
         else
             addGitCommandArgument(**argument);
     }
+}
+
+void RVGitConfigCommand::gitCommandDidTerminate() {
+    if (configAction_ != RVGitConfigActionRemoveSection &&
+        configAction_ != RVGitConfigActionRenameSection)
+        return;
+    // On a full disk git says that it could not write the file, leaves it as it was, and exits
+    // with 0.
+    if (!isCancelled() && exitCode() == 0 && standardErrorString().starts_with("error: "))
+        finishWithError(gitErrorWithCode(RVGitConfigWriteError, makeGitErrorUserInfo()));
 }
 
 bool RVGitConfigCommand::gitCommandWillParseOutput(RVErrorPlace error) {

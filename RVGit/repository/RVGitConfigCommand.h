@@ -77,6 +77,7 @@ public:
 
 protected:
     void gitCommandWillInitialize() override;
+    void gitCommandDidTerminate() override;
     bool gitCommandWillParseOutput(RVErrorPlace error) override;
 
 private:

@@ -128,15 +128,6 @@ bool RVGitSubmoduleConfigManager::containsSectionForSubmoduleWithName(
                                             RVRegularExpression::escapedPatternForString(key));
 }
 
-bool RVGitSubmoduleConfigManager::requireSectionIsGone(const std::string& name,
-                                                       RVErrorPlace error) const {
-    // On a full disk git 2.39 leaves the file as it was, and exits with 0.
-    if (!containsSectionForSubmoduleWithName(name))
-        return true;
-    failToWrite(error);
-    return false;
-}
-
 void RVGitSubmoduleConfigManager::failToWrite(RVErrorPlace error) const {
     const auto file = configType_ == RVGitSubmoduleConfigTypeLocal
                           ? repository_->configFilePath()
@@ -157,10 +148,9 @@ bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
         return false;
     }
     return !containsSectionForSubmoduleWithName(name) ||
-           (config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
-                                   Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
-                                   error) &&
-            requireSectionIsGone(name, error));
+           config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
+                                  Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
+                                  error);
 }
 
 bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const std::string& name,
@@ -168,6 +158,5 @@ bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const 
     if (!mayWrite(error))
         return false;
     return !containsSectionForSubmoduleWithName(name) ||
-           (config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error) &&
-            requireSectionIsGone(name, error));
+           config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error);
 }

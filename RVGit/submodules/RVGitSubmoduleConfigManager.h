@@ -75,7 +75,6 @@ private:
     [[nodiscard]] bool unsetValue(const std::string& name, const char* key,
                                   RVErrorPlace error) const;
     [[nodiscard]] bool containsSectionForSubmoduleWithName(const std::string& name) const;
-    [[nodiscard]] bool requireSectionIsGone(const std::string& name, RVErrorPlace error) const;
     void failToWrite(RVErrorPlace error) const;
 
     std::shared_ptr<RVGitRepository> repository_;

@@ -90,6 +90,23 @@ std::string makeTemporaryDirectory() {
     return path;
 }
 
+TEST(RVChildProcessTest, APipeIsEnlargedAlsoForAChildThatWritesLittleAtATime) {
+    // It writes only to an empty pipe, so that no read ever finds it full, and looks at its size.
+    const Result result = run(shell(
+        R"(exec perl -e 'my $size = 0;
+        for (1 .. 1000) {
+            syswrite STDOUT, "x" x 16384;
+            my $left = pack "i", 1;
+            for (1 .. 100000) { ioctl STDOUT, 0x541B, $left; last unless unpack "i", $left; }
+            $size = fcntl STDOUT, 1032, 0;
+            last if $size > 65536;
+        }
+        print STDERR $size')"));
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.error, "1048576");
+    EXPECT_EQ(result.output, std::string(result.output.size(), 'x'));
+}
+
 TEST(RVChildProcessTest, KeepsBothOutputsApartAndTheExitCode) {
     const Result result = run(shell("printf out; printf err >&2; exit 3"));
     EXPECT_EQ(result.launchError, 0);

@@ -85,6 +85,22 @@ TEST_F(RVGitLFSSmudgeCommandTest, GivesTheContents) {
     });
 }
 
+TEST_F(RVGitLFSSmudgeCommandTest, AFinishedCommandKeepsNoFileOpen) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto numberOfDescriptors = [] {
+            const std::filesystem::directory_iterator entries("/proc/self/fd");
+            return std::distance(begin(entries), end(entries));
+        };
+        EXPECT_TRUE(commandFor(keepObject("one"))->run());
+        const auto before = numberOfDescriptors();
+        const auto command = commandFor(keepObject("two"));
+        const auto failing = commandFor(pointerFor("nowhere"));
+        EXPECT_TRUE(command->run());
+        EXPECT_FALSE(failing->run());
+        EXPECT_EQ(numberOfDescriptors(), before);
+    });
+}
+
 TEST_F(RVGitLFSSmudgeCommandTest, WritesTheContentsToTheOutputPath) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
         const auto pointer = keepObject("one");

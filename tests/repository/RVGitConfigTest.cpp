@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitConfigOptionsParser.h"
@@ -422,6 +423,33 @@ TEST_F(RVGitConfigTest, SectionsAreRemovedAndRenamed) {
     error.reset();
     EXPECT_FALSE(config().renameSection("branch.new name", "branch.other", &error));
     EXPECT_EQ(codeOf(error), RVGitConfigSectionNotFoundError);
+}
+
+TEST_F(RVGitConfigTest, ASectionThatCannotBeWrittenFailsWith1006ThoughGitExitsWith0) {
+    EXPECT_TRUE(config().setValue("one", "branch.old.remote"));
+    const std::string before = readFile(configFile());
+    // No file may grow: as if the disk were full.
+    const std::string path = writeFile("limited-git/git",
+                                       "#!/bin/sh\ntrap '' XFSZ\nulimit -f 0\n"
+                                       "exec " +
+                                           gitPath() + " \"$@\"\n",
+                                       0755);
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    std::optional<RVError> error;
+    EXPECT_FALSE(config().renameSection("branch.old", "branch.new", &error));
+    EXPECT_EQ(codeOf(error), RVGitConfigWriteError);
+    error.reset();
+    EXPECT_FALSE(config().removeSection("branch.old", &error));
+    EXPECT_EQ(codeOf(error), RVGitConfigWriteError);
+    EXPECT_EQ(readFile(configFile()), before);
+}
+
+TEST_F(RVGitConfigTest, WhatGitOnlyWarnsOfIsNoFailureOfASection) {
+    RVFakeGit fake = useFakeGit();
+    fake.setAnswer({.standardError = "warning: error: something\n"});
+    std::optional<RVError> error;
+    EXPECT_TRUE(config().removeSection("branch.old", &error));
+    EXPECT_EQ(error, std::nullopt);
 }
 
 TEST_F(RVGitConfigTest, ABrokenFileFailsWith1001OnReadingAndWith1004OnWriting) {
