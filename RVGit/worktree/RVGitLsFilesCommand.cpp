@@ -110,7 +110,10 @@ bool RVGitIndexOutputParser::parseOutputLine(std::string_view line) {
     if (!shouldParseOutputLine(line))
         return true;
     RVGitIndexOutputParserResultItem& item = indexedResultCache_.emplace_back();
-    if (readRecordByColumns(line, item) || readRecordByExpression(line, item))
+    if (readRecordByColumns(line, item))
+        return true;
+    ++numberOfRecordsOutsideColumns_;
+    if (readRecordByExpression(line, item))
         return true;
     indexedResultCache_.pop_back();
     return false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,12 +51,19 @@ public:
         return indexedResultCache();
     }
 
+    /// How many records, of those asked for, did not stand in the columns in which git prints them,
+    /// so that the regular expression had to read them: of git's own, none.
+    [[nodiscard]] std::size_t numberOfRecordsOutsideColumns() const {
+        return numberOfRecordsOutsideColumns_;
+    }
+
 protected:
     [[nodiscard]] std::string_view parserName() const override;
     bool parseOutputLine(std::string_view line) override;
 
 private:
     std::vector<std::string> filePaths_;
+    std::size_t numberOfRecordsOutsideColumns_ = 0;
     bool filtersAssumeUnchangedFiles_ = false;
     bool filtersSubmodules_ = false;
 };

@@ -114,6 +114,24 @@ TEST_F(RVRegularExpressionTest, ReplacementTakesGroups) {
     EXPECT_EQ(RVRegularExpression("b").stringByReplacingMatches("\xFF b\xFE", "_"), "\xFF _\xFE");
 }
 
+TEST_F(RVRegularExpressionTest, ReplacementTakesTheLastGroupAndNothingForTheOneBehindIt) {
+    std::string pattern, text;
+    for (int groups = 0; groups < 9; ++groups) {
+        SCOPED_TRACE(groups);
+        const RVRegularExpression expression(pattern + "x");
+        const auto replaced = [&](int group) {
+            return expression.stringByReplacingMatches(text + "x",
+                                                       "<$" + std::to_string(group) + ">");
+        };
+        EXPECT_EQ(replaced(groups), groups == 0 ? "<x>" : "<" + text.substr(text.size() - 1) + ">");
+        EXPECT_EQ(replaced(groups + 1), "<>");
+        pattern += "(\\d)";
+        text += std::to_string(groups + 1);
+    }
+    // No number has two digits.
+    EXPECT_EQ(RVRegularExpression("(a)").stringByReplacingMatches("a", "$10$21"), "a01");
+}
+
 TEST_F(RVRegularExpressionTest, InvalidBytesMatchAndLeaveOffsetsExact) {
     const std::string text = "\xFF\xFE\xC3 12 \xED\xA0\x80 34\xF0\x9F";
     EXPECT_THAT(RVRegularExpression("\\d+").allMatches(text),

@@ -9,6 +9,7 @@
 #include "tests/support/RVGitTestCase.h"
 
 using testing::Each;
+using testing::ElementsAre;
 using testing::Ge;
 using testing::IsEmpty;
 using testing::Le;
@@ -136,6 +137,37 @@ TEST_F(RVGitCommandProgressTest, StagesAreFoundByTheirFirstMatchAndExactWords) {
     EXPECT_DOUBLE_EQ(progressOf("clone", "Receiving objects: 30%\nReceiving objects: 60%\n"), 0.1);
     EXPECT_EQ(progressOf("clone", "receiving objects: 30%\nReceiving objects:30%\n"), 0);
     EXPECT_DOUBLE_EQ(progressOf("clone", "remote: Compressing objects: 30% (3/10)\n"), 0.1);
+}
+
+TEST_F(RVGitCommandProgressTest, TheStagesOfACommandStandInGitsOrder) {
+    const auto stagesOf = [](const std::optional<std::string>& command) {
+        std::vector<std::string> stages;
+        for (const auto& stage : RVGitCommandProgress::regularExpressionsForCommand(command))
+            stages.emplace_back(stage.requiredText());
+        return stages;
+    };
+    const std::string compressing = "Compressing objects: ", receiving = "Receiving objects: ",
+                      resolving = "Resolving deltas: ", unpacking = "Unpacking objects: ",
+                      writing = "Writing objects: ";
+    for (const char* command : {"fetch", "pull", "archive"})
+        EXPECT_THAT(stagesOf(command), ElementsAre(compressing, receiving, resolving, unpacking));
+    EXPECT_THAT(stagesOf(std::nullopt), ElementsAre(compressing, receiving, resolving, unpacking));
+    EXPECT_THAT(stagesOf("push"), ElementsAre(compressing, writing, unpacking));
+    EXPECT_THAT(stagesOf("clone"), ElementsAre(compressing, receiving, resolving));
+}
+
+TEST_F(RVGitCommandProgressTest, ALineWithTwoStagesCountsForBothInAnyOrder) {
+    for (const char* line : {"Compressing objects: 30% Resolving deltas: 60%",
+                             "Resolving deltas: 60% Compressing objects: 30%"}) {
+        EXPECT_DOUBLE_EQ(progressOf("clone", line), 0.3);
+        EXPECT_DOUBLE_EQ(progressOf("fetch", line), 0.225);
+        EXPECT_DOUBLE_EQ(progressOf("push", line), 0.1);
+    }
+    // Each stage keeps the value of its own words, and a later line changes neither.
+    EXPECT_DOUBLE_EQ(progressOf("clone",
+                                "Receiving objects: 30% Resolving deltas: 60%\n"
+                                "Resolving deltas: 90% Receiving objects: 90%\n"),
+                     0.3);
 }
 
 TEST_F(RVGitCommandProgressTest, WithoutExpressionsThereIsNoProgress) {

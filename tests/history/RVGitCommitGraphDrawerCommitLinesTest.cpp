@@ -70,6 +70,24 @@ TEST(RVGitCommitGraphDrawerCommitLinesTest, ListOperationsActOnColumns) {
     EXPECT_FALSE(lanes.isEmpty());
 }
 
+TEST(RVGitCommitGraphDrawerCommitLinesTest, ALaneMayBeRemovedAtAnyColumn) {
+    const std::vector<std::string> remainders = {"2:b 3:c 4:d", "1:a 3:c 4:d", "1:a 2:b 4:d",
+                                                 "1:a 2:b 3:c"};
+    for (std::size_t column = 0; column < remainders.size(); ++column) {
+        SCOPED_TRACE(column);
+        Lanes removed, ended;
+        for (Lanes* lanes : {&removed, &ended}) {
+            for (const char* hash : {"a", "b", "c", "d"})
+                lanes->commitLineWithCommitHash(hash, true);
+        }
+        removed.removeCommitLineAtIndex(column);
+        EXPECT_EQ(text(removed), remainders[column]);
+        ended.endCommitLineWithID(column + 1);
+        EXPECT_EQ(text(ended), remainders[column]);
+        EXPECT_EQ(ended.nextCommitLineIndex(), 3u);
+    }
+}
+
 TEST(RVGitCommitGraphDrawerCommitLinesTest, ColumnsOutsideTheListAndNullLanesAreRefused) {
     Lanes lanes;
     lanes.addCommitLine(std::make_shared<Lane>(1, "a"));

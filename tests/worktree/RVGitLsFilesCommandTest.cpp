@@ -1,6 +1,7 @@
 #include "RVGit/worktree/RVGitLsFilesCommand.h"
 
 #include <random>
+#include <set>
 
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
@@ -341,6 +342,48 @@ TEST_F(RVGitLsFilesCommandTest, ListsEntriesWithTheirFlags) {
     EXPECT_EQ(entries(1), "h assumed 1\ns both 1\nH plain 1\nS skipped 1\n");
     EXPECT_EQ(entries(1 | 16), "h assumed 1\ns both 1\n");
     EXPECT_EQ(entries(1 | 32), "");
+}
+
+TEST_F(RVGitLsFilesCommandTest, WhatGitPrintsIsReadByItsColumnsAlone) {
+    const std::string blob = gitLine({"hash-object", "-w", "--stdin"}, repositoryPath());
+    const std::string commit = makeCommit();
+    std::string entries = "160000 " + commit + " 0\tmodule\n";
+    for (const char* mode : {"100644", "100755", "120000"}) {
+        for (const char* stage : {"1", "2", "3"})
+            entries += mode + (" " + blob) + " " + stage + "\tconflict " + mode + "\n";
+        for (const char* name : {"plain", "assumed", "skipped", "both"})
+            entries += mode + (" " + blob) + " 0\t" + name + mode + "\n";
+    }
+    entries += "100644 " + blob + " 0\t\"tab\\tnewline\\n\\377\"\n";
+    git({"update-index", "--add", "--index-info"}, repositoryPath(), entries);
+    for (const std::string mode : {"100644", "100755", "120000"}) {
+        git({"update-index", "--assume-unchanged", "assumed" + mode, "both" + mode},
+            repositoryPath());
+        git({"update-index", "--skip-worktree", "skipped" + mode, "both" + mode}, repositoryPath());
+    }
+    writeFile(repositoryPath() + "/intended", "x");
+    git({"add", "--intent-to-add", "intended"}, repositoryPath());
+
+    const std::string output = git({"ls-files", "-z", "-v", "--stage"}, repositoryPath());
+    EXPECT_EQ(parsed(output), parsedByExpression(output));
+    RVGitIndexOutputParser parser(output);
+    ASSERT_TRUE(parser.parse());
+    EXPECT_THAT(parser.indexEntries(), SizeIs(25));
+    std::set<std::string> kinds;
+    for (const auto& item : parser.indexEntries())
+        kinds.insert(std::string(1, item.flag.value_or('-')) + std::to_string(item.stage));
+    EXPECT_THAT(kinds, ElementsAre("H0", "M1", "M2", "M3", "S0", "h0", "s0"));
+    EXPECT_EQ(parser.numberOfRecordsOutsideColumns(), 0u);
+}
+
+TEST(RVGitIndexOutputParserTest, WhatStandsOutsideTheColumnsIsCounted) {
+    const std::string output = "H 100644 " + hash + " 0\ta\0"s +   //
+                               "H  100644 " + hash + " 0\tb\0"s +  //
+                               "H 100600 " + hash + " 0\tc\0"s;
+    RVGitIndexOutputParser parser(output);
+    ASSERT_TRUE(parser.parse());
+    EXPECT_THAT(parser.indexEntries(), SizeIs(3));
+    EXPECT_EQ(parser.numberOfRecordsOutsideColumns(), 2u);
 }
 
 TEST_F(RVGitLsFilesCommandTest, GitFailsOutsideARepository) {
