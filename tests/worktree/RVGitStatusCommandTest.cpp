@@ -193,8 +193,8 @@ TEST(RVGitStatusOutputParserTest, ACarriageReturnIsPartOfThePath) {
     EXPECT_EQ(parsed("?? a\r\n?? b"), "1,1|a\r|-\n1,1|b|-\n");
 }
 
-TEST(RVGitStatusOutputParserTest, OneNameThatIsNoUTF8ChangesTheDecodingOfAllUnquotedNames) {
-    EXPECT_EQ(parsed("?? caf\xE9\n?? caf\u00E9\n"), "1,1|caf\u00E9|-\n1,1|caf\u00C3\u00A9|-\n");
+TEST(RVGitStatusOutputParserTest, OneNameThatIsNoUTF8SpoilsNoOtherName) {
+    EXPECT_EQ(parsed("?? caf\xE9\n?? caf\u00E9\n"), "1,1|caf\u00E9|-\n1,1|caf\u00E9|-\n");
     EXPECT_EQ(parsed("?? \"caf\\351\"\n?? \"caf\\303\\251\"\n"),
               "1,1|caf\u00E9|-\n1,1|caf\u00E9|-\n");
 }
