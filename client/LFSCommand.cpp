@@ -18,7 +18,7 @@ using Repository = std::shared_ptr<RVGitRepository>;
 
 void require(bool done, const std::optional<RVError>& error) {
     if (!done && error)
-        throw Failure{*error};
+        throw Failure(error);
 }
 
 void requireNoMore(Arguments& arguments, const std::string& action) {
