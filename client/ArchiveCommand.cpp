@@ -24,7 +24,7 @@ void runArchive(const std::shared_ptr<RVGitRepository>& repository, Arguments ar
     std::optional<RVError> error;
     try {
         if (!archiver->run(&error))
-            throw Failure{*error};
+            throw Failure(error);
     } catch (const RVGitCommandArgumentsOverflowException&) {
         throw UsageError("archive takes no more than some 4000 paths");
     }

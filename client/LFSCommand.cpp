@@ -17,8 +17,8 @@ namespace {
 using Repository = std::shared_ptr<RVGitRepository>;
 
 void require(bool done, const std::optional<RVError>& error) {
-    if (!done && error)
-        throw Failure{*error};
+    if (!done)
+        throw Failure(error);
 }
 
 void requireNoMore(Arguments& arguments, const std::string& action) {
@@ -33,7 +33,8 @@ std::string pathOfFile(const Repository& repository, const std::string& path) {
 std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const std::string& name) {
     std::optional<RVError> error;
     auto remote = RVGitRemote::remoteForName(name, repository, &error);
-    require(remote != nullptr, error);
+    if (error)
+        throw Failure(error);
     if (!remote)
         throw UsageError("there is no remote " + printable(name));
     return remote;
@@ -79,7 +80,8 @@ void listFiles(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
     const auto files = revision
                            ? manager.allTrackedFilesForRevision(*revision, std::nullopt, &error)
                            : manager.allTrackedFiles(std::nullopt, &error);
-    require(files.has_value(), error);
+    if (error)
+        throw Failure(error);
     for (const std::string& file : files.value_or(std::vector<std::string>()))
         output << printable(file) << "\n";
 }
@@ -108,8 +110,7 @@ void printPointer(const Repository& repository, RVGitLFSManager& manager, Argume
                                               });
     const auto [pointer, error] = promise.get_future().get();
     require(pointer != nullptr, error);
-    if (pointer)
-        output << pointer->stringRepresentation();
+    output << pointer->stringRepresentation();
 }
 
 void printContents(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments) {
@@ -124,7 +125,7 @@ void printContents(const Repository& repository, RVGitLFSManager& manager, Argum
     const auto data = manager.createFileDataFromPointer(pointer, std::nullopt, &error);
     require(data != nullptr, error);
     // As large as it may be: not by way of the collected output.
-    if (data && std::fwrite(data->view().data(), 1, data->size(), stdout) != data->size())
+    if (std::fwrite(data->view().data(), 1, data->size(), stdout) != data->size())
         throw UsageError("cannot write the output");
 }
 

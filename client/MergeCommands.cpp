@@ -265,5 +265,5 @@ void runResolve(const std::shared_ptr<RVGitRepository>& repository, Arguments ar
         return;
     if (!error)
         throw UsageError("one of the files has no such version, or cannot be written");
-    throw Failure{*error};
+    throw Failure(error);
 }

@@ -93,7 +93,7 @@ void reportOperation(bool done, const std::optional<RVError>& error,
         if (!error)
             throw UsageError("it could not be done");
         if (underWay.empty())
-            throw Failure{*error};
+            throw Failure(error);
         throw Failure{*error, underWay +
                                   "\n(rvgit status shows the conflicts; then: rvgit resolve, "
                                   "continue, skip or abort)"};

@@ -23,7 +23,7 @@ std::string hashOf(const std::string& revision,
     std::optional<RVError> error;
     const auto commit = RVGitCommit::commitForCommitHash(revision, repository, &error);
     if (error)
-        throw Failure{*error};
+        throw Failure(error);
     if (!commit || !commit->commitHash())
         throw UsageError("there is no commit " + printable(revision));
     return *commit->commitHash();
@@ -48,7 +48,7 @@ Revisions newestFirst(const Revisions& revisions,
             {RVGitHEADRevision}, {}, repository,
             RVOptions{{RVGitLogOptionSortByTopoOrder, true}, {RVGitLogOptionLimit, limit}}, &error);
         if (!history)
-            throw Failure{*error};
+            throw Failure(error);
         std::unordered_map<std::string_view, std::size_t> positions;
         for (std::size_t position = 0; position < history->size(); ++position)
             positions.emplace((*history)[position], position);
@@ -117,14 +117,14 @@ Revisions conflictingPaths(const std::shared_ptr<RVGitRepository>& repository,
             *RVGitBinary::defaultGitBinary())) {
         auto paths = manager.conflictingFilePathsForMergingRevision(revision, intoRevision, &error);
         if (!paths)
-            throw Failure{error.value_or(gitErrorWithCode(RVGitRVGitGenericError))};
+            throw Failure(error);
         return *std::move(paths);
     }
     RVGitMergeManager::MergeTreeEntries conflicts;
     if (manager.canMergeRevision(revision, intoRevision, &conflicts, &error))
         return {};
     if (conflicts.empty())
-        throw Failure{error.value_or(gitErrorWithCode(RVGitRVGitGenericError))};
+        throw Failure(error);
     Revisions paths;
     for (const auto& entry : conflicts)
         paths.push_back(entry->filePath().value_or("?"));

@@ -19,7 +19,7 @@ void run(RVGitCommand& command) {
         done = command.run(&error);
     }
     if (!done && error)
-        throw Failure{*error};
+        throw Failure(error);
 }
 
 std::string workingDirectory() {
@@ -40,7 +40,7 @@ std::shared_ptr<RVGitRemote> remoteFor(const Repository& repository,
     std::optional<RVError> error;
     const auto remotes = RVGitRemote::allRemotesForRepository(repository, &error);
     if (!remotes)
-        throw Failure{*error};
+        throw Failure(error);
     for (const auto& remote : *remotes)
         if (remote->isSVNRemote() && (!name || remote->name() == *name))
             return remote;

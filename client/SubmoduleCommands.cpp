@@ -53,7 +53,7 @@ void printSubmodules(const Repository& repository, Output& output) {
     std::optional<RVError> error;
     const auto submodules = repository->allSubmodules(&error);
     if (!submodules)
-        throw Failure{*error};
+        throw Failure(error);
     std::vector<std::string> listed;
     for (const auto& submodule : *submodules) {
         // Where one is broken the library gives the last one twice.
@@ -108,7 +108,7 @@ void remove(const Repository& repository, const Words& words, std::optional<RVEr
     if (!(words.options & safe) &&
         repository->submoduleManager()->submoduleContainsUncommittedWork(path, &error)) {
         if (error)
-            throw Failure{*error};
+            throw Failure(error);
         throw UsageError("the submodule " + printable(path) +
                          " has work that is not committed; --force removes it, --keep leaves it");
     }
@@ -179,5 +179,5 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
     if (!error)
         throw UsageError("there is no submodule " +
                          printable(operands.empty() ? "" : operands.front()));
-    throw Failure{*error};
+    throw Failure(error);
 }

@@ -78,7 +78,7 @@ void run(RVGitCommand& command) {
                     changedRefs(command.standardErrorString()))
                        .c_str(),
                    stderr);
-    throw Failure{*error};
+    throw Failure(error);
 }
 
 std::int64_t positiveNumberOf(Arguments& arguments, const std::string& option) {
@@ -136,7 +136,7 @@ std::shared_ptr<RVGitRemote> remoteFor(const std::optional<std::string>& name,
     std::optional<RVError> error;
     auto remote = RVGitRemote::remoteForName(wanted, repository, &error);
     if (error)
-        throw Failure{*error};
+        throw Failure(error);
     return remote ? remote
                   : RVGitRemote::remoteWithRepository(repository, addressFrom(wanted), std::nullopt,
                                                       std::nullopt, std::nullopt);
@@ -165,7 +165,7 @@ Lease leaseFor(const std::shared_ptr<RVGitRefSpec>& refSpec, const RVGitRemote& 
     std::optional<RVError> error;
     const auto seen = RVGitRef::refForFullRefName(seenName, repository, std::nullopt, &error);
     if (error)
-        throw Failure{*error};
+        throw Failure(error);
     if (!seen || !seen->commitHash())
         throw UsageError("there is no " + printable(seenName) + " to lease; fetch first");
     return {RVGitRefSpec::refSpecWithLocalRefName(local, fullName), *seen->commitHash()};
@@ -359,7 +359,7 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
     }
     std::optional<RVError> error;
     if (!command->run(&error))
-        throw Failure{*error};
+        throw Failure(error);
     if (action != "fill")
         return;
     const auto& credentials = command->credentials();

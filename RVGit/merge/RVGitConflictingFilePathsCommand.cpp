@@ -46,8 +46,8 @@ void RVGitConflictingFilePathsCommand::gitCommandWillInitialize() {
                                      firstVersion + " or later is needed; this is git " +
                                      gitBinary()->version().value_or("of an unknown version"));
     addGitCommandOptions({"--write-tree", "-z", "--name-only", "--no-messages"});
-    addGitCommandRevision(intoRevision_);
-    addGitCommandRevision(revision_);
+    // No selections either: git would take "--all" for an abbreviation of an option of its own.
+    addGitCommandNames({intoRevision_, revision_});
 }
 
 bool RVGitConflictingFilePathsCommand::gitCommandShouldHandleError(const RVError&) {

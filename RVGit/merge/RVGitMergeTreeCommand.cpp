@@ -270,9 +270,9 @@ std::shared_ptr<RVGitMergeTreeCommand> RVGitMergeTreeCommand::gitMergeTreeComman
 
 void RVGitMergeTreeCommand::gitCommandWillInitialize() {
     setGitCommand("merge-tree");
-    addGitCommandRevision(baseTreeRevision_);
-    addGitCommandRevision(targetTreeRevision_);
-    addGitCommandRevision(sourceTreeRevision_);
+    // No selections either: git would take "--all" for an abbreviation of an option of its own, and
+    // print a report of another form.
+    addGitCommandNames({baseTreeRevision_, targetTreeRevision_, sourceTreeRevision_});
 }
 
 /// Makes an entry of each item at once, and leaves its diff where it lies in the output.

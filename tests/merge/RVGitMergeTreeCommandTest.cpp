@@ -299,8 +299,9 @@ TEST_F(RVGitMergeTreeCommandTest, TheTargetStandsAheadOfTheSource) {
 
 TEST_F(RVGitMergeTreeCommandTest, ARevisionIsNeverAnOption) {
     const auto recorder = useRecordingGit();
-    for (const auto& tree : {command("--write-tree", "a", "b"), command("a", "-x", "b"),
-                             command("a", "b", "--stdin")}) {
+    for (const auto& tree :
+         {command("--write-tree", "a", "b"), command("a", "-x", "b"), command("a", "b", "--stdin"),
+          command("--all", "a", "b"), command("a", "--not", "b")}) {
         recorder.clear();
         std::optional<RVError> error;
         EXPECT_FALSE(tree->run(&error));
