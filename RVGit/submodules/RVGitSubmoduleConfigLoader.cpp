@@ -3,9 +3,11 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitConfigOptionsParser.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitSubmoduleContainment.h"
 
 namespace {
 
@@ -39,8 +41,16 @@ std::shared_ptr<RVGitSubmoduleConfigLoader> RVGitSubmoduleConfigLoader::loaderWi
 std::optional<RVGitSubmoduleConfigLoader::Configs> RVGitSubmoduleConfigLoader::allSubmoduleConfigs(
     RVErrorPlace error) const {
     // A bare repository has no such file, and the scope would be the merged view of all others.
-    if (!repository()->submodulesFilePath())
+    const auto file = repository()->submodulesFilePath();
+    if (!file)
         return Configs();
+    if (RVGitSubmoduleContainment::isSpecialFile(*file)) {
+        fillErrorPlace(
+            error, gitErrorWithCode(
+                       RVGitConfigReadError,
+                       RVGitMakeErrorUserInfo(repository(), {{RVGitConfigFileErrorKey, *file}})));
+        return std::nullopt;
+    }
     return submoduleConfigsFromConfig(RVGitConfig::submoduleConfigForRepository(repository()),
                                       RVGitSubmoduleConfigTypeDefault, error);
 }

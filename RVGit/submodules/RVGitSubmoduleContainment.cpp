@@ -134,13 +134,19 @@ bool RVGitSubmoduleContainment::holdsOtherGitDirectories(const std::string& gitD
 
 bool RVGitSubmoduleContainment::requirePlainSubmodulesFile(RVErrorPlace error) const {
     const auto file = repository_->submodulesFilePath();
-    if (file && !RVFileManager::isSymbolicLinkAtPath(*file))
+    if (file && !RVFileManager::isSymbolicLinkAtPath(*file) && !isSpecialFile(*file))
         return true;
     fillErrorPlace(
         error, gitErrorWithCode(file ? RVGitConfigWriteError : RVGitNoWorkTreeError,
                                 RVGitMakeErrorUserInfo(
                                     repository_, {{RVGitConfigFileErrorKey, file.value_or("")}})));
     return false;
+}
+
+bool RVGitSubmoduleContainment::isSpecialFile(const std::string& path) {
+    struct stat status;
+    return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode) &&
+           !S_ISDIR(status.st_mode);
 }
 
 std::optional<std::string> RVGitSubmoduleContainment::resolvedPath(const std::string& path) {

@@ -30,9 +30,11 @@ public:
     [[nodiscard]] static bool holdsOtherGitDirectories(const std::string& gitDirectoryPath);
 
     /// False with code 1006 if ".gitmodules" is a symbolic link, through which git would write into
-    /// another file; with code 102 for a bare repository.
+    /// another file, or a special file; with code 102 for a bare repository.
     [[nodiscard]] bool requirePlainSubmodulesFile(RVErrorPlace error = nullptr) const;
 
+    /// Whether a pipe, a device or a socket is there, which git would read or wait for without end.
+    [[nodiscard]] static bool isSpecialFile(const std::string& path);
     /// The path with all links resolved; absent if there is nothing.
     [[nodiscard]] static std::optional<std::string> resolvedPath(const std::string& path);
     /// Whether two paths lead to one file, or are equal where there is none.

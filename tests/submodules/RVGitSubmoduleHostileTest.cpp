@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 
@@ -120,6 +121,24 @@ const std::vector<std::string> hostilePaths = {"../precious",
                                                "\xff\xfe"};
 
 class RVGitSubmoduleHostileSlowTest : public RVGitSubmoduleHostileTest {};
+
+TEST_F(RVGitSubmoduleHostileTest, APipeInPlaceOfTheSubmodulesFileIsNotWaitedFor) {
+    const std::string file = repositoryPath() + "/.gitmodules";
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    std::optional<RVError> failure;
+    EXPECT_FALSE(repository()->allSubmoduleNames(&failure));
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->code(), RVGitConfigReadError);
+    EXPECT_EQ(failure->userInfoString(RVGitConfigFileErrorKey), file);
+    failure.reset();
+    EXPECT_FALSE(repository()->allSubmodules(&failure));
+    EXPECT_TRUE(failure);
+    failure.reset();
+    EXPECT_FALSE(repository()->addSubmoduleWithURL("url", "lib", 0, &failure));
+    EXPECT_TRUE(failure);
+    std::filesystem::remove(file);
+}
 
 TEST_F(RVGitSubmoduleHostileSlowTest, PathsInTheSubmodulesFileLeadNowhere) {
     pathsLeadNowhere(hostilePaths);
