@@ -53,8 +53,8 @@ TEST_F(RVContainedFilesTest, ReadsRegularFilesUpToTheLimit) {
     writeFile("directory/latin", "\xE9");
     std::optional<RVError> error;
     EXPECT_EQ(files_.UTF8Contents("latin", 5, &error), std::nullopt);
-    EXPECT_EQ(error->code(), EILSEQ);
-    EXPECT_EQ(error->userInfoString(RVFilePathErrorKey), scratchPath("directory/latin"));
+    EXPECT_EQ(error.value().code(), EILSEQ);
+    EXPECT_EQ(error.value().userInfoString(RVFilePathErrorKey), scratchPath("directory/latin"));
 }
 
 TEST_F(RVContainedFilesTest, ReadsNoFileThatIsNotRegularAndFollowsNoLink) {

@@ -549,7 +549,7 @@ TEST_F(RVGitCommandTest, AParserFailsTheCommandOnlyWithARecord) {
     };
     std::optional<RVError> error;
     EXPECT_FALSE(failing->run(&error));
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_EQ(error.value().code(), RVGitOutputParserError);
 
     auto silent = scripted("exit 0");
     silent->willParse = [](RVErrorPlace) { return false; };
@@ -568,7 +568,7 @@ TEST_F(RVGitCommandTest, AHookMayStoreAnErrorAlthoughTheExitCodeIsZero) {
     command->didTerminate = [](HookedCommand& self) { self.setError(gitErrorWithCode(1200)); };
     std::optional<RVError> error;
     EXPECT_FALSE(command->run(&error));
-    EXPECT_EQ(error->code(), 1200);
+    EXPECT_EQ(error.value().code(), 1200);
 }
 
 TEST_F(RVGitCommandTest, AnErrorSaysAllThatIsKnown) {

@@ -20,7 +20,7 @@ protected:
             RVGitCommand::gitCommandWithGitBinary(RVGitBinary::gitBinaryWithPath(fake.path()));
         command->setGitCommand(verb);
         std::optional<RVError> error;
-        return command->run(&error) ? 0 : error->code();
+        return command->run(&error) ? 0 : error.value().code();
     }
 
     /// The code with which the real git fails; 0 for a success.
@@ -31,8 +31,8 @@ protected:
         std::optional<RVError> error;
         if (command->run(&error))
             return 0;
-        lastError_ = error->userInfoString(RVGitCommandErrorOutputErrorKey).value_or("");
-        return error->code();
+        lastError_ = error.value().userInfoString(RVGitCommandErrorOutputErrorKey).value_or("");
+        return error.value().code();
     }
 
     /// A program that git takes for gpg, which signs nothing and says the status of every

@@ -23,11 +23,6 @@ protected:
         return RVGitApplyCommand::gitApplyCommandWithRepository(repository(),
                                                                 RVData(std::move(text)), options);
     }
-    static RVError errorOf(RVGitApplyCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        return error.value_or(RVError("none", 0));
-    }
     /// The error that git's answer, which no present git gives, is mapped to.
     RVError errorOfAnswer(std::string standardError, int exitCode) {
         useFakeGit().setAnswer({.standardError = std::move(standardError), .exitCode = exitCode});

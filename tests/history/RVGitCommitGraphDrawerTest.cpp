@@ -377,7 +377,7 @@ TEST_F(RVGitCommitGraphDrawerTest, CommitIsDrawnByItsHashAndParents) {
     commit->setParentCommitHashes({"C", "D"});
     std::optional<RVError> error = RVError("domain", 7);
     EXPECT_EQ(text(*drawer_.drawGraphForCommit(commit, &error)), "0: 1 0-0* 2 0-1*");
-    EXPECT_EQ(error->code(), 7);
+    EXPECT_EQ(error.value().code(), 7);
     commit->setCommitHash("C");
     commit->setParentCommitHashes({});
     EXPECT_EQ(text(*drawer_.drawGraphForCommit(commit)), "0: 1 0-0+ 2 1-0");

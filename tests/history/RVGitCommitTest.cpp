@@ -425,17 +425,17 @@ TEST_F(RVGitCommitTest, FailuresAreAbsentOrNotFound) {
     std::optional<RVError> error;
     EXPECT_EQ(RVGitCommit::allCommitsForRevisions({"x"}, {}, repository(), std::nullopt, &error),
               std::nullopt);
-    EXPECT_EQ(error->code(), 1900);
+    EXPECT_EQ(error.value().code(), 1900);
     error.reset();
     EXPECT_EQ(
         RVGitCommit::allCommitHashesForRevisions({"x"}, {}, repository(), std::nullopt, &error),
         std::nullopt);
-    EXPECT_EQ(error->code(), 1900);
+    EXPECT_EQ(error.value().code(), 1900);
     error.reset();
     EXPECT_EQ(
         RVGitCommit::countAllCommitsForRevisions({"x"}, {}, repository(), std::nullopt, &error),
         RVNotFound);
-    EXPECT_EQ(error->code(), 1900);
+    EXPECT_EQ(error.value().code(), 1900);
     EXPECT_EQ(RVGitCommit::allCommitsForRevisions({"x"}, {}, repository()), std::nullopt);
 }
 

@@ -28,19 +28,14 @@ protected:
     std::shared_ptr<Command> make(const std::optional<RVOptions>& options = std::nullopt) const {
         return std::make_shared<Command>(repository(), options);
     }
-    /// Behind the options that all four have in front.
-    template <typename Command>
-    Words argumentsOf(const RVRecordingGit& recorder, Command& command) const {
-        (void)command.run();
-        return lastArguments(recorder);
-    }
     template <typename Command>
     Words argumentsWithOptions(const RVRecordingGit& recorder,
                                const std::optional<RVOptions>& options) const {
         return argumentsOf(recorder, *make<Command>(options));
     }
+    /// The error; absent where it succeeds.
     template <typename Command>
-    static std::optional<RVError> errorOf(Command& command) {
+    static std::optional<RVError> outcomeOf(Command& command) {
         std::optional<RVError> error;
         const bool succeeded = command.run(&error);
         EXPECT_EQ(succeeded, !error);
@@ -51,7 +46,7 @@ protected:
     std::int64_t codeFor(RVFakeGit::Answer answer) {
         RVFakeGit fake = useFakeGit();
         fake.setAnswer(std::move(answer));
-        const auto error = errorOf(*make<Command>());
+        const auto error = outcomeOf(*make<Command>());
         return error ? error->code() : 0;
     }
     static std::int64_t codeOf(const std::optional<RVError>& error) {
@@ -322,7 +317,7 @@ TYPED_TEST(RVGitPickCommandsTest, ChangesInTheWayAreCode2001FromOlderGitsAlone) 
     const RVRepositorySnapshot before(this->repositoryPath());
     const auto command = this->template make<TypeParam>();
     command->setRevisions(Words{"topic"});
-    EXPECT_NE(this->errorOf(*command), std::nullopt);
+    EXPECT_NE(this->outcomeOf(*command), std::nullopt);
     EXPECT_EQ(RVRepositorySnapshot(this->repositoryPath()).differencesFrom(before), "");
 }
 
@@ -330,19 +325,19 @@ TEST_F(RVGitMergeCommandsTest, ConflictsOfAMergeAre2000) {
     makeConflict();
     const auto command = make<RVGitMergeCommand>();
     command->setRevision("topic");
-    EXPECT_EQ(codeOf(errorOf(*command)), RVGitMergeConflictsError);
+    EXPECT_THAT(command, failsWith(RVGitMergeConflictsError));
 }
 
 TEST_F(RVGitMergeCommandsTest, ConflictsOfAPickAre2200) {
     makeConflict();
     const auto pick = make<RVGitCherryPickCommand>();
     pick->setRevisions(Words{"topic"});
-    EXPECT_EQ(codeOf(errorOf(*pick)), RVGitRebaseConflictsError);
+    EXPECT_THAT(pick, failsWith(RVGitRebaseConflictsError));
     gitInRepository({"cherry-pick", "--abort"});
     commitFile(repositoryPath(), "file", "later\n", "Later");
     const auto revert = make<RVGitRevertCommand>();
     revert->setRevisions(Words{"HEAD^"});
-    EXPECT_EQ(codeOf(errorOf(*revert)), RVGitRebaseConflictsError);
+    EXPECT_THAT(revert, failsWith(RVGitRebaseConflictsError));
 }
 
 TEST_F(RVGitMergeCommandsTest, RefusalsOfAMerge) {
@@ -351,14 +346,14 @@ TEST_F(RVGitMergeCommandsTest, RefusalsOfAMerge) {
     writeFile("repository/file", "changed\n");
     const auto fastForward = make<RVGitMergeCommand>();
     fastForward->setRevision("topic");
-    EXPECT_EQ(codeOf(errorOf(*fastForward)), RVGitMergeUncommittedChangesError);
+    EXPECT_THAT(fastForward, failsWith(RVGitMergeUncommittedChangesError));
     EXPECT_EQ(readFile("repository/file"), "changed\n");
     // Where it would have to make a commit, git ends with another exit code.
     gitInRepository({"checkout", "-q", "-f", "main"});
     writeFile("repository/file", "changed\n");
     const auto merge = make<RVGitMergeCommand>();
     merge->setRevision("topic");
-    const auto error = errorOf(*merge);
+    const auto error = outcomeOf(*merge);
     EXPECT_EQ(codeOf(error), RVGitRVGitGenericError);
     EXPECT_EQ(error->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 2);
     EXPECT_EQ(readFile("repository/file"), "changed\n");
@@ -381,7 +376,7 @@ TEST_F(RVGitMergeCommandsTest, AMergeInAMergeIsCode1FromTheRealGit) {
     (void)runGit({"merge", "topic"}, repositoryPath());
     const auto command = make<RVGitMergeCommand>();
     command->setRevision("topic");
-    const auto error = errorOf(*command);
+    const auto error = outcomeOf(*command);
     EXPECT_EQ(codeOf(error), RVGitRVGitGenericError);
     EXPECT_EQ(error->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 128);
 }
@@ -392,7 +387,7 @@ TEST_F(RVGitMergeCommandsTest, ConflictsOfARebaseAre2200WithEitherBackend) {
         const auto command = make<RVGitRebaseCommand>();
         command->addGitCommandOption(backend);
         command->setRevision("topic");
-        const auto error = errorOf(*command);
+        const auto error = outcomeOf(*command);
         EXPECT_EQ(codeOf(error), RVGitRebaseConflictsError) << backend;
         EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), "topic");
         EXPECT_NE(error->userInfoString(RVLocalizedDescriptionErrorKey), std::nullopt);
@@ -405,7 +400,7 @@ TEST_F(RVGitMergeCommandsTest, RowsOfARebaseThatTheRealGitStillProvokes) {
     const auto codeOfRebase = [&](const std::optional<std::string>& revision) {
         const auto command = make<RVGitRebaseCommand>();
         command->setRevision(revision);
-        const auto error = errorOf(*command);
+        const auto error = outcomeOf(*command);
         if (error) {
             EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), revision);
         }
@@ -468,14 +463,14 @@ TEST_F(RVGitMergeCommandsTest, WhatNoGitTakes) {
     makeConflict();
     const auto revert = make<RVGitRevertCommand>(RVOptions{{RVGitRevertOptionFastForward, true}});
     revert->setRevisions(Words{"HEAD"});
-    const auto error = errorOf(*revert);
+    const auto error = outcomeOf(*revert);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 129);
     EXPECT_EQ(error->code(), RVGitCommandUsageError);
     const auto merge = make<RVGitMergeCommand>(
         RVOptions{{RVGitMergeOptionSquashCommits, true}, {RVGitMergeOptionFastForward, false}});
     merge->setRevision("topic");
-    const auto refused = errorOf(*merge);
+    const auto refused = outcomeOf(*merge);
     EXPECT_EQ(codeOf(refused), RVGitRVGitGenericError);
     EXPECT_EQ(refused->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 128);
 }
@@ -498,19 +493,19 @@ TEST_F(RVGitMergeCommandsTest, ARevisionIsNeverAnOption) {
     pick->setRevisions(Words{"topic", "--strategy=evil"});
     const auto revert = make<RVGitRevertCommand>();
     revert->setRevisions(Words{"-n"});
-    EXPECT_EQ(codeOf(errorOf(*merge)), RVGitRVGitGenericError);
-    EXPECT_EQ(codeOf(errorOf(*rebase)), RVGitRVGitGenericError);
-    EXPECT_EQ(codeOf(errorOf(*onto)), RVGitRVGitGenericError);
-    EXPECT_EQ(codeOf(errorOf(*from)), RVGitRVGitGenericError);
-    EXPECT_EQ(codeOf(errorOf(*pick)), RVGitRVGitGenericError);
-    EXPECT_EQ(codeOf(errorOf(*revert)), RVGitRVGitGenericError);
+    EXPECT_THAT(merge, failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(rebase, failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(onto, failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(from, failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(pick, failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(revert, failsWith(RVGitRVGitGenericError));
     // What selects commits elsewhere is an abbreviated option here: "--allow-unrelated-histories".
     const auto all = make<RVGitMergeCommand>();
     all->setRevision("--all");
-    EXPECT_EQ(codeOf(errorOf(*all)), RVGitRVGitGenericError);
+    EXPECT_THAT(all, failsWith(RVGitRVGitGenericError));
     const auto rebaseAll = make<RVGitRebaseCommand>();
     rebaseAll->setRevision("--all");
-    EXPECT_EQ(codeOf(errorOf(*rebaseAll)), RVGitRVGitGenericError);
+    EXPECT_THAT(rebaseAll, failsWith(RVGitRVGitGenericError));
     EXPECT_TRUE(recorder.argumentLists().empty());
     EXPECT_FALSE(fileExists("proof"));
 }

@@ -446,8 +446,8 @@ TEST_F(RVGitMergeManagerRewritingTest, ARevisionOutsideOfTheHistoryIsRefused) {
     }
     std::optional<RVError> error;
     EXPECT_FALSE(manager().deleteRevisions({other}, &error));
-    EXPECT_EQ(error->code(), RVGitLogNoSuchRevisionError);
-    EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), other);
+    EXPECT_EQ(error.value().code(), RVGitLogNoSuchRevisionError);
+    EXPECT_EQ(error.value().userInfoString(RVGitRevisionErrorKey), other);
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
 }
 

@@ -726,7 +726,7 @@ TEST_F(RVGitMergeManagerTest, RestoringTheAncestorStopsAtTheFirstThatHasNone) {
     write("file/inside", "kept\n");
     error = RVError("left", 4711);
     EXPECT_FALSE(manager().restoreAncestorVersionForUnmergedFile("file", &error));
-    EXPECT_EQ(error->code(), 4711);
+    EXPECT_EQ(error.value().code(), 4711);
     EXPECT_EQ(read("file/inside"), "kept\n");
 }
 

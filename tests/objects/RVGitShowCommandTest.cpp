@@ -9,12 +9,6 @@ using testing::ElementsAre;
 
 class RVGitShowCommandTest : public RVGitRepositoryTestCase {
 protected:
-    RVError errorOf(RVGitShowCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        EXPECT_TRUE(error.has_value());
-        return error.value_or(RVError("none", 0));
-    }
     RVError errorOfReference(const std::string& reference) {
         auto command = std::make_shared<RVGitShowCommand>(repository(), reference);
         return errorOf(*command);

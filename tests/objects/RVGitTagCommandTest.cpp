@@ -16,12 +16,6 @@ protected:
         return RVGitTagCommand::gitCreateTagCommandWithRepository(
             repository(), std::move(refName), std::move(revision), std::move(message));
     }
-    RVError errorOf(RVGitTagCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        EXPECT_TRUE(error.has_value());
-        return error.value_or(RVError("none", 0));
-    }
 };
 
 class RVGitTagCommandLineTest : public RVGitTagCommandTest {

@@ -180,45 +180,30 @@ TEST(RVGitTreeOutputParserTest, RandomRecordsAreReadAsTheExpressionReadsThem) {
     EXPECT_GT(numberRead, 5000u);
 }
 
-class RVGitTreeCommandTest : public RVGitRepositoryTestCase {
-protected:
-    RVError errorOf(RVGitTreeCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        EXPECT_TRUE(error.has_value());
-        return error.value_or(RVError("none", 0));
-    }
-};
+class RVGitTreeCommandTest : public RVGitRepositoryTestCase {};
 
 class RVGitTreeCommandLineTest : public RVGitTreeCommandTest {
 protected:
-    /// Whether git succeeds is of no interest here.
-    std::vector<std::string> argumentsOf(RVGitTreeCommand& command) {
-        (void)command.run();
-        return lastArguments(recorder_);
-    }
-
-private:
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
 TEST_F(RVGitTreeCommandLineTest, ListsATreeHash) {
     const auto command = RVGitTreeCommand::gitTreeCommandWithRepository(repository(), hash);
     EXPECT_EQ(command->objectReference(), hash);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", hash));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("ls-tree", "-z", hash));
 }
 
 TEST_F(RVGitTreeCommandLineTest, ListsADirectoryByReference) {
     const auto command =
         RVGitTreeCommand::gitTreeCommandWithRepositoryDirectoryPath(repository(), "HEAD", "dir");
     EXPECT_EQ(command->objectReference(), "HEAD:dir");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", "HEAD:dir"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("ls-tree", "-z", "HEAD:dir"));
 }
 
 TEST_F(RVGitTreeCommandLineTest, ListsTheRootWithoutADirectory) {
     const auto command = RVGitTreeCommand::gitTreeCommandWithRepositoryDirectoryPath(
         repository(), "HEAD", std::nullopt);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", "HEAD:"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("ls-tree", "-z", "HEAD:"));
 }
 
 TEST_F(RVGitTreeCommandLineTest, ListsOnePathApartFromTheRevision) {
@@ -227,19 +212,20 @@ TEST_F(RVGitTreeCommandLineTest, ListsOnePathApartFromTheRevision) {
     EXPECT_EQ(command->objectReference(), std::nullopt);
     EXPECT_EQ(command->revision(), "HEAD");
     EXPECT_EQ(command->filePath(), "dir");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", "HEAD", "--", "dir"));
+    EXPECT_THAT(argumentsOf(recorder_, *command),
+                ElementsAre("ls-tree", "-z", "HEAD", "--", "dir"));
 }
 
 TEST_F(RVGitTreeCommandLineTest, RecursesIntoDirectories) {
     const auto command = RVGitTreeCommand::gitTreeCommandWithRepository(repository(), hash);
     command->setRecursesDirectories(true);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", "-r", hash));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("ls-tree", "-z", "-r", hash));
 }
 
 TEST_F(RVGitTreeCommandLineTest, AsksForSizes) {
     const auto command = RVGitTreeCommand::gitTreeCommandWithRepository(repository(), hash);
     command->setIncludesFileSize(true);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", "-l", hash));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("ls-tree", "-z", "-l", hash));
 }
 
 TEST_F(RVGitTreeCommandLineTest, OptionsStandInAFixedOrder) {
@@ -247,7 +233,7 @@ TEST_F(RVGitTreeCommandLineTest, OptionsStandInAFixedOrder) {
         RVGitTreeCommand::gitTreeCommandWithRepositoryFilePath(repository(), "HEAD", "-f");
     command->setIncludesFileSize(true);
     command->setRecursesDirectories(true);
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("ls-tree", "-z", "-r", "-l", "HEAD", "--", "-f"));
 }
 
@@ -255,13 +241,13 @@ TEST_F(RVGitTreeCommandLineTest, AReferenceComesAheadOfRevisionAndPath) {
     const auto command =
         RVGitTreeCommand::gitTreeCommandWithRepositoryFilePath(repository(), "HEAD", "dir");
     command->setObjectReference(hash);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("ls-tree", "-z", hash));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("ls-tree", "-z", hash));
 }
 
 TEST_F(RVGitTreeCommandLineTest, HalfOfRevisionAndPathIsNotPassed) {
     const auto withoutPath =
         RVGitTreeCommand::gitTreeCommandWithRepositoryFilePath(repository(), "HEAD", std::nullopt);
-    EXPECT_THAT(argumentsOf(*withoutPath), ElementsAre("ls-tree", "-z"));
+    EXPECT_THAT(argumentsOf(recorder_, *withoutPath), ElementsAre("ls-tree", "-z"));
 }
 
 TEST_F(RVGitTreeCommandTest, ReadsWhatGitPrints) {

@@ -41,12 +41,6 @@ Strings parsed(std::string_view output) {
 
 class RVGitBranchCommandTest : public RVGitRepositoryTestCase {
 protected:
-    RVError errorOf(RVGitBranchCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        EXPECT_TRUE(error.has_value());
-        return error.value_or(RVError("none", 0));
-    }
     /// From 2.43 on, git words its refusals to delete anew.
     static bool hasNewWords() {
         return RVGitBinary::defaultGitBinary()->isVersionAtLeast("2.43.0");
@@ -59,31 +53,26 @@ protected:
 
 class RVGitBranchCommandLineTest : public RVGitBranchCommandTest {
 protected:
-    /// Whether git succeeds is of no interest here.
-    Strings argumentsOf(const std::shared_ptr<RVGitBranchCommand>& command) {
-        (void)command->run();
-        return lastArguments(recorder_);
-    }
     Strings argumentsWith(const RVOptions& options, Strings names = {"topic"}) {
         auto command = std::make_shared<RVGitBranchCommand>(repository(), options);
         command->setRefNames(std::move(names));
-        return argumentsOf(command);
+        return argumentsOf(recorder_, *command);
     }
 
-private:
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
 TEST_F(RVGitBranchCommandLineTest, Lists) {
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitBranchCommandWithRepository(repository())),
-                ElementsAre("branch", "--no-color", "--no-abbrev", "-v"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *RVGitBranchCommand::gitBranchCommandWithRepository(repository())),
+        ElementsAre("branch", "--no-color", "--no-abbrev", "-v"));
 }
 
 TEST_F(RVGitBranchCommandLineTest, ListsRemoteBranches) {
     const auto command = std::make_shared<RVGitBranchCommand>(
         repository(), RVOptions{{RVGitBranchOptionShowRemoteBranches, true}});
     EXPECT_TRUE(command->showsRemoteBranches());
-    EXPECT_THAT(argumentsOf(command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("branch", "--no-color", "--no-abbrev", "-v", "-r"));
 }
 
@@ -96,51 +85,58 @@ TEST_F(RVGitBranchCommandLineTest, OnlyAListingShowsRemoteBranches) {
 TEST_F(RVGitBranchCommandLineTest, WithoutNamesEveryOptionLists) {
     const auto command = std::make_shared<RVGitBranchCommand>(
         repository(), RVOptions{{RVGitBranchOptionForceDeletion, true}});
-    EXPECT_THAT(argumentsOf(command), ElementsAre("branch", "--no-color", "--no-abbrev", "-v"));
+    EXPECT_THAT(argumentsOf(recorder_, *command),
+                ElementsAre("branch", "--no-color", "--no-abbrev", "-v"));
 }
 
 TEST_F(RVGitBranchCommandLineTest, Creates) {
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitCreateBranchCommandWithRepository(
-                    repository(), "topic", std::nullopt)),
+    EXPECT_THAT(argumentsOf(recorder_, *RVGitBranchCommand::gitCreateBranchCommandWithRepository(
+                                           repository(), "topic", std::nullopt)),
                 ElementsAre("branch", "--no-track", "topic"));
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitCreateBranchCommandWithRepository(
-                    repository(), "refs/heads/topic", "HEAD~1")),
+    EXPECT_THAT(argumentsOf(recorder_, *RVGitBranchCommand::gitCreateBranchCommandWithRepository(
+                                           repository(), "refs/heads/topic", "HEAD~1")),
                 ElementsAre("branch", "--no-track", "topic", "HEAD~1"));
 }
 
 TEST_F(RVGitBranchCommandLineTest, CreatesWithATrackedRef) {
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(
-                    repository(), "topic", "refs/remotes/origin/topic")),
-                ElementsAre("branch", "--track", "topic", "refs/remotes/origin/topic"));
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(
-                    repository(), "topic", std::nullopt)),
-                ElementsAre("branch", "--track", "topic"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(
+                                   repository(), "topic", "refs/remotes/origin/topic")),
+        ElementsAre("branch", "--track", "topic", "refs/remotes/origin/topic"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(
+                                   repository(), "topic", std::nullopt)),
+        ElementsAre("branch", "--track", "topic"));
     const auto command = RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(
         repository(), "topic", "origin/topic");
     command->setStartingPoint("v1");
-    EXPECT_THAT(argumentsOf(command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("branch", "--track", "topic", "origin/topic", "v1"));
 }
 
 TEST_F(RVGitBranchCommandLineTest, AddsTracking) {
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitAddTrackingBranchCommandWithRepository(
-                    repository(), "refs/heads/topic", "refs/heads/main")),
-                ElementsAre("branch", "-u", "refs/heads/main", "topic"));
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitAddTrackingBranchCommandWithRepository(
-                    repository(), "topic", std::nullopt)),
-                ElementsAre("branch", "-u", "topic"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *RVGitBranchCommand::gitAddTrackingBranchCommandWithRepository(
+                                   repository(), "refs/heads/topic", "refs/heads/main")),
+        ElementsAre("branch", "-u", "refs/heads/main", "topic"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *RVGitBranchCommand::gitAddTrackingBranchCommandWithRepository(
+                                   repository(), "topic", std::nullopt)),
+        ElementsAre("branch", "-u", "topic"));
 }
 
 TEST_F(RVGitBranchCommandLineTest, RemovesTracking) {
-    EXPECT_THAT(argumentsOf(RVGitBranchCommand::gitRemoveTrackingBranchCommandWithRepository(
-                    repository(), "refs/heads/topic")),
-                ElementsAre("branch", "--unset-upstream", "topic"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *RVGitBranchCommand::gitRemoveTrackingBranchCommandWithRepository(
+                                   repository(), "refs/heads/topic")),
+        ElementsAre("branch", "--unset-upstream", "topic"));
 }
 
 TEST_F(RVGitBranchCommandLineTest, Deletes) {
-    EXPECT_THAT(argumentsOf(deleting({"one", "refs/heads/two"})),
+    EXPECT_THAT(argumentsOf(recorder_, *deleting({"one", "refs/heads/two"})),
                 ElementsAre("branch", "-d", "one", "two"));
-    EXPECT_THAT(argumentsOf(deleting({"one"}, true)), ElementsAre("branch", "-D", "one"));
+    EXPECT_THAT(argumentsOf(recorder_, *deleting({"one"}, true)),
+                ElementsAre("branch", "-D", "one"));
     EXPECT_THAT(argumentsWith({{RVGitBranchOptionForceDeletion, true}}),
                 ElementsAre("branch", "-D", "topic"));
 }
@@ -150,10 +146,12 @@ TEST_F(RVGitBranchCommandLineTest, Renames) {
         return RVGitBranchCommand::gitRenameBranchCommandWithRepository(
             repository(), "refs/heads/old", std::move(newName), forced);
     };
-    EXPECT_THAT(argumentsOf(renaming("refs/heads/new", false)),
+    EXPECT_THAT(argumentsOf(recorder_, *renaming("refs/heads/new", false)),
                 ElementsAre("branch", "-m", "old", "new"));
-    EXPECT_THAT(argumentsOf(renaming("new", true)), ElementsAre("branch", "-M", "old", "new"));
-    EXPECT_THAT(argumentsOf(renaming(std::nullopt, false)), ElementsAre("branch", "-m", "old"));
+    EXPECT_THAT(argumentsOf(recorder_, *renaming("new", true)),
+                ElementsAre("branch", "-M", "old", "new"));
+    EXPECT_THAT(argumentsOf(recorder_, *renaming(std::nullopt, false)),
+                ElementsAre("branch", "-m", "old"));
     EXPECT_THAT(argumentsWith({{RVGitBranchOptionForceRenaming, true}}),
                 ElementsAre("branch", "-M", "topic"));
 }

@@ -674,7 +674,7 @@ TEST_F(RVGitBranchTest, CreatingWithAFailureGivesNothing) {
     std::optional<RVError> error;
     EXPECT_EQ(RVGitBranch::createBranchWithRefName("main", std::nullopt, repository(), &error),
               nullptr);
-    EXPECT_EQ(error->code(), RVGitCreateBranchRefAlreadyExistsError);
+    EXPECT_EQ(error.value().code(), RVGitCreateBranchRefAlreadyExistsError);
     EXPECT_EQ(RVGitBranch::createTrackingBranchWithRefName("main", "main", repository(), &error),
               nullptr);
 }
@@ -726,7 +726,7 @@ TEST_F(RVGitBranchTest, DeletesSeveralAndKeepsWhatGitRefuses) {
     std::optional<RVError> error;
     EXPECT_FALSE(RVGitBranch::deleteBranchesWithRefNames({"one", "missing", "two"}, repository(),
                                                          false, &error));
-    EXPECT_EQ(error->code(), RVGitDeleteBranchNoSuchBranchError);
+    EXPECT_EQ(error.value().code(), RVGitDeleteBranchNoSuchBranchError);
     EXPECT_THAT(names(), ElementsAre("*refs/heads/main"));
 }
 

@@ -28,12 +28,12 @@ protected:
 class RVGitCloneCommandLineTest : public RVGitCloneCommandTest {
 protected:
     /// Whether git succeeds is of no interest here.
-    std::vector<std::string> argumentsOf(RVGitCloneCommand& command) {
+    std::vector<std::string> allArgumentsOf(RVGitCloneCommand& command) {
         (void)command.run();
         return recorder_.lastInvocation().arguments;
     }
     std::vector<std::string> argumentsWith(const std::optional<RVOptions>& options) {
-        return argumentsOf(*RVGitCloneCommand::gitCloneCommandWithRemoteURL(
+        return allArgumentsOf(*RVGitCloneCommand::gitCloneCommandWithRemoteURL(
             "/no/where", scratchPath("new"), options));
     }
     RVRecordingGit recorder_ = useRecordingGit();
@@ -74,7 +74,7 @@ TEST_F(RVGitCloneCommandLineTest, AllOptionsInTheirOrder) {
     command->setFilter("tree:0");
     command->setSingleBranch(true);
     EXPECT_THAT(
-        argumentsOf(*command),
+        allArgumentsOf(*command),
         ElementsAre("--no-pager", "clone", "--progress", "--bare", "--recursive", "--depth=3",
                     "--filter=tree:0", "--single-branch", "/no/where", scratchPath("new")));
 }
@@ -82,7 +82,7 @@ TEST_F(RVGitCloneCommandLineTest, AllOptionsInTheirOrder) {
 TEST_F(RVGitCloneCommandLineTest, AnExistingDirectoryBecomesTheWorkingDirectory) {
     const std::string directory = makeDirectory("here");
     const auto command = clone(repositoryPath(), directory, std::nullopt);
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(allArgumentsOf(*command),
                 ElementsAre("--no-pager", "clone", "--progress", repositoryPath(), "."));
     EXPECT_EQ(recorder_.lastInvocation().workingDirectory, directory);
     EXPECT_TRUE(fileExists("here/.git"));
@@ -107,7 +107,7 @@ TEST_F(RVGitCloneCommandLineTest, AnAddressThatLooksLikeAnOptionIsRefused) {
 
 TEST_F(RVGitCloneCommandLineTest, ALocalPathThatLooksLikeAnOptionIsAPath) {
     const auto command = clone("/no/where", "--template=x", std::nullopt);
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(allArgumentsOf(*command),
                 ElementsAre("--no-pager", "clone", "--progress", "/no/where", "./--template=x"));
 }
 

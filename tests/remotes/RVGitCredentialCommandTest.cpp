@@ -268,7 +268,7 @@ TEST_F(RVGitCredentialCommandTest, DamagedAnswersAreReadOrRefused) {
         RVGitCredentialOutputParser parser(damaged);
         std::optional<RVError> error;
         if (!parser.parse(&error)) {
-            EXPECT_EQ(error->code(), RVGitOutputParserError);
+            EXPECT_EQ(error.value().code(), RVGitOutputParserError);
         }
         for (const auto& value :
              {parser.scheme(), parser.host(), parser.path(), parser.user(), parser.password()})

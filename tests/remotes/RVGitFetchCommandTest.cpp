@@ -25,11 +25,6 @@ protected:
         return RVGitFetchCommand::gitFetchCommandWithRepository(repository(), remote, refSpec,
                                                                 options);
     }
-    RVError errorOf(RVGitCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        return error.value_or(RVError("none", 0));
-    }
     /// With a commit on main, as the remote "origin".
     std::string addOrigin() {
         const std::string path = initRepository("origin");
@@ -44,50 +39,47 @@ protected:
 
 class RVGitFetchCommandLineTest : public RVGitFetchCommandTest {
 protected:
-    std::vector<std::string> argumentsOf(RVGitFetchCommand& command) {
-        (void)command.run();
-        return lastArguments(recorder_);
-    }
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
 TEST_F(RVGitFetchCommandLineTest, WithoutARemoteOrAnAddressTheChoiceIsGits) {
-    EXPECT_THAT(argumentsOf(*fetch(nullptr)), ElementsAre("fetch", "-v", "--progress"));
+    EXPECT_THAT(argumentsOf(recorder_, *fetch(nullptr)), ElementsAre("fetch", "-v", "--progress"));
     EXPECT_EQ(fetch(nullptr)->remoteName(), ".");
 }
 
 TEST_F(RVGitFetchCommandLineTest, ARemoteAndASpec) {
-    EXPECT_THAT(argumentsOf(*fetch(remoteNamed("a/b"))),
+    EXPECT_THAT(argumentsOf(recorder_, *fetch(remoteNamed("a/b"))),
                 ElementsAre("fetch", "-v", "--progress", "a/b"));
-    EXPECT_THAT(argumentsOf(*fetch(remoteNamed("a"), {}, RVGitRefSpec::refSpecFromString("x:y"))),
+    EXPECT_THAT(argumentsOf(recorder_,
+                            *fetch(remoteNamed("a"), {}, RVGitRefSpec::refSpecFromString("x:y"))),
                 ElementsAre("fetch", "-v", "--progress", "a", "x:y"));
 }
 
 TEST_F(RVGitFetchCommandLineTest, ASpecWithoutARemote) {
-    EXPECT_THAT(argumentsOf(*fetch(nullptr, {}, RVGitRefSpec::refSpecFromString("x"))),
+    EXPECT_THAT(argumentsOf(recorder_, *fetch(nullptr, {}, RVGitRefSpec::refSpecFromString("x"))),
                 ElementsAre("fetch", "-v", "--progress", "x"));
 }
 
 TEST_F(RVGitFetchCommandLineTest, AnAddress) {
     const auto command = RVGitFetchCommand::gitFetchCommandWithRepository(
         repository(), "/no/where", RVGitRefSpec::refSpecFromString("x:y"));
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("fetch", "-v", "--progress", "/no/where", "x:y"));
     EXPECT_EQ(command->remoteName(), ".");
     const auto without = RVGitFetchCommand::gitFetchCommandWithRepository(
         repository(), std::optional<std::string>(), nullptr);
-    EXPECT_THAT(argumentsOf(*without), ElementsAre("fetch", "-v", "--progress"));
+    EXPECT_THAT(argumentsOf(recorder_, *without), ElementsAre("fetch", "-v", "--progress"));
 }
 
 TEST_F(RVGitFetchCommandLineTest, ARemoteCountsMoreThanAnAddress) {
     const auto command = fetch(remoteNamed("a"));
     command->setRemoteURLString("/no/where");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("fetch", "-v", "--progress", "a"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("fetch", "-v", "--progress", "a"));
 }
 
 TEST_F(RVGitFetchCommandLineTest, EachOption) {
     const auto argumentsWith = [&](const RVOptions& options) {
-        return argumentsOf(*fetch(remoteNamed("a"), options));
+        return argumentsOf(recorder_, *fetch(remoteNamed("a"), options));
     };
     const auto lineWith = [](const char* option) {
         return ElementsAre("fetch", "-v", "--progress", option, "a");
@@ -111,7 +103,7 @@ TEST_F(RVGitFetchCommandLineTest, AllOptionsInTheirOrder) {
     command->setRecursesSubmodules(true);
     command->setForcesTagsDownload(true);
     command->setPrunesObsoleteRemoteBranches(true);
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("fetch", "-v", "--progress", "--prune", "--tags",
                             "--recurse-submodules", "--depth=1", "--unshallow", "a"));
 }

@@ -22,11 +22,6 @@ protected:
             names.push_back(ref.fullRefName);
         return names;
     }
-    static RVError errorOf(RVGitCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        return error.value_or(RVError("none", 0));
-    }
 };
 
 TEST_F(RVGitLsRemoteCommandTest, ArgumentsForEachOption) {
@@ -104,7 +99,7 @@ TEST_F(RVGitLsRemoteCommandTest, ALineOfAnotherFormFailsWith11AndDamageOnlyWithT
         RVGitRefOutputParser parser(damaged);
         std::optional<RVError> error;
         if (!parser.parse(&error)) {
-            EXPECT_EQ(error->code(), RVGitOutputParserError);
+            EXPECT_EQ(error.value().code(), RVGitOutputParserError);
         }
         EXPECT_LE(parser.refs().size(), 3u);
     }

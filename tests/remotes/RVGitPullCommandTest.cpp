@@ -27,11 +27,6 @@ protected:
         return Command::gitPullCommandWithRepository(
             repository(), remoteNamed("origin"), RVGitRefSpec::refSpecFromString(refSpec), options);
     }
-    static RVError errorOf(RVGitCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        return error.value_or(RVError("none", 0));
-    }
     /// A remote "origin" whose first commit this repository has, too.
     void addOrigin() {
         origin_ = initRepository("origin");
@@ -55,10 +50,6 @@ protected:
 
 class RVGitPullCommandLineTest : public RVGitPullCommandTest {
 protected:
-    std::vector<std::string> argumentsOf(Command& command) {
-        (void)command.run();
-        return lastArguments(recorder_);
-    }
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
@@ -66,36 +57,39 @@ TEST_F(RVGitPullCommandLineTest, WithoutARemoteItIsThisRepository) {
     const auto command =
         Command::gitPullCommandWithRepository(repository(), nullptr, nullptr, std::nullopt);
     EXPECT_EQ(command->remoteName(), ".");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("pull", "-v", "--progress", "--no-rebase", "."));
+    EXPECT_THAT(argumentsOf(recorder_, *command),
+                ElementsAre("pull", "-v", "--progress", "--no-rebase", "."));
 }
 
 TEST_F(RVGitPullCommandLineTest, ARemoteAndASpec) {
-    EXPECT_THAT(argumentsOf(*pull({}, "x:y")),
+    EXPECT_THAT(argumentsOf(recorder_, *pull({}, "x:y")),
                 ElementsAre("pull", "-v", "--progress", "--no-rebase", "origin", "x:y"));
 }
 
 TEST_F(RVGitPullCommandLineTest, EachOption) {
-    EXPECT_THAT(argumentsOf(*pull(RVOptions{{"rebase", true}})),
+    EXPECT_THAT(argumentsOf(recorder_, *pull(RVOptions{{"rebase", true}})),
                 ElementsAre("pull", "-v", "--progress", "--rebase", "origin", "main"));
-    EXPECT_THAT(argumentsOf(*pull(RVOptions{{"preserveMergeCommits", true}})),
+    EXPECT_THAT(argumentsOf(recorder_, *pull(RVOptions{{"preserveMergeCommits", true}})),
                 ElementsAre("pull", "-v", "--progress", "--no-rebase", "-p", "origin", "main"));
     EXPECT_THAT(
-        argumentsOf(*pull(RVOptions{{"noVerify", true}})),
+        argumentsOf(recorder_, *pull(RVOptions{{"noVerify", true}})),
         ElementsAre("pull", "-v", "--progress", "--no-verify", "--no-rebase", "origin", "main"));
-    EXPECT_THAT(argumentsOf(*pull(RVOptions{
-                    {"rebase", false}, {"preserveMergeCommits", false}, {"noVerify", false}})),
+    EXPECT_THAT(argumentsOf(recorder_, *pull(RVOptions{{"rebase", false},
+                                                       {"preserveMergeCommits", false},
+                                                       {"noVerify", false}})),
                 ElementsAre("pull", "-v", "--progress", "--no-rebase", "origin", "main"));
 }
 
 TEST_F(RVGitPullCommandLineTest, Signatures) {
     const auto command = pull();
     command->setAllowedSignersFile("/a b");
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("pull", "-v", "--progress", "--no-rebase", "origin", "main"));
     const auto verifying = pull();
     verifying->setVerifiesSignatures(true);
-    EXPECT_THAT(argumentsOf(*verifying), ElementsAre("pull", "-v", "--progress", "--no-rebase",
-                                                     "--verify-signatures", "origin", "main"));
+    EXPECT_THAT(argumentsOf(recorder_, *verifying),
+                ElementsAre("pull", "-v", "--progress", "--no-rebase", "--verify-signatures",
+                            "origin", "main"));
 }
 
 TEST_F(RVGitPullCommandLineTest, AllOptionsInTheirOrder) {
@@ -105,9 +99,10 @@ TEST_F(RVGitPullCommandLineTest, AllOptionsInTheirOrder) {
     command->setPreservesMergeCommits(true);
     command->setUsesRebase(true);
     command->setNoVerify(true);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("-c", "gpg.ssh.allowedSignersFile=/a b", "pull",
-                                                   "-v", "--progress", "--no-verify", "--rebase",
-                                                   "-p", "--verify-signatures", "origin", "main"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *command),
+        ElementsAre("-c", "gpg.ssh.allowedSignersFile=/a b", "pull", "-v", "--progress",
+                    "--no-verify", "--rebase", "-p", "--verify-signatures", "origin", "main"));
 }
 
 TEST_F(RVGitPullCommandLineTest, WhatLooksLikeAnOptionIsRefused) {

@@ -32,11 +32,6 @@ protected:
         return Command::gitPushCommandWithRepository(repository(), remoteNamed("origin"), refSpecs,
                                                      options);
     }
-    static RVError errorOf(RVGitCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        return error.value_or(RVError("none", 0));
-    }
     /// A bare repository as the remote "origin", with main pushed there.
     void pushToOrigin() {
         origin_ = initBareRepository("origin.git");
@@ -60,10 +55,6 @@ protected:
 
 class RVGitPushCommandLineTest : public RVGitPushCommandTest {
 protected:
-    std::vector<std::string> argumentsOf(Command& command) {
-        (void)command.run();
-        return lastArguments(recorder_);
-    }
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
@@ -72,22 +63,24 @@ TEST_F(RVGitPushCommandLineTest, WithoutARemoteItIsThisRepository) {
         repository(), nullptr, std::shared_ptr<RVGitRefSpec>(), std::nullopt);
     EXPECT_EQ(command->refSpecs(), std::nullopt);
     EXPECT_EQ(command->remoteName(), ".");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("push", "-v", "--progress", "."));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("push", "-v", "--progress", "."));
 }
 
 TEST_F(RVGitPushCommandLineTest, OneSpecOrSeveralOrNone) {
     const auto one = Command::gitPushCommandWithRepository(repository(), remoteNamed("a/b"),
                                                            spec("x:y"), std::nullopt);
-    EXPECT_THAT(argumentsOf(*one), ElementsAre("push", "-v", "--progress", "a/b", "x:y"));
-    EXPECT_THAT(argumentsOf(*push({spec("x"), RVGitRefSpec::matchingRefsRefSpec(),
-                                   RVGitRefSpec::deleteRefSpecWithRemoteRefName("z")})),
+    EXPECT_THAT(argumentsOf(recorder_, *one),
+                ElementsAre("push", "-v", "--progress", "a/b", "x:y"));
+    EXPECT_THAT(argumentsOf(recorder_, *push({spec("x"), RVGitRefSpec::matchingRefsRefSpec(),
+                                              RVGitRefSpec::deleteRefSpecWithRemoteRefName("z")})),
                 ElementsAre("push", "-v", "--progress", "origin", "x", ":", ":z"));
-    EXPECT_THAT(argumentsOf(*push({})), ElementsAre("push", "-v", "--progress", "origin"));
+    EXPECT_THAT(argumentsOf(recorder_, *push({})),
+                ElementsAre("push", "-v", "--progress", "origin"));
 }
 
 TEST_F(RVGitPushCommandLineTest, EachOption) {
     const auto argumentsWith = [&](const RVOptions& options) {
-        return argumentsOf(*push({spec("x:y")}, options));
+        return argumentsOf(recorder_, *push({spec("x:y")}, options));
     };
     const auto lineWith = [](const char* option) {
         return ElementsAre("push", "-v", "--progress", option, "origin", "x:y");
@@ -112,29 +105,30 @@ TEST_F(RVGitPushCommandLineTest, AllOptionsInTheirOrder) {
                                                        {RVGitPushOptionPushTags, true},
                                                        {RVGitPushOptionNoVerify, true}});
     command->setLeaseValueCommitHash("abc");
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("push", "-v", "--progress", "--no-verify", "--tags",
                             "--force-with-lease=y:abc", "--delete", "origin", "y"));
 }
 
 TEST_F(RVGitPushCommandLineTest, BothForcesAreNone) {
-    EXPECT_THAT(
-        argumentsOf(*push({spec("x:y")}, RVOptions{{RVGitPushOptionForcePush, true},
-                                                   {RVGitPushOptionForcePushWithLease, true}})),
-        ElementsAre("push", "-v", "--progress", "origin", "x:y"));
+    EXPECT_THAT(argumentsOf(recorder_, *push({spec("x:y")},
+                                             RVOptions{{RVGitPushOptionForcePush, true},
+                                                       {RVGitPushOptionForcePushWithLease, true}})),
+                ElementsAre("push", "-v", "--progress", "origin", "x:y"));
 }
 
 TEST_F(RVGitPushCommandLineTest, ADeletingPushIsNotForced) {
-    EXPECT_THAT(argumentsOf(*push({spec("x:y")}, RVOptions{{RVGitPushOptionForcePush, true},
-                                                           {RVGitPushOptionDeleteRef, true}})),
-                ElementsAre("push", "-v", "--progress", "--delete", "origin", "y"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *push({spec("x:y")}, RVOptions{{RVGitPushOptionForcePush, true},
+                                                              {RVGitPushOptionDeleteRef, true}})),
+        ElementsAre("push", "-v", "--progress", "--delete", "origin", "y"));
 }
 
 TEST_F(RVGitPushCommandLineTest, ALeaseIsThatOfTheFirstSpec) {
     const auto command =
         push({spec("x:y"), spec("v:w")}, RVOptions{{RVGitPushOptionForcePushWithLease, true}});
     command->setLeaseValueCommitHash("abc");
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("push", "-v", "--progress", "--force-with-lease=y:abc", "origin", "x:y",
                             "v:w"));
 }
@@ -142,7 +136,7 @@ TEST_F(RVGitPushCommandLineTest, ALeaseIsThatOfTheFirstSpec) {
 TEST_F(RVGitPushCommandLineTest, ALeaseWithoutASpecHasAnEmptyName) {
     const auto command = push({}, RVOptions{{RVGitPushOptionForcePushWithLease, true}});
     command->setLeaseValueCommitHash("abc");
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("push", "-v", "--progress", "--force-with-lease=:abc", "origin"));
 }
 
@@ -150,25 +144,26 @@ TEST_F(RVGitPushCommandLineTest, DeletesABranchOrATagByItsFullName) {
     const auto branch =
         Command::gitPushCommandWithRepositoryDeletingBranch(repository(), remoteNamed("r"), "a/b");
     EXPECT_TRUE(branch->deletesRef());
-    EXPECT_THAT(argumentsOf(*branch),
+    EXPECT_THAT(argumentsOf(recorder_, *branch),
                 ElementsAre("push", "-v", "--progress", "--delete", "r", "refs/heads/a/b"));
-    EXPECT_THAT(argumentsOf(*Command::gitPushCommandWithRepositoryDeletingTag(
-                    repository(), remoteNamed("r"), "v1")),
+    EXPECT_THAT(argumentsOf(recorder_, *Command::gitPushCommandWithRepositoryDeletingTag(
+                                           repository(), remoteNamed("r"), "v1")),
                 ElementsAre("push", "-v", "--progress", "--delete", "r", "refs/tags/v1"));
-    EXPECT_THAT(argumentsOf(*Command::gitPushCommandWithRepositoryDeletingTag(
-                    repository(), remoteNamed("r"), "refs/heads/x")),
+    EXPECT_THAT(argumentsOf(recorder_, *Command::gitPushCommandWithRepositoryDeletingTag(
+                                           repository(), remoteNamed("r"), "refs/heads/x")),
                 ElementsAre("push", "-v", "--progress", "--delete", "r", "refs/heads/x"));
 }
 
 TEST_F(RVGitPushCommandLineTest, ADeleteWithoutARemoteRefNameNamesNone) {
-    EXPECT_THAT(argumentsOf(*push({spec("x")}, RVOptions{{RVGitPushOptionDeleteRef, true}})),
-                ElementsAre("push", "-v", "--progress", "--delete", "origin"));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *push({spec("x")}, RVOptions{{RVGitPushOptionDeleteRef, true}})),
+        ElementsAre("push", "-v", "--progress", "--delete", "origin"));
 }
 
 TEST_F(RVGitPushCommandLineTest, SeveralDeletesRelyOnTheirSpecs) {
-    EXPECT_THAT(argumentsOf(*push({RVGitRefSpec::deleteRefSpecWithRemoteRefName("a"),
-                                   RVGitRefSpec::deleteRefSpecWithRemoteRefName("b")},
-                                  RVOptions{{RVGitPushOptionDeleteRef, true}})),
+    EXPECT_THAT(argumentsOf(recorder_, *push({RVGitRefSpec::deleteRefSpecWithRemoteRefName("a"),
+                                              RVGitRefSpec::deleteRefSpecWithRemoteRefName("b")},
+                                             RVOptions{{RVGitPushOptionDeleteRef, true}})),
                 ElementsAre("push", "-v", "--progress", "origin", ":a", ":b"));
 }
 

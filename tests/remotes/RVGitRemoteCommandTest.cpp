@@ -23,12 +23,6 @@ Strings parsed(std::string_view output) {
 
 class RVGitRemoteCommandTest : public RVGitRepositoryTestCase {
 protected:
-    RVError errorOf(const std::shared_ptr<RVGitRemoteCommand>& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command->run(&error));
-        EXPECT_TRUE(error.has_value());
-        return error.value_or(RVError("none", 0));
-    }
     std::shared_ptr<RVGitRemoteCommand> creating(std::string name, std::string URL = "url") {
         return RVGitRemoteCommand::gitCreateRemoteCommandWithRepository(
             repository(), std::move(name), std::move(URL));
@@ -72,12 +66,12 @@ TEST_F(RVGitRemoteCommandTest, NothingBecomesAnOption) {
     const RVRepositorySnapshot before(repositoryPath());
     const std::string configuration = gitInRepository({"config", "--local", "--list"});
     for (const std::string text : {"-f", "--mirror=fetch", "-t", "-"}) {
-        EXPECT_EQ(errorOf(creating(text)).code(), RVGitCreateRemoteInvalidNameError) << text;
-        EXPECT_EQ(errorOf(creating("x", text)).code(), RVGitRVGitGenericError) << text;
-        EXPECT_EQ(errorOf(renaming("origin", text)).code(), RVGitRenameRemoteInvalidNameError);
-        EXPECT_EQ(errorOf(renaming(text, "x")).code(), RVGitRenameRemoteInvalidNameError);
+        EXPECT_EQ(errorOf(*creating(text)).code(), RVGitCreateRemoteInvalidNameError) << text;
+        EXPECT_EQ(errorOf(*creating("x", text)).code(), RVGitRVGitGenericError) << text;
+        EXPECT_EQ(errorOf(*renaming("origin", text)).code(), RVGitRenameRemoteInvalidNameError);
+        EXPECT_EQ(errorOf(*renaming(text, "x")).code(), RVGitRenameRemoteInvalidNameError);
         // Nothing is made whose name could be invalid.
-        EXPECT_EQ(errorOf(deleting(text)).code(), RVGitRVGitGenericError);
+        EXPECT_EQ(errorOf(*deleting(text)).code(), RVGitRVGitGenericError);
     }
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
     EXPECT_EQ(gitInRepository({"config", "--local", "--list"}), configuration);
@@ -85,7 +79,7 @@ TEST_F(RVGitRemoteCommandTest, NothingBecomesAnOption) {
 
 TEST_F(RVGitRemoteCommandTest, AnExistingNameFailsWith2300) {
     gitInRepository({"remote", "add", "origin", "url"});
-    const auto error = errorOf(creating("origin"));
+    const auto error = errorOf(*creating("origin"));
     EXPECT_EQ(error.code(), RVGitCreateRemoteAlreadyExistsError);
     EXPECT_EQ(error.userInfoString(RVGitRemoteNameErrorKey), "origin");
 }
@@ -93,12 +87,12 @@ TEST_F(RVGitRemoteCommandTest, AnExistingNameFailsWith2300) {
 TEST_F(RVGitRemoteCommandTest, TheOldExitCodeMeans2300Too) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardError = "fatal: remote origin already exists.\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(creating("origin")).code(), RVGitCreateRemoteAlreadyExistsError);
-    EXPECT_EQ(errorOf(renaming("a", "origin")).code(), RVGitRenameRemoteAlreadyExistsError);
+    EXPECT_EQ(errorOf(*creating("origin")).code(), RVGitCreateRemoteAlreadyExistsError);
+    EXPECT_EQ(errorOf(*renaming("a", "origin")).code(), RVGitRenameRemoteAlreadyExistsError);
 }
 
 TEST_F(RVGitRemoteCommandTest, AnInvalidNameFailsWith2301) {
-    const auto error = errorOf(creating("a..b"));
+    const auto error = errorOf(*creating("a..b"));
     EXPECT_EQ(error.code(), RVGitCreateRemoteInvalidNameError);
     EXPECT_EQ(error.userInfoString(RVGitRemoteNameErrorKey), "a..b");
 }
@@ -106,7 +100,7 @@ TEST_F(RVGitRemoteCommandTest, AnInvalidNameFailsWith2301) {
 TEST_F(RVGitRemoteCommandTest, RenamingToAnExistingNameFailsWith2302) {
     gitInRepository({"remote", "add", "a", "url"});
     gitInRepository({"remote", "add", "b", "url"});
-    const auto error = errorOf(renaming("a", "b"));
+    const auto error = errorOf(*renaming("a", "b"));
     EXPECT_EQ(error.code(), RVGitRenameRemoteAlreadyExistsError);
     // Git names "b"; the command's own names go over that.
     EXPECT_EQ(error.userInfoString(RVGitRemoteNameErrorKey), "a");
@@ -114,11 +108,11 @@ TEST_F(RVGitRemoteCommandTest, RenamingToAnExistingNameFailsWith2302) {
 
 TEST_F(RVGitRemoteCommandTest, RenamingToAnInvalidNameFailsWith2303) {
     gitInRepository({"remote", "add", "a", "url"});
-    EXPECT_EQ(errorOf(renaming("a", "b..c")).code(), RVGitRenameRemoteInvalidNameError);
+    EXPECT_EQ(errorOf(*renaming("a", "b..c")).code(), RVGitRenameRemoteInvalidNameError);
 }
 
 TEST_F(RVGitRemoteCommandTest, OtherFailuresAreNamedAfterTheFirstRemote) {
-    const auto error = errorOf(deleting("missing"));
+    const auto error = errorOf(*deleting("missing"));
     EXPECT_EQ(error.code(), RVGitRVGitGenericError);
     EXPECT_EQ(error.userInfoString(RVGitRemoteNameErrorKey), "missing");
 }

@@ -398,7 +398,7 @@ TEST_F(RVGitRemoteTest, RenamesARemoteWithItsRefs) {
     addRemote("b");
     std::optional<RVError> error;
     EXPECT_FALSE(RVGitRemote::renameRemoteWithName("upstream", "b", repository(), &error));
-    EXPECT_EQ(error->code(), RVGitRenameRemoteAlreadyExistsError);
+    EXPECT_EQ(error.value().code(), RVGitRenameRemoteAlreadyExistsError);
 }
 
 TEST_F(RVGitRemoteTest, RenamesByTheCaseOfLettersAlone) {

@@ -116,7 +116,7 @@ class RVGitSubmoduleCommandLineTest : public RVGitSubmoduleTestCase {
 protected:
     /// Whether git succeeds is of no interest here; and `git submodule` starts others, so that the
     /// first recorded call counts.
-    std::vector<std::string> argumentsOf(Command& command) {
+    std::vector<std::string> firstArgumentsOf(Command& command) {
         recorder_.clear();
         (void)command.run();
         return recorder_.invocations().front().arguments;
@@ -126,7 +126,7 @@ protected:
 
 TEST_F(RVGitSubmoduleCommandLineTest, HasNeitherPathOfTheRepository) {
     const auto command = Command::gitSubmoduleStatusCommandWithRepository(repository(), {});
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("--no-pager", "submodule", "status"));
+    EXPECT_THAT(firstArgumentsOf(*command), ElementsAre("--no-pager", "submodule", "status"));
     const auto call = recorder_.invocations().front();
     EXPECT_EQ(call.workingDirectory, repositoryPath());
     EXPECT_EQ(call.environment.at("GIT_LITERAL_PATHSPECS"), "1");
@@ -136,7 +136,7 @@ TEST_F(RVGitSubmoduleCommandLineTest, HasNeitherPathOfTheRepository) {
 TEST_F(RVGitSubmoduleCommandLineTest, IsMadeByFiveFactories) {
     const std::vector<std::string> paths = {"a b", "c"};
     const auto line = [&](const std::shared_ptr<Command>& command) {
-        auto arguments = argumentsOf(*command);
+        auto arguments = firstArgumentsOf(*command);
         return std::vector<std::string>(arguments.begin() + 2, arguments.end());
     };
     const auto& r = repository();
@@ -170,9 +170,9 @@ TEST_F(RVGitSubmoduleCommandLineTest, IsMadeByFiveFactories) {
 }
 
 TEST_F(RVGitSubmoduleCommandLineTest, APathThatLooksLikeAnOptionIsNone) {
-    EXPECT_THAT(
-        argumentsOf(*Command::gitSubmoduleUpdateCommandWithRepository(repository(), {{"-x"}}, 0)),
-        ElementsAre("--no-pager", "submodule", "update", "./-x"));
+    EXPECT_THAT(firstArgumentsOf(
+                    *Command::gitSubmoduleUpdateCommandWithRepository(repository(), {{"-x"}}, 0)),
+                ElementsAre("--no-pager", "submodule", "update", "./-x"));
 }
 
 TEST_F(RVGitSubmoduleCommandLineTest, AnAddressThatLooksLikeAnOptionIsRefused) {
@@ -183,15 +183,7 @@ TEST_F(RVGitSubmoduleCommandLineTest, AnAddressThatLooksLikeAnOptionIsRefused) {
     EXPECT_THAT(recorder_.invocations(), IsEmpty());
 }
 
-class RVGitSubmoduleCommandTest : public RVGitSubmoduleTestCase {
-protected:
-    std::optional<RVError> errorOf(const std::shared_ptr<Command>& command) {
-        std::optional<RVError> failure;
-        EXPECT_FALSE(command->run(&failure));
-        EXPECT_TRUE(failure);
-        return failure;
-    }
-};
+class RVGitSubmoduleCommandTest : public RVGitSubmoduleTestCase {};
 
 TEST_F(RVGitSubmoduleCommandTest, StatusGivesTheSubmodules) {
     addSubmodule("a");
@@ -213,11 +205,11 @@ TEST_F(RVGitSubmoduleCommandTest, OthersThanStatusGiveNone) {
 TEST_F(RVGitSubmoduleCommandTest, AddingAtAPathThatExistsFailsWith2804) {
     writeFile("repository/there", "x");
     stageAll();
-    const auto failure = errorOf(Command::gitSubmoduleAddCommandWithRepository(
+    const auto failure = errorOf(*Command::gitSubmoduleAddCommandWithRepository(
         repository(), "there", scratchPath("library"), 0));
-    EXPECT_EQ(failure->code(), RVGitAddSubmodulePathAlreadyExistsError);
-    EXPECT_EQ(failure->userInfoString(RVGitSubmodulePathErrorKey), "there");
-    EXPECT_EQ(failure->localizedFailureReason(),
+    EXPECT_EQ(failure.code(), RVGitAddSubmodulePathAlreadyExistsError);
+    EXPECT_EQ(failure.userInfoString(RVGitSubmodulePathErrorKey), "there");
+    EXPECT_EQ(failure.localizedFailureReason(),
               "Could not add the submodule at path “there”. The path already exists.");
 }
 
@@ -227,9 +219,9 @@ TEST_F(RVGitSubmoduleCommandTest, AddingOverAGitDirectoryFailsWith2805) {
     gitInRepository({"commit", "-q", "-m", "Remove"});
     makeLibrary("other");
     const auto failure = errorOf(
-        Command::gitSubmoduleAddCommandWithRepository(repository(), "a", scratchPath("other"), 0));
-    EXPECT_EQ(failure->code(), RVGitAddSubmoduleGitDirectoryAlreadyExistsError);
-    EXPECT_EQ(failure->userInfoString(RVGitSubmoduleNameErrorKey), "a");
+        *Command::gitSubmoduleAddCommandWithRepository(repository(), "a", scratchPath("other"), 0));
+    EXPECT_EQ(failure.code(), RVGitAddSubmoduleGitDirectoryAlreadyExistsError);
+    EXPECT_EQ(failure.userInfoString(RVGitSubmoduleNameErrorKey), "a");
     EXPECT_TRUE(succeeded(Command::gitSubmoduleAddCommandWithRepository(
                               repository(), "a", scratchPath("other"), RVGitSubmoduleAddOptionForce)
                               ->run(&error)));
@@ -239,25 +231,25 @@ TEST_F(RVGitSubmoduleCommandTest, AMissingGitDirectoryIs2801) {
     addSubmodule("lib", "na me");
     fs::remove_all(pathInRepository(".git/modules/na me"));
     const auto failure =
-        errorOf(Command::gitSubmoduleStatusCommandWithRepository(repository(), {{"lib"}}));
-    EXPECT_EQ(failure->code(), RVGitSubmoduleStatusMissingGitDirError);
-    EXPECT_EQ(failure->userInfoString(RVGitSubmoduleNameErrorKey), "na me");
-    EXPECT_EQ(failure->localizedDescription(), "");
+        errorOf(*Command::gitSubmoduleStatusCommandWithRepository(repository(), {{"lib"}}));
+    EXPECT_EQ(failure.code(), RVGitSubmoduleStatusMissingGitDirError);
+    EXPECT_EQ(failure.userInfoString(RVGitSubmoduleNameErrorKey), "na me");
+    EXPECT_EQ(failure.localizedDescription(), "");
 }
 
 TEST_F(RVGitSubmoduleCommandTest, AMissingMappingIs2800) {
     addSubmodule("lib");
     gitInRepository({"config", "-f", ".gitmodules", "--remove-section", "submodule.lib"});
     const auto failure =
-        errorOf(Command::gitSubmoduleStatusCommandWithRepository(repository(), std::nullopt));
-    EXPECT_EQ(failure->code(), RVGitSubmoduleStatusMissingMappingError);
-    EXPECT_EQ(failure->userInfoString(RVGitSubmodulePathErrorKey), "lib");
+        errorOf(*Command::gitSubmoduleStatusCommandWithRepository(repository(), std::nullopt));
+    EXPECT_EQ(failure.code(), RVGitSubmoduleStatusMissingMappingError);
+    EXPECT_EQ(failure.userInfoString(RVGitSubmodulePathErrorKey), "lib");
 }
 
 TEST_F(RVGitSubmoduleCommandTest, RowsForWhatGitDoesNotPrintToday) {
     RVFakeGit fake = useFakeGit();
     const auto codeOf = [&](const std::shared_ptr<Command>& command) {
-        return errorOf(command)->code();
+        return errorOf(*command).code();
     };
     const auto status = [&] {
         return Command::gitSubmoduleStatusCommandWithRepository(repository(), std::nullopt);
@@ -297,13 +289,13 @@ TEST_F(RVGitSubmoduleCommandTest, AStatusThatPrintsOnStandardErrorHasFailedWhate
         {.standardOutput = line,
          .standardError = "No submodule mapping found in .gitmodules for path 'sub dir/b'\n"});
     const auto status = Command::gitSubmoduleStatusCommandWithRepository(repository(), {});
-    const auto failure = errorOf(status);
-    EXPECT_EQ(failure->code(), RVGitSubmoduleStatusMissingMappingError);
-    EXPECT_EQ(failure->userInfoString(RVGitSubmodulePathErrorKey), "sub dir/b");
+    const auto failure = errorOf(*status);
+    EXPECT_EQ(failure.code(), RVGitSubmoduleStatusMissingMappingError);
+    EXPECT_EQ(failure.userInfoString(RVGitSubmodulePathErrorKey), "sub dir/b");
     EXPECT_THAT(status->submodules(), SizeIs(1));
 
     fake.setAnswer({.standardOutput = line, .standardError = "perl: warning: no locale\n"});
-    EXPECT_EQ(errorOf(Command::gitSubmoduleStatusCommandWithRepository(repository(), {}))->code(),
+    EXPECT_EQ(errorOf(*Command::gitSubmoduleStatusCommandWithRepository(repository(), {})).code(),
               RVGitRVGitGenericError);
     // Others may say what they like.
     EXPECT_TRUE(Command::gitSubmoduleSyncCommandWithRepository(repository(), {})->run(&error));

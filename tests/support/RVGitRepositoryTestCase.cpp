@@ -1,6 +1,7 @@
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
 
 RVGitRepositoryTestCase::RVGitRepositoryTestCase()
@@ -15,6 +16,10 @@ std::string RVGitRepositoryTestCase::gitInRepository(
 
 std::string RVGitRepositoryTestCase::makeCommit(std::string_view message) {
     return commitFile(repositoryPath_, "file.txt", std::to_string(++numberOfCommits_), message);
+}
+
+void RVGitRepositoryTestCase::change(std::string_view contents) const {
+    writeFile(repositoryPath_ + "/file.txt", contents);
 }
 
 RVRecordingGit RVGitRepositoryTestCase::useRecordingGit() {
@@ -42,4 +47,17 @@ std::vector<std::string> RVGitRepositoryTestCase::lastArguments(
     }
     arguments.erase(arguments.begin(), arguments.begin() + common.size());
     return arguments;
+}
+
+std::vector<std::string> RVGitRepositoryTestCase::argumentsOf(const RVRecordingGit& recorder,
+                                                              RVGitCommand& command) const {
+    (void)command.run();
+    return lastArguments(recorder);
+}
+
+RVError RVGitRepositoryTestCase::errorOf(RVGitCommand& command) {
+    std::optional<RVError> error;
+    EXPECT_FALSE(command.run(&error));
+    EXPECT_TRUE(error.has_value());
+    return error.value_or(RVError("none", 0));
 }

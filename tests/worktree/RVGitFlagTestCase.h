@@ -48,16 +48,4 @@ protected:
         }
         EXPECT_EQ(argumentsOf(recorder, *everything), expected(all));
     }
-    /// Runs the command, whatever comes of it.
-    template <typename Command>
-    Arguments argumentsOf(const RVRecordingGit& recorder, Command& command) const {
-        (void)command.run();
-        return lastArguments(recorder);
-    }
-    template <typename Command>
-    static RVError errorOf(Command& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        return error.value_or(RVError("none", 0));
-    }
 };

@@ -338,11 +338,11 @@ TEST_F(RVGitIgnoresTest, TheTextsOfTheErrorsShowNoPath) {
     makeDirectory(path);
     std::optional<RVError> error;
     EXPECT_EQ(ignores->readIgnorePatterns(&error), std::nullopt);
-    EXPECT_EQ(error->localizedFailureReason(),
+    EXPECT_EQ(error.value().localizedFailureReason(),
               "Failed to read ignores file at path “”. Make sure the path exists and is readable "
               "for your user.");
     EXPECT_FALSE(ignores->writeIgnorePatterns({"a"}, &error));
-    EXPECT_EQ(error->localizedFailureReason(),
+    EXPECT_EQ(error.value().localizedFailureReason(),
               "Failed to write the ignores file at path “”. Make sure the path is writable for "
               "your user.");
 }

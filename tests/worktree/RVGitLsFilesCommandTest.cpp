@@ -259,7 +259,7 @@ class RVGitLsFilesCommandTest : public RVGitRepositoryTestCase {};
 
 class RVGitLsFilesCommandLineTest : public RVGitRepositoryTestCase {
 protected:
-    std::vector<std::string> argumentsOf(
+    std::vector<std::string> argumentsWith(
         unsigned options, std::optional<std::vector<std::string>> filePaths = std::nullopt) {
         const auto command = RVGitLsFilesCommand::gitLsFilesCommandWithRepository(
             repository(), std::move(filePaths), options);
@@ -272,20 +272,20 @@ private:
 };
 
 TEST_F(RVGitLsFilesCommandLineTest, EachOptionHasItsArguments) {
-    EXPECT_THAT(argumentsOf(0), ElementsAre("ls-files", "-z"));
-    EXPECT_THAT(argumentsOf(1), ElementsAre("ls-files", "-z", "-v", "--stage"));
-    EXPECT_THAT(argumentsOf(2), ElementsAre("ls-files", "-z", "--exclude-standard"));
-    EXPECT_THAT(argumentsOf(4), ElementsAre("ls-files", "-z", "--ignored"));
-    EXPECT_THAT(argumentsOf(8), ElementsAre("ls-files", "-z", "--others"));
-    EXPECT_THAT(argumentsOf(16), ElementsAre("ls-files", "-z"));
-    EXPECT_THAT(argumentsOf(32), ElementsAre("ls-files", "-z"));
+    EXPECT_THAT(argumentsWith(0), ElementsAre("ls-files", "-z"));
+    EXPECT_THAT(argumentsWith(1), ElementsAre("ls-files", "-z", "-v", "--stage"));
+    EXPECT_THAT(argumentsWith(2), ElementsAre("ls-files", "-z", "--exclude-standard"));
+    EXPECT_THAT(argumentsWith(4), ElementsAre("ls-files", "-z", "--ignored"));
+    EXPECT_THAT(argumentsWith(8), ElementsAre("ls-files", "-z", "--others"));
+    EXPECT_THAT(argumentsWith(16), ElementsAre("ls-files", "-z"));
+    EXPECT_THAT(argumentsWith(32), ElementsAre("ls-files", "-z"));
 }
 
 TEST_F(RVGitLsFilesCommandLineTest, OptionsStandInAFixedOrder) {
-    EXPECT_THAT(argumentsOf(63, {{"b", "-a"}}),
+    EXPECT_THAT(argumentsWith(63, {{"b", "-a"}}),
                 ElementsAre("ls-files", "-z", "-v", "--stage", "--ignored", "--others",
                             "--exclude-standard", "--", "b", "-a"));
-    EXPECT_THAT(argumentsOf(0, std::vector<std::string>()), ElementsAre("ls-files", "-z", "--"));
+    EXPECT_THAT(argumentsWith(0, std::vector<std::string>()), ElementsAre("ls-files", "-z", "--"));
 }
 
 TEST_F(RVGitLsFilesCommandTest, EachBitSetsItsProperty) {

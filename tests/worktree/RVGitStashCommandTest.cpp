@@ -19,32 +19,16 @@ using Command = RVGitStashCommand;
 
 class RVGitStashCommandTest : public RVGitRepositoryTestCase {
 protected:
-    void change(std::string_view contents = "changed\n") {
-        writeFile("repository/file.txt", contents);
-    }
-    RVError errorOf(RVGitCommand& command) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(command.run(&error));
-        EXPECT_TRUE(error.has_value());
-        return error.value_or(RVError("none", 0));
-    }
     std::string stashList() const { return gitInRepository({"stash", "list"}); }
 };
 
 class RVGitStashCommandLineTest : public RVGitStashCommandTest {
 protected:
-    /// Whether git succeeds is of no interest here.
-    std::vector<std::string> argumentsOf(Command& command) {
-        (void)command.run();
-        return lastArguments(recorder_);
-    }
-
-private:
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
 TEST_F(RVGitStashCommandLineTest, ListsUnlessAFormIsChosen) {
-    EXPECT_THAT(argumentsOf(*Command::gitStashCommandWithRepository(repository())),
+    EXPECT_THAT(argumentsOf(recorder_, *Command::gitStashCommandWithRepository(repository())),
                 ElementsAre("stash", "list", "--no-color", "-z",
                             "--pretty=format:%H%x1f%x1d%x1f%T%x1f%x1d%x1f%P%x1f%x1d%x1f%an%x1f%x1d"
                             "%x1f%at%x1f%x1d%x1f%ae%x1f%x1d%x1f%cn%x1f%x1d%x1f%ct%x1f%x1d%x1f%ce"
@@ -54,37 +38,39 @@ TEST_F(RVGitStashCommandLineTest, ListsUnlessAFormIsChosen) {
 TEST_F(RVGitStashCommandLineTest, Saves) {
     const auto command = Command::gitSaveStashCommandWithRepository(repository(), std::nullopt);
     EXPECT_TRUE(command->savesStash());
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "push"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "push"));
 }
 
 TEST_F(RVGitStashCommandLineTest, SavesWithAMessage) {
     const auto command = Command::gitSaveStashCommandWithRepository(repository(), "-a: b\n\nc");
     EXPECT_EQ(command->message(), "-a: b\n\nc");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "push", "-m", "-a: b\n\nc"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "push", "-m", "-a: b\n\nc"));
 }
 
 TEST_F(RVGitStashCommandLineTest, AnEmptyMessageIsAMessage) {
-    EXPECT_THAT(argumentsOf(*Command::gitSaveStashCommandWithRepository(repository(), "")),
-                ElementsAre("stash", "push", "-m", ""));
+    EXPECT_THAT(
+        argumentsOf(recorder_, *Command::gitSaveStashCommandWithRepository(repository(), "")),
+        ElementsAre("stash", "push", "-m", ""));
 }
 
 TEST_F(RVGitStashCommandLineTest, SavesUntrackedFiles) {
     const auto command = Command::gitSaveStashCommandWithRepository(repository(), std::nullopt);
     command->setIncludesUntrackedFiles(true);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "push", "--include-untracked"));
+    EXPECT_THAT(argumentsOf(recorder_, *command),
+                ElementsAre("stash", "push", "--include-untracked"));
 }
 
 TEST_F(RVGitStashCommandLineTest, SavesAndKeepsTheIndex) {
     const auto command = Command::gitSaveStashCommandWithRepository(repository(), "Message");
     command->setKeepsIndex(true);
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("stash", "push", "--keep-index", "-m", "Message"));
 }
 
 TEST_F(RVGitStashCommandLineTest, SavesSomePaths) {
     const auto command = Command::gitSaveStashCommandWithRepository(repository(), std::nullopt);
     command->setFilePaths({"-a", "b c"});
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "push", "--", "-a", "b c"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "push", "--", "-a", "b c"));
 }
 
 TEST_F(RVGitStashCommandLineTest, OptionsOfASaveStandInAFixedOrder) {
@@ -93,7 +79,7 @@ TEST_F(RVGitStashCommandLineTest, OptionsOfASaveStandInAFixedOrder) {
     command->setKeepsIndex(true);
     command->setIncludesUntrackedFiles(true);
     command->setRefName("name");
-    EXPECT_THAT(argumentsOf(*command),
+    EXPECT_THAT(argumentsOf(recorder_, *command),
                 ElementsAre("stash", "push", "--include-untracked", "--keep-index", "-m", "Message",
                             "--", "a", "name"));
 }
@@ -103,27 +89,28 @@ TEST_F(RVGitStashCommandLineTest, Applies) {
         Command::gitApplyStashCommandWithRepository(repository(), "stash@{1}", false);
     EXPECT_TRUE(command->appliesStash());
     EXPECT_FALSE(command->deletesStash());
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "apply", "stash@{1}"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "apply", "stash@{1}"));
 }
 
 TEST_F(RVGitStashCommandLineTest, ApplyingAndDeletingIsAPop) {
     const auto command =
         Command::gitApplyStashCommandWithRepository(repository(), std::nullopt, true);
     EXPECT_TRUE(command->deletesStash());
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "pop"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "pop"));
 }
 
 TEST_F(RVGitStashCommandLineTest, RestoresTheIndex) {
     const auto command =
         Command::gitApplyStashCommandWithRepository(repository(), "stash@{0}", false);
     command->setRestoresIndex(true);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "apply", "--index", "stash@{0}"));
+    EXPECT_THAT(argumentsOf(recorder_, *command),
+                ElementsAre("stash", "apply", "--index", "stash@{0}"));
 }
 
 TEST_F(RVGitStashCommandLineTest, Deletes) {
     const auto command = Command::gitDeleteStashCommandWithRepository(repository(), "stash@{1}");
     EXPECT_TRUE(command->deletesStash());
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "drop", "stash@{1}"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "drop", "stash@{1}"));
 }
 
 TEST_F(RVGitStashCommandLineTest, Stores) {
@@ -131,37 +118,37 @@ TEST_F(RVGitStashCommandLineTest, Stores) {
         Command::gitStoreStashCommandWithRepository(repository(), std::nullopt, "abc");
     EXPECT_TRUE(command->storesStash());
     EXPECT_EQ(command->refName(), "abc");
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "store", "abc"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "store", "abc"));
 }
 
 TEST_F(RVGitStashCommandLineTest, StoresWithAMessage) {
-    EXPECT_THAT(
-        argumentsOf(*Command::gitStoreStashCommandWithRepository(repository(), "Message", "abc")),
-        ElementsAre("stash", "store", "-m", "Message", "abc"));
+    EXPECT_THAT(argumentsOf(recorder_, *Command::gitStoreStashCommandWithRepository(
+                                           repository(), "Message", "abc")),
+                ElementsAre("stash", "store", "-m", "Message", "abc"));
 }
 
 TEST_F(RVGitStashCommandLineTest, Shows) {
     const auto command = Command::gitShowStashCommandWithRepository(repository(), "stash@{0}");
     EXPECT_TRUE(command->showsStash());
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "show", "stash@{0}"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "show", "stash@{0}"));
 }
 
 TEST_F(RVGitStashCommandLineTest, ShowsAPatch) {
     const auto command = Command::gitShowStashCommandWithRepository(repository(), "stash@{0}");
     command->setCreatesPatch(true);
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "show", "-p", "stash@{0}"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "show", "-p", "stash@{0}"));
 }
 
 TEST_F(RVGitStashCommandLineTest, Creates) {
     const auto command = Command::gitCreateStashCommandWithRepository(repository(), std::nullopt);
     EXPECT_TRUE(command->createsStash());
-    EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", "create"));
+    EXPECT_THAT(argumentsOf(recorder_, *command), ElementsAre("stash", "create"));
 }
 
 TEST_F(RVGitStashCommandLineTest, CreatesWithAMessage) {
-    EXPECT_THAT(
-        argumentsOf(*Command::gitCreateStashCommandWithRepository(repository(), "a message")),
-        ElementsAre("stash", "create", "a message"));
+    EXPECT_THAT(argumentsOf(recorder_, *Command::gitCreateStashCommandWithRepository(repository(),
+                                                                                     "a message")),
+                ElementsAre("stash", "create", "a message"));
 }
 
 TEST_F(RVGitStashCommandLineTest, OfSeveralFormsTheFirstCounts) {
@@ -175,7 +162,8 @@ TEST_F(RVGitStashCommandLineTest, OfSeveralFormsTheFirstCounts) {
         const auto command = std::make_shared<Command>(repository());
         for (std::size_t index = 0; index < count; ++index)
             (*command.*forms[index].choose)(true);
-        EXPECT_THAT(argumentsOf(*command), ElementsAre("stash", forms[count - 1].subCommand));
+        EXPECT_THAT(argumentsOf(recorder_, *command),
+                    ElementsAre("stash", forms[count - 1].subCommand));
     }
 }
 

@@ -15,9 +15,6 @@ using namespace std::string_literals;
 /// What becomes of the files of a working tree that is stashed and taken out again.
 class RVGitStashFilesTest : public RVGitRepositoryTestCase {
 protected:
-    void change(std::string_view contents = "changed\n") {
-        writeFile("repository/file.txt", contents);
-    }
     std::shared_ptr<RVGitStash> save(unsigned options = 0) {
         auto stash =
             RVGitStash::saveStashFromWorkingTreeInRepository(repository(), std::nullopt, options);

@@ -25,9 +25,6 @@ std::optional<RVError> staleError() {
 
 class RVGitStashTest : public RVGitRepositoryTestCase {
 protected:
-    void change(std::string_view contents = "changed\n") {
-        writeFile("repository/file.txt", contents);
-    }
     std::shared_ptr<RVGitStash> save(const std::optional<std::string>& message = std::nullopt,
                                      unsigned options = 0) {
         std::optional<RVError> error;

@@ -245,7 +245,7 @@ class RVGitStatusCommandTest : public RVGitRepositoryTestCase {};
 
 class RVGitStatusCommandLineTest : public RVGitRepositoryTestCase {
 protected:
-    std::vector<std::string> argumentsOf(
+    std::vector<std::string> argumentsWith(
         const std::function<void(RVGitStatusCommand&)>& fill,
         std::optional<std::vector<std::string>> filePaths = std::nullopt) {
         const auto command =
@@ -261,18 +261,18 @@ private:
 };
 
 TEST_F(RVGitStatusCommandLineTest, WithoutFieldsThereIsTheFormatAlone) {
-    EXPECT_THAT(argumentsOf(nothing), ElementsAre("status", "--porcelain"));
+    EXPECT_THAT(argumentsWith(nothing), ElementsAre("status", "--porcelain"));
 }
 
 TEST_F(RVGitStatusCommandLineTest, AsksForIgnoredFiles) {
-    EXPECT_THAT(argumentsOf([](auto& command) { command.setShowsIgnoredFiles(true); }),
+    EXPECT_THAT(argumentsWith([](auto& command) { command.setShowsIgnoredFiles(true); }),
                 ElementsAre("status", "--porcelain", "--ignored"));
 }
 
 TEST_F(RVGitStatusCommandLineTest, TheModeOfUntrackedFilesIsAWord) {
     const char* words[] = {"no", "normal", "all"};
     for (unsigned mode = 1; mode <= 3; ++mode)
-        EXPECT_THAT(argumentsOf([&](auto& command) {
+        EXPECT_THAT(argumentsWith([&](auto& command) {
                         command.setUntrackedFilesMode(static_cast<RVGitUntrackedFilesMode>(mode));
                     }),
                     ElementsAre("status", "--porcelain",
@@ -283,7 +283,7 @@ TEST_F(RVGitStatusCommandLineTest, TheModeOfSubmodulesIsAWord) {
     const char* words[] = {"none", "tracked", "dirty", "all"};
     for (unsigned mode = 1; mode <= 4; ++mode)
         EXPECT_THAT(
-            argumentsOf([&](auto& command) {
+            argumentsWith([&](auto& command) {
                 command.setIgnoreSubmodulesMode(static_cast<RVGitIgnoreSubmodulesMode>(mode));
             }),
             ElementsAre("status", "--porcelain",
@@ -291,7 +291,7 @@ TEST_F(RVGitStatusCommandLineTest, TheModeOfSubmodulesIsAWord) {
 }
 
 TEST_F(RVGitStatusCommandLineTest, AModeWithoutAWordIsNotPassed) {
-    EXPECT_THAT(argumentsOf([](auto& command) {
+    EXPECT_THAT(argumentsWith([](auto& command) {
                     command.setUntrackedFilesMode(static_cast<RVGitUntrackedFilesMode>(4));
                     command.setIgnoreSubmodulesMode(static_cast<RVGitIgnoreSubmodulesMode>(5));
                 }),
@@ -299,14 +299,14 @@ TEST_F(RVGitStatusCommandLineTest, AModeWithoutAWordIsNotPassed) {
 }
 
 TEST_F(RVGitStatusCommandLineTest, PathsStandBehindADash) {
-    EXPECT_THAT(argumentsOf(nothing, {{"b", "-a"}}),
+    EXPECT_THAT(argumentsWith(nothing, {{"b", "-a"}}),
                 ElementsAre("status", "--porcelain", "--", "b", "-a"));
-    EXPECT_THAT(argumentsOf(nothing, std::vector<std::string>()),
+    EXPECT_THAT(argumentsWith(nothing, std::vector<std::string>()),
                 ElementsAre("status", "--porcelain", "--"));
 }
 
 TEST_F(RVGitStatusCommandLineTest, OptionsStandInAFixedOrder) {
-    EXPECT_THAT(argumentsOf([](auto& command) {
+    EXPECT_THAT(argumentsWith([](auto& command) {
                     command.setIgnoreSubmodulesMode(RVGitIgnoreSubmodulesModeAll);
                     command.setUntrackedFilesMode(RVGitUntrackedFilesModeAll);
                     command.setShowsIgnoredFiles(true);

@@ -60,13 +60,6 @@ protected:
         }
         return list;
     }
-    /// What the operation failed with; it must fail.
-    template <typename Operation>
-    static RVError errorOf(const Operation& operation) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(operation(&error));
-        return error.value_or(RVError("none", 0));
-    }
     /// Records every call and answers it with success.
     [[nodiscard]] RVRecordingGit useDeafRecordingGit() const {
         RVRecordingGit recorder(scratchPath("deaf-git"), "/bin/true");

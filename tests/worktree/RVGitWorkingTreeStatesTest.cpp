@@ -40,7 +40,7 @@ private:
     void makeState(char left, char right, const std::string& file) const {
         switch (left) {
             case 'M':
-                change(file);
+                changeFile(file);
                 stage(file);
                 break;
             case 'T':
@@ -69,7 +69,7 @@ private:
             case 'T':
                 if (left == 'T') {
                     remove(file);
-                    change(file);
+                    changeFile(file);
                 } else {
                     replaceByLink(file);
                 }
@@ -123,7 +123,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyIsListedWhereGitLooksForCopies) {
     writeContents("original");
     gitInRepository({"add", "."});
     commitIndex();
-    change("original");
+    changeFile("original");
     writeContents("copy");
     std::filesystem::copy_file(scratchPath("repository/copy"), scratchPath("repository/copy 2"));
     for (const char* file : {"copy", "copy 2"})
@@ -144,7 +144,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyMayBeDeletedOrReplacedByALink) {
     commitIndex();
     for (const char* copy : {"copy", "copy 2"})
         writeFile(std::string("repository/") + copy, contentsForFile("original"));
-    change("original");
+    changeFile("original");
     gitInRepository({"add", "."});
     remove("copy");
     replaceByLink("copy 2");
@@ -171,7 +171,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyInTheWorkingTreeAloneKeepsBothNamesInOne
     commitIndex();
     writeFile("repository/new", contentsForFile("old"));
     gitInRepository({"add", "-N", "new"});
-    change("old");
+    changeFile("old");
     EXPECT_THAT(listing(), UnorderedElementsAre(" C None old -> new", " M Regular old"));
 }
 
@@ -185,7 +185,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ADeletedFileMayComeBackAsARenamedOrCopiedOne)
     gitInRepository({"add", "-N", "new"});
     remove("old");
     EXPECT_THAT(listing(), ElementsAre("DR None old -> new"));
-    change("old");
+    changeFile("old");
     gitInRepository({"config", "status.renames", "copies"});
     EXPECT_THAT(listing(), UnorderedElementsAre("DC None old -> new", " M Regular old"));
 }
@@ -371,11 +371,11 @@ TEST_F(RVGitWorkingTreeStatesTest, ATreeWithEveryStateAtOnceIsWhatGitTellsInAnot
 
     for (const char* number : {"1", "2", "3"})
         gitInRepository({"mv", std::string("renamed ") + number, std::string("new ") + number});
-    change("new 2");
+    changeFile("new 2");
     remove("new 3");
     std::filesystem::permissions(scratchPath("repository/mode"), std::filesystem::perms::owner_all);
     for (const char* file : {"caf\u00E9", "\"q\"\\\t\n", "assumed", "skipped"})
-        change(file);
+        changeFile(file);
     gitInRepository({"update-index", "--assume-unchanged", "assumed"});
     gitInRepository({"update-index", "--skip-worktree", "skipped"});
     writeFile("repository/changed module/inside", "changed");
@@ -387,7 +387,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ATreeWithEveryStateAtOnceIsWhatGitTellsInAnot
         writeContents(file);
         stage(file);
     }
-    change("staged twice");
+    changeFile("staged twice");
     writeContents("intent");
     gitInRepository({"add", "-N", "intent"});
     expectListingOfGit();

@@ -17,7 +17,7 @@ void RVGitWorkingTreeStatesTestCase::writeContents(const std::string& file) cons
     writeFile("repository/" + file, contentsForFile(file));
 }
 
-void RVGitWorkingTreeStatesTestCase::change(const std::string& file) const {
+void RVGitWorkingTreeStatesTestCase::changeFile(const std::string& file) const {
     writeFile("repository/" + file, contentsForFile(file) + "changed\n");
 }
 

@@ -17,7 +17,7 @@ protected:
 
     void writeContents(const std::string& file) const;
     /// Writes other contents than writeContents() does.
-    void change(const std::string& file) const;
+    void changeFile(const std::string& file) const;
     void stage(const std::string& file) const;
     void remove(const std::string& file) const;
     void replaceByLink(const std::string& file, const std::string& target = "target") const;
