@@ -28,7 +28,7 @@ std::shared_ptr<RVGitLogCommand> RVGitLogCommand::gitLogCommandWithRepository(
 void RVGitLogCommand::readOptions(const std::optional<RVOptions>& options) {
     readOption(options, RVGitLogOptionDecorate, decoratesCommits_);
     readOption(options, RVGitLogOptionFirstParent, firstParent_);
-    if (options.contains(RVGitLogOptionVerifiesSignatures)) {
+    if (options && options->contains(RVGitLogOptionVerifiesSignatures)) {
         readOption(options, RVGitLogOptionVerifiesSignatures, showsSignatures_);
         readOption(options, RVGitLogOptionAllowedSignersFile, allowedSignersFile_);
     }
