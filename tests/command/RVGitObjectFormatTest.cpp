@@ -23,6 +23,7 @@
 #include "RVGit/worktree/RVGitIndex.h"
 #include "RVGit/worktree/RVGitLsFilesCommand.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 // Repositories whose hashes have 64 digits are not supported: nothing of them is shown, rather than
 // a part.
@@ -108,6 +109,7 @@ TEST(RVGitObjectFormatTest, FiltersOfTheIndexSkipNoRecord) {
 class RVGitSHA256RepositoryTest : public RVGitRepositoryTestCase {};
 
 TEST_F(RVGitSHA256RepositoryTest, TellsItsFormatAndListsNothing) {
+    RVGIT_TEST_NEEDS_GIT("2.29", "it knows no other object format");
     EXPECT_EQ(repository()->objectFormat(), "sha1");
     const std::string path = makeDirectory("sha256");
     git({"init", "-q", "--object-format=sha256", path});

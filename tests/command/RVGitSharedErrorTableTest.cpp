@@ -210,9 +210,9 @@ TEST_F(RVGitSharedErrorTableTest, GitCannotSign) {
 TEST_F(RVGitSharedErrorTableTest, GitRefusesToMergeWhatIsNotSignedOrNotTrusted) {
     const std::string repository = initRepository();
     commitFile(repository, "file", "1", "First");
-    git({"switch", "--quiet", "--create", "side"}, repository);
+    git({"checkout", "--quiet", "-b", "side"}, repository);
     commitFile(repository, "file", "2", "Second");
-    git({"switch", "--quiet", "main"}, repository);
+    git({"checkout", "--quiet", "main"}, repository);
     EXPECT_EQ(codeForGit({"merge", "--verify-signatures", "side"}, repository),
               RVGitGPGSignatureMissingError)
         << lastError_;

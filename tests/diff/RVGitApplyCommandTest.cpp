@@ -194,7 +194,8 @@ TEST_F(RVGitApplyCommandTest, PresentGitsSayErrorOfACorruptPatch) {
     const auto error = errorOf(*commandFor("--- a/file\n+++ b/file\n@@ -1 +1 @@\n-one\n"));
     EXPECT_EQ(error.code(), RVGitRVGitGenericError);
     EXPECT_THAT(error.userInfoString(RVGitCommandErrorOutputErrorKey).value_or(""),
-                testing::HasSubstr("error: corrupt patch at line 5"));
+                testing::AnyOf(testing::HasSubstr("error: corrupt patch at line 5"),
+                               testing::HasSubstr("error: corrupt patch at <stdin>:5")));
 }
 
 TEST_F(RVGitApplyCommandTest, NoChangesFailWith1401WhereGitSaysSo) {

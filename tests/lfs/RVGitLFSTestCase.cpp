@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "RVGit/lfs/RVGitLFSPointer.h"
 #include "tests/support/RVGitTestEnvironment.h"
@@ -40,20 +42,29 @@ std::shared_ptr<RVGitLFSPointer> RVGitLFSTestCase::keepObject(const std::string&
 
 bool RVGitLFSTestCase::withPrivateTemporaryDirectory(const std::function<void()>& body) {
     bool mounted = false;
-    const std::string& root = RVGitTestEnvironment::rootDirectory();
+    // What else lies there and is to be seen still: the tests' files, and a git that was installed
+    // there, with its "bin" and its "libexec".
+    std::vector<std::string> kept = {
+        RVGitTestEnvironment::rootDirectory(),
+        std::filesystem::canonical(gitPath()).parent_path().parent_path().string()};
+    std::erase_if(kept, [](const std::string& path) { return !path.starts_with("/tmp/"); });
     // A thread has mounts of its own if it asks for them, and so has all that it starts.
     std::thread([&] {
         mounted = ::unshare(CLONE_NEWNS) == 0 &&
                   ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
         // What a mount hides can still be reached by an open descriptor.
-        const int directory = ::open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-        const std::string source = "/proc/thread-self/fd/" + std::to_string(directory);
+        std::vector<int> directories;
+        for (const std::string& path : kept)
+            directories.push_back(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
         mounted = mounted && ::mount("tmpfs", "/tmp", "tmpfs", 0, "mode=1777") == 0;
-        if (mounted && root.starts_with("/tmp/")) {
-            std::filesystem::create_directories(root);
-            mounted = ::mount(source.c_str(), root.c_str(), nullptr, MS_BIND, nullptr) == 0;
+        for (std::size_t i = 0; i < kept.size(); ++i) {
+            if (mounted) {
+                const std::string source = "/proc/thread-self/fd/" + std::to_string(directories[i]);
+                std::filesystem::create_directories(kept[i]);
+                mounted = ::mount(source.c_str(), kept[i].c_str(), nullptr, MS_BIND, nullptr) == 0;
+            }
+            ::close(directories[i]);
         }
-        ::close(directory);
         if (mounted)
             body();
     }).join();

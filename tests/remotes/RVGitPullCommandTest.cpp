@@ -1,10 +1,10 @@
 #include "RVGit/remotes/RVGitPullCommand.h"
 
-#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRefSpec.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -228,8 +228,7 @@ TEST_F(RVGitPullCommandTest, WithoutABranchToMergeFailsWith2005) {
 }
 
 TEST_F(RVGitPullCommandTest, NoVerifyLeavesOutTheHooks) {
-    if (!RVGitBinary::defaultGitBinary()->isVersionAtLeast("2.24"))
-        GTEST_SKIP() << "git has no such hook yet";
+    RVGIT_TEST_NEEDS_GIT("2.24", "it has no such hook");
     addOrigin();
     commitThere("there", "1");
     commitHere("here", "1");

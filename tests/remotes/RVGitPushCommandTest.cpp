@@ -196,7 +196,7 @@ TEST_F(RVGitPushCommandTest, TheRowOfAMissingUpstreamBranchReadsStandardOutput) 
 
 TEST_F(RVGitPushCommandTest, AMissingUpstreamBranchOfARealGitIsGeneric) {
     pushToOrigin();
-    gitInRepository({"switch", "-c", "topic"});
+    gitInRepository({"checkout", "-q", "-b", "topic"});
     const auto error = errorOf(*push({}));
     EXPECT_EQ(error.code(), RVGitRVGitGenericError);
     EXPECT_THAT(error.userInfo().at(RVGitCommandErrorOutputErrorKey).displayString(),

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "RVGit/command/RVGitBinary.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVGitTestEnvironment.h"
 #include "tests/support/RVTestFiles.h"
 
@@ -29,6 +30,12 @@ void replaceEnvironmentVariable(const std::string& name, const std::optional<std
 std::string withoutFinalNewlines(std::string text) {
     text.erase(text.find_last_not_of('\n') + 1);
     return text;
+}
+
+/// Whether git asks the configuration for it. Where not, git has to write it, too: not every way of
+/// keeping refs reads the file.
+bool readsNameOfFirstBranch() {
+    return isTestedGitAtLeast("2.28");
 }
 
 }  // namespace
@@ -124,15 +131,18 @@ RVTestProcessResult RVGitTestCase::runProgram(
 std::string RVGitTestCase::initRepository(std::string_view name) const {
     std::string path = scratchPath(name);
     git({"init", "--quiet", path});
-    // Old gits do not ask the configuration for the name of the first branch.
-    writeFile(path + "/.git/HEAD", "ref: refs/heads/main\n");
+    if (!readsNameOfFirstBranch()) {
+        git({"symbolic-ref", "HEAD", "refs/heads/main"}, path);
+    }
     return path;
 }
 
 std::string RVGitTestCase::initBareRepository(std::string_view name) const {
     std::string path = scratchPath(name);
     git({"init", "--quiet", "--bare", path});
-    writeFile(path + "/HEAD", "ref: refs/heads/main\n");
+    if (!readsNameOfFirstBranch()) {
+        git({"symbolic-ref", "HEAD", "refs/heads/main"}, path);
+    }
     return path;
 }
 

@@ -18,7 +18,8 @@ TEST_F(RVGitTestCaseTest, OnlyTheAllowListAndTheFixedVariablesAreInTheEnvironmen
     EXPECT_EQ(std::getenv("LANGUAGE"), nullptr);
     EXPECT_EQ(std::getenv("LANG"), nullptr);
     EXPECT_STREQ(std::getenv("TZ"), "UTC");
-    EXPECT_EQ(gitLine({"config", "--show-scope", "user.name"}), "global\tMarie Curie");
+    EXPECT_EQ(gitLine({"config", "--global", "user.name"}), "Marie Curie");
+    EXPECT_EQ(gitLine({"config", "user.name"}), "Marie Curie");
     EXPECT_EQ(runGit({"config", "--system", "--list"}).standardOutput, "");
 }
 

@@ -29,6 +29,7 @@ constexpr const char* allowedVariables[] = {
     "RVGIT_TEST_HISTORY",
     "RVGIT_TEST_LONG_LISTS",
     "RVGIT_TEST_ROUNDS",
+    "RVGIT_TEST_REF_FORMAT",
 };
 
 std::string root;
@@ -46,6 +47,10 @@ void RVGitTestEnvironment::replaceProcessEnvironment() {
     clearenv();
     for (const auto& [name, value] : kept) {
         setenv(name.c_str(), value.c_str(), 1);
+    }
+    // The only way to a suite whose repositories keep their refs in tables.
+    if (const char* format = std::getenv("RVGIT_TEST_REF_FORMAT")) {
+        setenv("GIT_DEFAULT_REF_FORMAT", format, 1);
     }
     setenv("TZ", "UTC", 1);
     setenv("GIT_CONFIG_NOSYSTEM", "1", 1);

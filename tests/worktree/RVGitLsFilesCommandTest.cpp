@@ -9,6 +9,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVDamagedOutput.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -395,6 +396,7 @@ TEST_F(RVGitLsFilesCommandTest, GitFailsOutsideARepository) {
 }
 
 TEST_F(RVGitLsFilesCommandTest, AHashOf64DigitsCannotBeRead) {
+    RVGIT_TEST_NEEDS_GIT("2.29", "it knows no other object format");
     const std::string path = scratchPath("sha256");
     git({"init", "-q", "--object-format=sha256", path});
     writeFile("sha256/a", "");
