@@ -3,6 +3,7 @@
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitMergeOptionValues.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRefSpec.h"
@@ -43,6 +44,7 @@ const RVGitErrorTable& RVGitPullCommand::gitErrorDefinitions() {
 
 void RVGitPullCommand::gitCommandWillInitialize() {
     setGitCommand("pull");
+    openNoEditor(*this);
     addGitCommandOptions({"-v", "--progress"});
     addGitCommandOptionsThatAreSet({{noVerify_, "--no-verify"},
                                     {usesRebase_, "--rebase"},

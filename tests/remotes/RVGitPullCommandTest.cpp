@@ -156,6 +156,16 @@ TEST_F(RVGitPullCommandTest, MergesOrRebases) {
     EXPECT_EQ(subjects(), "Here\nThere\nFirst");
 }
 
+TEST_F(RVGitPullCommandTest, NoEditorIsOpenedWhateverIsInherited) {
+    addOrigin();
+    commitThere("there", "1");
+    commitHere("here", "1");
+    setEnvironmentVariable("GIT_MERGE_AUTOEDIT", "yes");
+    setEnvironmentVariable("GIT_EDITOR", "touch " + scratchPath("edited"));
+    ASSERT_TRUE(pull()->run());
+    EXPECT_FALSE(fileExists("edited"));
+}
+
 TEST_F(RVGitPullCommandTest, ConflictsFailWith2000OrWith2200) {
     addOrigin();
     commitThere("file.txt", "there\n");
