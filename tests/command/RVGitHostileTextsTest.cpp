@@ -29,7 +29,11 @@
 #include "RVGit/lfs/RVGitLFSTrackCommand.h"
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
+#include "RVGit/merge/RVGitConflictingFilePathsCommand.h"
+#include "RVGit/merge/RVGitDiffToolCommand.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
+#include "RVGit/merge/RVGitMergeToolCommand.h"
+#include "RVGit/merge/RVGitMergeTreeCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitRevertCommand.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
@@ -469,6 +473,49 @@ const std::map<std::string, std::vector<Field>>& table() {
          {{"Revisions", RefusedRevision, with<RVGitMergeBaseCommand>([](auto& command, auto& text) {
                command.setRevisions({"HEAD", text});
            })}}},
+        {"RVGitConflictingFilePathsCommand",
+         {{"Revision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitConflictingFilePathsCommand>(repository, text, "HEAD");
+           }},
+          {"IntoRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitConflictingFilePathsCommand>(repository, "HEAD", text);
+           }}}},
+        {"RVGitDiffToolCommand",
+         {filePaths<RVGitDiffToolCommand>(),
+          {"Revisions", RefusedRevision,
+           with<RVGitDiffToolCommand>(
+               [](auto& command, auto& text) { command.setRevisions(Arguments{"HEAD", text}); })},
+          {"DiffToolName", Attached,
+           with<RVGitDiffToolCommand>(
+               [](auto& command, auto& text) { command.setDiffToolName(text); }),
+           0, "--tool="}}},
+        {"RVGitMergeToolCommand",
+         {{"FilePath", Path,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeToolCommand>(repository, text);
+           }},
+          {"MergeToolName", Attached,
+           [](auto& repository, auto& text) {
+               auto command = std::make_shared<RVGitMergeToolCommand>(repository, "file");
+               command->setMergeToolName(text);
+               return command;
+           },
+           0, "--tool="}}},
+        {"RVGitMergeTreeCommand",
+         {{"BaseTreeRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, text, "HEAD", "HEAD");
+           }},
+          {"SourceTreeRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, "HEAD", text, "HEAD");
+           }},
+          {"TargetTreeRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, "HEAD", "HEAD", text);
+           }}}},
         {"RVGitMergeCommand",
          {{"Revision", RefusedName,
            withOptions<RVGitMergeCommand>(
