@@ -482,6 +482,49 @@ const std::map<std::string, std::vector<Field>>& table() {
          {{"Revisions", RefusedRevision, with<RVGitMergeBaseCommand>([](auto& command, auto& text) {
                command.setRevisions({"HEAD", text});
            })}}},
+        {"RVGitConflictingFilePathsCommand",
+         {{"Revision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitConflictingFilePathsCommand>(repository, text, "HEAD");
+           }},
+          {"IntoRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitConflictingFilePathsCommand>(repository, "HEAD", text);
+           }}}},
+        {"RVGitDiffToolCommand",
+         {filePaths<RVGitDiffToolCommand>(),
+          {"Revisions", RefusedRevision,
+           with<RVGitDiffToolCommand>(
+               [](auto& command, auto& text) { command.setRevisions(Arguments{"HEAD", text}); })},
+          {"DiffToolName", Attached,
+           with<RVGitDiffToolCommand>(
+               [](auto& command, auto& text) { command.setDiffToolName(text); }),
+           0, "--tool="}}},
+        {"RVGitMergeToolCommand",
+         {{"FilePath", Path,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeToolCommand>(repository, text);
+           }},
+          {"MergeToolName", Attached,
+           [](auto& repository, auto& text) {
+               auto command = std::make_shared<RVGitMergeToolCommand>(repository, "file");
+               command->setMergeToolName(text);
+               return command;
+           },
+           0, "--tool="}}},
+        {"RVGitMergeTreeCommand",
+         {{"BaseTreeRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, text, "HEAD", "HEAD");
+           }},
+          {"SourceTreeRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, "HEAD", text, "HEAD");
+           }},
+          {"TargetTreeRevision", RefusedName,
+           [](auto& repository, auto& text) {
+               return std::make_shared<RVGitMergeTreeCommand>(repository, "HEAD", "HEAD", text);
+           }}}},
         {"RVGitMergeCommand",
          {{"Revision", RefusedName,
            withOptions<RVGitMergeCommand>(
