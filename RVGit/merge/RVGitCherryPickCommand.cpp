@@ -37,6 +37,13 @@ void RVGitCherryPickCommand::gitCommandWillInitialize() {
         {abortsProcess_, "--abort"},
         {quitsProcess_, "--quit"},
     });
-    if (revisions_)
-        addGitCommandRevisions(*revisions_);
+    if (!revisions_)
+        return;
+    for (const std::string& revision : *revisions_) {
+        // What elsewhere only selects would act on every commit here: "--all" may be a tag's name.
+        if (revision.starts_with('-'))
+            addGitCommandName(revision);
+        else
+            addGitCommandRevision(revision);
+    }
 }

@@ -506,6 +506,13 @@ TEST_F(RVGitMergeCommandsTest, ARevisionIsNeverAnOption) {
     const auto rebaseAll = make<RVGitRebaseCommand>();
     rebaseAll->setRevision("--all");
     EXPECT_THAT(rebaseAll, failsWith(RVGitRVGitGenericError));
+    // And to pick or revert every commit is more than to select.
+    const auto pickAll = make<RVGitCherryPickCommand>();
+    pickAll->setRevisions(Words{"--all"});
+    EXPECT_THAT(pickAll, failsWith(RVGitRVGitGenericError));
+    const auto revertAll = make<RVGitRevertCommand>();
+    revertAll->setRevisions(Words{"--all"});
+    EXPECT_THAT(revertAll, failsWith(RVGitRVGitGenericError));
     EXPECT_TRUE(recorder.argumentLists().empty());
     EXPECT_FALSE(fileExists("proof"));
 }
