@@ -207,14 +207,15 @@ std::shared_ptr<RVGitRef> RVGitRef::refForFullRefName(
 std::shared_ptr<RVGitRef> RVGitRef::headRefForRepository(
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
     requireParameter(repository != nullptr, "repository");
-    auto contents =
-        RVFileManager::UTF8ContentsOfFileAtPath(repository->HEADFilePath().value_or(""), error);
-    if (!contents)
+    const auto refName = repository->HEADRefName();
+    if (!refName) {
+        // For its error.
+        (void)RVFileManager::UTF8ContentsOfFileAtPath(repository->HEADFilePath().value_or(""),
+                                                      error);
         return nullptr;
-    auto refName =
-        stringByTrimmingWhitespaceAndNewline(stringByReplacingOccurrences(*contents, "ref:", ""));
-    return refForFullRefName(makeFullRefName(refName, RVGitRefTypeBranch), repository, std::nullopt,
-                             error);
+    }
+    return refForFullRefName(makeFullRefName(*refName, RVGitRefTypeBranch), repository,
+                             std::nullopt, error);
 }
 
 std::shared_ptr<RVGitRef> RVGitRef::initialRefFromHeadFileForRepository(
