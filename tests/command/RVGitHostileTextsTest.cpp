@@ -261,7 +261,7 @@ const std::map<std::string, std::vector<Field>>& table() {
                [](auto& command, auto& text) { command.setRevision(text); })},
           filePaths<RVGitCheckoutCommand>()}},
         {"RVGitCherryPickCommand",
-         {{"Revisions", RefusedRevision,
+         {{"Revisions", RefusedName,
            withOptions<RVGitCherryPickCommand>([](auto& command, auto& text) {
                command.setRevisions(Arguments{"HEAD", text});
            })}}},
@@ -333,11 +333,11 @@ const std::map<std::string, std::vector<Field>>& table() {
                    RVURL("https://host"), "name", text);
            }}}},
         {"RVGitConflictingFilePathsCommand",
-         {{"Revision", RefusedRevision,
+         {{"Revision", RefusedName,
            [](auto& repository, auto& text) {
                return std::make_shared<RVGitConflictingFilePathsCommand>(repository, text, "a");
            }},
-          {"IntoRevision", RefusedRevision,
+          {"IntoRevision", RefusedName,
            [](auto& repository, auto& text) {
                return std::make_shared<RVGitConflictingFilePathsCommand>(repository, "a", text);
            }}}},
@@ -668,7 +668,7 @@ const std::map<std::string, std::vector<Field>>& table() {
            RVGitResetCommand::unresolvedRevisionErrorCode},
           filePaths<RVGitResetCommand>()}},
         {"RVGitRevertCommand",
-         {{"Revisions", RefusedRevision,
+         {{"Revisions", RefusedName,
            withOptions<RVGitRevertCommand>([](auto& command, auto& text) {
                command.setRevisions(Arguments{"HEAD", text});
            })}}},
