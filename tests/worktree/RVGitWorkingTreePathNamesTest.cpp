@@ -145,7 +145,7 @@ TEST_F(RVGitWorkingTreePathNamesTest, ARenameToANameWithAnArrowCannotBeListed) {
     EXPECT_EQ(error->userInfoString(RVGitOutputParserLineErrorKey), "R  plain -> \"a -> b\"");
     EXPECT_EQ(gitInRepository({"ls-files"}), "a -> b") << "nothing is lost";
     commitIndex();
-    change("a -> b");
+    changeFile("a -> b");
     EXPECT_THAT(listing(), ElementsAre(" M Regular a -> b"));
 }
 
