@@ -5,6 +5,7 @@
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/command/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitValues.h"
 
 namespace {
 
@@ -58,7 +59,7 @@ bool RVGitConflictingFilePathsCommand::gitCommandShouldHandleError(const RVError
 bool RVGitConflictingFilePathsCommand::gitCommandWillParseOutput(RVErrorPlace error) {
     if (isCancelled())
         return true;
-    if (!holdsTree(standardOutputData())) {
+    if (!holdsTree(standardOutputData()) || beginsWithSHA256Hash(standardOutputData())) {
         fillErrorPlace(error, gitErrorWithCode(RVGitOutputParserError));
         return false;
     }

@@ -571,6 +571,9 @@ bool runsOrFailsWithFewDescriptors() {
 }
 
 TEST(RVChildProcessTest, WithFewDescriptorsLeftItRunsOrTellsThatThereAreNone) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
+#endif
     EXPECT_EXIT(_exit(runsOrFailsWithFewDescriptors() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 

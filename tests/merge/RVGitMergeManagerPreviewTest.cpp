@@ -314,6 +314,11 @@ TEST_F(RVGitMergeManagerPreviewTest, WhatIsNoAnswerIsAnError) {
               RVGitRVGitGenericError);
     EXPECT_EQ(codeOf({.standardOutput = "nonsense"}), RVGitOutputParserError);
     EXPECT_EQ(codeOf({}), RVGitOutputParserError);
+    // Of a repository whose objects have longer names.
+    const std::string longTree(64, 'a');
+    EXPECT_EQ(codeOf({.standardOutput = longTree + '\0'}), RVGitOutputParserError);
+    EXPECT_EQ(codeOf({.standardOutput = longTree + '\0' + "a" + '\0', .exitCode = 1}),
+              RVGitOutputParserError);
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, PathsComeAsTheyAre) {
