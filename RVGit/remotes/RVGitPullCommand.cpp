@@ -2,8 +2,8 @@
 
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/command/RVGitValues.h"
-#include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitEditorScript.h"
+#include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRefSpec.h"
