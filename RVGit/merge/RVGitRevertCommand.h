@@ -27,7 +27,7 @@ inline constexpr char RVGitRevertOptionFastForward[] = "RVGitRevertOptionFastFor
 /// from older gits 2001 if changes of the working tree are in the way, 2002 if conflicts are.
 /// Everything else is code 1, a step without changes too, which leaves the revert under way as
 /// well: ask RVGitMergeManager::currentMergeMode() after any failure. A revision that begins with
-/// "-", and does not only select, is refused with code 1 before anything runs.
+/// "-", even one that elsewhere only selects, is refused with code 1 before anything runs.
 class RVGIT_EXPORT RVGitRevertCommand : public RVGitCommand {
 public:
     /// The repository is required.
