@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitFilePathsOutputParser.h"
@@ -24,7 +25,7 @@ std::shared_ptr<RVGitArchiveCommand> RVGitArchiveCommand::gitArchiveCommandWithR
 }
 
 const RVGitErrorTable& RVGitArchiveCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitArchiveFilesError)
             .command("archive")
             .exitCode(128)
@@ -34,7 +35,7 @@ const RVGitErrorTable& RVGitArchiveCommand::gitErrorDefinitions() {
             .exitCode(128)
             .standardError("Not a valid object name"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitArchiveCommand::gitCommandWillInitialize() {

@@ -2,14 +2,16 @@
 
 #include <cstdio>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 
 const RVGitErrorTable& RVGitLFSCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{gitErrorRow(RVGitNoGitRepoError)
-                                                        .command("lfs")
-                                                        .exitCode(128)
-                                                        .standardError("Not a git repository")};
-    return table;
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
+        gitErrorRow(RVGitNoGitRepoError)
+            .command("lfs")
+            .exitCode(128)
+            .standardError("Not a git repository")};
+    return *table;
 }
 
 std::shared_ptr<RVGitLFSInstallCommand> RVGitLFSInstallCommand::gitLFSInstallCommandWithRepository(

@@ -1,5 +1,6 @@
 #include "RVGit/remotes/RVGitPushCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/command/RVGitValues.h"
@@ -82,7 +83,7 @@ const RVGitRefSpec* RVGitPushCommand::firstRefSpec() const {
 }
 
 const RVGitErrorTable& RVGitPushCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitRemotePushNoUpstreamBranchError)
             .command("push")
             .exitCode(128)
@@ -92,7 +93,7 @@ const RVGitErrorTable& RVGitPushCommand::gitErrorDefinitions() {
             .exitCode(1)
             .standardError(R"(\[rejected\])", {RVGitRevisionErrorKey}),
     };
-    return table;
+    return *table;
 }
 
 void RVGitPushCommand::gitCommandWillInitialize() {

@@ -25,11 +25,6 @@ bool isBelow(std::string_view path, std::string_view directory) {
            (directory == "/" || path[directory.size()] == '/');
 }
 
-bool somethingIsAt(const std::string& path) {
-    struct stat status;
-    return ::lstat(path.c_str(), &status) == 0;
-}
-
 // A real directory, which is not the case of a link to one.
 bool isPlainDirectory(const std::string& path) {
     struct stat status;
@@ -37,7 +32,7 @@ bool isPlainDirectory(const std::string& path) {
 }
 
 bool isGitDirectory(const std::string& path) {
-    return somethingIsAt(pathByAppendingComponent(path, "HEAD")) &&
+    return RVGitSubmoduleContainment::somethingIsAt(pathByAppendingComponent(path, "HEAD")) &&
            RVFileManager::isDirectoryAtPath(pathByAppendingComponent(path, "objects"));
 }
 
@@ -102,7 +97,7 @@ bool RVGitSubmoduleContainment::containsGitDirectory(const std::string& path) co
                        standardizedPath(*repository_->clonedSubmodulesDirectory()));
     std::string existing = standardizedPath(path);
     std::string rest;
-    while (!somethingIsAt(existing) && existing.size() > 1) {
+    while (!RVGitSubmoduleContainment::somethingIsAt(existing) && existing.size() > 1) {
         rest = pathByAppendingComponent(lastPathComponent(existing), rest);
         existing = pathByDeletingLastComponent(existing);
     }
@@ -141,6 +136,11 @@ bool RVGitSubmoduleContainment::requirePlainSubmodulesFile(RVErrorPlace error) c
                                 RVGitMakeErrorUserInfo(
                                     repository_, {{RVGitConfigFileErrorKey, file.value_or("")}})));
     return false;
+}
+
+bool RVGitSubmoduleContainment::somethingIsAt(const std::string& path) {
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0;
 }
 
 bool RVGitSubmoduleContainment::isSpecialFile(const std::string& path) {

@@ -33,6 +33,8 @@ public:
     /// another file, or a special file; with code 102 for a bare repository.
     [[nodiscard]] bool requirePlainSubmodulesFile(RVErrorPlace error = nullptr) const;
 
+    /// True for anything at the path, a dangling link too.
+    [[nodiscard]] static bool somethingIsAt(const std::string& path);
     /// Whether a pipe, a device or a socket is there, which git would read or wait for without end.
     [[nodiscard]] static bool isSpecialFile(const std::string& path);
     /// The path with all links resolved; absent if there is nothing.

@@ -47,11 +47,6 @@ bool failToMove(const Repository& repository, RVGitErrorCode code, const std::st
         error);
 }
 
-bool somethingIsAt(const std::string& path) {
-    struct stat status;
-    return ::lstat(path.c_str(), &status) == 0;
-}
-
 bool isEmptyPlainDirectory(const std::string& path) {
     return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
            RVFileManager::isEmptyDirectoryAtPath(path);
@@ -62,7 +57,7 @@ bool moveItem(const std::string& path, const std::string& newPath, RVErrorPlace 
     int result = ::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE);
     if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
         // Not every file system knows the flag.
-        if (somethingIsAt(newPath))
+        if (RVGitSubmoduleContainment::somethingIsAt(newPath))
             errno = EEXIST;
         else
             result = ::rename(path.c_str(), newPath.c_str());
@@ -81,7 +76,7 @@ public:
     explicit ParentDirectories(const std::string& path) {
         std::vector<std::string> missing;
         for (std::string parent = pathByDeletingLastComponent(path);
-             parent.size() > 1 && !somethingIsAt(parent);
+             parent.size() > 1 && !RVGitSubmoduleContainment::somethingIsAt(parent);
              parent = pathByDeletingLastComponent(parent))
             missing.push_back(parent);
         // What cannot be made shows when something is moved into it.
@@ -204,7 +199,8 @@ bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErr
     if (absolutePath != repository->path() &&
         !Containment(repository).containsWorkingDirectory(absolutePath))
         return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError, userInfo, error);
-    if (somethingIsAt(absolutePath) && !isEmptyPlainDirectory(absolutePath))
+    if (RVGitSubmoduleContainment::somethingIsAt(absolutePath) &&
+        !isEmptyPlainDirectory(absolutePath))
         return fail(repository, RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
     const auto names = RVGitSubmoduleLoader(repository).allSubmoduleNames(error);
     if (!names)
@@ -239,7 +235,8 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
 
     const Places places = placesOfSubmodule(*submodule, repository);
-    const bool gitDirectoryExists = removesGitDirectory && somethingIsAt(places.gitDirectory);
+    const bool gitDirectoryExists =
+        removesGitDirectory && RVGitSubmoduleContainment::somethingIsAt(places.gitDirectory);
     if (!places.workingDirectoryIsContained ||
         (gitDirectoryExists && (!places.gitDirectoryIsContained ||
                                 Containment::holdsOtherGitDirectories(places.gitDirectory))) ||
@@ -267,7 +264,7 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
             return false;
     }
     // One in the working tree has gone with it.
-    if (removesGitDirectory && somethingIsAt(places.gitDirectory) &&
+    if (removesGitDirectory && RVGitSubmoduleContainment::somethingIsAt(places.gitDirectory) &&
         !RVFileManager::removeItemAtPath(places.gitDirectory, error))
         return false;
     return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
@@ -403,7 +400,8 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
         return false;
     // Git would move it into a directory that is there.
     const bool makesRoom = isEmptyPlainDirectory(newDirectory);
-    if (somethingIsAt(newDirectory) && (!makesRoom || ::rmdir(newDirectory.c_str()) != 0))
+    if (RVGitSubmoduleContainment::somethingIsAt(newDirectory) &&
+        (!makesRoom || ::rmdir(newDirectory.c_str()) != 0))
         return failToMove(repository, RVGitMoveFileAlreadyExistsError, path, toNewPath, error);
     ParentDirectories parents(newDirectory);
     if (RVGitMoveCommand::gitMoveCommandWithRepository(repository, submodule->path(), toNewPath)
@@ -436,7 +434,7 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
     }
     if (RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) ||
         !RVFileManager::isDirectoryAtPath(places.workingDirectory))
-        return somethingIsAt(places.workingDirectory);
+        return RVGitSubmoduleContainment::somethingIsAt(places.workingDirectory);
     if (!places.hasRepository)
         return !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory, error);
     const std::uint64_t count = RVGitWorkingTreeEntry::countChangedWorkingTreeEntriesForRepository(

@@ -1,6 +1,7 @@
 #include "RVGit/svn/RVGitSVNCommand.h"
 
 #include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
@@ -36,7 +37,7 @@ RVGitSVNCommand::RVGitSVNCommand(const std::shared_ptr<RVGitRepository>& reposit
 RVGitSVNCommand::RVGitSVNCommand() : RVGitCommand(RVGitBinary::defaultGitBinary()) {}
 
 const RVGitErrorTable& RVGitSVNCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable{
+    static const RVNeverDestroyed<RVGitErrorTable> table = {
         gitErrorRow(RVGitSVNInstallationError).command("svn").standardError("@INC"),
         gitErrorRow(RVGitSVNCertificateError)
             .command("svn")
@@ -51,7 +52,7 @@ const RVGitErrorTable& RVGitSVNCommand::gitErrorDefinitions() {
             .exitCode(1)
             .standardError("No repository found"),
     };
-    return table;
+    return *table;
 }
 
 void RVGitSVNCommand::gitCommandWillInitialize() {
