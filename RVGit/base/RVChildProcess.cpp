@@ -90,10 +90,7 @@ bool launchHoldsNUL(const RVChildProcess::Launch& launch) {
     const std::string* inputPath = launch.standardInput.filePath();
     return holdsNUL(launch.path) || (inputPath && holdsNUL(*inputPath)) ||
            (launch.workingDirectory && holdsNUL(*launch.workingDirectory)) ||
-           std::ranges::any_of(launch.arguments, textHoldsNUL) ||
-           std::ranges::any_of(launch.environment, [](const auto& variable) {
-               return holdsNUL(variable.first) || holdsNUL(variable.second);
-           });
+           std::ranges::any_of(launch.arguments, textHoldsNUL) || launch.environment.holdsNUL();
 }
 
 // The texts of a list as execve() takes them; they must outlive it.
@@ -113,37 +110,13 @@ private:
     std::vector<char*> pointers_;
 };
 
-// The same of an environment, whose texts stand behind each other in one block.
-class EnvironmentPointers {
-public:
-    explicit EnvironmentPointers(const RVEnvironment& environment) {
-        std::size_t size = 0;
-        for (const auto& [name, value] : environment)
-            size += name.size() + value.size() + 2;
-        texts_.reserve(size);
-        pointers_.reserve(environment.size() + 1);
-        for (const auto& [name, value] : environment) {
-            pointers_.push_back(texts_.data() + texts_.size());
-            texts_.append(name).append(1, '=').append(value).append(1, '\0');
-        }
-        pointers_.push_back(nullptr);
-    }
-    EnvironmentPointers(const EnvironmentPointers&) = delete;
-    EnvironmentPointers& operator=(const EnvironmentPointers&) = delete;
-    char* const* data() const { return pointers_.data(); }
-
-private:
-    std::string texts_;
-    std::vector<char*> pointers_;
-};
-
 int spawn(const RVChildProcess::Launch& launch, const RVDescriptor& input,
           const RVDescriptor& output, const RVDescriptor& error, pid_t& pid) {
     // Relative to this process, as it was when somebody looked whether the file is there; the child
     // would take it relative to its working directory.
     const std::string path = RVFileManager::absolutePath(launch.path);
     const ArgumentPointers arguments(launch.path, launch.arguments);
-    const EnvironmentPointers environment(launch.environment);
+    const RVChildEnvironment::Pointers environment(launch.environment);
     return RVSystem::spawn({path.c_str(), arguments.data(), environment.data(),
                             launch.workingDirectory ? launch.workingDirectory->c_str() : nullptr,
                             input.number(), output.number(), error.number()},

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "RVGit/base/RVChildEnvironment.h"
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/base/RVExport.h"
 #include "RVGit/base/RVStandardInput.h"
@@ -35,7 +36,7 @@ public:
         /// A relative one is taken from this process's current directory, not the child's.
         std::string path;
         std::vector<std::string> arguments;
-        RVEnvironment environment;
+        RVChildEnvironment environment;
         /// Absent: that of this process.
         std::optional<std::string> workingDirectory;
         RVStandardInput standardInput;

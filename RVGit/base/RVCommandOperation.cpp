@@ -1,26 +1,11 @@
 #include "RVGit/base/RVCommandOperation.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <utility>
 
 #include "RVGit/base/RVFirstException.h"
 
 namespace {
-
-RVEnvironment inheritedEnvironment() {
-    RVEnvironment environment;
-    for (char** entry = environ; entry && *entry; ++entry) {
-        const std::string_view text(*entry);
-        const std::size_t end = text.find('=');
-        if (end == std::string_view::npos)
-            continue;
-        environment.emplace(text.substr(0, end), text.substr(end + 1));
-    }
-    environment.erase("LANGUAGE");
-    return environment;
-}
 
 bool isPlainInShell(char character) {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
@@ -49,12 +34,10 @@ RVCommandOperation::RVCommandOperation(std::string launchPath,
                                        std::optional<std::string> workingDirectory,
                                        std::vector<std::string> arguments,
                                        RVCommandOperationDelegate* delegate)
-    : launch_{std::move(launchPath),
-              std::move(arguments),
-              inheritedEnvironment(),
-              std::move(workingDirectory),
-              {}},
-      delegate_(delegate) {}
+    : launch_{std::move(launchPath), std::move(arguments), {}, std::move(workingDirectory), {}},
+      delegate_(delegate) {
+    setValueForEnvironmentVariable(std::nullopt, "LANGUAGE");
+}
 
 RVCommandOperation::~RVCommandOperation() = default;
 

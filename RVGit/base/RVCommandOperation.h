@@ -48,10 +48,19 @@ public:
     void setArguments(std::vector<std::string> arguments) {
         launch_.arguments = std::move(arguments);
     }
-    /// The child's environment. Until it is set it is what this process inherited, without
-    /// LANGUAGE, which would beat LC_ALL.
-    [[nodiscard]] const RVEnvironment& environment() const { return launch_.environment; }
+    /// The child's environment. Until it is set it is that of this process when the child is
+    /// launched, without LANGUAGE, which would beat LC_ALL.
+    [[nodiscard]] RVEnvironment environment() const { return launch_.environment.variables(); }
     void setEnvironment(RVEnvironment environment) { launch_.environment = std::move(environment); }
+    /// Absent where there is no such variable.
+    [[nodiscard]] std::optional<std::string> valueForEnvironmentVariable(
+        std::string_view name) const {
+        return launch_.environment.value(name);
+    }
+    /// An absent value takes the variable away.
+    void setValueForEnvironmentVariable(std::optional<std::string> value, const std::string& name) {
+        launch_.environment.setValue(name, std::move(value));
+    }
     /// Not owned; must live as long as the command runs.
     void setDelegate(RVCommandOperationDelegate* delegate) { delegate_ = delegate; }
     void setStandardInput(RVStandardInput input) { launch_.standardInput = std::move(input); }
@@ -105,9 +114,6 @@ protected:
 
     /// Whether a hook or the delegate has thrown while the child ran.
     [[nodiscard]] bool handlerDidThrow() const { return process_.handlerException() != nullptr; }
-
-    /// To be changed in place: an environment is too large to be copied for each variable.
-    [[nodiscard]] RVEnvironment& mutableEnvironment() { return launch_.environment; }
 
     /// Stores the record; the operation finishes when the calling hook returns.
     void finishWithError(RVError error) { error_ = std::move(error); }

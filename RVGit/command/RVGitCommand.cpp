@@ -228,20 +228,15 @@ void RVGitCommand::refuseGitCommandArgument(std::int64_t code, const char* key,
 
 void RVGitCommand::addEnvironmentVariables(const RVEnvironment& variables) {
     for (const auto& [name, value] : variables)
-        mutableEnvironment().insert_or_assign(name, value);
-}
-
-void RVGitCommand::setValueForEnvironmentVariable(std::optional<std::string> value,
-                                                  const std::string& name) {
-    if (value)
-        mutableEnvironment().insert_or_assign(name, std::move(*value));
-    else
-        mutableEnvironment().erase(name);
+        setValueForEnvironmentVariable(value, name);
 }
 
 void RVGitCommand::sanitizeEnvironment() {
-    setEnvironment(RVGitCommandEnvironmentSanitizer::sanitizedEnvironmentForEnvironment(
-        std::move(mutableEnvironment())));
+    const auto& names =
+        RVGitCommandEnvironmentSanitizerConfig::sharedConfig().blacklistedEnvironmentVariables();
+    if (names)
+        for (const std::string& name : *names)
+            setValueForEnvironmentVariable(std::nullopt, name);
 }
 
 bool RVGitCommand::run(RVErrorPlace error) {
@@ -322,27 +317,26 @@ void RVGitCommand::commandWillExecute() {
 }
 
 void RVGitCommand::applyBinary() {
-    RVEnvironment& changed = mutableEnvironment();
-    changed["GIT_PAGER"] = "";
+    setValueForEnvironmentVariable("", "GIT_PAGER");
     // "$PERL5LIB" stays as it is: nothing expands it. Kept for compatibility.
     if (gitBinary_->perlLibraryPath())
-        changed["PERL5LIB"] = *gitBinary_->perlLibraryPath() + ":$PERL5LIB";
+        setValueForEnvironmentVariable(*gitBinary_->perlLibraryPath() + ":$PERL5LIB", "PERL5LIB");
     if (gitBinary_->templatesDirectoryPath())
-        changed["GIT_TEMPLATE_DIR"] = *gitBinary_->templatesDirectoryPath();
+        setValueForEnvironmentVariable(gitBinary_->templatesDirectoryPath(), "GIT_TEMPLATE_DIR");
 
     std::vector<std::string> directories;
-    if (const auto path = changed.find("PATH"); path != changed.end())
-        directories = componentsSeparatedByString(path->second, ":");
+    if (const auto path = valueForEnvironmentVariable("PATH"))
+        directories = componentsSeparatedByString(*path, ":");
     const std::string binaryDirectory = pathByDeletingLastComponent(gitBinary_->launchPath());
     if (std::find(directories.begin(), directories.end(), binaryDirectory) == directories.end())
         directories.insert(directories.begin(), binaryDirectory);
     const std::vector<std::string>& additional = gitBinary_->launchAdditionalPaths();
     directories.insert(directories.begin(), additional.begin(), additional.end());
-    changed["PATH"] = stringByJoiningComponents(directories, ":");
+    setValueForEnvironmentVariable(stringByJoiningComponents(directories, ":"), "PATH");
 
     addGitOptions(gitBinary_->defaultOptions());
-    changed["LANG"] = "en_US.UTF-8";
-    changed["LC_ALL"] = "en_US.UTF-8";
+    setValueForEnvironmentVariable("en_US.UTF-8", "LANG");
+    setValueForEnvironmentVariable("en_US.UTF-8", "LC_ALL");
 }
 
 std::vector<std::string> RVGitCommand::makeArguments() const {

@@ -131,8 +131,6 @@ public:
     void addGitCommandFilePath(std::string filePath);
     /// Merges the variables over the environment.
     void addEnvironmentVariables(const RVEnvironment& variables);
-    /// An absent value removes the variable.
-    void setValueForEnvironmentVariable(std::optional<std::string> value, const std::string& name);
     void sanitizeEnvironment();
 
     // Running.
@@ -279,6 +277,9 @@ protected:
     void commandDidReceiveStandardOutput(std::string_view bytes) final;
 
 private:
+    // What the command's own hooks of these names would hide.
+    using RVCommandOperationDelegate::commandDidFailToLaunch;
+    using RVCommandOperationDelegate::commandDidTerminate;
     void commandDidReceiveStandardOutputData(RVCommandOperation&, std::string_view bytes) override;
     void commandDidReceiveStandardErrorData(RVCommandOperation&, std::string_view bytes) override;
     void didUpdateProgressWithData(std::string_view bytes);

@@ -30,7 +30,7 @@ RVChildProcess::Launch shell(const std::string& script) {
     RVChildProcess::Launch launch;
     launch.path = "/bin/sh";
     launch.arguments = {"-c", script};
-    launch.environment = {{"PATH", "/usr/bin:/bin"}};
+    launch.environment = RVEnvironment{{"PATH", "/usr/bin:/bin"}};
     return launch;
 }
 
@@ -118,7 +118,7 @@ TEST(RVChildProcessTest, KeepsBothOutputsApartAndTheExitCode) {
 TEST(RVChildProcessTest, PassesArgumentsAndEnvironmentUnchanged) {
     RVChildProcess::Launch launch = shell("printf '%s|' \"$@\"; printf %s \"$VALUE\"");
     launch.arguments.insert(launch.arguments.end(), {"sh", "", "a b", "new\nline", "\xff", "$x"});
-    launch.environment["VALUE"] = "two\nlines=\xc3\xa4";
+    launch.environment.setValue("VALUE", "two\nlines=\xc3\xa4");
     EXPECT_EQ(run(launch).output, "|a b|new\nline|\xff|$x|two\nlines=\xc3\xa4");
 }
 
@@ -361,8 +361,8 @@ TEST(RVChildProcessTest, NothingThatHoldsANULIsLaunched) {
         changed([](auto& launch) { launch.path = "/bin/sh\0x"s; }),
         changed([](auto& launch) { launch.arguments.push_back("notes\0yz"s); }),
         changed([](auto& launch) { launch.arguments.push_back("\0"s); }),
-        changed([](auto& launch) { launch.environment["NAME"] = "value\0"s; }),
-        changed([](auto& launch) { launch.environment["NAME\0x"s] = "value"; }),
+        changed([](auto& launch) { launch.environment.setValue("NAME", "value\0"s); }),
+        changed([](auto& launch) { launch.environment.setValue("NAME\0x"s, "value"); }),
         changed([](auto& launch) { launch.workingDirectory = "/usr\0x"s; }),
         changed(
             [](auto& launch) { launch.standardInput = RVStandardInput::file("/dev/null\0x"s); }),

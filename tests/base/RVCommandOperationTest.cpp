@@ -66,15 +66,32 @@ TEST(RVCommandOperationTest, AFailedLaunchIsToldInsteadOfTheEnd) {
     EXPECT_EQ(command->error()->code(), ENOENT);
 }
 
-TEST(RVCommandOperationTest, TheEnvironmentIsTheInheritedOneWithoutLANGUAGE) {
+TEST(RVCommandOperationTest, TheEnvironmentIsThatOfTheLaunchWithoutLANGUAGE) {
+    auto command = shell("printf '%s' \"${LANGUAGE-none} $RVGIT_TEST_INHERITED\"");
     setenv("LANGUAGE", "de", 1);
     setenv("RVGIT_TEST_INHERITED", "a=b", 1);
-    auto command = shell("printf '%s' \"${LANGUAGE-none} $RVGIT_TEST_INHERITED\"");
+    EXPECT_EQ(command->environment().at("RVGIT_TEST_INHERITED"), "a=b");
+    EXPECT_EQ(command->environment().count("LANGUAGE"), 0u);
+    run(command);
     unsetenv("LANGUAGE");
     unsetenv("RVGIT_TEST_INHERITED");
-    EXPECT_EQ(command->environment().at("RVGIT_TEST_INHERITED"), "a=b");
-    run(command);
     EXPECT_EQ(command->standardOutputData(), "none a=b");
+}
+
+TEST(RVCommandOperationTest, VariablesAreChangedOneByOneOrAllReplaced) {
+    auto command = shell("printf '%s' \"${HOME-none} ${VALUE-none} ${OTHER-none}\"");
+    command->setValueForEnvironmentVariable(std::nullopt, "HOME");
+    command->setValueForEnvironmentVariable("1", "VALUE");
+    EXPECT_EQ(command->valueForEnvironmentVariable("HOME"), std::nullopt);
+    EXPECT_EQ(command->valueForEnvironmentVariable("VALUE"), "1");
+    run(command);
+    EXPECT_EQ(command->standardOutputData(), "none 1 none");
+
+    auto replaced = shell("printf '%s' \"${HOME-none} ${VALUE-none} ${OTHER-none}\"");
+    replaced->setValueForEnvironmentVariable("1", "VALUE");
+    replaced->setEnvironment({{"OTHER", "2"}});
+    run(replaced);
+    EXPECT_EQ(replaced->standardOutputData(), "none none 2");
 }
 
 TEST(RVCommandOperationTest, TheWorkingDirectoryMayBeReplacedBeforeTheLaunch) {

@@ -211,7 +211,7 @@ TEST_F(RVGitCommandTest, TheFrameOverwritesWhatAHookSaysOfPagerPathAndLocale) {
     RVGitCommandEnvironment::sharedEnvironment().setValuesFromDictionary(
         {{"SHARED", "shared"}, {"ONLY_SHARED", "shared"}});
     command->run();
-    const RVEnvironment& environment = command->environment();
+    const RVEnvironment environment = command->environment();
     EXPECT_EQ(environment.at("GIT_PAGER"), "");
     EXPECT_EQ(environment.at("LANG"), "en_US.UTF-8");
     EXPECT_EQ(environment.at("LC_ALL"), "en_US.UTF-8");
