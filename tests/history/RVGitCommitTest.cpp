@@ -1,7 +1,5 @@
 #include "RVGit/history/RVGitCommit.h"
 
-#include <thread>
-
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitActor.h"
 #include "RVGit/command/RVGitErrorCodes.h"
@@ -13,9 +11,7 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using testing::IsEmpty;
-using testing::Optional;
 using testing::SizeIs;
 
 const std::string someHash(40, 'a');
@@ -132,20 +128,6 @@ TEST_F(RVGitCommitTest, GettersSayTheSameOnceTheFieldsAreMade) {
     EXPECT_EQ(commit->parentCount(), 1U);
     EXPECT_TRUE(commit->isSVNCommit());
     EXPECT_EQ(commit->tree(), nullptr);
-}
-
-TEST_F(RVGitCommitTest, ObjectsOfACommitAreMadeOnce) {
-    makeCommit();
-    const auto commit = headCommit();
-    std::vector<RVGitActor*> authors(8);
-    std::vector<std::thread> threads;
-    for (auto& author : authors)
-        threads.emplace_back([&] { author = commit->author().get(); });
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_THAT(authors, testing::Each(commit->author().get()));
-    EXPECT_EQ(commit->committer(), commit->committer());
-    EXPECT_EQ(commit->signature(), commit->signature());
 }
 
 TEST_F(RVGitCommitTest, CommitsOutliveTheirListing) {

@@ -5,17 +5,14 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
-#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
@@ -602,28 +599,6 @@ TEST_F(RVGitMergeManagerTest, ASingleEmptyPickIsCommittedAndThenFails) {
     EXPECT_THAT(subjects(2), ElementsAre("Same", "Ours"));
     EXPECT_EQ(gitHere({"log", "-1", "--format=%an"}), "An Author");
     EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
-}
-
-TEST_F(RVGitMergeManagerTest, ACommitThatIsCancelledIsNotGoneOnFrom) {
-    stopRebase();
-    resolve("precious\n");
-    const std::string started = scratchPath("started");
-    const std::string hooks = makeDirectory("hooks");
-    writeFile(hooks + "/prepare-commit-msg", "#!/bin/sh\n: > '" + started + "'\nexec sleep 60\n",
-              0755);
-    gitHere({"config", "core.hooksPath", hooks});
-    const RVRepositorySnapshot before(path());
-    std::thread canceller([&] {
-        while (!fs::exists(started))
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        RVGitCommandQueue::sharedQueue().cancelAllCommands();
-    });
-    std::optional<RVError> error;
-    EXPECT_FALSE(manager().continueEmptyRebaseWithCommitMessage("Mine", &error));
-    canceller.join();
-    EXPECT_EQ(error, std::nullopt);
-    EXPECT_EQ(RVRepositorySnapshot(path()).differencesFrom(before), "");
-    EXPECT_EQ(read("file"), "precious\n");
 }
 
 TEST_F(RVGitMergeManagerTest, TheLinesOfAnEmptyStep) {
