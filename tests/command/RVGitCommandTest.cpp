@@ -291,9 +291,7 @@ TEST_F(RVGitCommandTest, AParserFailsTheCommandOnlyWithARecord) {
         fillErrorPlace(error, gitErrorWithCode(RVGitOutputParserError));
         return false;
     };
-    std::optional<RVError> error;
-    EXPECT_FALSE(failing->run(&error));
-    EXPECT_EQ(error.value().code(), RVGitOutputParserError);
+    EXPECT_THAT(failing, failsWith(RVGitOutputParserError));
 
     auto silent = scripted("exit 0");
     silent->willParse = [](RVErrorPlace) { return false; };
@@ -310,9 +308,7 @@ TEST_F(RVGitCommandTest, AParserFailsTheCommandOnlyWithARecord) {
 TEST_F(RVGitCommandTest, AHookMayStoreAnErrorAlthoughTheExitCodeIsZero) {
     auto command = scripted("exit 0");
     command->didTerminate = [](HookedCommand& self) { self.setError(gitErrorWithCode(1200)); };
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    EXPECT_EQ(error.value().code(), 1200);
+    EXPECT_THAT(command, failsWith(1200));
 }
 
 TEST_F(RVGitCommandTest, AnErrorSaysAllThatIsKnown) {

@@ -37,7 +37,7 @@ protected:
     }
     static std::string quoted(const std::string& path) { return "'" + path + "'"; }
     std::shared_ptr<RVGitLogCommand> logCommand() {
-        return RVGitLogCommand::gitLogCommandWithRepository(repository());
+        return RVGitLogCommand::gitLogCommandWithRepository(repository(), std::nullopt);
     }
     // Runs a listing that prints this and then never ends, and cancels it.
     std::shared_ptr<RVGitLogCommand> cancelledCommand(const std::string& output) {

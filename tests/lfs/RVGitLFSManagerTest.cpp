@@ -8,6 +8,7 @@
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/lfs/RVGitLFSCommand.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRefSpec.h"

@@ -103,7 +103,7 @@ TEST_F(RVGitLFSSmudgeCommandTest, MissingContentsFailAndChangeNothing) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
         writeFile("output", "before");
         const auto command = commandFor(pointerFor("nowhere"), scratchPath("output"));
-        EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+        EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
         EXPECT_EQ(command->data(), nullptr);
         EXPECT_EQ(readFile("output"), "before");
         EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
@@ -125,7 +125,7 @@ TEST_F(RVGitLFSSmudgeCommandTest, AFailureToLaunchRemovesTheFileAndGivesTheLockB
         const auto fake = useFakeGit();
         std::filesystem::remove(fake.path());
         const auto failed = commandFor(pointerFor("one"));
-        EXPECT_EQ(errorOf(*failed).code(), RVGitNoGitRepoError);
+        EXPECT_THAT(failed, failsWith(RVGitNoGitRepoError));
         EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
         RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(gitPath()));
         EXPECT_TRUE(commandFor(keepObject("one"))->run());

@@ -163,15 +163,14 @@ TEST_F(RVGitMergeManagerPreviewTest, WithoutACommonAncestorThereIsNoAnswer) {
     makeBranches({{"a", "1\n"}}, {{"a", "2\n"}}, {{"a", "3\n"}});
     gitInRepository({"checkout", "-q", "--orphan", "alone"});
     commitFile("repository", "x", "x\n", "Alone");
-    std::optional<RVError> error;
-    EXPECT_FALSE(manager().canMergeRevision("alone", "main", &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
-    error.reset();
-    EXPECT_EQ(manager().conflictingFilePathsForMergingRevision("alone", "main", &error),
-              std::nullopt);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) { return manager().canMergeRevision("alone", "main", error); },
+        failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return manager().conflictingFilePathsForMergingRevision("alone", "main", error);
+        },
+        failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, AMergeBaseThatSaysNothingIsNoError) {

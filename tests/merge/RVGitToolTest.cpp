@@ -12,6 +12,7 @@
 
 namespace {
 
+using testing::ElementsAre;
 using testing::IsEmpty;
 using Paths = std::vector<std::string>;
 
@@ -19,29 +20,20 @@ class RVGitToolTest : public RVGitRepositoryTestCase {};
 
 TEST_F(RVGitToolTest, TheLineOfAMergeTool) {
     const auto recorder = useRecordingGit();
-    const auto linesOf = [&](RVGitMergeToolCommand& command) {
-        (void)command.run();
-        return recorder.lastInvocation().arguments;
-    };
     using Command = RVGitMergeToolCommand;
-    const auto& repo = *repository();
-    const Paths head = {"--git-dir=" + *repo.gitDirectoryPath(),
-                        "--work-tree=" + *repo.workingTreeDirectoryPath(), "--no-pager"};
-    const auto withHead = [&](Paths rest) {
-        rest.insert(rest.begin(), head.begin(), head.end());
-        return rest;
-    };
     auto command = Command::gitMergeToolCommandWithRepository(repository(), "a file");
-    EXPECT_EQ(linesOf(*command), withHead({"-c", "mergetool.keepBackup=false", "mergetool",
-                                           "--no-prompt", "--", "a file"}));
+    EXPECT_THAT(argumentsOf(recorder, *command),
+                ElementsAre("-c", "mergetool.keepBackup=false", "mergetool", "--no-prompt", "--",
+                            "a file"));
     command = Command::gitMergeToolCommandWithRepository(repository());
     command->setKeepsBackupFiles(true);
-    EXPECT_EQ(linesOf(*command),
-              withHead({"-c", "mergetool.keepBackup=true", "mergetool", "--no-prompt"}));
+    EXPECT_THAT(argumentsOf(recorder, *command),
+                ElementsAre("-c", "mergetool.keepBackup=true", "mergetool", "--no-prompt"));
     command = Command::gitMergeToolCommandWithRepository(repository(), "-x");
     command->setMergeToolName("--tool");
-    EXPECT_EQ(linesOf(*command), withHead({"-c", "mergetool.keepBackup=false", "mergetool",
-                                           "--no-prompt", "--tool=--tool", "--", "-x"}));
+    EXPECT_THAT(argumentsOf(recorder, *command),
+                ElementsAre("-c", "mergetool.keepBackup=false", "mergetool", "--no-prompt",
+                            "--tool=--tool", "--", "-x"));
 }
 
 TEST_F(RVGitToolTest, TheLineOfADiffTool) {
@@ -88,28 +80,23 @@ TEST_F(RVGitToolTest, ADiffToolTakesNoRevisionForAnOption) {
     recorder.clear();
     const auto command = RVGitDiffToolCommand::gitDiffToolCommandWithRepository(repository());
     command->setRevisions(Paths{"--extcmd=touch x"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }
 
 TEST_F(RVGitToolTest, AFailedMergeIs2004WithThePath) {
     auto fake = useFakeGit();
-    const auto errorOf = [&] {
-        std::optional<RVError> error;
-        EXPECT_FALSE(RVGitMergeToolCommand::gitMergeToolCommandWithRepository(repository(), "x")
-                         ->run(&error));
-        return error.value_or(RVError("none", 0));
+    const auto failing = [&] {
+        return RVGitMergeToolCommand::gitMergeToolCommandWithRepository(repository(), "x");
     };
     fake.setAnswer({.standardError = "merge of a file failed\n", .exitCode = 1});
-    EXPECT_EQ(errorOf().code(), RVGitMergetoolMergeFailedError);
-    EXPECT_EQ(errorOf().userInfoString(RVGitFilePathErrorKey), "a file");
+    const auto error = errorOf(*failing());
+    EXPECT_EQ(error.code(), RVGitMergetoolMergeFailedError);
+    EXPECT_EQ(error.userInfoString(RVGitFilePathErrorKey), "a file");
     fake.setAnswer({.standardError = "merge of a file failed\n", .exitCode = 2});
-    EXPECT_EQ(errorOf().code(), RVGitRVGitGenericError);
+    EXPECT_THAT(failing(), failsWith(RVGitRVGitGenericError));
     fake.setAnswer({.standardError = "No files need merging\n", .exitCode = 1});
-    EXPECT_EQ(errorOf().code(), RVGitRVGitGenericError);
+    EXPECT_THAT(failing(), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitToolTest, ToolsNeedARepository) {

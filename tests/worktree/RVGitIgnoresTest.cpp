@@ -454,10 +454,12 @@ TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALinkOnTheWay) {
     makeDirectory("elsewhere");
     fs::create_symlink("../elsewhere", repositoryPath() + "/link");
     for (const char* name : {"/link/.gitignore", "/link/new/.gitignore"}) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(
-            RVGitIgnores(repository(), repositoryPath() + name).addIgnorePattern("a", &error));
-        EXPECT_EQ(error.value().code(), RVGitIgnoresWriteError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) {
+                return RVGitIgnores(repository(), repositoryPath() + name)
+                    .addIgnorePattern("a", error);
+            },
+            failsWith(RVGitIgnoresWriteError));
     }
     EXPECT_TRUE(fs::is_empty(scratchPath("elsewhere")));
 }

@@ -95,6 +95,7 @@ TEST_F(RVGitIndexTest, ListsAllEntriesInGitsOrder) {
     for (const char* file : {"b", "dir/c", "a"})
         stageFile(file, file);
     const auto entries = repository()->index()->allIndexEntries();
+    ASSERT_TRUE(entries);
     EXPECT_THAT(texts(entries), ElementsAre("0 a", "0 b", "0 dir/c"));
     EXPECT_EQ((*entries)[2]->objectHash(), gitInRepository({"rev-parse", ":dir/c"}));
     EXPECT_EQ((*entries)[2]->fileMode(), RVGitFileModeRegular);
