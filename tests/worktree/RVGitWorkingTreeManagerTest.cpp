@@ -233,9 +233,7 @@ TEST_F(RVGitWorkingTreeManagerTest, AListAsLongAsTheLimitIsOneBatch) {
 
 TEST_F(RVGitWorkingTreeManagerTest, ABatchThatFailsLeavesTheEarlierOnesAppliedAndReportsItsError) {
     cutListsAfterTwoPaths();
-    const auto run = [&](const auto& operation) {
-        return errorOf([&](RVErrorPlace error) { return operation(error); });
-    };
+    const auto run = [&](const auto& operation) { return errorOf(operation); };
     for (const std::string& path : fivePaths)
         write(path, "one\n");
     const auto [fake, recorder] = useGitThatFailsFor("c");
