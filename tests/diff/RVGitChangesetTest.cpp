@@ -99,7 +99,7 @@ TEST_F(RVGitChangesetTest, ArgumentsOfTheChangesetLoader) {
         {RVGitDiffOptionNoRenames, {"--no-renames"}},
         {RVGitDiffOptionContextLines, {}}};
     for (const auto& [option, flags] : options)
-        EXPECT_EQ(argumentsAfter([&](auto& loader) {
+        EXPECT_EQ(argumentsAfter([&option = option](auto& loader) {
                       loader.setLogOptions(RVOptions{{option, true}});
                   }),
                   log + flags + logTail + list("--"));
