@@ -26,6 +26,7 @@ const RVGitErrorTable& RVGitCherryPickCommand::gitErrorDefinitions() {
 
 void RVGitCherryPickCommand::gitCommandWillInitialize() {
     setGitCommand("cherry-pick");
+    openNoEditorUnlessSet(*this);
     addGitOptions({"-c", "core.trustctime=false"});
     if (mainlineParentNumber_ != 0)
         addGitCommandOptions({"--mainline", std::to_string(mainlineParentNumber_)});

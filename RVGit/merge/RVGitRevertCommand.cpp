@@ -35,6 +35,7 @@ const RVGitErrorTable& RVGitRevertCommand::gitErrorDefinitions() {
 
 void RVGitRevertCommand::gitCommandWillInitialize() {
     setGitCommand("revert");
+    openNoEditorUnlessSet(*this);
     addGitOptions({"-c", "core.trustctime=false"});
     if (mainlineParentNumber_ != 0)
         addGitCommandOptions({"--mainline", std::to_string(mainlineParentNumber_)});

@@ -311,6 +311,14 @@ TEST_F(RVGitMergeSettingsTest, MissingStepsAreNoErrorOfAPlainRebase) {
     EXPECT_THAT(subjects(2), ElementsAre("Clean", "Ours"));
 }
 
+TEST_F(RVGitMergeSettingsTest, WhatARebaseTellsItsStepsHidesNoCherryPick) {
+    setEnvironmentVariable("GIT_CHERRY_PICK_HELP", "words of another git");
+    const RVRepositorySnapshot before(path());
+    EXPECT_EQ(pick({"Two"}), RVGitRebaseConflictsError);
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeCherryPick);
+    expectAbortRestores(before);
+}
+
 TEST_F(RVGitMergeSettingsTest, NoEditorOfTheEnvironmentIsOpened) {
     const std::string editor = scratchPath("no-editor");
     for (const char* name : {"GIT_EDITOR", "GIT_SEQUENCE_EDITOR", "VISUAL", "EDITOR"})
