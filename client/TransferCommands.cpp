@@ -53,6 +53,15 @@ std::string changedRefs(std::string_view standardError) {
     return changes;
 }
 
+/// Each line on its own, without the blanks around the whole.
+std::string printableLines(std::string_view text) {
+    std::string lines;
+    for (const std::string& line :
+         componentsSeparatedByString(stringByTrimmingWhitespaceAndNewline(text), "\n"))
+        lines += printable(line) + "\n";
+    return lines;
+}
+
 /// What the other side says, in lines that begin with "remote: ".
 std::string remoteWords(std::string_view standardError) {
     std::string words;
@@ -150,6 +159,13 @@ std::shared_ptr<RVGitRefSpec> refSpecFrom(const std::string& text) {
     return refSpec;
 }
 
+std::string currentBranch(const Repository& repository) {
+    const auto head = repository->HEADRefName();
+    if (!head || !head->starts_with("refs/heads/"))
+        throw UsageError("no branch is checked out; name what to push");
+    return *head;
+}
+
 /// With the full name of the remote's branch, and the hash that it had when it was last seen.
 struct Lease {
     std::shared_ptr<RVGitRefSpec> refSpec;
@@ -159,7 +175,10 @@ struct Lease {
 Lease leaseFor(const std::shared_ptr<RVGitRefSpec>& refSpec, const RVGitRemote& remote,
                const Repository& repository) {
     const auto local = refSpec->localRefName();
-    const std::string name = refSpec->remoteRefName().value_or(local.value_or(""));
+    std::string name = refSpec->remoteRefName().value_or(local.value_or(""));
+    // Git pushes the branch that it names, and none of that name.
+    if (name == RVGitHEADRevision)
+        name = currentBranch(repository);
     const auto fullName = RVGitMakeFullRefName(name, RVGitRefTypeBranch);
     const auto seenName = RVGitRef::makeFullRemoteRefNameWithRemoteName(remote.name(), fullName);
     std::optional<RVError> error;
@@ -169,13 +188,6 @@ Lease leaseFor(const std::shared_ptr<RVGitRefSpec>& refSpec, const RVGitRemote& 
     if (!seen || !seen->commitHash())
         throw UsageError("there is no " + printable(seenName) + " to lease; fetch first");
     return {RVGitRefSpec::refSpecWithLocalRefName(local, fullName), *seen->commitHash()};
-}
-
-std::string currentBranch(const Repository& repository) {
-    const auto head = repository->HEADRefName();
-    if (!head || !head->starts_with("refs/heads/"))
-        throw UsageError("no branch is checked out; name what to push");
-    return *head;
 }
 
 }  // namespace
@@ -254,8 +266,7 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
     run(*command);
     output << changedRefs(command->standardErrorString())
-           << printable(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()))
-           << "\n";
+           << printableLines(command->standardOutputString());
 }
 
 void runPush(const Repository& repository, Arguments arguments, Output& output) {

@@ -82,7 +82,7 @@ TEST_F(RvgitTransferTest, FetchesAndPulls) {
     commitThere();
     git({"branch", "new", "main"}, servedPath());
     EXPECT_THAT(outputOf({"fetch", "--prune"}), HasSubstr("[new branch]      new        -> "));
-    EXPECT_THAT(outputOf({"pull"}), HasSubstr("Fast-forward"));
+    EXPECT_THAT(outputOf({"pull"}), HasSubstr("\nFast-forward\n"));
     EXPECT_TRUE(fileExists("repository/there"));
     EXPECT_THAT(outputOf({"pull", "--rebase", "origin", "main"}), HasSubstr("up to date"));
     git({"branch", "-D", "new"}, servedPath());
@@ -102,6 +102,10 @@ TEST_F(RvgitTransferTest, Pushes) {
     EXPECT_THAT(rejected.standardError, HasSubstr("[rejected]"));
     EXPECT_THAT(rejected.standardError, HasSubstr("Synchronization With Remote Failed"));
     EXPECT_THAT(outputOf({"push", "--force-with-lease"}), HasSubstr("(forced update)"));
+    EXPECT_EQ(served("main"), gitInRepository({"rev-parse", "HEAD"}) + "\n");
+    gitInRepository({"commit", "--amend", "-m", "Amended by another name"});
+    EXPECT_THAT(outputOf({"push", "--force-with-lease", "origin", "HEAD"}),
+                HasSubstr("HEAD -> main (forced update)"));
     EXPECT_EQ(served("main"), gitInRepository({"rev-parse", "HEAD"}) + "\n");
     // Somebody else has been there.
     const std::string source = scratchPath("source of a.git");
