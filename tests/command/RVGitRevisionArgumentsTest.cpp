@@ -5,12 +5,17 @@
 #include <unistd.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "RVGit/command/RVGitCommand.h"
+#include "RVGit/diff/RVGitDiff.h"
+#include "RVGit/diff/RVGitFormatPatchCommand.h"
 #include "RVGit/history/RVGitRevListCommand.h"
+#include "RVGit/history/RVGitShortlogCommand.h"
 #include "RVGit/merge/RVGitDiffToolCommand.h"
+#include "RVGit/repository/RVGitRefLogCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitResetCommand.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
@@ -87,6 +92,35 @@ TEST_F(RVGitRevisionArgumentsTest, TheCommandsFindTheRevision) {
     (void)tool->run();
     EXPECT_THAT(lastArguments(recorder), ElementsAre("difftool", "--no-prompt", "--no-symlinks",
                                                      "--tool=none", "HEAD", "--"));
+}
+
+TEST_F(RVGitRevisionArgumentsTest, HistoriesAndComparisonsFindTheRevision) {
+    makeCommit("One");
+    makeCommit("Two");
+    makeFile("HEAD");
+    makeFile("HEAD^");
+    change();
+    const auto recorder = useRecordingGit();
+    std::optional<RVError> error;
+    const auto differences = RVGitDiff::allDiffsByComparingRevisions(
+        Words{"HEAD"}, Words(), repository(), std::nullopt, &error);
+    EXPECT_FALSE(error);
+    ASSERT_TRUE(differences);
+    EXPECT_EQ(differences->size(), 1u);
+    EXPECT_EQ(lastArguments(recorder).back(), "--");
+
+    EXPECT_TRUE(
+        RVGitShortlogCommand::gitShortlogCommandWithRepository(repository(), "HEAD")->run());
+    EXPECT_EQ(lastArguments(recorder).back(), "--");
+
+    EXPECT_TRUE(
+        RVGitRefLogCommand::gitRefLogCommandWithRepository(repository(), "HEAD", std::nullopt)
+            ->run());
+    EXPECT_EQ(lastArguments(recorder).back(), "--");
+
+    const auto patch = std::make_shared<RVGitFormatPatchCommand>(repository(), "HEAD^");
+    EXPECT_TRUE(patch->run());
+    EXPECT_EQ(lastArguments(recorder).back(), "--");
 }
 
 TEST_F(RVGitRevisionArgumentsTest, AFileIsNotTakenForARevision) {
