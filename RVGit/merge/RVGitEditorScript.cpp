@@ -68,6 +68,15 @@ void rvgit::openNoEditor(RVGitCommand& command) {
     command.setValueForEnvironmentVariable(std::nullopt, "GIT_CHERRY_PICK_HELP");
 }
 
+void rvgit::takeMessagesAsUTF8(RVGitCommand& command) {
+    // As "git -c" hands it to what git runs; it goes behind what was handed to this process.
+    constexpr char variable[] = "GIT_CONFIG_PARAMETERS";
+    std::string parameters = command.valueForEnvironmentVariable(variable).value_or("");
+    if (!parameters.empty())
+        parameters += ' ';
+    command.setValueForEnvironmentVariable(parameters + "'i18n.commitEncoding=UTF-8'", variable);
+}
+
 void rvgit::openNoEditorUnlessSet(RVGitCommand& command) {
     for (const char* name : {"GIT_EDITOR", "GIT_SEQUENCE_EDITOR"})
         if (!command.valueForEnvironmentVariable(name))

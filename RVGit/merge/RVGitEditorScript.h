@@ -41,4 +41,8 @@ void openNoEditor(RVGitCommand& command);
 /// both variables are taken away then, and git would open what is configured.
 void openNoEditorUnlessSet(RVGitCommand& command);
 
+/// Has git know the messages that it is given for what they are, UTF-8: where another encoding is
+/// configured for commits it would take them to be in that.
+void takeMessagesAsUTF8(RVGitCommand& command);
+
 }  // namespace rvgit

@@ -49,7 +49,8 @@ enum RVGitMergeMode : std::uint64_t {
 ///
 /// Operations run git and wait for it. A stop at conflicts is a failure, by code 2000 or 2200, and
 /// currentMergeMode() tells what can be done then; a step of a cherry-pick or revert without
-/// changes is code 1, so ask after that, too. Nothing ever opens an editor.
+/// changes is code 1, so ask after that, too. Nothing ever opens an editor. A message that is given
+/// is UTF-8, and so are the commits of that run, whatever encoding is configured for them.
 class RVGIT_EXPORT RVGitMergeManager {
 public:
     /// The repository is required.
@@ -393,8 +394,10 @@ private:
     [[nodiscard]] bool restoreVersion(const std::vector<std::string>& filePaths,
                                       const std::string& side, RVErrorPlace error);
     [[nodiscard]] bool commitEmptyStep(const std::string& commitMessage, RVErrorPlace error);
-    void replaceProposedMessage(std::string_view path,
-                                const std::optional<std::string>& commitMessage) const;
+    template <typename Command>
+    [[nodiscard]] bool continueSequence(const std::optional<std::string>& commitMessage,
+                                        RVErrorPlace error);
+    void replaceProposedMessage(std::string_view path, const std::string& commitMessage) const;
 
     std::shared_ptr<RVGitRepository> repository_;
     std::shared_ptr<RVGitWorkingTreeManager> workingTreeManager_;

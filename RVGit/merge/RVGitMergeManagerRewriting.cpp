@@ -317,6 +317,7 @@ bool RVGitMergeManager::setCommitMessage(const std::string& commitMessage,
     if (!script)
         return false;
     command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
+    takeMessagesAsUTF8(*command);
     return command->run(error);
 }
 
