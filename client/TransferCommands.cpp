@@ -23,6 +23,7 @@
 #include "RVGit/repository/RVGitRefSpec.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
+#include "client/OperationText.h"
 #include "client/TransferProgress.h"
 
 namespace {
@@ -130,18 +131,31 @@ std::string directoryNameFor(const std::string& address) {
     return name;
 }
 
-std::string nameOfDefaultRemote(const Repository& repository) {
+/// The first of the keys that is set: a key of the current branch, or a whole one.
+std::optional<std::string> configuredValue(const Repository& repository,
+                                           std::initializer_list<const char*> keys) {
     const auto head = repository->HEADRefName();
     const auto branch = head ? RVGitRef::makeRefName(*head, RVGitRefTypeBranch) : std::string();
-    const auto configured =
-        repository->config()->valueForConfigKey(RVGitMakeBranchConfigKey(branch, "remote"));
-    return configured.value_or(RVGitOriginRemoteName);
+    for (const std::string key : keys) {
+        const bool isWhole = key.find('.') != std::string::npos;
+        if (auto value = repository->config()->lastValueForConfigKey(
+                isWhole ? key : RVGitMakeBranchConfigKey(branch, key)))
+            return value;
+    }
+    return std::nullopt;
 }
 
-/// A remote of that name, or an address in the place of one.
-std::shared_ptr<RVGitRemote> remoteFor(const std::optional<std::string>& name,
+enum class Direction { Fetch, Push };
+
+/// A remote of that name, or an address in the place of one. Without a name, the one that git would
+/// take.
+std::shared_ptr<RVGitRemote> remoteFor(std::optional<std::string> name, Direction direction,
                                        const Repository& repository) {
-    const std::string wanted = name.value_or(nameOfDefaultRemote(repository));
+    if (!name && direction == Direction::Push)
+        name = configuredValue(repository, {"pushRemote", "remote.pushDefault"});
+    if (!name)
+        name = configuredValue(repository, {"remote"});
+    const std::string wanted = name.value_or(RVGitOriginRemoteName);
     std::optional<RVError> error;
     auto remote = RVGitRemote::remoteForName(wanted, repository, &error);
     if (error)
@@ -239,8 +253,8 @@ void runFetch(const Repository& repository, Arguments arguments, Output& output)
         else
             words.push_back(*word);
     }
-    const auto remote =
-        remoteFor(words.empty() ? std::nullopt : std::optional(words[0]), repository);
+    const auto remote = remoteFor(words.empty() ? std::nullopt : std::optional(words[0]),
+                                  Direction::Fetch, repository);
     const auto command = RVGitFetchCommand::gitFetchCommandWithRepository(
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
     run(*command);
@@ -249,10 +263,11 @@ void runFetch(const Repository& repository, Arguments arguments, Output& output)
 
 void runPull(const Repository& repository, Arguments arguments, Output& output) {
     RVOptions options;
+    std::optional<bool> usesRebase;
     std::vector<std::string> words;
     while (const auto word = arguments.next()) {
-        if (*word == "--rebase")
-            options.insert_or_assign(RVGitPullOptionRebase, true);
+        if (*word == "--rebase" || *word == "--no-rebase")
+            usesRebase = *word == "--rebase";
         else if (*word == "--no-verify")
             options.insert_or_assign(RVGitPullOptionNoVerify, true);
         else if (word->starts_with('-') || words.size() == 2)
@@ -260,11 +275,20 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
         else
             words.push_back(*word);
     }
-    const auto remote =
-        remoteFor(words.empty() ? std::nullopt : std::optional(words[0]), repository);
+    const auto remote = remoteFor(words.empty() ? std::nullopt : std::optional(words[0]),
+                                  Direction::Fetch, repository);
+    // Git is told one or the other, whatever is configured.
+    if (!usesRebase)
+        usesRebase = configuredValue(repository, {"rebase", "pull.rebase"}) == "true";
+    options.insert_or_assign(RVGitPullOptionRebase, *usesRebase);
     const auto command = RVGitPullCommand::gitPullCommandWithRepository(
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
-    run(*command);
+    try {
+        run(*command);
+    } catch (const Failure& failure) {
+        // It may have stopped at conflicts.
+        reportOperation(false, failure.error, repository, output);
+    }
     output << changedRefs(command->standardErrorString())
            << printableLines(command->standardOutputString());
 }
@@ -304,7 +328,7 @@ void runPush(const Repository& repository, Arguments arguments, Output& output) 
         throw UsageError("push --delete needs a remote, and names behind it");
     if (leases && refSpecs.size() > 1)
         throw UsageError("push --force-with-lease takes one branch");
-    const auto remote = remoteFor(remoteName, repository);
+    const auto remote = remoteFor(remoteName, Direction::Push, repository);
     std::string leasedHash;
     if (leases) {
         const auto refSpec = refSpecs.empty()
