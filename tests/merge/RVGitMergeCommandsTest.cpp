@@ -525,6 +525,7 @@ TEST_F(RVGitMergeCommandsTest, NoEditorIsInheritedAndTheCallersOwnIsKept) {
     setEnvironmentVariable("GIT_EDITOR", "false");
     setEnvironmentVariable("GIT_SEQUENCE_EDITOR", "false");
     setEnvironmentVariable("GIT_MERGE_AUTOEDIT", "yes");
+    setEnvironmentVariable("GIT_CHERRY_PICK_HELP", "words of another git");
     const auto recorder = useRecordingGit();
     const auto expectNoEditor = [&](RVGitCommand& command) {
         (void)command.run();
@@ -532,6 +533,7 @@ TEST_F(RVGitMergeCommandsTest, NoEditorIsInheritedAndTheCallersOwnIsKept) {
         EXPECT_EQ(environment.at("GIT_EDITOR"), ":");
         EXPECT_EQ(environment.at("GIT_SEQUENCE_EDITOR"), ":");
         EXPECT_FALSE(environment.contains("GIT_MERGE_AUTOEDIT"));
+        EXPECT_FALSE(environment.contains("GIT_CHERRY_PICK_HELP"));
     };
     expectNoEditor(*make<RVGitMergeCommand>());
     expectNoEditor(*make<RVGitRebaseCommand>());
@@ -543,6 +545,23 @@ TEST_F(RVGitMergeCommandsTest, NoEditorIsInheritedAndTheCallersOwnIsKept) {
     (void)command->run();
     EXPECT_EQ(recorder.lastInvocation().environment.at("GIT_EDITOR"), "true");
     EXPECT_EQ(recorder.lastInvocation().environment.at("GIT_SEQUENCE_EDITOR"), "/script");
+}
+
+TEST_F(RVGitMergeCommandsTest, NoEditorIsOpenedWhereTheEnvironmentIsSanitized) {
+    setEnvironmentVariable("GIT_EDITOR", "false");
+    setEnvironmentVariable("GIT_SEQUENCE_EDITOR", "false");
+    const auto recorder = useRecordingGit();
+    const auto expectNoEditor = [&](const std::shared_ptr<RVGitCommand>& command) {
+        command->setSanitizesEnvironment(true);
+        (void)command->run();
+        const auto environment = recorder.lastInvocation().environment;
+        EXPECT_EQ(environment.at("GIT_EDITOR"), ":");
+        EXPECT_EQ(environment.at("GIT_SEQUENCE_EDITOR"), ":");
+    };
+    expectNoEditor(make<RVGitMergeCommand>());
+    expectNoEditor(make<RVGitRebaseCommand>());
+    expectNoEditor(make<RVGitCherryPickCommand>());
+    expectNoEditor(make<RVGitRevertCommand>());
 }
 
 TEST_F(RVGitMergeCommandsTest, NeedARepository) {

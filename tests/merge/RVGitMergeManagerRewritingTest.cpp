@@ -4,15 +4,19 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/merge/RVGitSequenceInstruction.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/merge/RVGitRewritingTestCase.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -240,6 +244,42 @@ TEST_F(RVGitMergeManagerRewritingTest, EditingTakesACommitApart) {
     EXPECT_TRUE(manager().continueRebase());
     EXPECT_EQ(subjects(), "A B New D");
     EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, EditingTheRootWorksWherePathsAreNoPatterns) {
+    for (const char* name : {"GIT_LITERAL_PATHSPECS", "GIT_NOGLOB_PATHSPECS"}) {
+        SCOPED_TRACE(name);
+        const auto hashes = makeLetters(2);
+        setEnvironmentVariable(name, "1");
+        EXPECT_TRUE(manager().editRevision(hashes[0]));
+        EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "D  a\n?? a");
+        setEnvironmentVariable(name, std::nullopt);
+        // As the program that takes paths literally would have it.
+        RVGitCommandEnvironment::sharedEnvironment().setValueForEnvironmentVariable("1", name);
+        gitInRepository({"add", "a"});
+        EXPECT_TRUE(manager().abortRebase());
+        EXPECT_TRUE(manager().editRevision(hashes[0]));
+        EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "D  a\n?? a");
+        gitInRepository({"add", "a"});
+        EXPECT_TRUE(manager().abortRebase());
+        RVGitCommandEnvironment::sharedEnvironment().unsetValueForEnvironmentVariable(name);
+    }
+}
+
+TEST_F(RVGitMergeManagerRewritingTest, FilesThatAreNamedAsRevisionsAreNotMistaken) {
+    const auto hashes = makeLetters(3);
+    const std::string names[] = {"repository/HEAD", "repository/HEAD^"};
+    for (const std::string& name : names)
+        writeFile(name, "no revision\n");
+    EXPECT_TRUE(manager().editRevision(hashes[1]));
+    // Neither does git itself know what is meant.
+    for (const std::string& name : names)
+        fs::remove(scratchPath(name));
+    EXPECT_EQ(subjects(), "A");
+    EXPECT_EQ(gitInRepository({"status", "--porcelain"}), "?? b");
+    gitInRepository({"add", "b"});
+    EXPECT_TRUE(manager().abortRebase());
+    EXPECT_EQ(subjects(), "A B C");
 }
 
 TEST_F(RVGitMergeManagerRewritingTest, EditingForAmendingLeavesTheCommit) {

@@ -791,8 +791,8 @@ TEST_F(RVGitMergeManagerTest, NothingIsWrittenThroughALinkOutOfTheTree) {
 
 TEST_F(RVGitMergeManagerTest, PathsThatAreNoPlainNames) {
     // One file of each name, in conflict.
-    const Words names = {"-dash",   "--force", "a b",  "new\nline",  "quo\"te",
-                         ":(top)x", "*",       "[ab]", "latin \xE9", "é"};
+    const Words names = {"-dash", "--force", "a b",        "new\nline", "quo\"te", ":(top)x",
+                         "*",     "[ab]",    "latin \xE9", "é",         "a..-b"};
     const auto commitAll = [&](const std::string& contents) {
         for (const std::string& name : names)
             write(name, contents);

@@ -311,6 +311,47 @@ TEST_F(RVGitMergeSettingsTest, MissingStepsAreNoErrorOfAPlainRebase) {
     EXPECT_THAT(subjects(2), ElementsAre("Clean", "Ours"));
 }
 
+TEST_F(RVGitMergeSettingsTest, MessagesAreUTF8WhateverCommitsAreEncodedIn) {
+    const std::string text = "Änderung – zwei";
+    const auto expectText = [&] {
+        EXPECT_EQ(subjects(1).front(), text);
+        EXPECT_THAT(gitHere({"cat-file", "commit", "HEAD"}), HasSubstr("\n\n" + text));
+        EXPECT_THAT(gitHere({"cat-file", "commit", "HEAD"}), Not(HasSubstr("\nencoding ")));
+    };
+    set("i18n.commitEncoding", "ISO-8859-1");
+    setEnvironmentVariable("GIT_CONFIG_PARAMETERS", "'user.name=Somebody Else'");
+    EXPECT_EQ(pick({"Two"}), RVGitRebaseConflictsError);
+    resolve("two\n");
+    EXPECT_EQ(goOn(text), 0);
+    expectText();
+    EXPECT_THAT(gitHere({"cat-file", "commit", "HEAD"}), HasSubstr("committer Somebody Else"));
+    EXPECT_EQ(revert({"Ours"}), RVGitRebaseConflictsError);
+    resolve("x\n");
+    EXPECT_EQ(goOn(text), 0);
+    expectText();
+    for (const char* backend : {"merge", "apply"}) {
+        SCOPED_TRACE(backend);
+        makePlace(RVGitMergePlace::Repository);
+        set("i18n.commitEncoding", "ISO-8859-1");
+        set("rebase.backend", backend);
+        gitHere({"checkout", "-q", "-b", "two", "Two"});
+        EXPECT_EQ(rebase("two"), RVGitRebaseConflictsError);
+        resolve("two\n");
+        EXPECT_EQ(goOn(text), 0);
+        expectText();
+    }
+    EXPECT_TRUE(manager().setCommitMessage(text + "!", hash("HEAD")));
+    EXPECT_EQ(subjects(1).front(), text + "!");
+}
+
+TEST_F(RVGitMergeSettingsTest, WhatARebaseTellsItsStepsHidesNoCherryPick) {
+    setEnvironmentVariable("GIT_CHERRY_PICK_HELP", "words of another git");
+    const RVRepositorySnapshot before(path());
+    EXPECT_EQ(pick({"Two"}), RVGitRebaseConflictsError);
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeCherryPick);
+    expectAbortRestores(before);
+}
+
 TEST_F(RVGitMergeSettingsTest, NoEditorOfTheEnvironmentIsOpened) {
     const std::string editor = scratchPath("no-editor");
     for (const char* name : {"GIT_EDITOR", "GIT_SEQUENCE_EDITOR", "VISUAL", "EDITOR"})
