@@ -123,8 +123,8 @@ void runSVN(const std::shared_ptr<RVGitRepository>&, Arguments arguments, Output
     if (action != "fetch" && action != "rebase" && action != "dcommit")
         throw UsageError("svn has no " + action);
 
-    const auto word = action == "rebase" ? std::nullopt : arguments.next();
-    if (const auto more = arguments.next())
+    const auto word = action == "rebase" ? std::nullopt : arguments.nextOperand("svn " + action);
+    if (const auto more = arguments.nextOperand("svn " + action))
         throw UsageError("svn " + action + " takes no " + *more);
     const auto repository = repositoryHere();
     const auto remote = remoteFor(repository, action == "fetch" ? word : std::nullopt);

@@ -254,8 +254,7 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
     run(*command);
     output << changedRefs(command->standardErrorString())
-           << printable(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()))
-           << "\n";
+           << printableLines(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()));
 }
 
 void runPush(const Repository& repository, Arguments arguments, Output& output) {
@@ -340,8 +339,8 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
     const std::string action = arguments.next().value_or("");
     if (action != "fill" && action != "approve" && action != "reject")
         throw UsageError("credential takes fill, approve or reject");
-    const RVURL url(arguments.valueOf("credential " + action));
-    if (const auto word = arguments.next())
+    const RVURL url(arguments.operandOf("credential " + action));
+    if (const auto word = arguments.nextOperand("credential " + action))
         refuse("credential", *word);
     std::shared_ptr<RVGitCredentialCommand> command;
     if (action == "fill") {
