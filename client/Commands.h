@@ -70,8 +70,12 @@ void takePathsLiterally();
 /// ends: for what does not run on the library's shared queue.
 void whenInterrupted(std::function<void()> action);
 
-/// Whether that has happened. What git has said since then, and be it that there is nothing, is not
-/// to be acted upon.
+/// From here on an interrupt ends the client at once: it waits for somebody else, and no git runs
+/// that would be left behind.
+void endWhenInterrupted();
+
+/// Whether the user has interrupted the client. What git has said since then, and be it that there
+/// is nothing, is not to be acted upon.
 [[nodiscard]] bool wasInterrupted();
 
 /// One command of the client: it writes to the output, or throws UsageError or Failure.

@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -108,8 +109,11 @@ void printPointer(const Repository& repository, RVGitLFSManager& manager, Argume
     const std::string path = pathOfFile(repository, arguments.operandOf("lfs pointer"));
     requireNoMore(arguments, "pointer");
     // The library would only say that git could not be launched.
-    if (::access(path.c_str(), R_OK) != 0)
+    struct stat status;
+    if (::lstat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0)
         throw Failure(posixError(errno, path));
+    if (!S_ISREG(status.st_mode))
+        throw UsageError(printable(path) + " is no plain file");
     std::promise<std::pair<std::shared_ptr<RVGitLFSPointer>, std::optional<RVError>>> promise;
     (void)manager.createPointerFromFileAtPath(path, std::nullopt,
                                               [&](const auto& pointer, const auto& error) {
@@ -133,6 +137,7 @@ void printContents(const Repository& repository, RVGitLFSManager& manager, Argum
     require(data != nullptr, error);
     // As large as it may be: not by way of the collected output. That it could not be written is
     // seen at the end, with all that is written then.
+    endWhenInterrupted();
     std::fwrite(data->view().data(), 1, data->size(), stdout);
 }
 

@@ -75,6 +75,8 @@ void clone(Arguments& arguments) {
     if (words.empty())
         throw UsageError("svn clone needs an address");
     const std::string path = words.size() == 2 ? words[1] : lastPathComponent(words[0]);
+    if (words.size() == 1 && (path.empty() || path == "/" || path == "." || path == ".."))
+        throw UsageError("svn clone needs a path, since the address holds no name");
     run(*RVGitSVNCloneCommand::gitSVNCloneCommandWithRemoteURL(
         words[0], isAbsolutePath(path) ? path : pathByAppendingComponent(workingDirectory(), path),
         options));

@@ -351,8 +351,10 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
         // Whoever lists processes sees their arguments.
         std::string username;
         std::string password;
+        endWhenInterrupted();
         if (!std::getline(std::cin, username) || !std::getline(std::cin, password))
             throw UsageError("credential approve reads a name and a password, each on a line");
+        whenInterrupted({});
         command =
             RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(url, username, password);
     }

@@ -95,6 +95,8 @@ int finishOutput() {
 }
 
 int write(const Output& output) {
+    // A reader may take its time.
+    endWhenInterrupted();
     std::fwrite(output.text().data(), 1, output.text().size(), stdout);
     return finishOutput();
 }
@@ -188,6 +190,10 @@ int run(std::vector<std::string> words) {
 void whenInterrupted(std::function<void()> action) {
     const std::lock_guard lock(interruptMutex);
     interruptAction = std::move(action);
+}
+
+void endWhenInterrupted() {
+    whenInterrupted([] { std::_Exit(exitInterrupted); });
 }
 
 bool wasInterrupted() {

@@ -165,6 +165,14 @@ TEST_F(RvgitArgumentsTest, AnUnknownOptionIsAWrongCommandLineWhereverItStands) {
     EXPECT_EQ(gitLine({"status", "--porcelain"}, repository_), "");
 }
 
+TEST_F(RvgitArgumentsTest, ASubversionCloneDoesNotTakeItsPathFromAnAddressWithoutAName) {
+    for (const char* address : {"https://host/..", "https://host/a/.", "/"}) {
+        const auto result = rvgit({"svn", "clone", address});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.standardError, HasSubstr("needs a path"));
+    }
+}
+
 TEST_F(RvgitArgumentsTest, WhatLooksLikeAnOptionIsAPathBehindTwoDashes) {
     commitFile(repository_, "-f", "old\n", "Dash");
     EXPECT_THAT(outputOf({"blame", "--", "-f"}), EndsWith("1) old\n"));
@@ -246,12 +254,29 @@ TEST_F(RvgitArgumentsTest, AContentThatCannotBeWrittenIsAFailure) {
     const auto missing = rvgit({"lfs", "pointer", "missing"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.standardError, HasSubstr("No such file or directory"));
+    EXPECT_THAT(inShell("ln -s file link; \"$0\" lfs pointer link").standardError,
+                EndsWith("link is no plain file\n"));
 }
 
 TEST_F(RvgitArgumentsTest, GitEndsWithATerminalThatIsClosed) {
     makeGitStayAt("*\" log \"*");
     EXPECT_EQ(signalled("\"$0\" log", "HUP"), "130\n");
     EXPECT_TRUE(gitEnds());
+}
+
+TEST_F(RvgitArgumentsTest, WhoWaitsForSomebodyElseCanBeInterrupted) {
+    const std::string interrupt =
+        " & pid=$!; sleep 0.5; kill -INT $pid; sleep 1; kill -KILL $pid 2>/dev/null; wait $pid; "
+        "echo $? >&2";
+    // For a line that nobody writes, and for a reader that does not read.
+    EXPECT_THAT(inShell("mkfifo ../in; exec 3<>../in; \"$0\" credential approve https://host/ <&3" +
+                        interrupt)
+                    .standardError,
+                EndsWith("130\n"));
+    commitFile(repository_, "large", std::string(std::size_t{1} << 20, 'x') + "\n", "Large");
+    EXPECT_THAT(
+        inShell("mkfifo ../out; exec 4<>../out; \"$0\" show HEAD >&4" + interrupt).standardError,
+        EndsWith("130\n"));
 }
 
 TEST_F(RvgitArgumentsTest, WhatIsToOutliveTheTerminalDoes) {
