@@ -310,4 +310,16 @@ TEST_F(RVGitSubmoduleCommandTest, TakesPathsAsTheyAre) {
     EXPECT_EQ(command->submodules().front().path, "a*");
 }
 
+TEST_F(RVGitSubmoduleCommandTest, AnInheritedVariableNamesNoOtherRepository) {
+    makeLibrary();
+    addSubmodule("lib");
+    initRepository("other");
+    setEnvironmentVariable("GIT_DIR", scratchPath("other/.git"));
+    setEnvironmentVariable("GIT_WORK_TREE", scratchPath("other"));
+    const auto command = Command::gitSubmoduleStatusCommandWithRepository(repository(), {});
+    EXPECT_TRUE(command->run(&error));
+    ASSERT_THAT(command->submodules(), SizeIs(1));
+    EXPECT_EQ(command->submodules().front().path, "lib");
+}
+
 }  // namespace
