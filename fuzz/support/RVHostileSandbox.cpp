@@ -250,8 +250,12 @@ bool takesValue(const std::string& command, const std::string& subCommand,
 
 bool isKnownOption(const std::string& argument) {
     const auto isAttached = [&](std::string_view option) { return argument.starts_with(option); };
-    const bool isNumber =
-        argument.size() > 1 && argument.find_first_not_of("0123456789", 1) == std::string::npos;
+    // "-5", "-n1", "-U3".
+    const std::size_t start =
+        argument.size() > 2 && std::string_view("CMUn").find(argument[1]) != std::string::npos ? 2
+                                                                                               : 1;
+    const bool isNumber = argument.size() > start &&
+                          argument.find_first_not_of("0123456789", start) == std::string::npos;
     return isNumber || knownOptions.contains(argument) ||
            std::ranges::any_of(attachedOptions, isAttached);
 }
