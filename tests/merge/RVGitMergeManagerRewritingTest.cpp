@@ -682,7 +682,7 @@ TEST_F(RVGitMergeManagerRewritingTest, ADetachedHEADAndALinkedWorktreeAreRewritt
     EXPECT_EQ(subjects("main"), "A B C");
 
     const std::string linked = scratchPath("linked");
-    gitInRepository({"worktree", "add", "-q", "-b", "side", linked, "main"});
+    gitInRepository({"worktree", "add", "-b", "side", linked, "main"});
     const auto repositoryOfLinked = RVGitRepository::repositoryWithPath(linked);
     RVGitMergeManager managerOfLinked(repositoryOfLinked);
     EXPECT_TRUE(managerOfLinked.editRevision(hashes[1]));

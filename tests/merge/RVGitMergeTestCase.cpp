@@ -101,7 +101,7 @@ void RVGitMergeTestCase::makePlace(RVGitMergePlace place) {
             git({"symbolic-ref", "HEAD", "refs/heads/unborn"}, mainPath);
             git({"config", "core.logAllRefUpdates", "true"}, mainPath);
             importHistory(mainPath);
-            git({"worktree", "add", "-q", path_, "main"}, mainPath);
+            git({"worktree", "add", path_, "main"}, mainPath);
             break;
         }
         case RVGitMergePlace::Submodule: {

@@ -29,7 +29,7 @@ protected:
     std::string makeLinkedWorktree(const std::string& name) {
         makeCommit();
         const std::string path = scratchPath(name);
-        gitInRepository({"worktree", "add", "-q", "--detach", path});
+        gitInRepository({"worktree", "add", "--detach", path});
         return path;
     }
     void putLinkInPlaceOf(const std::string& path, const std::string& target) const {

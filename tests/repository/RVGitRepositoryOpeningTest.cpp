@@ -40,7 +40,7 @@ protected:
     std::string makeLinkedWorktree(const std::string& repositoryPath,
                                    const std::string& name) const {
         const std::string path = scratchPath(name);
-        git({"worktree", "add", "-q", "--detach", path}, repositoryPath);
+        git({"worktree", "add", "--detach", path}, repositoryPath);
         return path;
     }
 };

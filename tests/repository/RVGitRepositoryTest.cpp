@@ -264,7 +264,7 @@ TEST_F(RVGitRepositoryTest, AGitDirectoryIsNoLinkAndLeavesTheReadError) {
 TEST_F(RVGitRepositoryTest, LinksTellWorktreesFromSubmodules) {
     makeCommit();
     const std::string worktree = scratchPath("linked");
-    gitInRepository({"worktree", "add", "-q", "--detach", worktree});
+    gitInRepository({"worktree", "add", "--detach", worktree});
     const auto linked =
         RVGitRepository::repositoryWithWorkingTreeDirectoryPath(worktree, worktree + "/.git");
     EXPECT_TRUE(linked->isGitWorktreeRepository());
@@ -328,7 +328,7 @@ TEST_F(RVGitRepositoryTest, TheLinkFileOfADirectoryIsReplacedOnlyIfItIsThereAndA
 TEST_F(RVGitRepositoryTest, TheGitDirectoryOfALinkedWorktreeNamesItsTree) {
     makeCommit();
     const std::string worktree = scratchPath("linked tree");
-    gitInRepository({"worktree", "add", "-q", "--detach", worktree});
+    gitInRepository({"worktree", "add", "--detach", worktree});
     const RVURL url = RVURL::fileURLWithPath(gitDirectory() + "/worktrees/linked-tree");
     EXPECT_TRUE(RVGitRepository::isAlternateWorktreeGitDirectoryAtURL(url));
     const auto tree = RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url);

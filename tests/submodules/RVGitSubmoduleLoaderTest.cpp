@@ -289,7 +289,7 @@ TEST_F(RVGitSubmoduleLoaderTest, ALinkedWorktreeMayStandInTheSubmodulesPlace) {
     addSubmodule("lib");
     gitInRepository({"submodule", "--quiet", "deinit", "-f", "lib"});
     fs::remove(pathInRepository("lib"));
-    git({"worktree", "add", "-q", "-b", "wt", pathInRepository("lib")}, "library");
+    git({"worktree", "add", "-b", "wt", pathInRepository("lib")}, "library");
     EXPECT_THAT(summary(), ElementsAre("lib: 2"));
     gitInRepository({"submodule", "init"});
     EXPECT_THAT(summary(), ElementsAre("lib: 1"));

@@ -311,7 +311,7 @@ TEST_F(RVGitSubmoduleManagerTest, MovesALinkedWorktreeAndLeavesItsRepository) {
     addSubmodule("lib");
     gitInRepository({"submodule", "--quiet", "deinit", "-f", "lib"});
     fs::remove(pathInRepository("lib"));
-    git({"worktree", "add", "-q", "-b", "wt", pathInRepository("lib")}, "library");
+    git({"worktree", "add", "-b", "wt", pathInRepository("lib")}, "library");
     gitInRepository({"submodule", "init"});
     const auto before = filesBelow(scratchPath("library"));
     EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 4, &error),

@@ -254,7 +254,8 @@ TEST_F(RVGitStashTest, ADetachedHeadHasNoBranch) {
 TEST_F(RVGitStashTest, AStoredMessageNeedNotBeThatOfTheCommit) {
     makeCommit();
     change();
-    gitInRepository({"stash", "store", "-m", "shown: by git", "HEAD"});
+    // "git stash store" takes such a commit no longer.
+    gitInRepository({"update-ref", "--create-reflog", "-m", "shown: by git", "refs/stash", "HEAD"});
     const auto list = stashes();
     ASSERT_THAT(list, SizeIs(1));
     EXPECT_EQ(list[0]->message(), "Message");

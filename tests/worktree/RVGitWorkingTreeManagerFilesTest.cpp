@@ -423,7 +423,7 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingWhatIsOnlyIntendedToBeAddedKee
 
 TEST_F(RVGitWorkingTreeManagerFilesTest, ALinkedWorkingTreeHasAnIndexAndALockOfItsOwn) {
     const std::string path = scratchPath("linked");
-    git({"worktree", "add", "-q", "-b", "linked", path}, repositoryPath());
+    git({"worktree", "add", "-b", "linked", path}, repositoryPath());
     const std::string gitDirectory = gitLine({"rev-parse", "--absolute-git-dir"}, path);
     RVGitWorkingTreeManager linked(
         RVGitRepository::repositoryWithWorkingTreeDirectoryPath(path, gitDirectory));

@@ -48,7 +48,7 @@ private:
                 stage(file);
                 break;
             case 'D':
-                gitInRepository({"rm", "-q", "--cached", "--", file});
+                gitInRepository({"rm", "-q", "--cached", "--", ":(literal)" + file});
                 if (right == ' ')
                     remove(file);
                 break;
@@ -344,7 +344,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ABareRepositoryHasNoWorkingTree) {
 TEST_F(RVGitWorkingTreeStatesTest, ALinkedWorktreeHasAListingOfItsOwn) {
     makeCommit();
     const std::string path = scratchPath("linked");
-    gitInRepository({"worktree", "add", "-q", path});
+    gitInRepository({"worktree", "add", path});
     writeFile("linked/file.txt", "changed");
     writeFile("repository/new", "");
     const auto linked = RVGitRepository::repositoryWithPath(path);
