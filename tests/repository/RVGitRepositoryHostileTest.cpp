@@ -78,7 +78,7 @@ TEST_F(RVGitRepositoryHostileTest, ThePlacesThatLeadBackAreTakenWithoutAskingGit
 TEST_F(RVGitRepositoryHostileTest, GitsReasonForAnInvalidRepositoryIsTold) {
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(repositoryPath()), std::nullopt);
     EXPECT_THAT(RVGitRepository::reasonForInvalidRepositoryAtPath(makeDirectory("plain")),
-                Optional(HasSubstr("not a git repository")));
+                Optional(HasSubstr("ot a git repository")));
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(scratchPath("missing")),
               "No such file or directory");
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(writeFile("file", "")),

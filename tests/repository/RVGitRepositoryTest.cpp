@@ -326,7 +326,9 @@ TEST_F(RVGitRepositoryTest, TheGitDirectoryOfALinkedWorktreeNamesItsTree) {
     makeCommit();
     const std::string worktree = scratchPath("linked tree");
     gitInRepository({"worktree", "add", "--detach", worktree});
-    const RVURL url = RVURL::fileURLWithPath(gitDirectory() + "/worktrees/linked-tree");
+    // Not every git keeps the blank.
+    const RVURL url =
+        RVURL::fileURLWithPath(gitLine({"rev-parse", "--absolute-git-dir"}, worktree));
     EXPECT_TRUE(RVGitRepository::isAlternateWorktreeGitDirectoryAtURL(url));
     const auto tree = RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url);
     ASSERT_TRUE(tree);

@@ -11,6 +11,7 @@
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace fs = std::filesystem;
 
@@ -164,6 +165,7 @@ TEST_F(RVGitSubmoduleManagerTest, ADirtyOneIsNotRemovedAndNothingIsTouched) {
 }
 
 TEST_F(RVGitSubmoduleManagerTest, UntrackedFilesAloneDoNotProtectIt) {
+    RVGIT_TEST_NEEDS_GIT("2.31", "it calls a submodule with untracked files dirty");
     addSubmodule("lib");
     writeFile("repository/lib/new", "x");
     EXPECT_TRUE(manager().submoduleContainsUncommittedWork("lib", &error));
