@@ -3,6 +3,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/remotes/RVGitCredentials.h"
 #include "tests/support/RVDamagedOutput.h"
+#include "tests/support/RVFailureCode.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVTestFiles.h"
 
