@@ -74,7 +74,7 @@ complete -F _rvgit rvgit
 
 std::string zshScript() {
     std::string script = R"(#compdef rvgit
-local index=2
+local index=2 found=1
 local -a commands
 commands=(
     'help:Tells how a command is called')";
@@ -90,24 +90,28 @@ while (( index < CURRENT )); do
     esac
 done
 if (( index > CURRENT )); then
-    _directories
+    _directories && found=0
 elif (( index == CURRENT )); then
-    _describe command commands
-    compadd -- -C --verbose --help --version
-    _directories
+    _describe command commands && found=0
+    compadd -- -C --verbose --help --version && found=0
+    _directories && found=0
 else
+    local -a offers
     case $words[index] in
-    help) (( CURRENT == index + 1 )) && _describe command commands ;;
+    help) (( CURRENT == index + 1 )) && offers=(${commands%%:*}) ;;
 )";
     for (const Command& command : allCommands()) {
-        script += "    " + std::string(command.name) + ")";
+        script +=
+            "    " + std::string(command.name) + ") offers=(" + joined(optionsOf(command)) + ")";
         if (const auto actions = joined(actionsOf(command)); !actions.empty())
-            script += " (( CURRENT == index + 1 )) && compadd -- " + actions + ";";
-        script += " compadd -- " + joined(optionsOf(command)) + " ;;\n";
+            script += "; (( CURRENT == index + 1 )) && offers+=(" + actions + ")";
+        script += " ;;\n";
     }
     return script + R"(    esac
-    _files
+    compadd -a offers && found=0
+    _files && found=0
 fi
+return found
 )";
 }
 
