@@ -182,7 +182,8 @@ public:
                                            RVErrorPlace error = nullptr);
     [[nodiscard]] bool continueCherryPick(RVErrorPlace error = nullptr);
     /// The message replaces git's proposal in its file, if there is one; git strips lines that
-    /// begin with the comment character.
+    /// begin with the comment character. Kept for compatibility: the operation goes on whether or
+    /// not the message could be written.
     [[nodiscard]] bool continueCherryPickWithCommitMessage(
         const std::optional<std::string>& commitMessage, RVErrorPlace error = nullptr);
     /// As continueEmptyRebaseWithCommitMessage(). Kept for compatibility: of a single commit, the
