@@ -1,5 +1,8 @@
 #include "RVGit/objects/RVGitBlob.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -165,6 +168,22 @@ TEST_F(RVGitBlobTest, OfALinkToADirectoryHoldsTheTarget) {
 TEST_F(RVGitBlobTest, ADanglingLinkFailsWith1200) {
     ASSERT_EQ(symlink("missing", workingTreePath("link").c_str()), 0);
     expectUnreadable("link");
+}
+
+TEST_F(RVGitBlobTest, WhatLiesBehindALinkFailsWith1200) {
+    makeDirectory("elsewhere/inner");
+    writeFile("elsewhere/inner/file", "secret");
+    ASSERT_EQ(symlink(scratchPath("elsewhere").c_str(), workingTreePath("dir").c_str()), 0);
+    expectUnreadable("dir/inner/file");
+    expectUnreadable("dir/inner");
+    // A device would be read without end.
+    ASSERT_EQ(symlink("/dev", workingTreePath("devices").c_str()), 0);
+    expectUnreadable("devices/zero");
+}
+
+TEST_F(RVGitBlobTest, WhatIsNoRegularFileFailsWith1200) {
+    ASSERT_EQ(mkfifo(workingTreePath("pipe").c_str(), 0600), 0);
+    expectUnreadable("pipe");
 }
 
 TEST_F(RVGitBlobTest, ADirectoryFailsWith1200) {

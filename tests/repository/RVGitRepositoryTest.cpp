@@ -344,6 +344,22 @@ TEST_F(RVGitRepositoryTest, ATreeNamedRelativelyIsFoundFromTheGitDirectory) {
     EXPECT_EQ(tree->path(), scratchPath("tree"));
 }
 
+TEST_F(RVGitRepositoryTest, ALinkInThePlaceOfTheFileThatNamesTheTreeIsNotFollowed) {
+    const RVURL url = RVURL::fileURLWithPath(makeDirectory("directory"));
+    writeFile("elsewhere", "/tree/.git\n");
+    // A device would be read without end.
+    for (const std::string target : {"../elsewhere", "/dev/full"}) {
+        std::filesystem::create_symlink(target, scratchPath("directory/gitdir"));
+        EXPECT_EQ(RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url),
+                  std::nullopt)
+            << target;
+        std::filesystem::remove(scratchPath("directory/gitdir"));
+    }
+    writeFile("directory/gitdir", std::string(std::size_t{1} << 20, 'a'));
+    EXPECT_EQ(RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url),
+              std::nullopt);
+}
+
 TEST_F(RVGitRepositoryTest, OneOfTheTwoFilesMakesNoLinkedWorktree) {
     const RVURL url = RVURL::fileURLWithPath(makeDirectory("directory"));
     EXPECT_FALSE(RVGitRepository::isAlternateWorktreeGitDirectoryAtURL(url));

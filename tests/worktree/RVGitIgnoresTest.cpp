@@ -434,12 +434,31 @@ TEST_F(RVGitIgnoresTest, TheFileKeepsItsIdentityAndPermissions) {
     EXPECT_EQ(readFile("other"), "a\n");
 }
 
-TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALink) {
+TEST_F(RVGitIgnoresTest, NothingIsReadOrWrittenThroughALink) {
     writeFile("shared", "a\n", 0600);
     fs::create_symlink("../shared", path);
+    expectUnreadable();
     expectUnwritable();
     EXPECT_TRUE(fs::is_symlink(path));
     EXPECT_EQ(readFile("shared"), "a\n");
+}
+
+TEST_F(RVGitIgnoresTest, AFileOfTheCallersOwnIsReadThroughALink) {
+    writeFile("shared", "a\n");
+    fs::create_symlink("shared", scratchPath("own"));
+    EXPECT_THAT(RVGitIgnores(repository(), scratchPath("own")).readIgnorePatterns(),
+                Optional(ElementsAre("a")));
+}
+
+TEST_F(RVGitIgnoresTest, TheGitDirectoryItselfMayBeALink) {
+    const std::string tree = makeDirectory("tree");
+    fs::create_symlink(repositoryPath() + "/.git", tree + "/.git");
+    const auto other =
+        RVGitRepository::repositoryWithWorkingTreeDirectoryPath(tree, tree + "/.git");
+    const auto excludes = RVGitIgnores::ignoresWithExcludeFileForRepository(other);
+    EXPECT_TRUE(excludes->setIgnorePatterns({"a"}));
+    EXPECT_THAT(excludes->readIgnorePatterns(), Optional(ElementsAre("a")));
+    EXPECT_EQ(readFile("repository/.git/info/exclude"), "a\n");
 }
 
 TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughADanglingLink) {
@@ -448,6 +467,17 @@ TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughADanglingLink) {
     expectUnwritable();
     EXPECT_TRUE(fs::is_symlink(path));
     EXPECT_FALSE(fileExists("shared"));
+}
+
+TEST_F(RVGitIgnoresTest, NothingIsReadThroughALinkOnTheWay) {
+    makeDirectory("elsewhere");
+    writeFile("elsewhere/.gitignore", "secret\n");
+    fs::create_symlink("../elsewhere", repositoryPath() + "/link");
+    std::optional<RVError> error;
+    EXPECT_EQ(RVGitIgnores(repository(), repositoryPath() + "/link/.gitignore")
+                  .readIgnorePatterns(&error),
+              std::nullopt);
+    EXPECT_EQ(error.value().code(), RVGitIgnoresReadError);
 }
 
 TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALinkOnTheWay) {
