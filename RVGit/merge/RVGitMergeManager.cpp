@@ -136,7 +136,7 @@ bool RVGitMergeManager::abortSquashMerge(RVErrorPlace error) {
 }
 
 bool RVGitMergeManager::abortDefaultMerge(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitMergeCommand::setAbortsMerge, error);
+    return runWithFlag<RVGitMergeCommand>(repository_, &RVGitMergeCommand::setAbortsMerge, error);
 }
 
 // Rebase.
@@ -187,11 +187,12 @@ bool RVGitMergeManager::continueEmptyRebaseWithCommitMessage(const std::string& 
 }
 
 bool RVGitMergeManager::skipRebase(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRebaseCommand::setSkipsRebase, error);
+    return runWithFlag<RVGitRebaseCommand>(repository_, &RVGitRebaseCommand::setSkipsRebase, error);
 }
 
 bool RVGitMergeManager::abortRebase(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRebaseCommand::setAbortsRebase, error);
+    return runWithFlag<RVGitRebaseCommand>(repository_, &RVGitRebaseCommand::setAbortsRebase,
+                                           error);
 }
 
 // Cherry-pick.
@@ -211,7 +212,8 @@ bool RVGitMergeManager::continueCherryPick(RVErrorPlace error) {
 
 bool RVGitMergeManager::continueCherryPickWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    return continueSequence<RVGitCherryPickCommand>(commitMessage, error);
+    return continueSequence(*std::make_shared<RVGitCherryPickCommand>(repository_, std::nullopt),
+                            commitMessage, error);
 }
 
 bool RVGitMergeManager::continueEmptyCherryPickWithCommitMessage(const std::string& commitMessage,
@@ -220,15 +222,18 @@ bool RVGitMergeManager::continueEmptyCherryPickWithCommitMessage(const std::stri
 }
 
 bool RVGitMergeManager::skipCherryPick(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setSkipsProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setSkipsProcess, error);
 }
 
 bool RVGitMergeManager::abortCherryPick(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setAbortsProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setAbortsProcess, error);
 }
 
 bool RVGitMergeManager::quitCherryPick(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setQuitsProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setQuitsProcess, error);
 }
 
 // Revert.
@@ -247,7 +252,8 @@ bool RVGitMergeManager::continueRevert(RVErrorPlace error) {
 
 bool RVGitMergeManager::continueRevertWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    return continueSequence<RVGitRevertCommand>(commitMessage, error);
+    return continueSequence(*std::make_shared<RVGitRevertCommand>(repository_, std::nullopt),
+                            commitMessage, error);
 }
 
 bool RVGitMergeManager::continueEmptyRevertWithCommitMessage(const std::string& commitMessage,
@@ -256,27 +262,29 @@ bool RVGitMergeManager::continueEmptyRevertWithCommitMessage(const std::string& 
 }
 
 bool RVGitMergeManager::skipRevert(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRevertCommand::setSkipsProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setSkipsProcess,
+                                           error);
 }
 
 bool RVGitMergeManager::abortRevert(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRevertCommand::setAbortsProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setAbortsProcess,
+                                           error);
 }
 
 bool RVGitMergeManager::quitRevert(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRevertCommand::setQuitsProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setQuitsProcess,
+                                           error);
 }
 
-template <typename Command>
-bool RVGitMergeManager::continueSequence(const std::optional<std::string>& commitMessage,
+bool RVGitMergeManager::continueSequence(RVGitSequencerCommand& command,
+                                         const std::optional<std::string>& commitMessage,
                                          RVErrorPlace error) {
-    const auto command = std::make_shared<Command>(repository_, std::nullopt);
-    command->setContinuesProcess(true);
+    command.setContinuesProcess(true);
     if (commitMessage) {
         replaceProposedMessage("MERGE_MSG", *commitMessage);
-        takeMessagesAsUTF8(*command);
+        takeMessagesAsUTF8(command);
     }
-    return command->run(error);
+    return command.run(error);
 }
 
 void RVGitMergeManager::replaceProposedMessage(std::string_view path,
