@@ -54,15 +54,6 @@ std::string changedRefs(std::string_view standardError) {
     return changes;
 }
 
-/// Each line on its own, without the blanks around the whole.
-std::string printableLines(std::string_view text) {
-    std::string lines;
-    for (const std::string& line :
-         componentsSeparatedByString(stringByTrimmingWhitespaceAndNewline(text), "\n"))
-        lines += printable(line) + "\n";
-    return lines;
-}
-
 /// What the other side says, in lines that begin with "remote: ".
 std::string remoteWords(std::string_view standardError) {
     std::string words;
@@ -293,7 +284,7 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
         reportOperation(false, failure.error, repository, output);
     }
     output << changedRefs(command->standardErrorString())
-           << printableLines(command->standardOutputString());
+           << printableLines(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()));
 }
 
 void runPush(const Repository& repository, Arguments arguments, Output& output) {
@@ -378,8 +369,8 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
     const std::string action = arguments.next().value_or("");
     if (action != "fill" && action != "approve" && action != "reject")
         throw UsageError("credential takes fill, approve or reject");
-    const RVURL url(arguments.valueOf("credential " + action));
-    if (const auto word = arguments.next())
+    const RVURL url(arguments.operandOf("credential " + action));
+    if (const auto word = arguments.nextOperand("credential " + action))
         refuse("credential", *word);
     std::shared_ptr<RVGitCredentialCommand> command;
     if (action == "fill") {
@@ -390,8 +381,10 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
         // Whoever lists processes sees their arguments.
         std::string username;
         std::string password;
+        endWhenInterrupted();
         if (!std::getline(std::cin, username) || !std::getline(std::cin, password))
             throw UsageError("credential approve reads a name and a password, each on a line");
+        whenInterrupted({});
         command =
             RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(url, username, password);
     }

@@ -69,12 +69,7 @@ void rvgit::openNoEditor(RVGitCommand& command) {
 }
 
 void rvgit::takeMessagesAsUTF8(RVGitCommand& command) {
-    // As "git -c" hands it to what git runs; it goes behind what was handed to this process.
-    constexpr char variable[] = "GIT_CONFIG_PARAMETERS";
-    std::string parameters = command.valueForEnvironmentVariable(variable).value_or("");
-    if (!parameters.empty())
-        parameters += ' ';
-    command.setValueForEnvironmentVariable(parameters + "'i18n.commitEncoding=UTF-8'", variable);
+    command.overrideGitConfiguration("i18n.commitEncoding", "UTF-8");
 }
 
 void rvgit::openNoEditorUnlessSet(RVGitCommand& command) {

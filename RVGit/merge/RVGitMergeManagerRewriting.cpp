@@ -4,6 +4,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "RVGit/base/RVFileManager.h"
 #include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/history/RVGitCommit.h"
@@ -306,16 +307,18 @@ bool RVGitMergeManager::setCommitMessage(const std::string& commitMessage,
     const auto range = rangeIncludingRevisions(*this, {forRevision}, error);
     if (!range)
         return false;
+    const auto script = temporaryCommitMessageEditorScript(commitMessage, error);
+    if (!script)
+        return false;
     const auto command = rewritingCommand(
         repository_, *range,
         instructionsForRange(*range, {forRevision}, RVGitSequenceInstructionCommandReword), error,
         // Lines that begin with "#" are part of the message.
         {{RVGitRebaseOptionCleanupCommit, "whitespace"}});
-    if (!command)
+    if (!command) {
+        (void)RVFileManager::removeItemAtPath(*script);
         return false;
-    const auto script = temporaryCommitMessageEditorScript(commitMessage, error);
-    if (!script)
-        return false;
+    }
     command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
     takeMessagesAsUTF8(*command);
     return command->run(error);
