@@ -157,7 +157,7 @@ const std::vector<Command>& allCommands() {
          "fetch [--prune] [--tags] [--recurse-submodules] [--depth N | --unshallow]\n"
          "        [REMOTE [REFSPEC]]",
          runFetch},
-        {"pull", "pull [--rebase] [--no-verify] [REMOTE [REFSPEC]]", runPull},
+        {"pull", "pull [--rebase | --no-rebase] [--no-verify] [REMOTE [REFSPEC]]", runPull},
         {"push",
          "push [--force | --force-with-lease | --delete] [--tags] [--no-verify] [REMOTE "
          "[REFSPEC...]]",

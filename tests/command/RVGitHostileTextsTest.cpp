@@ -1010,10 +1010,10 @@ TEST_F(RVGitHostileTextsTest, EveryCommandClassAndEachOfItsTextsHasARow) {
             name = bases[name];
         return name == "RVGitCommand";
     };
-    std::size_t classes = 0;
     std::set<std::string> derivedFrom;
     for (const auto& entry : bases)
         derivedFrom.insert(entry.second);
+    std::size_t classes = 0;
     for (const auto& entry : bases) {
         const std::string& name = entry.first;
         if (!isCommand(name) || name == "RVGitCommand")

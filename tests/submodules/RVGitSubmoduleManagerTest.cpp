@@ -15,6 +15,7 @@
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace fs = std::filesystem;
 
@@ -168,6 +169,7 @@ TEST_F(RVGitSubmoduleManagerTest, ADirtyOneIsNotRemovedAndNothingIsTouched) {
 }
 
 TEST_F(RVGitSubmoduleManagerTest, UntrackedFilesAloneDoNotProtectIt) {
+    RVGIT_TEST_NEEDS_GIT("2.31", "it calls a submodule with untracked files dirty");
     addSubmodule("lib");
     writeFile("repository/lib/new", "x");
     EXPECT_TRUE(manager().submoduleContainsUncommittedWork("lib", &error));
@@ -315,7 +317,7 @@ TEST_F(RVGitSubmoduleManagerTest, MovesALinkedWorktreeAndLeavesItsRepository) {
     addSubmodule("lib");
     gitInRepository({"submodule", "--quiet", "deinit", "-f", "lib"});
     fs::remove(pathInRepository("lib"));
-    git({"worktree", "add", "-q", "-b", "wt", pathInRepository("lib")}, "library");
+    git({"worktree", "add", "-b", "wt", pathInRepository("lib")}, "library");
     gitInRepository({"submodule", "init"});
     const auto before = filesBelow(scratchPath("library"));
     EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 4, &error),
