@@ -23,6 +23,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
 #include "client/Documents.h"
+#include "client/Help.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ void printUsage(std::FILE* stream) {
         stream);
     for (const Command& command : allCommands())
         std::fprintf(stream, "  %s\n", std::string(command.usage).c_str());
+    std::fputs("\n  help COMMAND     tells more of one; so does COMMAND --help\n", stream);
 }
 
 // Waits for Ctrl-C on a thread of its own and ends what git is doing. The main thread then comes
@@ -69,6 +71,10 @@ const Command* commandNamed(std::string_view name) {
     return nullptr;
 }
 
+bool asksForHelp(std::string_view word) {
+    return word == "--help" || word == "-h";
+}
+
 int complain(const std::string& message, int exitCode) {
     std::fprintf(stderr, "rvgit: %s\n", message.c_str());
     return exitCode;
@@ -86,13 +92,21 @@ int write(const Output& output) {
     return finishOutput();
 }
 
+int printHelp(const std::string& name) {
+    const Command* command = commandNamed(name);
+    if (!command)
+        return complain("there is no command " + printable(name), 2);
+    std::fputs(helpText(*command).c_str(), stdout);
+    return finishOutput();
+}
+
 int run(std::vector<std::string> words) {
     bool verbose = false;
     std::string path = ".";
     std::size_t position = 0;
     for (; position < words.size() && words[position].starts_with('-'); ++position) {
         const std::string& word = words[position];
-        if (word == "--help" || word == "-h")
+        if (asksForHelp(word))
             return printUsage(stdout), finishOutput();
         if (word == "--version")
             return std::puts("rvgit " RVGIT_VERSION), finishOutput();
@@ -112,6 +126,14 @@ int run(std::vector<std::string> words) {
         else
             return printUsage(stderr), 2;
     }
+    if (position < words.size() && words[position] == "help") {
+        if (position + 1 == words.size())
+            return printUsage(stdout), finishOutput();
+        return printHelp(words[position + 1]);
+    }
+    if (position + 1 < words.size() && commandNamed(words[position]) &&
+        asksForHelp(words[position + 1]))
+        return printHelp(words[position]);
     const Command* command = &allCommands().front();
     if (position < words.size()) {
         if (const Command* named = commandNamed(words[position]))

@@ -359,6 +359,16 @@ std::vector<std::string> RVGitCommand::makeArguments() const {
     return list;
 }
 
+void RVGitCommand::overrideGitConfiguration(const std::string& key, const std::string& value) {
+    // What git itself hands down the options "-c" in; those of this command come behind it. Every
+    // git reads it, whereas numbered variables need 2.31.
+    constexpr char variable[] = "GIT_CONFIG_PARAMETERS";
+    std::string parameters = valueForEnvironmentVariable(variable).value_or("");
+    if (!parameters.empty())
+        parameters += ' ';
+    setValueForEnvironmentVariable(parameters + "'" + key + "=" + value + "'", variable);
+}
+
 void RVGitCommand::removeGitDirOption() {
     removeArgumentWithPrefix("--git-dir=");
 }

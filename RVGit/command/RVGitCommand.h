@@ -264,6 +264,11 @@ protected:
     void removeGitDirOption();
     void removeWorkTreeOption();
 
+    /// Has git take a setting that decides what it prints as the parser needs it, whatever is
+    /// configured. It goes through the environment and leaves the command line as it is; one of
+    /// the same key that stands there, as "-c", wins. The value must hold no quote.
+    void overrideGitConfiguration(const std::string& key, const std::string& value);
+
     /// Keeps the command from being launched: it fails with the code, the first refused text
     /// standing under the key.
     void refuseGitCommandArgument(std::int64_t code, const char* key, std::string argument);

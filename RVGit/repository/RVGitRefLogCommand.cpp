@@ -33,6 +33,8 @@ std::shared_ptr<RVGitRefLogCommand> RVGitRefLogCommand::gitRefLogCommandWithRepo
 void RVGitRefLogCommand::gitCommandWillInitialize() {
     setGitCommand("reflog");
     setGitSubCommand("show");
+    // What it says of the signatures would stand between the entries.
+    overrideGitConfiguration("log.showSignature", "false");
     addGitCommandOption("--pretty=format:" +
                         RVGitCommitOutputParser::gitRefLogPrettyFormatString());
     addGitCommandOption("--date=iso-strict");

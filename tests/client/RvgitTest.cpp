@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "RVGit/base/RVString.h"
 #include "tests/support/RVGitTestCase.h"
 
 namespace {
@@ -82,6 +83,40 @@ TEST_F(RvgitTest, TheManualAndTheCompletionsNameEveryCommand) {
              "'; COMP_WORDS=(rvgit sta); COMP_CWORD=1; _rvgit; echo \"${COMPREPLY[@]}\""});
     EXPECT_EQ(completed.standardOutput, "status stash\n");
     EXPECT_EQ(rvgit({"--completion", "csh"}).exitCode, 2);
+}
+
+TEST_F(RvgitTest, ACompletionLooksForTheCommandBehindOptions) {
+    const std::string script =
+        writeFile("completion", rvgit({"--completion", "bash"}).standardOutput);
+    const auto completed = [&](const std::string& words, const std::string& position) {
+        return runProgram({"bash", "-c",
+                           ". '" + script + "'; COMP_WORDS=(rvgit " + words +
+                               "); COMP_CWORD=" + position + "; _rvgit; echo \"${COMPREPLY[@]}\""})
+            .standardOutput;
+    };
+    EXPECT_EQ(completed("-C /tmp --verbose sta", "4"), "status stash\n");
+    EXPECT_EQ(completed("stash s", "2"), "save\n");
+    EXPECT_EQ(completed("stash save --k", "3"), "--keep-index\n");
+    EXPECT_EQ(completed("help rew", "2"), "reword\n");
+    EXPECT_EQ(completed("-C /us", "2"), "/usr\n");
+}
+
+TEST_F(RvgitTest, HelpTellsOfEveryCommandMoreThanHowItIsCalled) {
+    std::string name;
+    for (const std::string& line :
+         componentsSeparatedByString(rvgit({"--help"}).standardOutput, "\n")) {
+        if (!line.starts_with("  ") || line.starts_with("   ") || line.starts_with("  help "))
+            continue;
+        name = line.substr(2, line.find(' ', 2) - 2);
+        const auto help = rvgit({"help", name});
+        EXPECT_EQ(help.exitCode, 0) << name;
+        EXPECT_THAT(help.standardOutput, StartsWith("usage: rvgit " + name));
+        EXPECT_THAT(help.standardOutput, testing::ContainsRegex("\n\n[A-Z]")) << name;
+        EXPECT_EQ(rvgit({name, "--help"}).standardOutput, help.standardOutput);
+    }
+    EXPECT_THAT(name, Not(IsEmpty()));
+    EXPECT_EQ(rvgit({"help"}).standardOutput, rvgit({"--help"}).standardOutput);
+    EXPECT_EQ(rvgit({"help", "nothing"}).exitCode, 2);
 }
 
 TEST_F(RvgitTest, WhatGitSaysOfAnInvalidRepositoryIsShown) {

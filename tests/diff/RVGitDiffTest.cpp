@@ -101,6 +101,7 @@ TEST(RVGitDiffModelTest, FieldsCanBeSet) {
 
 TEST(RVGitDiffModelTest, TotalChunksAlwaysCountsTheChunks) {
     const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    ASSERT_TRUE(diff);
     diff->setTotalChunks(17);
     EXPECT_EQ(diff->totalChunks(), 2u);
     diff->setChunks({});
@@ -170,6 +171,7 @@ TEST(RVGitDiffModelTest, OriginalHashOfAnAddedFileIsAbsent) {
     const auto diff =
         RVGitDiff::diffFromRawDiff("diff --git a/x b/x\nnew file mode 100644\nindex " +
                                    std::string(40, '0') + ".." + std::string(40, 'a') + "\n");
+    ASSERT_TRUE(diff);
     EXPECT_THAT(diff->originalObjectHashes(), ElementsAre(RVGitNullObjectHash));
     EXPECT_EQ(diff->originalObjectHash(), std::nullopt);
     EXPECT_TRUE(diff->isFileStatusAdded());
@@ -177,10 +179,8 @@ TEST(RVGitDiffModelTest, OriginalHashOfAnAddedFileIsAbsent) {
 
 TEST(RVGitDiffModelTest, TextThatCannotBeReadIsNoDiffIfAPlaceIsGiven) {
     const std::string text = "diff --git a/x b/x\n+++ b/x\n@@ -1 +1 @@\n+a\nbad\n";
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitDiff::diffFromRawDiff(text, &error), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT([&](RVErrorPlace error) { return RVGitDiff::diffFromRawDiff(text, error); },
+                failsWith(RVGitOutputParserError));
     const auto diff = RVGitDiff::diffFromRawDiff(text);
     ASSERT_TRUE(diff);
     EXPECT_EQ(diff->linesAdded(), 1u);
@@ -405,24 +405,45 @@ TEST_F(RVGitDiffTest, UTF16IsBinaryUnlessAnAttributeSaysOtherwise) {
     EXPECT_THAT(diffs->front()->chunks(), IsEmpty());
 }
 
-// git prints an empty line of context without its blank, and empty lines are passed over.
-TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLine) {
-    gitInRepository({"checkout", "-q", "-f"});
-    commitFile(repositoryPath(), "g", "a\n\nb\nc\n", "Blank");
-    commitFile(repositoryPath(), "g", "a\n\nb\nC\n", "Change");
-    const auto diffOf = [&] {
-        return RVGitDiff::allDiffsByComparingRevisions({"HEAD~", "HEAD"}, {}, repository(), none_)
-            ->at(0);
-    };
-    EXPECT_EQ(diffOf()->chunks()[0]->lines().size(), 5u);
-    gitInRepository({"config", "diff.suppressBlankEmpty", "true"});
-    const auto diff = diffOf();
+// Where an empty line of context stands without its blank, it is passed over.
+TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLineInTextThatIsGiven) {
+    const auto diff = RVGitDiff::diffFromRawDiff(
+        "diff --git a/g b/g\n"
+        "index 11d2a3a..5de8b1f 100644\n"
+        "--- a/g\n"
+        "+++ b/g\n"
+        "@@ -1,4 +1,4 @@\n"
+        " a\n"
+        "\n"
+        " b\n"
+        "-c\n"
+        "+C\n");
+    ASSERT_TRUE(diff);
     EXPECT_EQ(diff->linesAdded(), 1u);
     EXPECT_EQ(diff->linesDeleted(), 1u);
     const auto& lines = diff->chunks()[0]->lines();
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[1].content(), "b");
     EXPECT_THAT(lines[1].lineNumbers(), ElementsAre(2u, 2u));
+}
+
+TEST_F(RVGitDiffTest, TheConfigurationSuppressesNoBlanksOfContext) {
+    gitInRepository({"checkout", "-q", "-f"});
+    commitFile(repositoryPath(), "g", "a\n\nb\nc\n", "Blank");
+    commitFile(repositoryPath(), "g", "a\n\nb\nC\n", "Change");
+    gitInRepository({"config", "diff.suppressBlankEmpty", "true"});
+    const auto byDiff =
+        RVGitDiff::allDiffsByComparingRevisions({"HEAD~", "HEAD"}, {}, repository(), none_);
+    const auto byLog = RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+        "HEAD", {}, repository(), RVOptions());
+    for (const auto& diffs : {byDiff, byLog}) {
+        const auto& lines = diffs.value().at(0)->chunks()[0]->lines();
+        ASSERT_EQ(lines.size(), 5u);
+        EXPECT_EQ(lines[1].contentWithStatus(), " ");
+        EXPECT_THAT(lines[1].lineNumbers(), ElementsAre(2u, 2u));
+        EXPECT_EQ(lines[2].content(), "b");
+        EXPECT_THAT(lines[2].lineNumbers(), ElementsAre(3u, 3u));
+    }
 }
 
 TEST_F(RVGitDiffTest, AMergeOfEightParentsIsACombinedDiff) {
@@ -492,6 +513,7 @@ TEST_F(RVGitDiffTest, ADiffThatNothingSharesMakesPatches) {
 
 TEST_F(RVGitDiffTest, PatchesOfAChunkComeFromTheGenerator) {
     const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    ASSERT_TRUE(diff);
     EXPECT_EQ(diff->patchForChunkAtIndex(1), *diff->header() + diff->chunks()[1]->rawChunk());
     EXPECT_EQ(diff->patchForChunkAtIndex(2), std::nullopt);
     EXPECT_THAT(diff->indexPatchForChunkAtIndex(0, {2}),

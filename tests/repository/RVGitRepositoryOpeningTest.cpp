@@ -122,6 +122,23 @@ TEST_F(RVGitRepositoryOpeningTest, ASubmoduleIsARepositoryOfItsOwn) {
     expectPaths(gitDirectory, gitDirectory, gitDirectory, tree);
 }
 
+// Its configuration is the submodule's, which names the submodule's own tree, from the git
+// directory of the submodule.
+TEST_F(RVGitRepositoryOpeningTest, ALinkedWorktreeOfASubmoduleIsATreeOfItsOwn) {
+    makeCommit();
+    const std::string super = initRepository("super");
+    git({"-c", "protocol.file.allow=always", "submodule", "--quiet", "add", repositoryPath(),
+         "sub"},
+        super);
+    ASSERT_EQ(gitLine({"config", "--get", "core.worktree"}, super + "/sub"), "../../../sub");
+    const std::string worktree = makeLinkedWorktree(super + "/sub", "linked");
+    const std::string gitDirectory = super + "/.git/modules/sub/worktrees/linked";
+    expectPaths(worktree, worktree, gitDirectory, worktree);
+    expectPaths(makeDirectory(worktree + "/a"), worktree, gitDirectory, worktree);
+    expectPaths(gitDirectory, worktree, gitDirectory, worktree);
+    expectPaths(super + "/sub", super + "/sub", super + "/.git/modules/sub", super + "/sub");
+}
+
 TEST_F(RVGitRepositoryOpeningTest,
        AConfiguredTreeIsTheRootFromInsideAndTheGitDirectoryIsFromOutside) {
     const std::string main = repositoryPath();
