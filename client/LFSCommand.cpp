@@ -1,3 +1,7 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <future>
 
@@ -22,7 +26,7 @@ void require(bool done, const std::optional<RVError>& error) {
 }
 
 void requireNoMore(Arguments& arguments, const std::string& action) {
-    if (const auto word = arguments.next())
+    if (const auto word = arguments.nextOperand("lfs " + action))
         throw UsageError("lfs " + action + " takes no " + *word);
 }
 
@@ -55,7 +59,7 @@ void install(RVGitLFSManager& manager, Arguments& arguments) {
 }
 
 void track(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
-    const auto patterns = arguments.rest();
+    const auto patterns = arguments.operands("lfs track");
     std::optional<RVError> error;
     if (!patterns.empty())
         return require(manager.addTrackedFilePatterns(patterns, std::nullopt, &error), error);
@@ -66,7 +70,7 @@ void track(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
 }
 
 void untrack(RVGitLFSManager& manager, Arguments& arguments) {
-    const auto patterns = arguments.rest();
+    const auto patterns = arguments.operands("lfs untrack");
     if (patterns.empty())
         throw UsageError("lfs untrack needs a pattern");
     std::optional<RVError> error;
@@ -74,7 +78,7 @@ void untrack(RVGitLFSManager& manager, Arguments& arguments) {
 }
 
 void listFiles(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
-    const auto revision = arguments.next();
+    const auto revision = arguments.nextOperand("lfs ls-files");
     requireNoMore(arguments, "ls-files");
     std::optional<RVError> error;
     const auto files = revision
@@ -87,9 +91,10 @@ void listFiles(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
 }
 
 void push(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments) {
-    const auto remote = remoteNamed(repository, arguments.next().value_or(RVGitOriginRemoteName));
+    const auto remote =
+        remoteNamed(repository, arguments.nextOperand("lfs push").value_or(RVGitOriginRemoteName));
     RVGitLFSManager::RefSpecs refSpecs;
-    for (const std::string& ref : arguments.rest())
+    for (const std::string& ref : arguments.operands("lfs push"))
         refSpecs.push_back(RVGitRefSpec::refSpecWithLocalRefName(ref));
     if (refSpecs.empty())
         refSpecs.push_back(
@@ -101,8 +106,14 @@ void push(const Repository& repository, RVGitLFSManager& manager, Arguments& arg
 // By the form with a handler, which has an error where the other one raises something.
 void printPointer(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments,
                   Output& output) {
-    const std::string path = pathOfFile(repository, arguments.valueOf("lfs pointer"));
+    const std::string path = pathOfFile(repository, arguments.operandOf("lfs pointer"));
     requireNoMore(arguments, "pointer");
+    // The library would only say that git could not be launched.
+    struct stat status;
+    if (::lstat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0)
+        throw Failure(posixError(errno, path));
+    if (!S_ISREG(status.st_mode))
+        throw UsageError(printable(path) + " is no plain file");
     std::promise<std::pair<std::shared_ptr<RVGitLFSPointer>, std::optional<RVError>>> promise;
     (void)manager.createPointerFromFileAtPath(path, std::nullopt,
                                               [&](const auto& pointer, const auto& error) {
@@ -114,7 +125,7 @@ void printPointer(const Repository& repository, RVGitLFSManager& manager, Argume
 }
 
 void printContents(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments) {
-    const std::string path = pathOfFile(repository, arguments.valueOf("lfs smudge"));
+    const std::string path = pathOfFile(repository, arguments.operandOf("lfs smudge"));
     requireNoMore(arguments, "smudge");
     std::optional<RVError> error;
     const auto text = RVFileManager::contentsOfFileAtPath(path, &error);
@@ -124,9 +135,10 @@ void printContents(const Repository& repository, RVGitLFSManager& manager, Argum
         throw UsageError(printable(path) + " is no LFS pointer");
     const auto data = manager.createFileDataFromPointer(pointer, std::nullopt, &error);
     require(data != nullptr, error);
-    // As large as it may be: not by way of the collected output.
-    if (std::fwrite(data->view().data(), 1, data->size(), stdout) != data->size())
-        throw UsageError("cannot write the output");
+    // As large as it may be: not by way of the collected output. That it could not be written is
+    // seen at the end, with all that is written then.
+    endWhenInterrupted();
+    std::fwrite(data->view().data(), 1, data->size(), stdout);
 }
 
 }  // namespace
@@ -153,8 +165,8 @@ void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
     if (action == "smudge")
         return printContents(repository, *manager, arguments);
     if (action == "pull") {
-        const auto remote =
-            remoteNamed(repository, arguments.next().value_or(RVGitOriginRemoteName));
+        const auto remote = remoteNamed(
+            repository, arguments.nextOperand("lfs pull").value_or(RVGitOriginRemoteName));
         requireNoMore(arguments, action);
         return require(manager->pullRemote(remote, std::nullopt, &error), error);
     }

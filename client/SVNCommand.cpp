@@ -75,6 +75,8 @@ void clone(Arguments& arguments) {
     if (words.empty())
         throw UsageError("svn clone needs an address");
     const std::string path = words.size() == 2 ? words[1] : lastPathComponent(words[0]);
+    if (words.size() == 1 && (path.empty() || path == "/" || path == "." || path == ".."))
+        throw UsageError("svn clone needs a path, since the address holds no name");
     run(*RVGitSVNCloneCommand::gitSVNCloneCommandWithRemoteURL(
         words[0], isAbsolutePath(path) ? path : pathByAppendingComponent(workingDirectory(), path),
         options));
@@ -123,8 +125,8 @@ void runSVN(const std::shared_ptr<RVGitRepository>&, Arguments arguments, Output
     if (action != "fetch" && action != "rebase" && action != "dcommit")
         throw UsageError("svn has no " + action);
 
-    const auto word = action == "rebase" ? std::nullopt : arguments.next();
-    if (const auto more = arguments.next())
+    const auto word = action == "rebase" ? std::nullopt : arguments.nextOperand("svn " + action);
+    if (const auto more = arguments.nextOperand("svn " + action))
         throw UsageError("svn " + action + " takes no " + *more);
     const auto repository = repositoryHere();
     const auto remote = remoteFor(repository, action == "fetch" ? word : std::nullopt);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 
+#include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
@@ -109,10 +110,12 @@ void remove(const Repository& repository, const Words& words, std::optional<RVEr
         repository->submoduleManager()->submoduleContainsUncommittedWork(path, &error)) {
         if (error)
             throw Failure(error);
-        throw UsageError("the submodule " + printable(path) +
-                         " has work that is not committed; --force removes it, --keep leaves it");
+        throw Failure(gitErrorWithCode(RVGitRemoveSubmoduleWithLocalModificationsError,
+                                       {{RVGitSubmodulePathErrorKey, path}}),
+                      "It has work that is not committed: --force removes it, --keep leaves it");
     }
-    done = repository->removeSubmoduleAtPath(path, words.options, &error);
+    if (!wasInterrupted())
+        done = repository->removeSubmoduleAtPath(path, words.options, &error);
 }
 
 }  // namespace

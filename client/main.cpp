@@ -50,6 +50,11 @@ void cancelCommandsWhenInterrupted() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    // Of a terminal that goes away, which git, in a session of its own, does not hear; but not
+    // where somebody wants it to go on.
+    struct sigaction hangUp;
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+        sigaddset(&signals, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([] {
         int signal = 0;
@@ -71,6 +76,14 @@ const Command* commandNamed(std::string_view name) {
     return nullptr;
 }
 
+bool showsColours() {
+    const auto valueOf = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string_view(value ? value : "");
+    };
+    return isatty(STDOUT_FILENO) == 1 && valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb";
+}
+
 bool asksForHelp(std::string_view word) {
     return word == "--help" || word == "-h";
 }
@@ -88,6 +101,8 @@ int finishOutput() {
 }
 
 int write(const Output& output) {
+    // A reader may take its time.
+    endWhenInterrupted();
     std::fwrite(output.text().data(), 1, output.text().size(), stdout);
     return finishOutput();
 }
@@ -177,7 +192,7 @@ int run(std::vector<std::string> words) {
             return complain("there is no directory " + printable(path), 1);
     }
 
-    Output output(isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
+    Output output(showsColours());
     try {
         command->run(repository, Arguments(std::move(words)), output);
     } catch (const UsageError& error) {
@@ -197,6 +212,14 @@ int run(std::vector<std::string> words) {
 void whenInterrupted(std::function<void()> action) {
     const std::lock_guard lock(interruptMutex);
     interruptAction = std::move(action);
+}
+
+void endWhenInterrupted() {
+    whenInterrupted([] { std::_Exit(exitInterrupted); });
+}
+
+bool wasInterrupted() {
+    return interrupted;
 }
 
 int main(int argc, char** argv) {

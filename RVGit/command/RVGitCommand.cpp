@@ -55,9 +55,9 @@ bool isOption(std::string_view text) {
 bool isOptionInPlaceOfRevision(std::string_view text) {
     if (isOption(text) || text.starts_with("^-"))
         return true;
-    // Both ends of a range. What follows ":/" or "{/" is text to be searched for.
+    // Both ends of a range. What follows ":" is a path, and ":/" or "{/" text to be searched for.
     const std::size_t range = std::min(text.find("..-"), text.find("...-"));
-    return range < std::min(text.find(":/"), text.find("{/"));
+    return range < std::min(text.find(':'), text.find("{/"));
 }
 
 template <typename T>

@@ -132,6 +132,10 @@ public:
     /// Merges the variables over the environment.
     void addEnvironmentVariables(const RVEnvironment& variables);
     void sanitizeEnvironment();
+    /// Has git, and what git runs, take a setting whatever is configured. It goes through the
+    /// environment and leaves the command line as it is; one of the same key that stands there, as
+    /// "-c", wins. The value must hold no quote.
+    void overrideGitConfiguration(const std::string& key, const std::string& value);
 
     // Running.
 
@@ -263,11 +267,6 @@ protected:
     /// For gitCommandDidInitialize(): each takes the one such argument out of arguments().
     void removeGitDirOption();
     void removeWorkTreeOption();
-
-    /// Has git take a setting that decides what it prints as the parser needs it, whatever is
-    /// configured. It goes through the environment and leaves the command line as it is; one of
-    /// the same key that stands there, as "-c", wins. The value must hold no quote.
-    void overrideGitConfiguration(const std::string& key, const std::string& value);
 
     /// Keeps the command from being launched: it fails with the code, the first refused text
     /// standing under the key.

@@ -1,6 +1,7 @@
 #include "RVGit/repository/RVGitRefLogCommand.h"
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitRevisionArguments.h"
 #include "RVGit/history/RVGitCommitOutputParser.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
 
@@ -44,6 +45,7 @@ void RVGitRefLogCommand::gitCommandWillInitialize() {
         addGitCommandOption("--skip=" + std::to_string(offset_));
     if (refName_)
         addGitCommandName(*refName_);
+    separateRevisionsFromFiles(*this);
     if (searchPattern_)
         addGitCommandOptions({"--grep=" + *searchPattern_, "-i"});
 }

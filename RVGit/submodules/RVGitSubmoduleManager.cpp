@@ -13,6 +13,7 @@
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -23,9 +24,8 @@
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "RVGit/submodules/RVGitSubmodulePathspec.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
-#include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+#include "RVGit/worktree/RVGitStatusCommand.h"
 #include "RVGit/worktree/RVGitWorkingTreeManager.h"
-#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
 
 namespace {
 
@@ -46,6 +46,21 @@ bool failToMove(const Repository& repository, RVGitErrorCode code, const std::st
         {{RVGitSourceFilePathErrorKey, source}, {RVGitDestinationFilePathErrorKey, destination}},
         error);
 }
+
+/// Notices that all commands are cancelled while an operation of several steps is under way.
+class CancellationWatch {
+public:
+    /// True, with a cleared place, if the operation is to take no further step.
+    [[nodiscard]] bool isCancelled(RVErrorPlace error) const {
+        if (RVGitCommandQueue::sharedQueue().numberOfCancellations() == number_)
+            return false;
+        clearErrorPlace(error);
+        return true;
+    }
+
+private:
+    std::uint64_t number_ = RVGitCommandQueue::sharedQueue().numberOfCancellations();
+};
 
 bool isEmptyPlainDirectory(const std::string& path) {
     return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
@@ -144,6 +159,24 @@ Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository
     return places;
 }
 
+enum class Work { None, Some, Unknown };
+
+/// Whether there are changes in the submodule's working tree, asked of git in the submodule itself,
+/// where no configuration of the superproject hides them. Unknown is what a cancelled command and
+/// one that fails, which leaves its error, have found out.
+Work workInSubmodule(RVGitSubmodule& submodule, RVGitUntrackedFilesMode untrackedFiles,
+                     RVGitIgnoreSubmodulesMode ignoreSubmodules, RVErrorPlace error) {
+    const auto command = RVGitStatusCommand::gitStatusCommandWithRepository(
+        submodule.submoduleRepository(), std::nullopt);
+    command->setUntrackedFilesMode(untrackedFiles);
+    command->setIgnoreSubmodulesMode(ignoreSubmodules);
+    if (!command->run(error))
+        return Work::Unknown;
+    if (!command->changedFiles().empty())
+        return Work::Some;
+    return command->isCancelled() ? Work::Unknown : Work::None;
+}
+
 std::string configFileInGitDirectory(const std::string& gitDirectory) {
     return pathByAppendingComponent(gitDirectory, "config");
 }
@@ -223,9 +256,10 @@ bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const st
 
 bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsigned options,
                                                   RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const bool keepsWorkingTree = options & RVGitSubmoduleRemoveOptionKeepWorkingTree;
     const bool losesModifications = keepsWorkingTree || (options & RVGitSubmoduleRemoveOptionForce);
@@ -249,6 +283,22 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
     if (submodule->status() == RVGitSubmoduleStatusMissingWorkingTreePath && !losesModifications &&
         workingDirectoryExists && !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory))
         return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
+    // The list leaves out what ".gitmodules" or the user's configuration says to ignore, and what
+    // git had no time to tell where it was cancelled.
+    if (places.hasRepository && !losesModifications && workingDirectoryExists) {
+        std::optional<RVError> failure;
+        const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNo,
+                                          RVGitIgnoreSubmodulesModeDefault, &failure);
+        if (work == Work::Some)
+            return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo,
+                        error);
+        if (failure) {
+            fillErrorPlace(error, *std::move(failure));
+            return false;
+        }
+    }
+    if (watch.isCancelled(error))
+        return false;
 
     const auto workingTreeManager =
         RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository);
@@ -263,12 +313,15 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         if (!workingTreeManager->removeFiles(pathspecs, error))
             return false;
     }
+    if (watch.isCancelled(error))
+        return false;
     // One in the working tree has gone with it.
     if (removesGitDirectory && RVGitSubmoduleContainment::somethingIsAt(places.gitDirectory) &&
         !RVFileManager::removeItemAtPath(places.gitDirectory, error))
         return false;
     return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
+           !watch.isCancelled(error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error);
 }
@@ -276,9 +329,10 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
 bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
                                                   const std::string& toNewPath,
                                                   RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const Places places = placesOfSubmodule(*submodule, repository);
     const std::string& oldDirectory = places.workingDirectory;
@@ -293,7 +347,7 @@ bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
         return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
     if (oldDirectory == newDirectory)
         return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
-    if (!Containment(repository).requirePlainSubmodulesFile(error))
+    if (!Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
 
     // Never with anything in it, even if that has just come.
@@ -312,12 +366,13 @@ bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
                  Helper::relativeWorkingTreePathForSubmoduleWithName(submodule->name(), toNewPath),
                  "core.worktree", error))
         return false;
-    if (!RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+    if (watch.isCancelled(error) ||
+        !RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
              ->setPath(toNewPath, submodule->name(), error))
         return false;
     (void)RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository)
         ->stageFiles(literalPathspecs({submodule->path(), toNewPath}));
-    return true;
+    return !watch.isCancelled(error);
 }
 
 bool RVGitSubmoduleManager::renameSubmoduleWithName(const std::string& name,
@@ -334,10 +389,11 @@ bool RVGitSubmoduleManager::renameSubmoduleKeepingLinksWithName(const std::strin
 
 bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::string& toNewName,
                                             bool keepsLinks, RVErrorPlace error) const {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const RVGitSubmoduleLoader loader(repository);
     const auto submodule = loader.submoduleForName(name, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const Places places = placesOfSubmodule(*submodule, repository);
     const std::string& oldDirectory = places.gitDirectory;
@@ -359,6 +415,8 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
     if (std::find(names->begin(), names->end(), toNewName) != names->end())
         return failToMove(repository, RVGitMoveFileAlreadyExistsError, name, toNewName, error);
 
+    if (watch.isCancelled(error))
+        return false;
     // It has been moved where an earlier call failed behind this step.
     if (directoryExists && !Containment::isSameFile(oldDirectory, newDirectory)) {
         ParentDirectories parents(newDirectory);
@@ -374,8 +432,10 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
             places.workingDirectory,
             Helper::relativeGitDirectoryPathForSubmoduleWithName(toNewName, submodule->path()));
     }
-    return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+    return !watch.isCancelled(error) &&
+           RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
                ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error) &&
+           !watch.isCancelled(error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
                ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error);
 }
@@ -383,9 +443,10 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
 bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
                                                       const std::string& toNewPath,
                                                       RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const Places places = placesOfSubmodule(*submodule, repository);
     const std::string newDirectory =
@@ -396,7 +457,7 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
         return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
     if (places.workingDirectory == newDirectory)
         return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
-    if (!Containment(repository).requirePlainSubmodulesFile(error))
+    if (!Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
     // Git would move it into a directory that is there.
     const bool makesRoom = isEmptyPlainDirectory(newDirectory);
@@ -407,7 +468,7 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
     if (RVGitMoveCommand::gitMoveCommandWithRepository(repository, submodule->path(), toNewPath)
             ->run(error)) {
         parents.keep();
-        return true;
+        return !watch.isCancelled(error);
     }
     if (makesRoom)
         ::mkdir(newDirectory.c_str(), 0777);
@@ -416,9 +477,12 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
 
 bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& atPath,
                                                              RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     std::optional<RVError> failure;
     const auto submodule = submoduleForPath(atPath, &failure);
+    if (watch.isCancelled(error))
+        return true;
     if (!submodule) {
         if (failure)
             fillErrorPlace(error, *std::move(failure));
@@ -437,16 +501,11 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
         return RVGitSubmoduleContainment::somethingIsAt(places.workingDirectory);
     if (!places.hasRepository)
         return !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory, error);
-    const std::uint64_t count = RVGitWorkingTreeEntry::countChangedWorkingTreeEntriesForRepository(
-        submodule->submoduleRepository(),
-        RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, RVGitUntrackedFilesModeNormal},
-                  {RVGitWorkingTreeOptionIgnoreSubmodulesMode, RVGitIgnoreSubmodulesModeNone}},
-        &failure);
-    if (failure) {
+    const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNormal,
+                                      RVGitIgnoreSubmodulesModeNone, &failure);
+    if (failure)
         fillErrorPlace(error, *std::move(failure));
-        return true;
-    }
-    return count > 0;
+    return work != Work::None;
 }
 
 bool RVGitSubmoduleManager::requireContainedPaths(

@@ -134,7 +134,7 @@ TEST_F(RvgitTest, LocalPatternsAreThoseThatGitReadsInALinkedWorktree) {
     const std::string repository = initRepository();
     commitFile(repository, "file", "contents", "Message");
     const std::string linked = scratchPath("linked");
-    git({"worktree", "add", "-q", "--detach", linked}, repository);
+    git({"worktree", "add", "--detach", linked}, repository);
     EXPECT_EQ(rvgit({"-C", linked, "ignore", "--local", "*.log"}).exitCode, 0);
     writeFile("linked/a.log", "");
     EXPECT_EQ(gitLine({"status", "--porcelain"}, linked), "");

@@ -10,6 +10,8 @@
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/diff/RVGitDiffPatchGenerator.h"
+#include "tests/support/RVGitRequirement.h"
+#include "tests/support/RVTestLines.h"
 #include "tests/worktree/RVGitWorkingTreeManagerTestCase.h"
 
 // Random lines of files in many encodings are staged, taken back and discarded, and the index and
@@ -23,24 +25,6 @@ using Files = std::map<std::string, std::string>;
 
 constexpr int indexMode = RVGitDiffPatchGenerator::IndexMode;
 constexpr int worktreeMode = RVGitDiffPatchGenerator::WorktreeMode;
-
-std::string joined(const Lines& lines) {
-    std::string text;
-    for (const std::string& line : lines)
-        text += line;
-    return text;
-}
-
-/// With their newlines.
-Lines linesOf(const std::string& text) {
-    Lines lines;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = std::min(text.find('\n', start), text.size() - 1);
-        lines.push_back(text.substr(start, end + 1 - start));
-        start = end + 1;
-    }
-    return lines;
-}
 
 /// Lines of one encoding.
 class LineMaker {
@@ -236,6 +220,9 @@ protected:
                     files_.erase(path);
                     break;
                 case 2:
+                    // Older gits refuse the patch of a file that they are to add.
+                    if (!isTestedGitAtLeast("2.29"))
+                        break;
                     head_.erase(path);
                     index_.erase(path);
                     newPaths.push_back(path);
