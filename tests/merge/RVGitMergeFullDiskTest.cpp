@@ -23,6 +23,7 @@
 #include "RVGit/merge/RVGitMergeTool.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/merge/RVGitRewritingTestCase.h"
+#include "tests/support/RVErrorMatchers.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
 namespace fs = std::filesystem;
@@ -77,7 +78,7 @@ protected:
                     ElementsAre("filler"));
     }
     void expectFull(const std::function<bool(RVErrorPlace)>& operation) {
-        EXPECT_EQ(errorOf(operation).code(), ENOSPC);
+        EXPECT_THAT(operation, failsWith(ENOSPC));
         expectNothingDone();
     }
     /// As a state to go back to.
