@@ -23,6 +23,7 @@
 #include "RVGit/repository/RVGitRefSpec.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/lfs/RVGitLFSTestCase.h"
+#include "tests/support/RVTestRights.h"
 
 namespace {
 
@@ -373,8 +374,7 @@ TEST_F(RVGitLFSManagerTest, MakesFilesAndDataFromPointers) {
         // Kept for compatibility.
         EXPECT_TRUE(manager_.createFileFromPointer(pointer, scratchPath("missing/file")));
     });
-    if (!run)
-        GTEST_SKIP() << "nothing can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(run, "nothing can be mounted");
 }
 
 TEST_F(RVGitLFSManagerTest, TwoManagersSmudgeAtOnce) {
@@ -398,8 +398,7 @@ TEST_F(RVGitLFSManagerTest, TwoManagersSmudgeAtOnce) {
         EXPECT_EQ(wrong, 0);
         EXPECT_FALSE(fileExists("/tmp/smudge_input"));
     });
-    if (!run)
-        GTEST_SKIP() << "nothing can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(run, "nothing can be mounted");
 }
 
 TEST_F(RVGitLFSManagerTest, PointersAreRequired) {
@@ -441,8 +440,7 @@ TEST_F(RVGitLFSSlowTest, AHundredMegabytesGoThroughCleanAndSmudge) {
         ASSERT_TRUE(data);
         EXPECT_EQ(data->view(), contents);
     });
-    if (!run)
-        GTEST_SKIP() << "nothing can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(run, "nothing can be mounted");
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "RVGit/lfs/RVGitLFSPointer.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/lfs/RVGitLFSTestCase.h"
+#include "tests/support/RVTestRights.h"
 
 namespace {
 
@@ -59,9 +60,9 @@ protected:
     }
 };
 
-#define IN_PRIVATE_TEMPORARY_DIRECTORY(...)              \
-    if (!withPrivateTemporaryDirectory([&] __VA_ARGS__)) \
-    GTEST_SKIP() << "nothing can be mounted"
+#define IN_PRIVATE_TEMPORARY_DIRECTORY(...)                                 \
+    RVGIT_TEST_NEEDS_RIGHTS(withPrivateTemporaryDirectory([&] __VA_ARGS__), \
+                            "nothing can be mounted")
 
 TEST_F(RVGitLFSSmudgeCommandTest, FeedsThePointerAndTakesNoArguments) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
@@ -232,8 +233,7 @@ TEST_F(RVGitLFSSmudgeCommandTest, WhatIsNoPlainFileIsRefused) {
 }
 
 TEST_F(RVGitLFSSmudgeCommandTest, AFileOfAnotherUserIsRefusedAndLeftAsItIs) {
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can give a file away";
+    RVGIT_TEST_NEEDS_RIGHTS(::geteuid() == 0, "only root can give a file away");
     IN_PRIVATE_TEMPORARY_DIRECTORY({
         for (const char* path : {inputPath, lockPath}) {
             std::filesystem::remove(lockPath);

@@ -14,6 +14,7 @@
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleManager.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace fs = std::filesystem;
@@ -297,8 +298,9 @@ TEST_F(RVGitSubmoduleManagerStepsTest, AFullDisk) {
                                " --gtest_filter='RVGitSubmoduleFullDiskTest.*'";
     const auto result = runProgram(
         {"unshare", "--mount", "sh", "-c", script, fs::read_symlink("/proc/self/exe").string()});
-    if (result.exitCode == 77 || result.standardError.find("unshare") != std::string::npos)
-        GTEST_SKIP() << "no disk can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(
+        result.exitCode != 77 && result.standardError.find("unshare") == std::string::npos,
+        "no disk can be mounted");
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("PASSED  ] 4 tests"));
 }

@@ -9,6 +9,8 @@
 /// Another user than root, to whom something is forbidden, while it lives.
 class RVUnprivilegedUser {
 public:
+    static constexpr uid_t nobody = 65534;
+
     /// The directory of the test is opened to that user.
     explicit RVUnprivilegedUser(const std::string& directory) {
         if (!wasRoot_)
@@ -30,7 +32,6 @@ public:
     [[nodiscard]] bool isEffective() const { return !wasRoot_ || changed_; }
 
 private:
-    static constexpr uid_t nobody = 65534;
     bool wasRoot_ = ::geteuid() == 0;
     bool changed_ = false;
 };
