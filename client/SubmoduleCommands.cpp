@@ -151,8 +151,7 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
     bool done = false;
     if (action == "add") {
         words.requireOperands(2, "an address and a path");
-        done = manager->canAddSubmoduleAtPath(operands[1], &error) &&
-               manager->addSubmoduleWithURL(operands[0], operands[1], words.options, &error);
+        done = manager->addSubmoduleWithURL(operands[0], operands[1], words.options, &error);
     } else if (action == "init") {
         done = operands.empty() ? manager->initAllSubmodules(&error)
                                 : manager->initSubmodulesAtPaths(operands, &error);

@@ -211,16 +211,6 @@ bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErr
     return true;
 }
 
-bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
-                                                unsigned options, RVErrorPlace error) {
-    const Repository repository = this->repository();
-    return requireContainedPaths({{atPath}}, error) &&
-           Containment(repository).requirePlainSubmodulesFile(error) &&
-           RVGitSubmoduleCommand::gitSubmoduleAddCommandWithRepository(repository, atPath, URL,
-                                                                       options)
-               ->run(error);
-}
-
 bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsigned options,
                                                   RVErrorPlace error) {
     const Repository repository = this->repository();
@@ -447,83 +437,4 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
         return true;
     }
     return count > 0;
-}
-
-bool RVGitSubmoduleManager::requireContainedPaths(
-    const std::optional<std::vector<std::string>>& paths, RVErrorPlace error) const {
-    const Repository repository = this->repository();
-    std::vector<std::string> checkedPaths = paths.value_or(std::vector<std::string>());
-    if (!paths)
-        // Where the index cannot be read, it is git's turn to say so.
-        if (const auto entries =
-                RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath())
-            for (const auto& entry : *entries)
-                checkedPaths.push_back(entry.first);
-    for (const std::string& path : checkedPaths)
-        if (!Containment(repository).containsWorkingDirectory(path))
-            return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError,
-                        {{RVGitSubmoduleNameErrorKey, path}}, error);
-    return true;
-}
-
-bool RVGitSubmoduleManager::updateSubmodules(const std::optional<std::vector<std::string>>& paths,
-                                             unsigned options, RVErrorPlace error) const {
-    // Without any path git would take them all.
-    if (paths && paths->empty())
-        return true;
-    return requireContainedPaths(paths, error) &&
-           RVGitSubmoduleCommand::gitSubmoduleUpdateCommandWithRepository(repository(), paths,
-                                                                          options)
-               ->run(error);
-}
-
-bool RVGitSubmoduleManager::initSubmodules(const std::optional<std::vector<std::string>>& paths,
-                                           RVErrorPlace error) const {
-    if (paths && paths->empty())
-        return true;
-    return RVGitSubmoduleCommand::gitSubmoduleInitCommandWithRepository(repository(), paths)
-        ->run(error);
-}
-
-bool RVGitSubmoduleManager::synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
-                                            RVErrorPlace error) const {
-    return requireContainedPaths(paths, error) &&
-           RVGitSubmoduleCommand::gitSubmoduleSyncCommandWithRepository(repository(), paths)
-               ->run(error);
-}
-
-bool RVGitSubmoduleManager::updateAllSubmodulesWithOptions(unsigned options, RVErrorPlace error) {
-    return updateSubmodules(std::nullopt, options, error);
-}
-
-bool RVGitSubmoduleManager::updateSubmoduleAtPath(const std::string& path, unsigned options,
-                                                  RVErrorPlace error) {
-    return updateSubmodules({{path}}, options, error);
-}
-
-bool RVGitSubmoduleManager::updateSubmoduleAtPaths(const std::vector<std::string>& paths,
-                                                   unsigned options, RVErrorPlace error) {
-    return updateSubmodules(paths, options, error);
-}
-
-bool RVGitSubmoduleManager::initAllSubmodules(RVErrorPlace error) {
-    return initSubmodules(std::nullopt, error);
-}
-
-bool RVGitSubmoduleManager::initSubmoduleAtPath(const std::string& path, RVErrorPlace error) {
-    return initSubmodules({{path}}, error);
-}
-
-bool RVGitSubmoduleManager::initSubmodulesAtPaths(const std::vector<std::string>& paths,
-                                                  RVErrorPlace error) {
-    return initSubmodules(paths, error);
-}
-
-bool RVGitSubmoduleManager::synchronizeAllSubmoduleURLs(RVErrorPlace error) {
-    return synchronizeURLs(std::nullopt, error);
-}
-
-bool RVGitSubmoduleManager::synchronizeURLForSubmoduleAtPath(const std::string& path,
-                                                             RVErrorPlace error) {
-    return synchronizeURLs({{path}}, error);
 }

@@ -57,6 +57,13 @@ public:
     /// 2804 and 2805 for what is in the way; 2803 without running git for a path that leaves the
     /// working tree. Since git 2.38.1 an address that is a local path needs the configuration
     /// "protocol.file.allow" to be "always". An address that cannot be cloned leaves no submodule.
+    /// An empty directory at the path makes room.
+    ///
+    /// A failure behind the clone leaves what was done by then; the same call again goes on from
+    /// there, for which git has to be forced. Where a full disk ended the checkout, it registers
+    /// the submodule, which is dirty then: an update with force checks it out. Kept for
+    /// compatibility: a directory that may not be written in is code 202, since "Permission denied"
+    /// counts as said by a server.
     [[nodiscard]] bool addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
                                            unsigned options, RVErrorPlace error = nullptr);
 
@@ -120,6 +127,8 @@ public:
     // RVGitSubmoduleUpdateOptions. A list without paths, here and below, is a success, and nothing
     // runs.
 
+    /// Without bit 4, code 2804 and nothing is updated where the directory of a submodule whose git
+    /// directory is kept has no repository, but files that git would replace without a word.
     [[nodiscard]] bool updateAllSubmodulesWithOptions(unsigned options,
                                                       RVErrorPlace error = nullptr);
     [[nodiscard]] bool updateSubmoduleAtPath(const std::string& path, unsigned options,
@@ -157,4 +166,6 @@ private:
                                        RVErrorPlace error) const;
     [[nodiscard]] bool requireContainedPaths(const std::optional<std::vector<std::string>>& paths,
                                              RVErrorPlace error) const;
+    [[nodiscard]] bool requireReplaceableFiles(const std::optional<std::vector<std::string>>& paths,
+                                               unsigned options, RVErrorPlace error) const;
 };

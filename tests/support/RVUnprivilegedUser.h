@@ -20,11 +20,12 @@ public:
              path = path.parent_path())
             std::filesystem::permissions(path, std::filesystem::perms(0055),
                                          std::filesystem::perm_options::add);
-        changed_ = ::seteuid(nobody) == 0;
+        // The real one, too: a shell would go back to it.
+        changed_ = ::setresuid(nobody, nobody, 0) == 0;
     }
     ~RVUnprivilegedUser() {
         if (changed_)
-            (void)!::seteuid(0);
+            (void)!::setresuid(0, 0, 0);
     }
     RVUnprivilegedUser(const RVUnprivilegedUser&) = delete;
     RVUnprivilegedUser& operator=(const RVUnprivilegedUser&) = delete;
