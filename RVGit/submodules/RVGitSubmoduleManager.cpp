@@ -20,6 +20,7 @@
 #include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
 #include "RVGit/submodules/RVGitSubmoduleContainment.h"
 #include "RVGit/submodules/RVGitSubmoduleHelper.h"
+#include "RVGit/submodules/RVGitSubmoduleLinks.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "RVGit/submodules/RVGitSubmodulePathspec.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
@@ -168,6 +169,12 @@ bool setLinks(const std::string& gitDirectory, const Places& places, const std::
            RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
                places.workingDirectory,
                std::filesystem::path(*resolved).lexically_relative(workingTree).string(), error);
+}
+
+// Of the name form, there or not, with the links in front of the name resolved.
+std::string resolvedGitDirectory(const std::string& name, const Repository& repository) {
+    const std::string modules = repository->clonedSubmodulesDirectory().value_or("");
+    return pathByAppendingComponent(Containment::resolvedPath(modules).value_or(modules), name);
 }
 
 }  // namespace
@@ -349,6 +356,8 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
     if (std::find(names->begin(), names->end(), toNewName) != names->end())
         return failToMove(repository, RVGitMoveFileAlreadyExistsError, name, toNewName, error);
 
+    const std::string resolvedOldDirectory =
+        Containment::resolvedPath(oldDirectory).value_or(resolvedGitDirectory(name, repository));
     // It has been moved where an earlier call failed behind this step.
     if (directoryExists && !Containment::isSameFile(oldDirectory, newDirectory)) {
         ParentDirectories parents(newDirectory);
@@ -358,6 +367,9 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
     }
     if (keepsLinks) {
         if (!setLinks(newDirectory, places, submodule->path(), repository, error))
+            return false;
+        const auto resolved = Containment::resolvedPath(newDirectory);
+        if (resolved && !relinkNestedSubmodules(resolvedOldDirectory, *resolved, repository, error))
             return false;
     } else if (places.hasRepository) {
         (void)RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(

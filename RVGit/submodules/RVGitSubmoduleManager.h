@@ -97,13 +97,15 @@ public:
     ///
     /// Kept for compatibility: "core.worktree" of the submodule stays as it is, and is wrong where
     /// the new name has another number of components: git fails in the submodule then, and the list
-    /// of all with it. Use renameSubmoduleKeepingLinksWithName() instead. Whether the ".git" file
-    /// could be written is not reported.
+    /// of all with it. So do the links of submodules in it, whatever the name. Use
+    /// renameSubmoduleKeepingLinksWithName() instead. Whether the ".git" file could be written is
+    /// not reported.
     [[nodiscard]] bool renameSubmoduleWithName(const std::string& name,
                                                const std::string& toNewName,
                                                RVErrorPlace error = nullptr);
-    /// The same for a name of any number of components: "core.worktree" is set, too, and a failure
-    /// to write either link ends the operation.
+    /// The same for a name of any number of components: "core.worktree" is set, too, also of the
+    /// submodules in it, whose git directories move along, and a failure to write a link ends the
+    /// operation.
     [[nodiscard]] bool renameSubmoduleKeepingLinksWithName(const std::string& name,
                                                            const std::string& toNewName,
                                                            RVErrorPlace error = nullptr);
