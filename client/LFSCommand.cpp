@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <filesystem>
 #include <future>
 
 #include "RVGit/base/RVFileManager.h"
@@ -103,12 +104,18 @@ void printPointer(const Repository& repository, RVGitLFSManager& manager, Argume
                   Output& output) {
     const std::string path = pathOfFile(repository, arguments.valueOf("lfs pointer"));
     requireNoMore(arguments, "pointer");
+    std::error_code failure;
+    const auto size = std::filesystem::file_size(path, failure);
+    if (failure)
+        throw Failure(posixError(failure.value(), path));
     std::promise<std::pair<std::shared_ptr<RVGitLFSPointer>, std::optional<RVError>>> promise;
     (void)manager.createPointerFromFileAtPath(path, std::nullopt,
                                               [&](const auto& pointer, const auto& error) {
                                                   promise.set_value({pointer, error});
                                               });
     const auto [pointer, error] = promise.get_future().get();
+    if (!pointer && error && size == 0)
+        throw Failure(*error, "An empty file has no pointer: git keeps it as it is.");
     require(pointer != nullptr, error);
     output << pointer->stringRepresentation();
 }
@@ -133,7 +140,7 @@ void printContents(const Repository& repository, RVGitLFSManager& manager, Argum
 
 void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
             Output& output) {
-    const std::string action = arguments.valueOf("lfs");
+    const std::string action = arguments.next().value_or("");
     // Kept for whoever interrupts.
     const auto manager = std::make_shared<RVGitLFSManager>(repository);
     whenInterrupted([manager] { manager->commandQueue().cancelAllOperations(); });
@@ -158,12 +165,14 @@ void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
         requireNoMore(arguments, action);
         return require(manager->pullRemote(remote, std::nullopt, &error), error);
     }
+    if (action != "fetch" && action != "checkout" && action != "prune")
+        throw UsageError((action.empty() ? "lfs needs to be told what to do"
+                                         : "lfs has no " + printable(action)) +
+                         "; see rvgit help lfs");
     requireNoMore(arguments, action);
     if (action == "fetch")
         return require(manager->fetchRemote(nullptr, std::nullopt, &error), error);
     if (action == "checkout")
         return require(manager->checkout(std::nullopt, &error), error);
-    if (action == "prune")
-        return require(manager->prune(std::nullopt, &error), error);
-    throw UsageError("lfs has no " + action);
+    require(manager->prune(std::nullopt, &error), error);
 }

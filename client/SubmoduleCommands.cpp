@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <map>
 
+#include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
@@ -73,6 +74,20 @@ void printSubmodules(const Repository& repository, Output& output) {
     }
 }
 
+// Git leaves them out of an update without a word.
+void tellOfUninitialized(const Repository& repository, const std::vector<std::string>& paths,
+                         Output& output) {
+    const auto submodules = repository->allSubmodules();
+    if (!submodules)
+        return;
+    for (const auto& submodule : *submodules)
+        if (!submodule->isRegistered() &&
+            (paths.empty() ||
+             std::find(paths.begin(), paths.end(), submodule->path()) != paths.end()))
+            output << printable(submodule->path())
+                   << " is not initialized: update --init checks it out\n";
+}
+
 /// The options that are given, taken out of the words; the rest are the operands.
 struct Words {
     Words(Arguments& arguments, const std::map<std::string, unsigned>& bits,
@@ -109,8 +124,11 @@ void remove(const Repository& repository, const Words& words, std::optional<RVEr
         repository->submoduleManager()->submoduleContainsUncommittedWork(path, &error)) {
         if (error)
             throw Failure(error);
-        throw UsageError("the submodule " + printable(path) +
-                         " has work that is not committed; --force removes it, --keep leaves it");
+        throw Failure(
+            gitErrorWithCode(
+                RVGitRemoveSubmoduleWithLocalModificationsError,
+                RVGitMakeErrorUserInfo(repository, {{RVGitSubmodulePathErrorKey, path}})),
+            "Its changes or new files are in no commit: --force removes them, --keep leaves them.");
     }
     done = repository->removeSubmoduleAtPath(path, words.options, &error);
 }
@@ -135,10 +153,13 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
         {"move", {}},
         {"rename", {}},
     };
-    const std::string action = arguments.next().value_or("list");
+    std::string action = arguments.next().value_or("list");
+    // As git calls it.
+    if (action == "status")
+        action = "list";
     const auto found = actions.find(action);
     if (found == actions.end())
-        throw UsageError("submodule has no " + action);
+        throw UsageError("submodule has no " + printable(action) + "; see rvgit help submodule");
     const Words words(arguments, found->second, action);
     const auto& operands = words.operands;
     if (action == "list") {
@@ -158,6 +179,8 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
     } else if (action == "update") {
         done = operands.empty() ? manager->updateAllSubmodulesWithOptions(words.options, &error)
                                 : manager->updateSubmoduleAtPaths(operands, words.options, &error);
+        if (done && !(words.options & RVGitSubmoduleUpdateOptionInitialize))
+            tellOfUninitialized(repository, operands, output);
     } else if (action == "sync") {
         if (operands.size() > 1)
             throw UsageError("submodule sync takes one path");

@@ -33,7 +33,7 @@ std::function<void()> interruptAction;
 
 void printUsage(std::FILE* stream) {
     std::fputs(
-        "usage: rvgit [--verbose] [-C PATH] [PATH | COMMAND [ARGUMENTS]]\n\n"
+        "usage: rvgit [--verbose] [-C PATH] [PATH | COMMAND [ARGUMENTS] | help [COMMAND]]\n\n"
         "Without a command, an overview of the repository at PATH (or here) is printed.\n"
         "Paths of files are relative to the root of the repository, as status prints them.\n\n",
         stream);
@@ -86,13 +86,36 @@ int write(const Output& output) {
     return finishOutput();
 }
 
+bool isHelpOption(const std::string& word) {
+    return word == "--help" || word == "-h";
+}
+
+// "help", "help COMMAND" and "COMMAND --help"; a directory may be called "help".
+bool isHelp(const std::vector<std::string>& words) {
+    if (words.size() == 2 && commandNamed(words[0]) && isHelpOption(words[1]))
+        return true;
+    return !words.empty() && words.size() <= 2 && words[0] == "help" &&
+           !RVFileManager::fileExistsAtPath(words[0]);
+}
+
+int help(const std::vector<std::string>& words) {
+    const std::string name = words[0] != "help" ? words[0] : words.size() == 2 ? words[1] : "";
+    if (name.empty())
+        return printUsage(stdout), finishOutput();
+    const Command* command = commandNamed(name);
+    if (!command)
+        return complain("there is no command " + printable(name) + "; see rvgit help", 2);
+    std::printf("usage: rvgit %s\n", std::string(command->usage).c_str());
+    return finishOutput();
+}
+
 int run(std::vector<std::string> words) {
     bool verbose = false;
     std::string path = ".";
     std::size_t position = 0;
     for (; position < words.size() && words[position].starts_with('-'); ++position) {
         const std::string& word = words[position];
-        if (word == "--help" || word == "-h")
+        if (isHelpOption(word))
             return printUsage(stdout), finishOutput();
         if (word == "--version")
             return std::puts("rvgit " RVGIT_VERSION), finishOutput();
@@ -112,6 +135,10 @@ int run(std::vector<std::string> words) {
         else
             return printUsage(stderr), 2;
     }
+    const std::vector<std::string> given(words.begin() + static_cast<std::ptrdiff_t>(position),
+                                         words.end());
+    if (isHelp(given))
+        return help(given);
     const Command* command = &allCommands().front();
     if (position < words.size()) {
         if (const Command* named = commandNamed(words[position]))

@@ -58,6 +58,18 @@ TEST_F(RvgitTest, HelpIsPrintedIntoAPipe) {
     EXPECT_THAT(result.standardOutput, HasSubstr("\n  log "));
 }
 
+TEST_F(RvgitTest, HelpOnACommandIsPrinted) {
+    const std::string usage = rvgit({"help", "lfs"}).standardOutput;
+    EXPECT_THAT(usage, testing::StartsWith("usage: rvgit lfs install"));
+    EXPECT_EQ(rvgit({"lfs", "--help"}).standardOutput, usage);
+    EXPECT_EQ(rvgit({"lfs", "-h"}).standardOutput, usage);
+    EXPECT_EQ(rvgit({"help"}).standardOutput, rvgit({"--help"}).standardOutput);
+    const auto unknown = rvgit({"help", "nothing"});
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_THAT(unknown.standardError, HasSubstr("no command nothing"));
+    EXPECT_THAT(rvgit({"submodule", "nothing"}).standardError, HasSubstr("rvgit help submodule"));
+}
+
 TEST_F(RvgitTest, TheVersionIsPrinted) {
     EXPECT_THAT(rvgit({"--version"}).standardOutput, testing::MatchesRegex("rvgit [0-9.]+\n"));
 }
