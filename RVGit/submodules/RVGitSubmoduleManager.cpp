@@ -171,6 +171,17 @@ bool setLinks(const std::string& gitDirectory, const Places& places, const std::
                std::filesystem::path(*resolved).lexically_relative(workingTree).string(), error);
 }
 
+// Whether tracked files have changes that the list did not show: a broken submodule beside it hides
+// them, and so does what ".gitmodules" says is to be ignored.
+bool hasHiddenChanges(RVGitSubmodule& submodule, const Places& places) {
+    return places.hasRepository &&
+           RVGitWorkingTreeEntry::countChangedWorkingTreeEntriesForRepository(
+               submodule.submoduleRepository(),
+               RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, RVGitUntrackedFilesModeNo},
+                         {RVGitWorkingTreeOptionIgnoreSubmodulesMode,
+                          RVGitIgnoreSubmodulesModeNone}}) > 0;
+}
+
 // Of the name form, there or not, with the links in front of the name resolved.
 std::string resolvedGitDirectory(const std::string& name, const Repository& repository) {
     const std::string modules = repository->clonedSubmodulesDirectory().value_or("");
@@ -232,6 +243,9 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
 
     const Places places = placesOfSubmodule(*submodule, repository);
+    if (!losesModifications && places.workingDirectoryIsContained &&
+        hasHiddenChanges(*submodule, places))
+        return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
     const bool gitDirectoryExists =
         removesGitDirectory && RVGitSubmoduleContainment::somethingIsAt(places.gitDirectory);
     if (!places.workingDirectoryIsContained ||

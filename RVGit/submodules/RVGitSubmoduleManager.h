@@ -72,10 +72,11 @@ public:
     /// Removes the working tree, the index entry, with bit 4 the git directory, and the section of
     /// both configurations. `options` are RVGitSubmoduleRemoveOptions. With code 2602 nothing is
     /// touched: the submodule is dirty, or has been taken out of the index and its directory still
-    /// has something in it, and neither bit 1 nor 2 is set. Kept for compatibility: files that are
-    /// only untracked do not make it dirty (from git 2.31 on), nor commits that were not pushed:
-    /// ask submoduleContainsUncommittedWork() first. Where ".gitmodules" has changes that are not
-    /// staged git refuses, and the working tree is gone by then.
+    /// has something in it, and neither bit 1 nor 2 is set; changes that the list hides count, too.
+    /// Kept for compatibility: files that are only untracked do not make it dirty (from git 2.31
+    /// on), nor commits that were not pushed: ask submoduleContainsUncommittedWork() first. Where
+    /// ".gitmodules" has changes that are not staged git refuses, and the working tree is gone by
+    /// then.
     ///
     /// With bit 4, it is code 2600 where the git directories of other submodules lie in that of
     /// this one ("lib/a" in "lib").

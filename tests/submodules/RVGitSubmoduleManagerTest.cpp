@@ -163,6 +163,27 @@ TEST_F(RVGitSubmoduleManagerTest, ADirtyOneIsNotRemovedAndNothingIsTouched) {
     EXPECT_FALSE(existsInRepository("lib"));
 }
 
+TEST_F(RVGitSubmoduleManagerTest, ChangesThatTheListDoesNotShowAreNotLost) {
+    addSubmodule("gone");
+    addSubmodule("lib");
+    addSubmodule("z");
+    const auto refuses = [&] {
+        const auto before = filesBelow(repositoryPath());
+        EXPECT_FALSE(submoduleAt("lib")->isDirty());
+        EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 0, &error),
+                               RVGitRemoveSubmoduleWithLocalModificationsError));
+        EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
+    };
+    writeFile("repository/lib/lib.c", "changed\n");
+    gitInRepository({"config", "submodule.lib.ignore", "all"});
+    refuses();
+    gitInRepository({"config", "--unset", "submodule.lib.ignore"});
+    fs::remove_all(pathInRepository(".git/modules/gone"));
+    refuses();
+    gitAt("lib", {"commit", "-q", "-a", "-m", "Keep"});
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("lib", 0, &error)));
+}
+
 TEST_F(RVGitSubmoduleManagerTest, UntrackedFilesAloneDoNotProtectIt) {
     addSubmodule("lib");
     writeFile("repository/lib/new", "x");
