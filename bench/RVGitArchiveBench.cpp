@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -9,6 +8,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What an archive of 20,000 files costs beside the git process that writes it.
 
@@ -16,44 +16,26 @@ namespace {
 
 constexpr int numberOfFiles = 20000;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// In the temporary directory, for the life of the program.
-class RepositoryOfManyFiles {
+class RepositoryOfManyFiles : public RVBenchDirectory {
 public:
-    RepositoryOfManyFiles() {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-archive.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
-        (void)runBare({"git", "init", "--quiet", "--bare", path_ + "/repository"});
-        FILE* import =
-            popen(("git -C '" + path_ + "/repository' fast-import --quiet").c_str(), "w");
-        if (!import)
-            fail("cannot run git fast-import");
-        std::fputs(
-            "commit refs/heads/main\ncommitter A <a@b> 1577934245 +0000\ndata 8\nMessage\n\n",
-            import);
-        for (int number = 0; number < numberOfFiles; ++number) {
-            const std::string contents(static_cast<std::size_t>(200 + number % 400), 'x');
-            std::fprintf(import, "M 644 inline directory %d/file %d.txt\ndata %zu\n%s\n",
-                         number / 100, number, contents.size(), contents.c_str());
+    RepositoryOfManyFiles() : RVBenchDirectory("rvgit-archive") {
+        (void)runBare({"git", "init", "--quiet", "--bare", path() + "/repository"});
+        {
+            const RVFastImport import(path() + "/repository");
+            std::fputs(
+                "commit refs/heads/main\ncommitter A <a@b> 1577934245 +0000\ndata 8\nMessage\n\n",
+                import.stream());
+            for (int number = 0; number < numberOfFiles; ++number) {
+                const std::string contents(static_cast<std::size_t>(200 + number % 400), 'x');
+                std::fprintf(import.stream(),
+                             "M 644 inline directory %d/file %d.txt\ndata %zu\n%s\n", number / 100,
+                             number, contents.size(), contents.c_str());
+            }
         }
-        if (pclose(import) != 0)
-            fail("git fast-import failed");
     }
-    RepositoryOfManyFiles(const RepositoryOfManyFiles&) = delete;
-    RepositoryOfManyFiles& operator=(const RepositoryOfManyFiles&) = delete;
-    ~RepositoryOfManyFiles() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] std::string repositoryPath() const { return path_ + "/repository"; }
-    [[nodiscard]] std::string archivePath(const char* name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
+    [[nodiscard]] std::string repositoryPath() const { return path() + "/repository"; }
+    [[nodiscard]] std::string archivePath(const char* name) const { return path() + "/" + name; }
 };
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include <malloc.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <string>
 
@@ -15,6 +13,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What lists of 10,000 branches (200 of them tracking) and of 8,000 remote branches cost beside the
 // git processes that print them, run one after the other.
@@ -26,42 +25,32 @@ constexpr int numberOfRemoteBranches = 8000;
 constexpr int numberOfTracking = 200;
 constexpr int numberOfCommits = 2000;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// In the temporary directory, for the life of the program.
-class BranchyRepository {
+class BranchyRepository : public RVBenchDirectory {
 public:
-    BranchyRepository() {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-branches.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
-        (void)runBare({"git", "init", "--quiet", "--bare", "--initial-branch=main", path_});
-        FILE* import = popen(("git -C '" + path_ + "' fast-import --quiet").c_str(), "w");
-        if (!import)
-            fail("cannot run git fast-import");
-        for (int number = 1; number <= numberOfCommits; ++number) {
-            std::fprintf(import,
-                         "commit refs/heads/main\nmark :%d\ncommitter A <a@b> %d +0000\n"
-                         "data 18\nChange number %04d\n",
-                         number, 1577934245 + number, number);
-            if (number > 1)
-                std::fprintf(import, "from :%d\n", number - 1);
-            std::fputs("\n", import);
+    BranchyRepository() : RVBenchDirectory("rvgit-branches") {
+        (void)runBare({"git", "init", "--quiet", "--bare", "--initial-branch=main", path()});
+        {
+            const RVFastImport import(path());
+            for (int number = 1; number <= numberOfCommits; ++number) {
+                std::fprintf(import.stream(),
+                             "commit refs/heads/main\nmark :%d\ncommitter A <a@b> %d +0000\n"
+                             "data 18\nChange number %04d\n",
+                             number, 1577934245 + number, number);
+                if (number > 1)
+                    std::fprintf(import.stream(), "from :%d\n", number - 1);
+                std::fputs("\n", import.stream());
+            }
+            for (int number = 1; number < numberOfBranches; ++number)
+                std::fprintf(import.stream(), "reset refs/heads/team-%d/topic-%05d\nfrom :%d\n\n",
+                             number % 40, number, number % numberOfCommits + 1);
+            for (int number = 0; number < numberOfRemoteBranches; ++number)
+                std::fprintf(import.stream(), "reset refs/remotes/%s/topic-%05d\nfrom :%d\n\n",
+                             number % 2 ? "origin" : "upstream", number,
+                             number % numberOfCommits + 1);
         }
-        for (int number = 1; number < numberOfBranches; ++number)
-            std::fprintf(import, "reset refs/heads/team-%d/topic-%05d\nfrom :%d\n\n", number % 40,
-                         number, number % numberOfCommits + 1);
-        for (int number = 0; number < numberOfRemoteBranches; ++number)
-            std::fprintf(import, "reset refs/remotes/%s/topic-%05d\nfrom :%d\n\n",
-                         number % 2 ? "origin" : "upstream", number, number % numberOfCommits + 1);
-        if (pclose(import) != 0)
-            fail("git fast-import failed");
-        (void)runBare({"git", "pack-refs", "--all"}, path_);
-        FILE* config = std::fopen((path_ + "/config").c_str(), "a");
+        (void)runBare({"git", "pack-refs", "--all"}, path());
+        FILE* config = std::fopen((path() + "/config").c_str(), "a");
         if (!config)
             fail("cannot write the configuration");
         for (const char* remote : {"origin", "upstream"})
@@ -76,14 +65,6 @@ public:
                          number % 40, number, number * 2 - 1);
         std::fclose(config);
     }
-    BranchyRepository(const BranchyRepository&) = delete;
-    BranchyRepository& operator=(const BranchyRepository&) = delete;
-    ~BranchyRepository() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] const std::string& path() const { return path_; }
-
-private:
-    std::string path_;
 };
 
 std::size_t run(const std::string& path, std::vector<std::string> words) {

@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
@@ -8,6 +7,7 @@
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What a clone of 50 MB over file:// costs beside git's own, with its progress read either way.
 
@@ -16,56 +16,38 @@ namespace {
 constexpr int numberOfFiles = 500;
 constexpr std::size_t fileSize = 100'000;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// In the temporary directory, for the life of the program: a bare repository, and room for clones.
-class LargeRepository {
+class LargeRepository : public RVBenchDirectory {
 public:
-    LargeRepository() {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-clone.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
+    LargeRepository() : RVBenchDirectory("rvgit-clone") {
         (void)runBare({"git", "init", "--quiet", "--bare", repositoryPath()});
-        FILE* import =
-            popen(("git -C '" + repositoryPath() + "' fast-import --quiet").c_str(), "w");
-        if (!import)
-            fail("cannot run git fast-import");
-        std::fputs("commit refs/heads/main\ncommitter A <a@b> 1577934245 +0000\ndata 1\nx\n",
-                   import);
-        unsigned state = 1;
-        std::string noise(fileSize, ' ');
-        for (int number = 0; number < numberOfFiles; ++number) {
-            // What no compression makes smaller.
-            for (char& byte : noise) {
-                state = state * 1664525u + 1013904223u;
-                byte = static_cast<char>(state >> 24);
+        {
+            const RVFastImport import(repositoryPath());
+            std::fputs("commit refs/heads/main\ncommitter A <a@b> 1577934245 +0000\ndata 1\nx\n",
+                       import.stream());
+            unsigned state = 1;
+            std::string noise(fileSize, ' ');
+            for (int number = 0; number < numberOfFiles; ++number) {
+                // What no compression makes smaller.
+                for (char& byte : noise) {
+                    state = state * 1664525u + 1013904223u;
+                    byte = static_cast<char>(state >> 24);
+                }
+                std::fprintf(import.stream(), "M 100644 inline %d\ndata %zu\n", number,
+                             noise.size());
+                std::fwrite(noise.data(), 1, noise.size(), import.stream());
+                std::fputc('\n', import.stream());
             }
-            std::fprintf(import, "M 100644 inline %d\ndata %zu\n", number, noise.size());
-            std::fwrite(noise.data(), 1, noise.size(), import);
-            std::fputc('\n', import);
         }
-        if (pclose(import) != 0)
-            fail("git fast-import failed");
     }
-    LargeRepository(const LargeRepository&) = delete;
-    LargeRepository& operator=(const LargeRepository&) = delete;
-    ~LargeRepository() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] std::string repositoryPath() const { return path_ + "/source.git"; }
+    [[nodiscard]] std::string repositoryPath() const { return path() + "/source.git"; }
     [[nodiscard]] std::string url() const { return "file://" + repositoryPath(); }
     /// A path at which nothing is.
     [[nodiscard]] std::string clonePath() const {
-        const std::string path = path_ + "/clone.git";
-        std::filesystem::remove_all(path);
-        return path;
+        const std::string clonePath = path() + "/clone.git";
+        std::filesystem::remove_all(clonePath);
+        return clonePath;
     }
-
-private:
-    std::string path_;
 };
 
 std::size_t bytesBelow(const std::string& path) {

@@ -1,6 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <random>
 #include <string>
 
@@ -11,6 +9,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What it costs to load a changeset of 10,000 files, and all their diffs, beside the git process
 // that prints them.
@@ -20,44 +19,29 @@ namespace {
 constexpr int numberOfFiles = 10000;
 constexpr int linesOfFile = 120;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// Three commits, of which the second adds the files and the third changes some lines of each. In
 /// the temporary directory, for the life of the program.
-class ChangedRepository {
+class ChangedRepository : public RVBenchDirectory {
 public:
-    ChangedRepository() {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-diffs.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
-        (void)runBare({"git", "init", "--quiet", "--bare", "--initial-branch=main", path_});
-        FILE* import = popen(("git -C '" + path_ + "' fast-import --quiet").c_str(), "w");
-        if (!import)
-            fail("cannot run git fast-import");
-        constexpr char commit[] =
-            "commit refs/heads/main\ncommitter A <a@b> 1577934245 +0000\ndata 8\nMessage\n\n";
-        std::fputs(commit, import);
-        std::mt19937 random(1);
-        for (const bool isChanged : {false, true}) {
-            std::fputs(commit, import);
-            for (int file = 0; file < numberOfFiles; ++file) {
-                const std::string contents = contentsOfFile(file, isChanged, random);
-                std::fprintf(import, "M 100644 inline source/folder %d/file%d.cpp\ndata %zu\n%s\n",
-                             file % 300, file, contents.size(), contents.c_str());
+    ChangedRepository() : RVBenchDirectory("rvgit-diffs") {
+        (void)runBare({"git", "init", "--quiet", "--bare", "--initial-branch=main", path()});
+        {
+            const RVFastImport import(path());
+            constexpr char commit[] =
+                "commit refs/heads/main\ncommitter A <a@b> 1577934245 +0000\ndata 8\nMessage\n\n";
+            std::fputs(commit, import.stream());
+            std::mt19937 random(1);
+            for (const bool isChanged : {false, true}) {
+                std::fputs(commit, import.stream());
+                for (int file = 0; file < numberOfFiles; ++file) {
+                    const std::string contents = contentsOfFile(file, isChanged, random);
+                    std::fprintf(import.stream(),
+                                 "M 100644 inline source/folder %d/file%d.cpp\ndata %zu\n%s\n",
+                                 file % 300, file, contents.size(), contents.c_str());
+                }
             }
         }
-        if (pclose(import) != 0)
-            fail("git fast-import failed");
     }
-    ChangedRepository(const ChangedRepository&) = delete;
-    ChangedRepository& operator=(const ChangedRepository&) = delete;
-    ~ChangedRepository() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] const std::string& path() const { return path_; }
 
 private:
     static std::string contentsOfFile(int file, bool isChanged, std::mt19937& random) {
@@ -73,8 +57,6 @@ private:
         }
         return contents;
     }
-
-    std::string path_;
 };
 
 const std::vector<std::string> changes = {"main~", "main"};

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What clean and smudge of 100 MB cost beside the bare lines, and what memory they hold.
 
@@ -21,20 +21,11 @@ namespace {
 
 constexpr std::size_t numberOfBytes = 100'000'000;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// In the temporary directory, for the life of the program.
-class RepositoryOfALargeFile {
+class RepositoryOfALargeFile : public RVBenchDirectory {
 public:
-    RepositoryOfALargeFile() {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-lfs.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
-        (void)runBare({"git", "init", "--quiet", path_});
+    RepositoryOfALargeFile() : RVBenchDirectory("rvgit-lfs") {
+        (void)runBare({"git", "init", "--quiet", path()});
         std::string block(1'000'000, '\0');
         std::ofstream file(filePath(), std::ios::binary);
         for (std::size_t written = 0; written < numberOfBytes; written += block.size()) {
@@ -46,23 +37,15 @@ public:
         if (runBare(shell("git lfs clean < file > pointer")).exitCode != 0)
             fail("git lfs clean failed");
     }
-    RepositoryOfALargeFile(const RepositoryOfALargeFile&) = delete;
-    RepositoryOfALargeFile& operator=(const RepositoryOfALargeFile&) = delete;
-    ~RepositoryOfALargeFile() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] const std::string& path() const { return path_; }
-    [[nodiscard]] std::string filePath() const { return path_ + "/file"; }
+    [[nodiscard]] std::string filePath() const { return path() + "/file"; }
     [[nodiscard]] std::shared_ptr<RVGitLFSPointer> pointer() const {
-        std::ifstream file(path_ + "/pointer");
+        std::ifstream file(path() + "/pointer");
         return RVGitLFSPointer::pointerFromData(
             std::string(std::istreambuf_iterator<char>(file), {}));
     }
     [[nodiscard]] std::vector<std::string> shell(const std::string& line) const {
-        return {"sh", "-c", "cd '" + path_ + "' && exec " + line};
+        return {"sh", "-c", "cd '" + path() + "' && exec " + line};
     }
-
-private:
-    std::string path_;
 };
 
 /// Reads what the line prints into memory, and keeps it until all is there: what it costs to have

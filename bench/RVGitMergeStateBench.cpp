@@ -1,5 +1,3 @@
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -9,6 +7,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What it costs to read all that is known of a rebase of 1,000 commits that has stopped half way,
 // beside the least that a process of git costs.
@@ -17,20 +16,11 @@ namespace {
 
 constexpr int numberOfCommits = 1000;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// In the temporary directory, for the life of the program.
-class StoppedRepository {
+class StoppedRepository : public RVBenchDirectory {
 public:
-    StoppedRepository() {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-merge.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
-        (void)runBare({"git", "init", "--quiet", path_});
+    StoppedRepository() : RVBenchDirectory("rvgit-merge") {
+        (void)runBare({"git", "init", "--quiet", path()});
         std::string done;
         std::string todo;
         for (int number = 0; number < numberOfCommits; ++number) {
@@ -49,20 +39,13 @@ public:
         put("stopped-sha", std::string(40, '3') + "\n");
         put("message", "The subject\n\nand the body of the message\n");
     }
-    StoppedRepository(const StoppedRepository&) = delete;
-    StoppedRepository& operator=(const StoppedRepository&) = delete;
-    ~StoppedRepository() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] const std::string& path() const { return path_; }
 
 private:
     void put(const std::string& name, const std::string& contents) const {
-        const std::string directory = path_ + "/.git/rebase-merge";
+        const std::string directory = path() + "/.git/rebase-merge";
         std::filesystem::create_directories(directory);
         std::ofstream(directory + "/" + name) << contents;
     }
-
-    std::string path_;
 };
 
 std::size_t readEverything(const RVGitMergeManager& manager) {

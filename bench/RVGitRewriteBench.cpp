@@ -1,6 +1,4 @@
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -15,6 +13,7 @@
 #include "RVGit/worktree/RVGitCommitMessageEditor.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What it costs to reword a commit far back, and to foretell a large merge, beside the git
 // processes that do the work.
@@ -26,40 +25,23 @@ constexpr int rewordedCommit = 100;
 constexpr int numberOfFiles = 5000;
 constexpr int numberOfLines = 60;
 
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
-
 /// In the temporary directory, for the life of the program.
-class Repository {
+class Repository : public RVBenchDirectory {
 public:
     /// `writeStream` writes what git fast-import takes.
-    explicit Repository(void (*writeStream)(FILE* stream)) {
-        std::string path = std::filesystem::temp_directory_path() / "rvgit-rewrite.XXXXXX";
-        if (!mkdtemp(path.data()))
-            fail("cannot make " + path);
-        path_ = path;
-        (void)runBare({"git", "init", "--quiet", "--initial-branch=main", path_});
-        FILE* import = popen(("git -C '" + path_ + "' fast-import --quiet").c_str(), "w");
-        if (!import)
-            fail("cannot run git fast-import");
-        writeStream(import);
-        if (pclose(import) != 0)
-            fail("git fast-import failed");
+    explicit Repository(void (*writeStream)(FILE* stream)) : RVBenchDirectory("rvgit-rewrite") {
+        (void)runBare({"git", "init", "--quiet", "--initial-branch=main", path()});
+        {
+            const RVFastImport import(path());
+            writeStream(import.stream());
+        }
         for (const char* key : {"user.name", "user.email"})
-            (void)runBare({"git", "config", key, "bench"}, path_);
-        repository_ = RVGitRepository::repositoryWithPath(path_);
+            (void)runBare({"git", "config", key, "bench"}, path());
+        repository_ = RVGitRepository::repositoryWithPath(path());
     }
-    Repository(const Repository&) = delete;
-    Repository& operator=(const Repository&) = delete;
-    ~Repository() { std::filesystem::remove_all(path_); }
-
-    [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
 
 private:
-    std::string path_;
     std::shared_ptr<RVGitRepository> repository_;
 };
 

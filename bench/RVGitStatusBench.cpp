@@ -1,7 +1,5 @@
 #include <git2.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,17 +12,13 @@
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 #include "bench/support/RVBenchTree.h"
 
 // The state of a large working tree: the library against the git processes that it runs, and
 // against a library that reads index and files itself.
 
 namespace {
-
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
 
 std::size_t checkedCount(std::size_t count, std::size_t expected) {
     if (count != expected)

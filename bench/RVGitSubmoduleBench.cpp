@@ -1,6 +1,3 @@
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -10,17 +7,13 @@
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "bench/support/RVBareProcess.h"
 #include "bench/support/RVBench.h"
+#include "bench/support/RVBenchDirectory.h"
 
 // What a list of 200 clean submodules costs beside the five git processes that it is made of.
 
 namespace {
 
 constexpr int numberOfSubmodules = 200;
-
-[[noreturn]] void fail(const std::string& what) {
-    std::fprintf(stderr, "%s\n", what.c_str());
-    std::exit(1);
-}
 
 void run(const std::vector<std::string>& commandLine, const std::string& directory = {}) {
     if (runBare(commandLine, directory).exitCode != 0)
@@ -31,12 +24,7 @@ void run(const std::vector<std::string>& commandLine, const std::string& directo
 class Superproject {
 public:
     Superproject() {
-        std::string directory = std::filesystem::temp_directory_path() / "rvgit-subs.XXXXXX";
-        if (!mkdtemp(directory.data()))
-            fail("cannot make " + directory);
-        directory_ = directory;
-        path_ = directory_ + "/superproject";
-        const std::string library = directory_ + "/library";
+        const std::string library = directory_.path() + "/library";
         run({"git", "init", "-q", library});
         std::ofstream(library + "/lib.c") << "int one;\n";
         run({"git", "add", "lib.c"}, library);
@@ -56,9 +44,6 @@ public:
         run({"git", "submodule", "--quiet", "absorbgitdirs"}, path_);
         run({"git", "status"}, path_);
     }
-    Superproject(const Superproject&) = delete;
-    Superproject& operator=(const Superproject&) = delete;
-    ~Superproject() { std::filesystem::remove_all(directory_); }
 
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] static std::vector<std::string> paths() {
@@ -69,8 +54,8 @@ public:
     }
 
 private:
-    std::string directory_;
-    std::string path_;
+    const RVBenchDirectory directory_{"rvgit-subs"};
+    const std::string path_ = directory_.path() + "/superproject";
 };
 
 }  // namespace

@@ -23,7 +23,7 @@ namespace {
 // What a pipe holds by default, and what it is enlarged to once as much has come: fewer switches
 // between the child and the reader.
 constexpr std::size_t pipeCapacity = std::size_t{64} << 10;
-constexpr int largePipeCapacity = 1 << 20;
+constexpr std::size_t largePipeCapacity = std::size_t{1} << 20;
 constexpr std::size_t smallestRead = std::size_t{16} << 10;
 
 struct Pipe {
@@ -278,32 +278,45 @@ private:
         }
     }
 
-    // Takes what one read gives, so that both outputs and the input have their turn.
+    // Goes on while much is there, since to ask costs as much as to read; but no longer than the
+    // other output and the input can wait for their turn.
     void drain(Output& output) {
+        std::size_t taken = 0;
+        std::size_t count = 0;
+        do {
+            count = readOnce(output);
+            taken += count;
+        } while (count >= smallestRead && taken < largePipeCapacity);
+    }
+
+    // How many bytes have come; 0 where there are none now, or none any more.
+    std::size_t readOnce(Output& output) {
         const std::size_t most = output.pipeEnlarged ? largePipeCapacity : pipeCapacity;
         // What is left is enough while little comes: most often it is the end that is read.
         std::size_t room = std::min(most, output.buffer->tailCapacity());
         if (room < smallestRead)
             room = most;
         char* tail = output.buffer->reserveTail(room);
-        const ssize_t count = read(output.descriptor.number(), tail, room);
-        if (count < 0 && (errno == EAGAIN || errno == EINTR))
-            return;
-        if (count <= 0) {
+        const ssize_t result = read(output.descriptor.number(), tail, room);
+        if (result < 0 && (errno == EAGAIN || errno == EINTR))
+            return 0;
+        if (result <= 0) {
             output.descriptor.close();
-            return;
+            return 0;
         }
-        output.buffer->commitTail(static_cast<std::size_t>(count));
+        const auto count = static_cast<std::size_t>(result);
+        output.buffer->commitTail(count);
         if (exitedAt_)
             lastByteAt_ = Clock::now();
         // Not only where one read gives so much: a child that writes less at a time would be waited
         // for, and wait, at every write.
         if (!output.pipeEnlarged && output.buffer->size() >= pipeCapacity) {
-            RVSystem::enlargePipe(output.descriptor, largePipeCapacity);
+            RVSystem::enlargePipe(output.descriptor, static_cast<int>(largePipeCapacity));
             output.pipeEnlarged = true;
         }
         if (*output.handler && !exception_)
-            (*output.handler)({tail, static_cast<std::size_t>(count)});
+            (*output.handler)({tail, count});
+        return count;
     }
 
     bool hasExited() const {

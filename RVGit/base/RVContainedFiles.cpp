@@ -63,17 +63,6 @@ std::string fullPath(const std::optional<std::string>& root, std::string_view pa
     return pathByAppendingComponent(root.value_or(""), path);
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        else if (errno != EINTR)
-            return false;
-    }
-    return true;
-}
-
 int errorNumberForUnusableFile(const struct stat& status) {
     return S_ISLNK(status.st_mode) ? ELOOP : S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
 }
@@ -192,7 +181,7 @@ bool RVContainedFiles::writeInPlace(std::string_view path, std::string_view byte
         return fail(errno);
     if (!S_ISREG(status.st_mode))
         return fail(EINVAL);
-    if (::ftruncate(file.number(), 0) != 0 || !writeAll(file.number(), bytes) || !file.close())
+    if (::ftruncate(file.number(), 0) != 0 || !file.write(bytes) || !file.close())
         return fail(errno);
     return true;
 }
@@ -236,7 +225,7 @@ bool RVContainedFiles::writeAtomically(std::string_view path, std::string_view b
     RVDescriptor file = openUniqueFile(directory, temporaryName);
     if (!file.isOpen())
         return fail(errno);
-    if (writeAll(file.number(), bytes) &&
+    if (file.write(bytes) &&
         (!keepsPermissions || ::fchmod(file.number(), status.st_mode & 0777) == 0) &&
         file.close() &&
         ::renameat(directory, temporaryName.c_str(), directory, place.name.c_str()) == 0)

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "RVGit/base/RVExport.h"
@@ -21,6 +23,17 @@ public:
 
     [[nodiscard]] int number() const { return number_; }
     [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+    /// Writes all of the bytes; false, with errno set, if it cannot.
+    [[nodiscard]] bool write(std::string_view bytes) const {
+        while (!bytes.empty()) {
+            const auto count = ::write(number_, bytes.data(), bytes.size());
+            if (count >= 0)
+                bytes.remove_prefix(static_cast<std::size_t>(count));
+            else if (errno != EINTR)
+                return false;
+        }
+        return true;
+    }
     /// Hands the descriptor over, to be closed by the caller.
     [[nodiscard]] int release() { return std::exchange(number_, -1); }
     /// False, with errno set, if bytes that were written earlier could not be kept.

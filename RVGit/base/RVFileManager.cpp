@@ -34,17 +34,6 @@ bool isUnusable(const std::string& path) {
     return true;
 }
 
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count >= 0)
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        else if (errno != EINTR)
-            return false;
-    }
-    return true;
-}
-
 std::string temporaryPathTemplate() {
     return pathByAppendingComponent(RVFileManager::temporaryDirectory(), "rvgit-XXXXXX");
 }
@@ -222,8 +211,8 @@ bool RVFileManager::writeFileAtomically(const std::string& path, std::string_vie
         failWithErrno(path, error);
         return false;
     }
-    if (writeAll(file.number(), contents) && ::fchmod(file.number(), permissions) == 0 &&
-        file.close() && ::rename(temporaryPath.c_str(), path.c_str()) == 0)
+    if (file.write(contents) && ::fchmod(file.number(), permissions) == 0 && file.close() &&
+        ::rename(temporaryPath.c_str(), path.c_str()) == 0)
         return true;
     failWithErrno(path, error);
     ::unlink(temporaryPath.c_str());

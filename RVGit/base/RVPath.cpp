@@ -56,6 +56,17 @@ std::string rvgit::pathByExpandingTilde(std::string_view path) {
     return pathByAppendingComponent(*home, path.substr(end));
 }
 
+bool rvgit::isPlainRelativePath(std::string_view path) {
+    for (std::size_t start = 0; start != path.npos;) {
+        const std::size_t end = path.find('/', start);
+        const std::string_view component = path.substr(start, end - start);
+        if (component.empty() || component == "." || component == "..")
+            return false;
+        start = end == path.npos ? end : end + 1;
+    }
+    return !holdsNUL(path);
+}
+
 std::string rvgit::standardizedPath(std::string_view path) {
     const std::string expanded = pathByExpandingTilde(path);
     if (expanded.empty())

@@ -16,6 +16,9 @@ inline namespace RVGIT_EXPORT rvgit {
     return text.find('\0') != std::string_view::npos;
 }
 [[nodiscard]] bool isAbsolutePath(std::string_view path);
+/// Whether the path names something below the place that it starts at: it holds no NUL, and none of
+/// its components is empty, "." or "..".
+[[nodiscard]] bool isPlainRelativePath(std::string_view path);
 /// Expands a leading "~" or "~user", removes "." and ".." components, doubled slashes and a
 /// trailing slash. A ".." at the start of a relative path stays; a relative path of which nothing
 /// is left is ".". Links are not resolved.

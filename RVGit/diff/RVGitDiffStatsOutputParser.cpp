@@ -46,10 +46,11 @@ std::string_view takeWords(std::string_view& text, bool (*isOfWord)(char)) {
 
 /// The first characters of the text for which that holds, taken off its front.
 std::string_view takeWhile(std::string_view& text, bool (*holds)(char), std::size_t limit) {
-    const auto end =
-        std::find_if_not(text.begin(), text.begin() + std::min(limit, text.size()), holds);
-    const std::string_view taken = text.substr(0, end - text.begin());
-    text.remove_prefix(taken.size());
+    std::size_t size = 0;
+    while (size < std::min(limit, text.size()) && holds(text[size]))
+        ++size;
+    const std::string_view taken = text.substr(0, size);
+    text.remove_prefix(size);
     return taken;
 }
 

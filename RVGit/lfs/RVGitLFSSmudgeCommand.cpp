@@ -80,34 +80,22 @@ public:
         }
         // Read through the descriptor that it was written by: nobody can come in between.
         std::string temporaryPath = std::string(inputPath) + ".XXXXXX";
-        const int file = RVSystem::openUniqueFile(temporaryPath).release();
-        if (file >= 0 && ::fstat(file, &status) == 0 && writeAll(file, text) &&
-            ::lseek(file, 0, SEEK_SET) == 0 && ::rename(temporaryPath.c_str(), inputPath) == 0) {
+        RVDescriptor file = RVSystem::openUniqueFile(temporaryPath);
+        if (file.isOpen() && ::fstat(file.number(), &status) == 0 && file.write(text) &&
+            ::lseek(file.number(), 0, SEEK_SET) == 0 &&
+            ::rename(temporaryPath.c_str(), inputPath) == 0) {
             written_ = true;
             inode_ = status.st_ino;
             device_ = status.st_dev;
-            return file;
+            return file.release();
         }
         fillErrorPlace(error, posixError(errno, inputPath));
-        if (file >= 0) {
+        if (file.isOpen())
             ::unlink(temporaryPath.c_str());
-            ::close(file);
-        }
         return -1;
     }
 
 private:
-    static bool writeAll(int file, std::string_view text) {
-        while (!text.empty()) {
-            const auto count = ::write(file, text.data(), text.size());
-            if (count >= 0)
-                text.remove_prefix(static_cast<std::size_t>(count));
-            else if (errno != EINTR)
-                return false;
-        }
-        return true;
-    }
-
     int lock_ = -1;
     bool written_ = false;
     ino_t inode_ = 0;

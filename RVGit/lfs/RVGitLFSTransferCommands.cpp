@@ -1,20 +1,11 @@
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
 
-#include "RVGit/base/RVFileManager.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorKeys.h"
-#include "RVGit/command/RVGitValues.h"
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/remotes/RVGitTransfer.h"
 #include "RVGit/repository/RVGitRefSpec.h"
-
-namespace {
-
-std::string nameOfRemote(const std::shared_ptr<RVGitRemote>& remote) {
-    return remote ? remote->name() : RVGitLocalRemoteName;
-}
-
-}  // namespace
 
 RVGitLFSCloneCommand::RVGitLFSCloneCommand(std::string remoteURL, std::string localPath,
                                            const std::optional<RVOptions>& options)
@@ -41,12 +32,7 @@ void RVGitLFSCloneCommand::gitCommandWillInitialize() {
         addGitCommandOption("--bare");
     if (initializesSubmodules_)
         addGitCommandOption("--recursive");
-    if (RVFileManager::fileExistsAtPath(localPath_)) {
-        setWorkingDirectory(localPath_);
-        addGitCommandArgument(".");
-    } else {
-        addGitCommandFilePath(localPath_);
-    }
+    addPlaceOfClone(*this, localPath_);
 }
 
 RVUserInfo RVGitLFSCloneCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

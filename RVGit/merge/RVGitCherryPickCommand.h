@@ -1,14 +1,10 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "RVGit/base/RVExport.h"
-#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/merge/RVGitSequencerCommand.h"
 
 // Options of RVGitCherryPickCommand. An option that is not given leaves the field as it starts.
 
@@ -17,19 +13,11 @@ inline constexpr char RVGitCherryPickOptionMainlineParentNumber[] =
     "RVGitCherryPickOptionMainlineParentNumber";
 /// Boolean, true unless given: whether each step is committed; false leaves the changes staged.
 inline constexpr char RVGitCherryPickOptionCommitChanges[] = "RVGitCherryPickOptionCommitChanges";
-/// Boolean, of which only true counts: a commit whose parent is HEAD is
-/// taken as it is.
+/// Boolean, of which only true counts: a commit whose parent is HEAD is taken as it is.
 inline constexpr char RVGitCherryPickOptionFastForward[] = "RVGitCherryPickOptionFastForward";
 
-/// Runs `git cherry-pick`. It never opens an editor.
-///
-/// Failure: code 2200 for a step that has stopped at conflicts, which leaves the cherry-pick under
-/// way; from older gits 2001 if changes of the working tree are in the way, 2002 if conflicts are.
-/// Everything else is code 1, a step without changes too, which leaves the cherry-pick
-/// under way as well: ask RVGitMergeManager::currentMergeMode() after any failure. A revision that
-/// begins with "-", even one that elsewhere only selects, is refused with code 1 before anything
-/// runs.
-class RVGIT_EXPORT RVGitCherryPickCommand : public RVGitCommand {
+/// Runs `git cherry-pick`, which makes the changes of commits again.
+class RVGIT_EXPORT RVGitCherryPickCommand : public RVGitSequencerCommand {
 public:
     /// The repository is required.
     RVGitCherryPickCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -38,45 +26,5 @@ public:
         const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<RVOptions>& options);
 
-    /// In the order in which they are picked; a range counts as git sorts it.
-    [[nodiscard]] const std::optional<std::vector<std::string>>& revisions() const {
-        return revisions_;
-    }
-    void setRevisions(std::optional<std::vector<std::string>> revisions) {
-        revisions_ = std::move(revisions);
-    }
-    /// 0: none.
-    [[nodiscard]] std::uint64_t mainlineParentNumber() const { return mainlineParentNumber_; }
-    void setMainlineParentNumber(std::uint64_t number) { mainlineParentNumber_ = number; }
-    [[nodiscard]] bool commitsChanges() const { return commitsChanges_; }
-    void setCommitsChanges(bool commits) { commitsChanges_ = commits; }
-    [[nodiscard]] bool fastForwards() const { return fastForwards_; }
-    void setFastForwards(bool fastForwards) { fastForwards_ = fastForwards; }
-
-    // What is done, instead, with the cherry-pick that is under way.
-
-    [[nodiscard]] bool continuesProcess() const { return continuesProcess_; }
-    void setContinuesProcess(bool continues) { continuesProcess_ = continues; }
-    /// Adds nothing with a git below 2.23.0, which then fails.
-    [[nodiscard]] bool skipsProcess() const { return skipsProcess_; }
-    void setSkipsProcess(bool skips) { skipsProcess_ = skips; }
-    [[nodiscard]] bool abortsProcess() const { return abortsProcess_; }
-    void setAbortsProcess(bool aborts) { abortsProcess_ = aborts; }
-    [[nodiscard]] bool quitsProcess() const { return quitsProcess_; }
-    void setQuitsProcess(bool quits) { quitsProcess_ = quits; }
-
     [[nodiscard]] static const RVGitErrorTable& gitErrorDefinitions();
-
-protected:
-    void gitCommandWillInitialize() override;
-
-private:
-    std::optional<std::vector<std::string>> revisions_;
-    std::uint64_t mainlineParentNumber_ = 0;
-    bool commitsChanges_ = true;
-    bool fastForwards_ = false;
-    bool continuesProcess_ = false;
-    bool skipsProcess_ = false;
-    bool abortsProcess_ = false;
-    bool quitsProcess_ = false;
 };

@@ -136,7 +136,7 @@ bool RVGitMergeManager::abortSquashMerge(RVErrorPlace error) {
 }
 
 bool RVGitMergeManager::abortDefaultMerge(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitMergeCommand::setAbortsMerge, error);
+    return runWithFlag<RVGitMergeCommand>(repository_, &RVGitMergeCommand::setAbortsMerge, error);
 }
 
 // Rebase.
@@ -185,11 +185,12 @@ bool RVGitMergeManager::continueEmptyRebaseWithCommitMessage(const std::string& 
 }
 
 bool RVGitMergeManager::skipRebase(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRebaseCommand::setSkipsRebase, error);
+    return runWithFlag<RVGitRebaseCommand>(repository_, &RVGitRebaseCommand::setSkipsRebase, error);
 }
 
 bool RVGitMergeManager::abortRebase(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRebaseCommand::setAbortsRebase, error);
+    return runWithFlag<RVGitRebaseCommand>(repository_, &RVGitRebaseCommand::setAbortsRebase,
+                                           error);
 }
 
 // Cherry-pick.
@@ -210,7 +211,8 @@ bool RVGitMergeManager::continueCherryPick(RVErrorPlace error) {
 bool RVGitMergeManager::continueCherryPickWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
     replaceProposedMessage("MERGE_MSG", commitMessage);
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setContinuesProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setContinuesProcess, error);
 }
 
 bool RVGitMergeManager::continueEmptyCherryPickWithCommitMessage(const std::string& commitMessage,
@@ -219,15 +221,18 @@ bool RVGitMergeManager::continueEmptyCherryPickWithCommitMessage(const std::stri
 }
 
 bool RVGitMergeManager::skipCherryPick(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setSkipsProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setSkipsProcess, error);
 }
 
 bool RVGitMergeManager::abortCherryPick(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setAbortsProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setAbortsProcess, error);
 }
 
 bool RVGitMergeManager::quitCherryPick(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitCherryPickCommand::setQuitsProcess, error);
+    return runWithFlag<RVGitCherryPickCommand>(repository_,
+                                               &RVGitCherryPickCommand::setQuitsProcess, error);
 }
 
 // Revert.
@@ -247,7 +252,8 @@ bool RVGitMergeManager::continueRevert(RVErrorPlace error) {
 bool RVGitMergeManager::continueRevertWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
     replaceProposedMessage("MERGE_MSG", commitMessage);
-    return runWithFlag(repository_, &RVGitRevertCommand::setContinuesProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setContinuesProcess,
+                                           error);
 }
 
 bool RVGitMergeManager::continueEmptyRevertWithCommitMessage(const std::string& commitMessage,
@@ -256,15 +262,18 @@ bool RVGitMergeManager::continueEmptyRevertWithCommitMessage(const std::string& 
 }
 
 bool RVGitMergeManager::skipRevert(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRevertCommand::setSkipsProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setSkipsProcess,
+                                           error);
 }
 
 bool RVGitMergeManager::abortRevert(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRevertCommand::setAbortsProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setAbortsProcess,
+                                           error);
 }
 
 bool RVGitMergeManager::quitRevert(RVErrorPlace error) {
-    return runWithFlag(repository_, &RVGitRevertCommand::setQuitsProcess, error);
+    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setQuitsProcess,
+                                           error);
 }
 
 void RVGitMergeManager::replaceProposedMessage(

@@ -1,8 +1,8 @@
 #include "RVGit/remotes/RVGitCloneCommand.h"
 
-#include "RVGit/base/RVFileManager.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/remotes/RVGitTransfer.h"
 
 RVGitCloneCommand::RVGitCloneCommand(std::string remoteURL, std::string localPath,
                                      const std::optional<RVOptions>& options)
@@ -39,12 +39,7 @@ void RVGitCloneCommand::gitCommandWillInitialize() {
         addGitCommandOption("--filter=" + *filter_);
     if (singleBranch_)
         addGitCommandOption(*singleBranch_ ? "--single-branch" : "--no-single-branch");
-    if (RVFileManager::fileExistsAtPath(localPath_)) {
-        setWorkingDirectory(localPath_);
-        addGitCommandArgument(".");
-    } else {
-        addGitCommandFilePath(localPath_);
-    }
+    addPlaceOfClone(*this, localPath_);
 }
 
 RVUserInfo RVGitCloneCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

@@ -1,8 +1,7 @@
 #include "RVGit/remotes/RVGitFetchCommand.h"
 
-#include "RVGit/command/RVGitErrorKeys.h"
-#include "RVGit/command/RVGitValues.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/remotes/RVGitTransfer.h"
 #include "RVGit/repository/RVGitRefSpec.h"
 
 RVGitFetchCommand::RVGitFetchCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -45,7 +44,7 @@ std::shared_ptr<RVGitFetchCommand> RVGitFetchCommand::gitFetchCommandWithReposit
 }
 
 std::string RVGitFetchCommand::remoteName() const {
-    return remote_ ? remote_->name() : RVGitLocalRemoteName;
+    return nameOfRemote(remote_);
 }
 
 void RVGitFetchCommand::gitCommandWillInitialize() {
@@ -67,10 +66,5 @@ void RVGitFetchCommand::gitCommandWillInitialize() {
 }
 
 RVUserInfo RVGitFetchCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
-    userInfo.insert_or_assign(RVGitRemoteNameErrorKey, remoteName());
-    if (refSpec_)
-        userInfo.insert_or_assign(RVGitRefSpecErrorKey, refSpec_->stringValue());
-    if (remote_ && remote_->downstreamURL())
-        userInfo.insert_or_assign(RVGitRemoteURLErrorKey, *remote_->downstreamURL());
-    return userInfo;
+    return userInfoOfFetch(std::move(userInfo), remote_, refSpec_);
 }

@@ -1,11 +1,11 @@
 #include "RVGit/remotes/RVGitPullCommand.h"
 
-#include "RVGit/command/RVGitErrorKeys.h"
-#include "RVGit/command/RVGitValues.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/merge/RVGitEditorScript.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/remotes/RVGitTransfer.h"
 #include "RVGit/repository/RVGitRefSpec.h"
 
 RVGitPullCommand::RVGitPullCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -29,17 +29,17 @@ std::shared_ptr<RVGitPullCommand> RVGitPullCommand::gitPullCommandWithRepository
 }
 
 std::string RVGitPullCommand::remoteName() const {
-    return remote_ ? remote_->name() : RVGitLocalRemoteName;
+    return nameOfRemote(remote_);
 }
 
 const RVGitErrorTable& RVGitPullCommand::gitErrorDefinitions() {
-    static const auto& table = *new RVGitErrorTable([] {
+    static const RVNeverDestroyed<RVGitErrorTable> table([] {
         RVGitErrorTable rows = RVGitMergeCommand::gitErrorDefinitions();
         const RVGitErrorTable& rebaseRows = RVGitRebaseCommand::gitErrorDefinitions();
         rows.insert(rows.end(), rebaseRows.begin(), rebaseRows.end());
         return rows;
     }());
-    return table;
+    return *table;
 }
 
 void RVGitPullCommand::gitCommandWillInitialize() {
@@ -59,10 +59,5 @@ void RVGitPullCommand::gitCommandWillInitialize() {
 }
 
 RVUserInfo RVGitPullCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {
-    userInfo.insert_or_assign(RVGitRemoteNameErrorKey, remoteName());
-    if (refSpec_)
-        userInfo.insert_or_assign(RVGitRefSpecErrorKey, refSpec_->stringValue());
-    if (remote_ && remote_->downstreamURL())
-        userInfo.insert_or_assign(RVGitRemoteURLErrorKey, *remote_->downstreamURL());
-    return userInfo;
+    return userInfoOfFetch(std::move(userInfo), remote_, refSpec_);
 }

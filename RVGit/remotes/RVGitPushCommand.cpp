@@ -3,8 +3,8 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
-#include "RVGit/command/RVGitValues.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/remotes/RVGitTransfer.h"
 #include "RVGit/repository/RVGitRef.h"
 #include "RVGit/repository/RVGitRefSpec.h"
 
@@ -75,7 +75,7 @@ std::shared_ptr<RVGitPushCommand> RVGitPushCommand::gitPushCommandWithRepository
 }
 
 std::string RVGitPushCommand::remoteName() const {
-    return remote_ ? remote_->name() : RVGitLocalRemoteName;
+    return nameOfRemote(remote_);
 }
 
 const RVGitRefSpec* RVGitPushCommand::firstRefSpec() const {

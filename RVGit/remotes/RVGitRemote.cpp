@@ -34,26 +34,6 @@ std::optional<RVGitRemote::Branches> branchesOfRemote(const RVGitRemote::Branche
     return found == byRemote.end() ? std::nullopt : std::optional(found->second);
 }
 
-// Takes a section that is not there for removed.
-bool removeSectionIfAny(const RVGitConfig& config, const std::string& section, RVErrorPlace error) {
-    std::optional<RVError> failure;
-    if (config.removeSection(section, &failure) ||
-        (failure && failure->code() == RVGitConfigSectionNotFoundError))
-        return true;
-    if (failure)
-        fillErrorPlace(error, *std::move(failure));
-    return false;
-}
-
-bool deleteSVNRemote(const RVGitRemote& remote, RVErrorPlace error) {
-    const auto& repository = remote.repository();
-    const std::string section = RVGitMakeSVNRemoteConfigSection(remote.name());
-    if (!repository->config()->removeSection(section, error))
-        return false;
-    // A remote that was never fetched from has no metadata.
-    return removeSectionIfAny(*RVGitConfig::gitSVNConfigForRepository(repository), section, error);
-}
-
 }  // namespace
 
 RVGitRemote::RVGitRemote(std::shared_ptr<RVGitRepository> repository, std::string name,

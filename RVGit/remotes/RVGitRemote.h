@@ -268,6 +268,16 @@ public:
     void setValuesWithSVNRemoteConfigOptions(const std::optional<RVOptions>& configOptions);
 
 private:
+    /// The full key in the section of that remote, which is looked up for its kind; null where a
+    /// remote of the kind has none. Absent with a cleared place if there is no such remote or key.
+    [[nodiscard]] static std::optional<std::string> configKeyForRemoteWithName(
+        const std::string& remoteName, const std::shared_ptr<RVGitRepository>& repository,
+        const char* key, const char* SVNKey, RVErrorPlace error);
+    /// Takes a key that is not set for unset.
+    [[nodiscard]] static bool unsetConfigKeyForRemoteWithName(
+        const std::string& remoteName, const std::shared_ptr<RVGitRepository>& repository,
+        const char* key, const char* SVNKey, RVErrorPlace error);
+    [[nodiscard]] static bool deleteSVNRemote(const RVGitRemote& remote, RVErrorPlace error);
     [[nodiscard]] static bool renameSVNRemote(const RVGitRemote& remote, const std::string& newName,
                                               RVErrorPlace error);
 

@@ -15,15 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Whether each part of the name is that of an entry of a directory.
-bool isPlainName(const std::string& name) {
-    const auto parts = componentsSeparatedByString(name, "/");
-    return name.find('\0') == std::string::npos &&
-           std::none_of(parts.begin(), parts.end(), [](const std::string& part) {
-               return part.empty() || part == "." || part == "..";
-           });
-}
-
 bool isBelow(const std::string& path, const std::string& directory) {
     return path.starts_with(directory + "/");
 }
@@ -65,7 +56,7 @@ RVGitRemoteRefDirectory::RVGitRemoteRefDirectory(const RVGitRepository& reposito
       remoteName_(std::move(remoteName)) {}
 
 bool RVGitRemoteRefDirectory::exists() const {
-    if (!isPlainName(remoteName_) || liesBehindLink(remoteName_))
+    if (!isPlainRelativePath(remoteName_) || liesBehindLink(remoteName_))
         return false;
     std::error_code failure;
     return fs::symlink_status(pathByAppendingComponent(remotesPath_, remoteName_), failure)
@@ -89,7 +80,7 @@ bool RVGitRemoteRefDirectory::remove(const std::vector<std::string>& otherRemote
         return true;
     std::vector<std::string> keptPaths;
     for (const std::string& name : otherRemoteNames)
-        if (isPlainName(name) && isBelow(name, remoteName_)) {
+        if (isPlainRelativePath(name) && isBelow(name, remoteName_)) {
             std::string path = pathByAppendingComponent(remotesPath_, name);
             if (RVFileManager::fileExistsAtPath(path))
                 keptPaths.push_back(std::move(path));
@@ -98,7 +89,7 @@ bool RVGitRemoteRefDirectory::remove(const std::vector<std::string>& otherRemote
 }
 
 bool RVGitRemoteRefDirectory::moveToNameOfOtherCase(const std::string& newRemoteName) const {
-    if (!exists() || !isPlainName(newRemoteName))
+    if (!exists() || !isPlainRelativePath(newRemoteName))
         return true;
     if (liesBehindLink(newRemoteName))
         return false;

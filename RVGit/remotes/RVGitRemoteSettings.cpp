@@ -8,25 +8,28 @@ namespace {
 
 using Repository = std::shared_ptr<RVGitRepository>;
 
-// The full key in the section of that remote, which is looked up for its kind. Null for the second
-// key: a Subversion remote has none. Absent if there is no such remote or key.
-std::optional<std::string> configKeyOfRemote(const std::string& remoteName,
-                                             const Repository& repository, const char* key,
-                                             const char* SVNKey, RVErrorPlace error) {
-    const auto remote = RVGitRemote::remoteForName(remoteName, repository, error);
+}  // namespace
+
+std::optional<std::string> RVGitRemote::configKeyForRemoteWithName(const std::string& remoteName,
+                                                                   const Repository& repository,
+                                                                   const char* key,
+                                                                   const char* SVNKey,
+                                                                   RVErrorPlace error) {
+    const auto remote = remoteForName(remoteName, repository, error);
     if (!remote)
         return std::nullopt;
-    if (!remote->isSVNRemote())
+    if (!remote->isSVNRemote() && key)
         return RVGitMakeRemoteConfigKey(remote->name(), key);
-    if (SVNKey)
+    if (remote->isSVNRemote() && SVNKey)
         return RVGitMakeSVNRemoteConfigKey(remote->name(), SVNKey);
     clearErrorPlace(error);
     return std::nullopt;
 }
 
-bool unset(const std::string& remoteName, const Repository& repository, const char* key,
-           const char* SVNKey, RVErrorPlace error) {
-    const auto configKey = configKeyOfRemote(remoteName, repository, key, SVNKey, error);
+bool RVGitRemote::unsetConfigKeyForRemoteWithName(const std::string& remoteName,
+                                                  const Repository& repository, const char* key,
+                                                  const char* SVNKey, RVErrorPlace error) {
+    const auto configKey = configKeyForRemoteWithName(remoteName, repository, key, SVNKey, error);
     if (!configKey)
         return false;
     const auto config = repository->config();
@@ -34,90 +37,93 @@ bool unset(const std::string& remoteName, const Repository& repository, const ch
            config->unsetConfigKey(*configKey, error);
 }
 
-}  // namespace
-
 bool RVGitRemote::setURL(const std::string& URL, const std::string& remoteName,
                          const Repository& repository, RVErrorPlace error) {
-    const auto key = configKeyOfRemote(remoteName, repository, RVGitRemoteURLConfigKey,
-                                       RVGitSVNRemoteURLConfigKey, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, RVGitRemoteURLConfigKey,
+                                                RVGitSVNRemoteURLConfigKey, error);
     return key && repository->config()->setValue(URL, *key, error);
 }
 
 bool RVGitRemote::setPushURL(const std::string& URL, const std::string& remoteName,
                              const Repository& repository, RVErrorPlace error) {
-    const auto key = configKeyOfRemote(remoteName, repository, RVGitRemotePushURLConfigKey,
-                                       RVGitSVNRemoteCommitURLConfigKey, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, RVGitRemotePushURLConfigKey,
+                                                RVGitSVNRemoteCommitURLConfigKey, error);
     return key && repository->config()->setValue(URL, *key, error);
 }
 
 bool RVGitRemote::unsetPushURLForRemoteWithName(const std::string& remoteName,
                                                 const Repository& repository, RVErrorPlace error) {
-    return unset(remoteName, repository, RVGitRemotePushURLConfigKey,
-                 RVGitSVNRemoteCommitURLConfigKey, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, RVGitRemotePushURLConfigKey,
+                                           RVGitSVNRemoteCommitURLConfigKey, error);
 }
 
 bool RVGitRemote::setFetchRefSpecs(const std::vector<std::string>& refSpecs,
                                    const std::string& remoteName, const Repository& repository,
                                    RVErrorPlace error) {
-    const auto key =
-        configKeyOfRemote(remoteName, repository, RVGitRemoteFetchConfigKey, nullptr, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, RVGitRemoteFetchConfigKey,
+                                                nullptr, error);
     return key && repository->config()->setValues(refSpecs, *key, error);
 }
 
 bool RVGitRemote::unsetFetchRefSpecsForRemoteWithName(const std::string& remoteName,
                                                       const Repository& repository,
                                                       RVErrorPlace error) {
-    return unset(remoteName, repository, RVGitRemoteFetchConfigKey, nullptr, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, RVGitRemoteFetchConfigKey,
+                                           nullptr, error);
 }
 
 bool RVGitRemote::setPushRefSpecs(const std::vector<std::string>& refSpecs,
                                   const std::string& remoteName, const Repository& repository,
                                   RVErrorPlace error) {
-    const auto key =
-        configKeyOfRemote(remoteName, repository, RVGitRemotePushConfigKey, nullptr, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, RVGitRemotePushConfigKey,
+                                                nullptr, error);
     return key && repository->config()->setValues(refSpecs, *key, error);
 }
 
 bool RVGitRemote::unsetPushRefSpecsForRemoteWithName(const std::string& remoteName,
                                                      const Repository& repository,
                                                      RVErrorPlace error) {
-    return unset(remoteName, repository, RVGitRemotePushConfigKey, nullptr, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, RVGitRemotePushConfigKey,
+                                           nullptr, error);
 }
 
 bool RVGitRemote::setProxy(const std::string& proxy, const std::string& remoteName,
                            const Repository& repository, RVErrorPlace error) {
-    const auto key =
-        configKeyOfRemote(remoteName, repository, RVGitRemoteProxyConfigKey, nullptr, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, RVGitRemoteProxyConfigKey,
+                                                nullptr, error);
     return key && repository->config()->setValue(proxy, *key, error);
 }
 
 bool RVGitRemote::unsetProxyForRemoteWithName(const std::string& remoteName,
                                               const Repository& repository, RVErrorPlace error) {
-    return unset(remoteName, repository, RVGitRemoteProxyConfigKey, nullptr, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, RVGitRemoteProxyConfigKey,
+                                           nullptr, error);
 }
 
 bool RVGitRemote::setSkipsDefaultUpdate(bool skips, const std::string& remoteName,
                                         const Repository& repository, RVErrorPlace error) {
-    const auto key = configKeyOfRemote(remoteName, repository,
-                                       RVGitRemoteSkipDefaultUpdateConfigKey, nullptr, error);
+    const auto key = configKeyForRemoteWithName(
+        remoteName, repository, RVGitRemoteSkipDefaultUpdateConfigKey, nullptr, error);
     return key && repository->config()->setBool(skips, *key, error);
 }
 
 bool RVGitRemote::unsetSkipsDefaultUpdateForRemoteWithName(const std::string& remoteName,
                                                            const Repository& repository,
                                                            RVErrorPlace error) {
-    return unset(remoteName, repository, RVGitRemoteSkipDefaultUpdateConfigKey, nullptr, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository,
+                                           RVGitRemoteSkipDefaultUpdateConfigKey, nullptr, error);
 }
 
 bool RVGitRemote::setSkipsFetchAll(bool skips, const std::string& remoteName,
                                    const Repository& repository, RVErrorPlace error) {
-    const auto key =
-        configKeyOfRemote(remoteName, repository, RVGitRemoteSkipFetchAllConfigKey, nullptr, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository,
+                                                RVGitRemoteSkipFetchAllConfigKey, nullptr, error);
     return key && repository->config()->setBool(skips, *key, error);
 }
 
 bool RVGitRemote::unsetSkipsFetchAllForRemoteWithName(const std::string& remoteName,
                                                       const Repository& repository,
                                                       RVErrorPlace error) {
-    return unset(remoteName, repository, RVGitRemoteSkipFetchAllConfigKey, nullptr, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, RVGitRemoteSkipFetchAllConfigKey,
+                                           nullptr, error);
 }

@@ -110,12 +110,7 @@ bool RVGitSubmoduleContainment::containsGitDirectory(const std::string& path) co
 }
 
 bool RVGitSubmoduleContainment::isSafeName(const std::string& name) {
-    if (name.find('\0') != std::string::npos || name.find('\n') != std::string::npos)
-        return false;
-    const auto components = componentsSeparatedByString(name, "/");
-    return std::none_of(components.begin(), components.end(), [](const std::string& component) {
-        return component.empty() || component == "." || component == "..";
-    });
+    return isPlainRelativePath(name) && name.find('\n') == std::string::npos;
 }
 
 bool RVGitSubmoduleContainment::holdsOtherGitDirectories(const std::string& gitDirectoryPath) {

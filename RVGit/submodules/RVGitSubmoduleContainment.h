@@ -23,7 +23,7 @@ public:
     /// Whether the git directory at the absolute path, or the one that may be made there, is below
     /// the folder "modules", with links resolved, and is not part of another git directory.
     [[nodiscard]] bool containsGitDirectory(const std::string& path) const;
-    /// Whether the name makes a path below "modules": no component of it is empty, "." or "..".
+    /// Whether the name makes a path below "modules": it is plain, and of one line.
     [[nodiscard]] static bool isSafeName(const std::string& name);
     /// Whether git directories of other submodules lie in this one, as those of "lib/a" lie in that
     /// of "lib".

@@ -1,21 +1,15 @@
 #include "RVGit/svn/RVGitSVNCommand.h"
 
-#include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/remotes/RVGitTransfer.h"
 #include "RVGit/remotes/RVGitURL.h"
 
 namespace {
-
-std::vector<std::string> stringListForOption(const std::optional<RVOptions>& options,
-                                             const char* key) {
-    const RVValue* value = valueForOption(options, key);
-    return value && value->stringList() ? *value->stringList() : std::vector<std::string>();
-}
 
 template <typename Command>
 std::shared_ptr<Command> copyCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -79,10 +73,10 @@ RVGitSVNCloneCommand::RVGitSVNCloneCommand(std::string remoteURL, std::string lo
                                            const std::optional<RVOptions>& options)
     : remoteURL_(std::move(remoteURL)),
       localPath_(std::move(localPath)),
-      usesStandardDirectoryLayout_(optionIsSet(options, RVGitSVNOptionStandardDirectoryLayout)),
-      trunkDirectories_(stringListForOption(options, RVGitSVNOptionTrunkDirectories)),
-      branchDirectories_(stringListForOption(options, RVGitSVNOptionBranchesDirectories)),
-      tagDirectories_(stringListForOption(options, RVGitSVNOptionTagsDirectories)) {
+      usesStandardDirectoryLayout_(optionIsSet(options, RVGitSVNOptionStandardDirectoryLayout)) {
+    readOption(options, RVGitSVNOptionTrunkDirectories, trunkDirectories_);
+    readOption(options, RVGitSVNOptionBranchesDirectories, branchDirectories_);
+    readOption(options, RVGitSVNOptionTagsDirectories, tagDirectories_);
     setSupportsProgressOutput(true);
 }
 
@@ -106,12 +100,7 @@ void RVGitSVNCloneCommand::gitCommandWillInitialize() {
         addGitCommandOption("--branches=" + path);
     for (const std::string& path : tagDirectories_)
         addGitCommandOption("--tags=" + path);
-    if (RVFileManager::fileExistsAtPath(localPath_)) {
-        setWorkingDirectory(localPath_);
-        addGitCommandArgument(".");
-    } else {
-        addGitCommandFilePath(localPath_);
-    }
+    addPlaceOfClone(*this, localPath_);
 }
 
 RVUserInfo RVGitSVNCloneCommand::gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) {

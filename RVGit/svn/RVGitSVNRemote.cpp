@@ -26,15 +26,6 @@ std::string refPrefix(const std::string& remoteName) {
     return "refs/remotes/" + remoteName;
 }
 
-// Whether each part of the name is that of an entry of a directory.
-bool isPlainName(const std::string& name) {
-    const auto parts = componentsSeparatedByString(name, "/");
-    return name.find('\0') == std::string::npos &&
-           std::none_of(parts.begin(), parts.end(), [](const std::string& part) {
-               return part.empty() || part == "." || part == "..";
-           });
-}
-
 // Whether there is a directory at the path below the root, behind no link.
 bool isDirectoryBelow(const std::string& root, const std::string& relativePath) {
     std::string path = root;
@@ -78,40 +69,17 @@ std::string pathWithWildcard(const std::string& path) {
     return lastPathComponent(path) == "*" ? path : pathByAppendingComponent(path, "*");
 }
 
-Texts textsForOption(const RVOptions& options, const char* key) {
-    const auto found = options.find(key);
-    return found == options.end() || !found->second.stringList() ? Texts()
-                                                                 : *found->second.stringList();
-}
-
-// Absent with a cleared place, or an error, if there is no Subversion remote of that name.
-std::optional<std::string> configKeyOfSVNRemote(const std::string& remoteName,
-                                                const Repository& repository, const char* key,
-                                                RVErrorPlace error) {
-    const auto remote = RVGitRemote::remoteForName(remoteName, repository, error);
-    if (!remote)
-        return std::nullopt;
-    if (!remote->isSVNRemote()) {
-        clearErrorPlace(error);
-        return std::nullopt;
-    }
-    return RVGitMakeSVNRemoteConfigKey(remote->name(), key);
-}
-
-bool setSVNRefSpecs(const char* key, const Texts& refSpecs, const std::string& remoteName,
-                    const Repository& repository, RVErrorPlace error) {
-    const auto configKey = configKeyOfSVNRemote(remoteName, repository, key, error);
-    return configKey && repository->config()->setValues(refSpecs, *configKey, error);
-}
-
-bool unsetSVNRefSpecs(const char* key, const std::string& remoteName, const Repository& repository,
-                      RVErrorPlace error) {
-    const auto configKey = configKeyOfSVNRemote(remoteName, repository, key, error);
-    if (!configKey)
-        return false;
-    const auto config = repository->config();
-    return !config->containsConfigKeyWithName(*configKey) ||
-           config->unsetConfigKey(*configKey, error);
+// Changes the section of the metadata, too. A remote that was never fetched from has none.
+template <typename Change>
+bool changeMetadata(const Repository& repository, const Change& change, RVErrorPlace error) {
+    const auto metadata = RVGitConfig::gitSVNConfigForRepository(repository);
+    std::optional<RVError> failure;
+    if (!metadata->configFile() || change(*metadata, &failure) || !failure ||
+        failure->code() == RVGitConfigSectionNotFoundError ||
+        !fs::exists(repository->SVNMetadatapath().value_or("")))
+        return true;
+    fillErrorPlace(error, *std::move(failure));
+    return false;
 }
 
 }  // namespace
@@ -137,25 +105,43 @@ std::shared_ptr<RVGitRemote> RVGitRemote::createSVNRemoteWithName(
                            error) &&
           config->setValue("tags/*" + prefix + "/tags/*", key(RVGitSVNRemoteTagsConfigKey), error)))
         return nullptr;
-    for (const std::string& path : textsForOption(*options, RVGitSVNOptionTrunkDirectories))
+    Texts trunkDirectories;
+    Texts branchDirectories;
+    Texts tagDirectories;
+    readOption(options, RVGitSVNOptionTrunkDirectories, trunkDirectories);
+    readOption(options, RVGitSVNOptionBranchesDirectories, branchDirectories);
+    readOption(options, RVGitSVNOptionTagsDirectories, tagDirectories);
+    for (const std::string& path : trunkDirectories)
         if (!config->addValue(path + prefix + "/" + path, key(RVGitSVNRemoteFetchConfigKey), error))
             return nullptr;
-    for (const std::string& path : textsForOption(*options, RVGitSVNOptionBranchesDirectories))
+    for (const std::string& path : branchDirectories)
         if (!config->addValue(pathWithWildcard(path) + prefix + "/*",
                               key(RVGitSVNRemoteBranchesConfigKey), error))
             return nullptr;
-    for (const std::string& path : textsForOption(*options, RVGitSVNOptionTagsDirectories))
+    for (const std::string& path : tagDirectories)
         if (!config->addValue(pathWithWildcard(path) + prefix + "/tags/*",
                               key(RVGitSVNRemoteTagsConfigKey), error))
             return nullptr;
     return remoteForName(name, repository, error);
 }
 
+bool RVGitRemote::deleteSVNRemote(const RVGitRemote& remote, RVErrorPlace error) {
+    const Repository& repository = remote.repository();
+    const std::string section = RVGitMakeSVNRemoteConfigSection(remote.name());
+    return repository->config()->removeSection(section, error) &&
+           changeMetadata(
+               repository,
+               [&](const RVGitConfig& metadata, RVErrorPlace failure) {
+                   return metadata.removeSection(section, failure);
+               },
+               error);
+}
+
 bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& newName,
                                   RVErrorPlace error) {
     const Repository& repository = remote.repository();
     const std::string& name = remote.name();
-    if (!isPlainName(newName) || !isValidRemoteName(refPrefix(newName)))
+    if (!isPlainRelativePath(newName) || !isValidRemoteName(refPrefix(newName)))
         return failWithCode(RVGitRenameRemoteInvalidNameError, repository, newName, error);
     const auto remotes = allRemotesForRepository(repository, error);
     if (!remotes)
@@ -168,16 +154,13 @@ bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& 
     const std::string newSection = RVGitMakeSVNRemoteConfigSection(newName);
     if (!repository->config()->renameSection(section, newSection, error))
         return false;
-    // A remote that was never fetched from has no metadata.
-    std::optional<RVError> failure;
-    if (RVGitConfig::gitSVNConfigForRepository(repository)->configFile() &&
-        !RVGitConfig::gitSVNConfigForRepository(repository)
-             ->renameSection(section, newSection, &failure) &&
-        failure && failure->code() != RVGitConfigSectionNotFoundError &&
-        fs::exists(repository->SVNMetadatapath().value_or(""))) {
-        fillErrorPlace(error, *failure);
+    if (!changeMetadata(
+            repository,
+            [&](const RVGitConfig& metadata, RVErrorPlace failure) {
+                return metadata.renameSection(section, newSection, failure);
+            },
+            error))
         return false;
-    }
     for (const char* key : {RVGitSVNRemoteFetchConfigKey, RVGitSVNRemoteBranchesConfigKey,
                             RVGitSVNRemoteTagsConfigKey})
         if (!updateSVNRefSpecsForConfigKey(key, name, newName, repository, error))
@@ -204,7 +187,7 @@ bool RVGitRemote::updateSVNRefSpecsForConfigKey(const std::string& configKey,
         const auto refSpec = RVGitSVNRefSpec::SVNRefSpecFromString(value);
         if (!refSpec->localRefName() || !refSpec->localRefName()->starts_with(oldPrefix))
             continue;
-        if (isPlainName(oldRemoteName) && isPlainName(newRemoteName) &&
+        if (isPlainRelativePath(oldRemoteName) && isPlainRelativePath(newRemoteName) &&
             !(moveRefDirectory(repository->gitDirectoryPath(), oldRemoteName, newRemoteName,
                                error) &&
               moveRefDirectory(repository->SVNDirectoryPath(), oldRemoteName, newRemoteName,
@@ -238,33 +221,42 @@ const std::optional<std::string>& RVGitRemote::SVNPrefix() const {
 
 bool RVGitRemote::setSVNTrunkRefSpecs(const Texts& refSpecs, const std::string& remoteName,
                                       const Repository& repository, RVErrorPlace error) {
-    return setSVNRefSpecs(RVGitSVNRemoteFetchConfigKey, refSpecs, remoteName, repository, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, nullptr,
+                                                RVGitSVNRemoteFetchConfigKey, error);
+    return key && repository->config()->setValues(refSpecs, *key, error);
 }
 
 bool RVGitRemote::unsetSVNTrunkRefSpecsForRemoteWithName(const std::string& remoteName,
                                                          const Repository& repository,
                                                          RVErrorPlace error) {
-    return unsetSVNRefSpecs(RVGitSVNRemoteFetchConfigKey, remoteName, repository, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, nullptr,
+                                           RVGitSVNRemoteFetchConfigKey, error);
 }
 
 bool RVGitRemote::setSVNBranchRefSpecs(const Texts& refSpecs, const std::string& remoteName,
                                        const Repository& repository, RVErrorPlace error) {
-    return setSVNRefSpecs(RVGitSVNRemoteBranchesConfigKey, refSpecs, remoteName, repository, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, nullptr,
+                                                RVGitSVNRemoteBranchesConfigKey, error);
+    return key && repository->config()->setValues(refSpecs, *key, error);
 }
 
 bool RVGitRemote::unsetSVNBranchRefSpecsForRemoteWithName(const std::string& remoteName,
                                                           const Repository& repository,
                                                           RVErrorPlace error) {
-    return unsetSVNRefSpecs(RVGitSVNRemoteBranchesConfigKey, remoteName, repository, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, nullptr,
+                                           RVGitSVNRemoteBranchesConfigKey, error);
 }
 
 bool RVGitRemote::setSVNTagRefSpecs(const Texts& refSpecs, const std::string& remoteName,
                                     const Repository& repository, RVErrorPlace error) {
-    return setSVNRefSpecs(RVGitSVNRemoteTagsConfigKey, refSpecs, remoteName, repository, error);
+    const auto key = configKeyForRemoteWithName(remoteName, repository, nullptr,
+                                                RVGitSVNRemoteTagsConfigKey, error);
+    return key && repository->config()->setValues(refSpecs, *key, error);
 }
 
 bool RVGitRemote::unsetSVNTagRefSpecsForRemoteWithName(const std::string& remoteName,
                                                        const Repository& repository,
                                                        RVErrorPlace error) {
-    return unsetSVNRefSpecs(RVGitSVNRemoteTagsConfigKey, remoteName, repository, error);
+    return unsetConfigKeyForRemoteWithName(remoteName, repository, nullptr,
+                                           RVGitSVNRemoteTagsConfigKey, error);
 }

@@ -138,7 +138,7 @@ TEST_F(RVGitArchiveCommandTest, ARelativeDestinationIsBelowTheRepository) {
     EXPECT_EQ(namesInTar("repository/-o.tar"), "a file\ndir/\ndir/\u00e9\n");
     const auto failing =
         RVGitArchiveCommand::gitArchiveCommandWithRepository(repository(), "no", {}, "new.tar");
-    EXPECT_EQ(errorOf(*failing).code(), RVGitArchiveFilesError);
+    EXPECT_THAT(failing, failsWith(RVGitArchiveFilesError));
     EXPECT_FALSE(fileExists("repository/new.tar"));
 }
 
@@ -160,8 +160,7 @@ TEST_F(RVGitArchiveCommandTest, ARevisionThatIsAnOptionNeverReachesGit) {
     for (const std::string& revision :
          {"--exec=touch " + evil, "--remote=ext::touch " + evil, std::string("-l"),
           std::string("--all"), std::string("-")}) {
-        EXPECT_EQ(errorOf(*commandFor("a.zip", std::nullopt, revision)).code(),
-                  RVGitArchiveFilesError);
+        EXPECT_THAT(commandFor("a.zip", std::nullopt, revision), failsWith(RVGitArchiveFilesError));
         EXPECT_THAT(recorder.invocations(), IsEmpty()) << revision;
     }
     EXPECT_FALSE(fileExists("a.zip"));
@@ -170,7 +169,7 @@ TEST_F(RVGitArchiveCommandTest, ARevisionThatIsAnOptionNeverReachesGit) {
 
 TEST_F(RVGitArchiveCommandTest, AMissingPathFails) {
     const auto command = commandFor("a.zip", Paths{"a file", "missing"});
-    EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(command->archivedFilePaths(), IsEmpty());
     EXPECT_FALSE(fileExists("a.zip"));
 }
@@ -178,11 +177,11 @@ TEST_F(RVGitArchiveCommandTest, AMissingPathFails) {
 TEST_F(RVGitArchiveCommandTest, TheMissingPathOfOtherGitsFailsWith1500) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardError = "fatal: path not found: x\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*commandFor("a.zip", Paths{"x"})).code(), RVGitArchiveFilesError);
+    EXPECT_THAT(commandFor("a.zip", Paths{"x"}), failsWith(RVGitArchiveFilesError));
     fake.setAnswer({.standardError = "fatal: Not a valid object name x\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*commandFor("a.zip")).code(), RVGitArchiveFilesError);
+    EXPECT_THAT(commandFor("a.zip"), failsWith(RVGitArchiveFilesError));
     fake.setAnswer({.standardError = "fatal: Not a valid object name x\n", .exitCode = 1});
-    EXPECT_EQ(errorOf(*commandFor("a.zip")).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor("a.zip"), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitArchiveCommandTest, PathsThatLookLikeOptionsAreFiles) {
@@ -200,8 +199,7 @@ TEST_F(RVGitArchiveCommandTest, AFileThatWasThereIsReplaced) {
 
 TEST_F(RVGitArchiveCommandTest, AFileThatWasThereIsNotRemovedByAFailure) {
     writeFile("a.tar", "before");
-    EXPECT_EQ(errorOf(*commandFor("a.tar", std::nullopt, "missing")).code(),
-              RVGitArchiveFilesError);
+    EXPECT_THAT(commandFor("a.tar", std::nullopt, "missing"), failsWith(RVGitArchiveFilesError));
     EXPECT_TRUE(fileExists("a.tar"));
 }
 
@@ -212,7 +210,7 @@ TEST_F(RVGitArchiveCommandTest, ADestinationThatCannotBeMadeFails) {
              {"repository", RVGitRVGitGenericError},
              {"repository/a file/a.zip", RVGitRVGitGenericError}}) {
         const auto command = commandFor(name);
-        EXPECT_EQ(errorOf(*command).code(), code) << name;
+        EXPECT_THAT(command, failsWith(code)) << name;
         EXPECT_THAT(command->archivedFilePaths(), IsEmpty());
     }
     EXPECT_TRUE(std::filesystem::is_directory(repositoryPath()));
@@ -221,7 +219,7 @@ TEST_F(RVGitArchiveCommandTest, ADestinationThatCannotBeMadeFails) {
 
 TEST_F(RVGitArchiveCommandTest, AFullDiskFailsAndLeavesTheDeviceBehindTheDestination) {
     std::filesystem::create_symlink("/dev/full", scratchPath("a.tar"));
-    EXPECT_EQ(errorOf(*commandFor("a.tar")).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor("a.tar"), failsWith(RVGitRVGitGenericError));
     EXPECT_TRUE(fileExists("a.tar"));
     struct stat status;
     EXPECT_EQ(::stat("/dev/full", &status), 0);

@@ -109,7 +109,7 @@ TEST_F(RVFileManagerTest, DirectoryThatCannotBeReadIsAnError) {
 }
 
 TEST_F(RVFileManagerTest, ContentsAreTheBytesOfTheFile) {
-    for (const std::size_t size : {0, 1, 4095, 4096, 4097, 1'000'000}) {
+    for (const std::size_t size : {0u, 1u, 4095u, 4096u, 4097u, 1'000'000u}) {
         std::string contents(size, 'x');
         for (std::size_t index = 0; index < size; ++index)
             contents[index] = static_cast<char>(index * 7);
@@ -181,7 +181,7 @@ TEST_F(RVFileManagerTest, ContentsThatAreNotUTF8AreAnErrorWhereTextIsAskedFor) {
 }
 
 TEST_F(RVFileManagerTest, DestinationOfALinkIsItsText) {
-    for (const std::size_t length : {1, 255, 256, 257, 3000}) {
+    for (const std::size_t length : {1u, 255u, 256u, 257u, 3000u}) {
         const std::string destination(length, 'x');
         ASSERT_EQ(::symlink(destination.c_str(), path.c_str()), 0);
         EXPECT_EQ(RVFileManager::destinationOfSymbolicLinkAtPath(path, &error), destination);

@@ -1,8 +1,6 @@
 #include "RVGit/base/RVRegularExpression.h"
 
-#include <atomic>
 #include <random>
-#include <thread>
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVString.h"
@@ -198,27 +196,6 @@ TEST_F(RVRegularExpressionTest, LongTextsAreSearchedToTheirEnd) {
     for (int count = 0; count < 200'000; ++count)
         lines += "some line\n";
     EXPECT_THAT(RVRegularExpression("\\w+ (\\w+)").allMatches(lines), SizeIs(200'000));
-}
-
-TEST_F(RVRegularExpressionTest, OneExpressionServesManyThreads) {
-    static const RVRegularExpression expression("(\\d+)-(\\w+)?");
-    std::atomic<int> wrong = 0;
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 8; ++number) {
-        threads.emplace_back([&wrong, number] {
-            for (int step = 0; step < 2000; ++step) {
-                const auto digits = std::to_string(number * 10000 + step);
-                const std::string text =
-                    std::string(static_cast<std::size_t>(step % 50), ' ') + digits + "-é" + digits;
-                const auto match = expression.firstMatch(text);
-                wrong += match.size() != 3 || match[1] != digits || match[2] != "é" + digits;
-                wrong += expression.matches("none");
-            }
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
 }
 
 TEST_F(RVRegularExpressionTest, EscapedPatternMatchesItsTextAlone) {

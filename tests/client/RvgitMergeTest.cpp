@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/RVGitTestCase.h"
+#include "tests/client/RvgitTestCase.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
 namespace {
@@ -15,9 +15,9 @@ using testing::Not;
 using testing::StartsWith;
 
 /// The commands of the terminal client for what can stop half way.
-class RvgitMergeTest : public RVGitTestCase {
+class RvgitMergeTest : public RvgitTestCase {
 protected:
-    RvgitMergeTest() : repository_(initRepository()) {
+    RvgitMergeTest() {
         git({"config", "--global", "core.editor", "false"});
         commit("file", "base\n", "Base");
         git({"checkout", "-q", "-b", "topic"}, repository_);
@@ -31,15 +31,6 @@ protected:
     void commit(const std::string& file, const std::string& contents, const std::string& message) {
         commitFile(repository_, file, contents, message);
     }
-    RVTestProcessResult rvgit(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), RVGIT_CLIENT);
-        return runProgram(arguments, repository_);
-    }
-    std::string outputOf(const std::vector<std::string>& arguments) {
-        const auto result = rvgit(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.standardError;
-        return result.standardOutput;
-    }
     /// What is said of a stop.
     std::string stop(const std::vector<std::string>& arguments) {
         const auto result = rvgit(arguments);
@@ -47,20 +38,10 @@ protected:
         EXPECT_THAT(result.standardError, HasSubstr("rvgit resolve, continue, skip or abort"));
         return result.standardError;
     }
-    std::string refusal(const std::vector<std::string>& arguments) {
-        const auto result = rvgit(arguments);
-        EXPECT_EQ(result.exitCode, 2) << result.standardError;
-        return result.standardError;
-    }
     std::string shortHash(const std::string& revision) const {
         return gitLine({"rev-parse", revision}, repository_).substr(0, 8);
     }
     std::string subjects() const { return gitLine({"log", "--format=%s"}, repository_); }
-    void write(const std::string& file, std::string_view contents) {
-        writeFile(repository_ + "/" + file, contents);
-    }
-
-    const std::string repository_;
 };
 
 TEST_F(RvgitMergeTest, ARebaseOfFiveCommitsWithTwoConflicts) {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/RVGitTestCase.h"
+#include "tests/client/RvgitTestCase.h"
 #include "tests/support/RVRepositorySnapshot.h"
 #include "tests/support/RVTestFiles.h"
 
@@ -14,33 +14,14 @@ namespace {
 using testing::HasSubstr;
 
 /// The commands of the terminal client that rewrite history, foretell merges and run tools.
-class RvgitRewriteTest : public RVGitTestCase {
+class RvgitRewriteTest : public RvgitTestCase {
 protected:
-    RvgitRewriteTest() : repository_(initRepository()) {
+    RvgitRewriteTest() {
         git({"config", "--global", "core.editor", "false"});
         for (const char* letter : {"a", "b", "c", "d", "e"})
             commitFile(repository_, letter, std::string(letter) + "\n", letter);
     }
 
-    RVTestProcessResult rvgit(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), RVGIT_CLIENT);
-        return runProgram(arguments, repository_);
-    }
-    std::string outputOf(const std::vector<std::string>& arguments) {
-        const auto result = rvgit(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.standardError;
-        return result.standardOutput;
-    }
-    std::string refusal(const std::vector<std::string>& arguments) {
-        const auto result = rvgit(arguments);
-        EXPECT_EQ(result.exitCode, 2) << result.standardError;
-        return result.standardError;
-    }
-    std::string failure(const std::vector<std::string>& arguments) {
-        const auto result = rvgit(arguments);
-        EXPECT_EQ(result.exitCode, 1) << result.standardOutput;
-        return result.standardError;
-    }
     /// The subjects, oldest first: "a b c".
     std::string subjects() const {
         std::string text = gitLine({"log", "--reverse", "--pretty=%s"}, repository_);
@@ -55,8 +36,6 @@ protected:
         git({"checkout", "-q", "main"}, repository_);
         commitFile(repository_, "a", "ours\n", "Ours");
     }
-
-    const std::string repository_;
 };
 
 TEST_F(RvgitRewriteTest, MovesCommits) {

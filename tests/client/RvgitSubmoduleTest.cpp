@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/RVGitTestCase.h"
+#include "tests/client/RvgitTestCase.h"
 
 namespace {
 
@@ -10,16 +10,16 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 /// The commands of the terminal client for submodules.
-class RvgitSubmoduleTest : public RVGitTestCase {
+class RvgitSubmoduleTest : public RvgitTestCase {
 protected:
-    RvgitSubmoduleTest() : repository_(initRepository()) {
+    RvgitSubmoduleTest() {
         commitFile(repository_, "file", "one\n", "First");
         commitFile(initRepository("library"), "lib.c", "int one;\n", "Library");
     }
 
     RVTestProcessResult rvgit(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {RVGIT_CLIENT, "submodule"});
-        return runProgram(arguments, repository_);
+        arguments.insert(arguments.begin(), "submodule");
+        return RvgitTestCase::rvgit(std::move(arguments));
     }
     std::string outputOf(const std::vector<std::string>& arguments) {
         const auto result = rvgit(arguments);
@@ -33,8 +33,6 @@ protected:
     [[nodiscard]] std::string hash() const {
         return gitLine({"rev-parse", "HEAD"}, "library").substr(0, 8);
     }
-
-    const std::string repository_;
 };
 
 TEST_F(RvgitSubmoduleTest, ListsWithStatusAndWhatIsDirty) {
@@ -106,21 +104,21 @@ TEST_F(RvgitSubmoduleTest, MovesToAnyDepthAndRenames) {
 
 TEST_F(RvgitSubmoduleTest, SaysWhatItCannotDo) {
     add("lib");
-    const auto errorOf = [&](const std::vector<std::string>& arguments) {
+    const auto complaintOf = [&](const std::vector<std::string>& arguments) {
         const auto result = rvgit(arguments);
         EXPECT_NE(result.exitCode, 0);
         return result.standardError;
     };
-    EXPECT_THAT(errorOf({"remove", "other"}), HasSubstr("there is no submodule other"));
-    EXPECT_THAT(errorOf({"move", "other", "x"}), HasSubstr("there is no submodule other"));
-    EXPECT_THAT(errorOf({"rename", "other", "x"}), HasSubstr("there is no submodule other"));
-    EXPECT_THAT(errorOf({"frobnicate"}), HasSubstr("submodule has no frobnicate"));
-    EXPECT_THAT(errorOf({"update", "--remote"}), HasSubstr("takes no --remote"));
-    EXPECT_THAT(errorOf({"move", "lib"}), HasSubstr("needs a path and a new path"));
-    EXPECT_THAT(errorOf({"add", scratchPath("library"), "../x"}),
+    EXPECT_THAT(complaintOf({"remove", "other"}), HasSubstr("there is no submodule other"));
+    EXPECT_THAT(complaintOf({"move", "other", "x"}), HasSubstr("there is no submodule other"));
+    EXPECT_THAT(complaintOf({"rename", "other", "x"}), HasSubstr("there is no submodule other"));
+    EXPECT_THAT(complaintOf({"frobnicate"}), HasSubstr("submodule has no frobnicate"));
+    EXPECT_THAT(complaintOf({"update", "--remote"}), HasSubstr("takes no --remote"));
+    EXPECT_THAT(complaintOf({"move", "lib"}), HasSubstr("needs a path and a new path"));
+    EXPECT_THAT(complaintOf({"add", scratchPath("library"), "../x"}),
                 HasSubstr("outside of the repository"));
-    EXPECT_THAT(errorOf({"add", scratchPath("library"), "lib"}), HasSubstr("already exists"));
-    EXPECT_THAT(errorOf({"move", "lib", "../x"}), HasSubstr("outside the repository"));
+    EXPECT_THAT(complaintOf({"add", scratchPath("library"), "lib"}), HasSubstr("already exists"));
+    EXPECT_THAT(complaintOf({"move", "lib", "../x"}), HasSubstr("outside the repository"));
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "tests/support/RVGitTestCase.h"
+#include "tests/client/RvgitTestCase.h"
 
 namespace {
 
@@ -13,30 +13,9 @@ using testing::IsEmpty;
 using testing::Not;
 
 /// The commands of the terminal client that show and change the working tree.
-class RvgitWorktreeTest : public RVGitTestCase {
+class RvgitWorktreeTest : public RvgitTestCase {
 protected:
-    RvgitWorktreeTest() : repository_(initRepository()) {
-        commitFile(repository_, "file", "one\n", "First");
-    }
-
-    RVTestProcessResult rvgit(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), RVGIT_CLIENT);
-        return runProgram(arguments, repository_);
-    }
-    /// Of a command that must succeed.
-    std::string outputOf(const std::vector<std::string>& arguments) {
-        const auto result = rvgit(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.standardError;
-        return result.standardOutput;
-    }
-    void write(const std::string& name, std::string_view contents) {
-        writeFile(repository_ + "/" + name, contents);
-    }
-    [[nodiscard]] std::string read(const std::string& name) const {
-        return readFile(repository_ + "/" + name);
-    }
-
-    const std::string repository_;
+    RvgitWorktreeTest() { commitFile(repository_, "file", "one\n", "First"); }
 };
 
 TEST_F(RvgitWorktreeTest, StatusGroupsTheFiles) {

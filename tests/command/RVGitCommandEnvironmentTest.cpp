@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <thread>
-
 using testing::ElementsAre;
 using testing::Eq;
 using testing::IsEmpty;
@@ -63,25 +61,6 @@ TEST(RVGitCommandEnvironmentTest, TheRepresentationIsASnapshot) {
     RVEnvironment snapshot = environment.dictionaryRepresentation();
     environment.setValueForEnvironmentVariable("2", "A");
     EXPECT_THAT(snapshot, ElementsAre(Pair("A", "1")));
-}
-
-TEST(RVGitCommandEnvironmentTest, MayBeChangedByManyThreads) {
-    RVGitCommandEnvironment environment;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&, thread] {
-            for (int i = 0; i < 200; ++i) {
-                environment.setValueForEnvironmentVariable(std::to_string(i),
-                                                           "T" + std::to_string(thread));
-                EXPECT_LE(environment.dictionaryRepresentation().size(), 4U);
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_THAT(
-        environment.dictionaryRepresentation(),
-        ElementsAre(Pair("T0", "199"), Pair("T1", "199"), Pair("T2", "199"), Pair("T3", "199")));
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "RVGit/command/RVGitCommandErrorDefinitionManager.h"
 
-#include <thread>
-
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitCommandErrorDefinition.h"
@@ -119,27 +117,6 @@ TEST_F(RVGitCommandErrorDefinitionManagerTest, TheDefaultManagerHoldsTheSharedTa
     EXPECT_EQ(shared.size(), 21U);
     EXPECT_THAT(codes(manager), IsSupersetOf(shared));
     EXPECT_EQ(codes(manager).back(), RVGitCommandUsageError);
-}
-
-TEST_F(RVGitCommandErrorDefinitionManagerTest, RowsMayBeAddedAndMatchedByManyThreads) {
-    auto failed = command({.standardError = "text", .exitCode = 1});
-    ASSERT_FALSE(failed->run());
-    (void)failed->standardErrorString();
-    (void)failed->standardOutputString();
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&, thread] {
-            for (int i = 0; i < 25; ++i) {
-                manager_.addGitCommandErrorDefinitions(
-                    {{.errorCode = thread * 100 + i, .standardErrorPatterns = {"text"}}});
-                EXPECT_NE(manager_.gitCommandErrorDefinitionForCommand(*failed), nullptr);
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(manager_.allGitCommandErrorDefinitions()->size(), 100U);
-    EXPECT_EQ(codeForCommand(*failed), 324);
 }
 
 TEST_F(RVGitCommandErrorDefinitionManagerTest, ACancelEndsTheSearch) {

@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <thread>
-
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVRegularExpression.h"
 
@@ -165,24 +163,6 @@ TEST(RVGitCommandErrorDefinitionTest, APatternThatDoesNotCompileIsAnInternalInco
         EXPECT_THAT(exception.what(),
                     StartsWith("Could not create regular expression from pattern: '(open': "));
     }
-}
-
-TEST(RVGitCommandErrorDefinitionTest, ManyThreadsMayMatchAtOnce) {
-    auto cache = std::make_shared<RVGitRegularExpressionCache>();
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 100; ++i) {
-                std::string number = std::to_string(i % 10);
-                RVGitCommandErrorDefinition row(
-                    RVGitErrorRow{.errorCode = 1, .standardErrorPatterns = {"code " + number}},
-                    cache);
-                EXPECT_TRUE(row.isMatchedByStandardError("Code " + number));
-            }
-        });
-    }
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 }  // namespace

@@ -116,9 +116,11 @@ TEST_F(RVGitCommandRefusedArgumentsTest, AnErrorStoredByAHookKeepsTheCommandFrom
 TEST_F(RVGitCommandRefusedArgumentsTest, ATagNamedLikeAnOptionDeletesNothing) {
     makeCommit();
     gitInRepository({"tag", "v1"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitTag::createTagWithRefName("-d", "v1", repository(), &error));
-    EXPECT_EQ(error.value().code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTag::createTagWithRefName("-d", "v1", repository(), error);
+        },
+        failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(gitInRepository({"tag"}), "v1");
 }
 

@@ -1,105 +1,23 @@
 #include "RVGit/command/RVGitCommand.h"
 
-#include <signal.h>
-#include <sys/stat.h>
-
-#include <atomic>
-#include <chrono>
-#include <filesystem>
+#include <cerrno>
 #include <functional>
-#include <thread>
 
 #include "RVGit/base/RVErrorManager.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitCommandProgress.h"
-#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitConfiguration.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
-#include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/command/RVGitCommandTestCase.h"
 
 namespace {
 
-using std::chrono::milliseconds;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Pair;
 
-// A command whose hooks are functions, and which counts their calls.
-class HookedCommand : public RVGitCommand {
-public:
-    using RVGitCommand::RVGitCommand;
-
-    std::function<void(HookedCommand&)> willInitialize;
-    std::function<void(HookedCommand&)> didInitialize;
-    std::function<void(HookedCommand&)> didReceive;
-    std::function<void(HookedCommand&)> didTerminate;
-    std::function<bool(const RVError&)> shouldHandle;
-    std::function<RVUserInfo(RVUserInfo)> willUseUserInfo;
-    std::function<bool(RVErrorPlace)> willParse;
-    std::vector<std::string> calls;
-
-    using RVGitCommand::removeGitDirOption;
-    using RVGitCommand::removeWorkTreeOption;
-
-private:
-    void gitCommandWillInitialize() override {
-        calls.push_back("willInitialize");
-        if (willInitialize)
-            willInitialize(*this);
-    }
-    void gitCommandDidInitialize() override {
-        calls.push_back("didInitialize");
-        if (didInitialize)
-            didInitialize(*this);
-    }
-    void gitCommandDidReceiveStandardOutput() override {
-        if (didReceive)
-            didReceive(*this);
-    }
-    void gitCommandDidTerminate() override {
-        calls.push_back("didTerminate");
-        if (didTerminate)
-            didTerminate(*this);
-    }
-    bool gitCommandShouldHandleError(const RVError& error) override {
-        calls.push_back("shouldHandle");
-        return shouldHandle ? shouldHandle(error) : true;
-    }
-    RVUserInfo gitCommandWillUseErrorUserInfo(RVUserInfo userInfo) override {
-        calls.push_back("willUseUserInfo");
-        return willUseUserInfo ? willUseUserInfo(std::move(userInfo)) : userInfo;
-    }
-    bool gitCommandWillParseOutput(RVErrorPlace error) override {
-        calls.push_back("willParse");
-        return willParse ? willParse(error) : true;
-    }
-};
-
-class RVGitCommandTest : public RVGitRepositoryTestCase {
-protected:
-    void TearDown() override {
-        RVGitCommandEnvironment::sharedEnvironment().replaceValuesWithDictionary({});
-    }
-
-    // A binary that is a shell script; it answers the version probe.
-    std::shared_ptr<RVGitBinary> scriptedGit(const std::string& script) {
-        const std::string path = writeFile(
-            "scripted/git",
-            "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit 0;; esac\n" +
-                script + "\n",
-            0755);
-        return RVGitBinary::gitBinaryWithPath(path);
-    }
-
-    std::shared_ptr<HookedCommand> scripted(const std::string& script) {
-        return std::make_shared<HookedCommand>(scriptedGit(script));
-    }
-
-    std::shared_ptr<RVGitBinary> realGit() { return RVGitBinary::gitBinaryWithPath(gitPath()); }
-};
+class RVGitCommandTest : public RVGitCommandTestCase {};
 
 TEST_F(RVGitCommandTest, ABinaryOrARepositoryIsRequired) {
     EXPECT_THAT([] { RVGitCommand(std::shared_ptr<RVGitBinary>()); },
@@ -335,180 +253,6 @@ TEST_F(RVGitCommandTest, TheOverflowsTextCanBeReplaced) {
                        "Too many arguments for a Git command (%d).");
 }
 
-TEST_F(RVGitCommandTest, TheOverflowReachesWhoeverWaitsForAnEnqueuedCommandAndTheQueueGoesOn) {
-    auto command = scripted("exit 0");
-    command->setGitCommandArguments(std::vector<std::string>(5000, "x"));
-    command->enqueueCommand();
-    EXPECT_THROW(command->waitUntilFinished(), RVGitCommandArgumentsOverflowException);
-    auto next = scripted("exit 0");
-    EXPECT_TRUE(next->run());
-}
-
-TEST_F(RVGitCommandTest, HooksOfASuccessRunInOrder) {
-    auto command = scripted("printf output");
-    bool completed = false;
-    command->setCompletionHandler([&](RVGitCommand& finished) {
-        EXPECT_EQ(&finished, command.get());
-        EXPECT_EQ(command->calls.back(), "willParse");
-        completed = true;
-    });
-    EXPECT_TRUE(command->run());
-    EXPECT_THAT(command->calls,
-                ElementsAre("willInitialize", "didInitialize", "didTerminate", "willParse"));
-    EXPECT_TRUE(completed);
-    EXPECT_FALSE(command->completionHandler());
-}
-
-TEST_F(RVGitCommandTest, ACompletionHandlerIsDroppedWhateverItDoes) {
-    auto command = scripted("exit 0");
-    command->setCompletionHandler([command](RVGitCommand& finished) {
-        finished.setCompletionHandler([](RVGitCommand&) { ADD_FAILURE() << "called"; });
-        EXPECT_EQ(command->exitCode(), 0) << "the handler's own capture is still alive";
-    });
-    EXPECT_TRUE(command->run());
-    EXPECT_FALSE(command->completionHandler());
-
-    const std::weak_ptr<RVGitCommand> throwing = [&] {
-        auto held = scripted("exit 0");
-        held->setCompletionHandler([held](RVGitCommand&) { throw std::runtime_error("no"); });
-        EXPECT_THROW(held->run(), std::runtime_error);
-        return held;
-    }();
-    EXPECT_TRUE(throwing.expired());
-}
-
-TEST_F(RVGitCommandTest, AHandlerThatThrowsLetsGitCleanUpAndTheCommandFinish) {
-    // As git does it: the lock goes when the process is asked to end, and stays if it is killed.
-    auto command = scripted(
-        "trap 'rm \"$LOCK\"; exit 130' TERM; : > \"$LOCK\"; "
-        "printf 'Receiving objects: 10%% (1/10)\\r' >&2; "
-        "while :; do sleep 0.01; done");
-    command->setValueForEnvironmentVariable(scratchPath("index.lock"), "LOCK");
-    command->willInitialize = [](HookedCommand& self) {
-        self.setGitCommand("clone");
-        self.setSupportsProgressOutput(true);
-    };
-    int progresses = 0;
-    command->setProgressHandler([&](RVGitCommandProgress&) {
-        ++progresses;
-        throw std::runtime_error("progress");
-    });
-    int completions = 0;
-    command->setCompletionHandler([&](RVGitCommand& finished) {
-        ++completions;
-        EXPECT_TRUE(finished.error());
-    });
-    EXPECT_THAT([&] { command->run(); }, testing::ThrowsMessage<std::runtime_error>("progress"));
-    EXPECT_THAT([&] { command->waitUntilFinished(); },
-                testing::ThrowsMessage<std::runtime_error>("progress"));
-    EXPECT_FALSE(fileExists("index.lock"));
-    EXPECT_EQ(progresses, 1);
-    EXPECT_EQ(completions, 1);
-    EXPECT_FALSE(command->isCancelled());
-    EXPECT_EQ(command->exitCode(), 130);
-    EXPECT_EQ(command->error()->code(), RVGitRVGitGenericError);
-    EXPECT_THAT(command->calls, ElementsAre("willInitialize", "didInitialize", "didTerminate",
-                                            "willUseUserInfo", "shouldHandle"));
-}
-
-TEST_F(RVGitCommandTest, AHandlerThatThrowsLeavesNoLockOfTheRealGit) {
-    const std::string repository = initRepository("locked");
-    writeFile("locked/file", "text");
-    // A filter that says when git holds the lock of the index, and waits.
-    git({"config", "filter.slow.clean", "echo started >&2; sleep 60"}, repository);
-    writeFile("locked/.gitattributes", "file filter=slow\n");
-    auto command = std::make_shared<HookedCommand>(realGit(), repository);
-    command->willInitialize = [](HookedCommand& self) {
-        self.setGitCommand("add");
-        self.setSupportsProgressOutput(true);
-        self.addGitCommandArguments({"--", "file"});
-    };
-    bool wasLocked = false;
-    command->setProgressHandler([&](RVGitCommandProgress&) {
-        wasLocked = fileExists("locked/.git/index.lock");
-        throw std::runtime_error("progress");
-    });
-    EXPECT_THROW(command->run(), std::runtime_error);
-    EXPECT_TRUE(wasLocked);
-    EXPECT_FALSE(fileExists("locked/.git/index.lock"));
-}
-
-TEST_F(RVGitCommandTest, EveryHookIsCalledWhicheverOfThemThrows) {
-    const auto throwing = [](const char* what) { return std::runtime_error(what); };
-    for (int thrower = 0; thrower < 4; ++thrower) {
-        auto command = scripted("printf out");
-        command->didReceive = [&](HookedCommand&) {
-            if (thrower == 0)
-                throw throwing("0");
-        };
-        command->didTerminate = [&](HookedCommand&) {
-            if (thrower == 1)
-                throw throwing("1");
-        };
-        command->willParse = [&](RVErrorPlace) -> bool {
-            if (thrower == 2)
-                throw throwing("2");
-            return true;
-        };
-        int completions = 0;
-        command->setCompletionHandler([&](RVGitCommand& finished) {
-            ++completions;
-            // The child may have ended before it could be asked to.
-            if (thrower != 0) {
-                EXPECT_EQ(finished.error().has_value(), thrower == 2);
-            }
-            if (thrower == 3)
-                throw throwing("3");
-        });
-        EXPECT_THAT([&] { command->run(); },
-                    testing::ThrowsMessage<std::runtime_error>(std::to_string(thrower)));
-        EXPECT_EQ(completions, 1);
-        EXPECT_THAT(command->calls, testing::Contains("didTerminate"));
-        if (thrower != 0) {
-            EXPECT_THAT(command->calls, testing::Contains("willParse"));
-        }
-    }
-}
-
-TEST_F(RVGitCommandTest, AHandlerThatWaitsForItsOwnCommandIsTold) {
-    auto command = scripted("printf out");
-    int told = 0;
-    const auto wait = [&] {
-        try {
-            command->run();
-        } catch (const RVInternalInconsistencyException&) {
-            ++told;
-        }
-        try {
-            command->waitUntilFinished();
-        } catch (const RVInternalInconsistencyException&) {
-            ++told;
-        }
-    };
-    command->didReceive = [&](HookedCommand&) { wait(); };
-    command->setCompletionHandler([&](RVGitCommand&) { wait(); });
-    EXPECT_TRUE(command->run());
-    EXPECT_EQ(told, 4);
-}
-
-TEST_F(RVGitCommandTest, HandlersThatAllWaitForAllCommandsDoNotWaitForEachOther) {
-    std::vector<std::shared_ptr<HookedCommand>> commands;
-    std::atomic<int> inHandler = 0;
-    for (int number = 0; number < 2; ++number) {
-        commands.push_back(scripted("exit 0"));
-        commands.back()->setCompletionHandler([&](RVGitCommand&) {
-            ++inHandler;
-            while (inHandler < 2)
-                std::this_thread::sleep_for(milliseconds(1));
-            RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
-        });
-    }
-    for (const auto& command : commands)
-        command->enqueueCommand();
-    for (const auto& command : commands)
-        command->waitUntilFinished();
-}
-
 TEST_F(RVGitCommandTest, AFailureIsMappedAndNotParsed) {
     auto command = scripted("printf out; echo nonsense >&2; exit 3");
     int completions = 0;
@@ -547,9 +291,7 @@ TEST_F(RVGitCommandTest, AParserFailsTheCommandOnlyWithARecord) {
         fillErrorPlace(error, gitErrorWithCode(RVGitOutputParserError));
         return false;
     };
-    std::optional<RVError> error;
-    EXPECT_FALSE(failing->run(&error));
-    EXPECT_EQ(error.value().code(), RVGitOutputParserError);
+    EXPECT_THAT(failing, failsWith(RVGitOutputParserError));
 
     auto silent = scripted("exit 0");
     silent->willParse = [](RVErrorPlace) { return false; };
@@ -566,9 +308,7 @@ TEST_F(RVGitCommandTest, AParserFailsTheCommandOnlyWithARecord) {
 TEST_F(RVGitCommandTest, AHookMayStoreAnErrorAlthoughTheExitCodeIsZero) {
     auto command = scripted("exit 0");
     command->didTerminate = [](HookedCommand& self) { self.setError(gitErrorWithCode(1200)); };
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    EXPECT_EQ(error.value().code(), 1200);
+    EXPECT_THAT(command, failsWith(1200));
 }
 
 TEST_F(RVGitCommandTest, AnErrorSaysAllThatIsKnown) {
@@ -645,15 +385,6 @@ TEST_F(RVGitCommandTest, WhatHoldsANULIsNotLaunched) {
     }
 }
 
-TEST_F(RVGitCommandTest, OutputIsDecodedOnceAndInAnyEncoding) {
-    auto command = scripted("printf 'caf\\351'; printf 'a\\000b' >&2");
-    EXPECT_TRUE(command->run());
-    EXPECT_EQ(command->standardOutputData(), "caf\xe9");
-    EXPECT_EQ(command->standardOutputString(), "café");
-    EXPECT_EQ(&command->standardOutputString(), &command->standardOutputString());
-    EXPECT_EQ(command->standardErrorString(), std::string("a\0b", 3));
-}
-
 TEST_F(RVGitCommandTest, GitsMessagesAreEnglishWhateverTheCallersLocale) {
     const auto codeOfFailure = [&] {
         auto command = std::make_shared<HookedCommand>(realGit(), scratchDirectory());
@@ -668,120 +399,6 @@ TEST_F(RVGitCommandTest, GitsMessagesAreEnglishWhateverTheCallersLocale) {
     // No locale at all is to be found below an empty directory.
     setEnvironmentVariable("LOCPATH", makeDirectory("no-locales"));
     EXPECT_EQ(codeOfFailure(), RVGitNoGitRepoError);
-}
-
-TEST_F(RVGitCommandTest, CancellingAWaitingCommandLaunchesNothing) {
-    const std::string marker = scratchPath("launched");
-    auto waiting = std::make_shared<HookedCommand>(
-        RVGitBinary::gitBinaryWithPath(writeFile("marking", "#!/bin/sh\n: > " + marker, 0755)));
-    const auto patient = scriptedGit("while [ ! -e \"$OPEN\" ]; do sleep 0.01; done");
-    std::vector<std::shared_ptr<HookedCommand>> blocking;
-    for (int number = 0; number < 8; ++number) {
-        blocking.push_back(std::make_shared<HookedCommand>(patient));
-        blocking.back()->setValueForEnvironmentVariable(scratchPath("open"), "OPEN");
-        blocking.back()->enqueueCommand();
-    }
-    waiting->setCompletionHandler([](RVGitCommand&) { ADD_FAILURE() << "completed"; });
-    std::filesystem::remove(marker);
-    waiting->enqueueCommand();
-    waiting->cancel();
-    waiting->waitUntilFinished();
-    EXPECT_TRUE(waiting->calls.empty());
-    EXPECT_FALSE(waiting->error());
-    writeFile("open", "");
-    RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
-    EXPECT_FALSE(fileExists(marker));
-    EXPECT_TRUE(waiting->run()) << "a cancelled command has not failed";
-    EXPECT_TRUE(waiting->calls.empty());
-}
-
-TEST_F(RVGitCommandTest, CancellingWhileItIsPreparedLaunchesNothing) {
-    auto command = scripted(": > \"$MARKER\"");
-    command->setValueForEnvironmentVariable(scratchPath("launched"), "MARKER");
-    command->willInitialize = [](HookedCommand& self) { self.cancel(); };
-    std::optional<RVError> error;
-    EXPECT_TRUE(command->run(&error));
-    EXPECT_FALSE(error);
-    EXPECT_FALSE(fileExists("launched"));
-    EXPECT_EQ(command->calls.back(), "didInitialize");
-}
-
-TEST_F(RVGitCommandTest, ACancelledRunHasNoErrorEvenWhereItsOutputDoesNotParse) {
-    auto command = scripted("printf 'half a rec'; sleep 60; exit 1");
-    command->didReceive = [](HookedCommand& self) { self.cancel(); };
-    command->willParse = [&](RVErrorPlace error) {
-        EXPECT_EQ(command->standardOutputData(), "half a rec");
-        fillErrorPlace(error, gitErrorWithCode(RVGitOutputParserError));
-        return false;
-    };
-    int completions = 0;
-    command->setCompletionHandler([&](RVGitCommand&) { ++completions; });
-    std::optional<RVError> error;
-    EXPECT_TRUE(command->run(&error));
-    EXPECT_FALSE(error);
-    EXPECT_FALSE(command->error());
-    EXPECT_EQ(completions, 1);
-    EXPECT_THAT(command->calls,
-                ElementsAre("willInitialize", "didInitialize", "didTerminate", "willParse"));
-    EXPECT_EQ(command->exitCode(), 128 + SIGTERM);
-}
-
-TEST_F(RVGitCommandTest, CancellingAfterTheEndChangesNothing) {
-    auto command = scripted("exit 2");
-    EXPECT_FALSE(command->run());
-    command->cancel();
-    EXPECT_TRUE(command->error());
-    EXPECT_EQ(command->exitCode(), 2);
-}
-
-TEST_F(RVGitCommandTest, ProgressIsReadFromBothStreams) {
-    auto command = scripted(
-        "printf 'Compressing objects:  40%% (2/5)\\r' >&2; sleep 0.2; "
-        "printf 'Receiving objects: 100%% (5/5), done.\\n'; sleep 0.2; "
-        "printf 'Resolving deltas: 100%% (1/1), done.\\n' >&2");
-    command->willInitialize = [](HookedCommand& self) {
-        self.setGitCommand("clone");
-        self.setSupportsProgressOutput(true);
-    };
-    std::vector<double> seen;
-    command->setProgressHandler([&](RVGitCommandProgress& progress) {
-        EXPECT_EQ(&progress, command->commandProgress().get());
-        seen.push_back(progress.overallProgress());
-    });
-    EXPECT_TRUE(command->run());
-    EXPECT_EQ(command->commandProgress()->command(), "clone");
-    ASSERT_EQ(seen.size(), 4u);
-    EXPECT_NEAR(seen[0], 0.4 / 3, 1e-9);
-    EXPECT_EQ(seen.back(), 1.0);
-}
-
-TEST_F(RVGitCommandTest, ACommandWithoutProgressHasNone) {
-    auto command = scripted("printf 'Compressing objects:  40%% (2/5)\\r' >&2");
-    command->setProgressHandler([](RVGitCommandProgress&) { ADD_FAILURE() << "progress"; });
-    EXPECT_TRUE(command->run());
-    EXPECT_EQ(command->commandProgress(), nullptr);
-}
-
-TEST_F(RVGitCommandTest, AHookMayRunACommandWhileEverySlotIsTaken) {
-    // As many as there are slots, so that a hook that took a second one would wait for ever.
-    std::atomic<int> inHook = 0;
-    std::vector<std::shared_ptr<HookedCommand>> commands;
-    std::atomic<int> inner = 0;
-    for (int number = 0; number < 8; ++number) {
-        commands.push_back(scripted("exit 0"));
-        commands.back()->willInitialize = [&, binary = realGit()](HookedCommand&) {
-            ++inHook;
-            while (inHook < 8)
-                std::this_thread::sleep_for(milliseconds(1));
-            auto nested = std::make_shared<HookedCommand>(binary);
-            nested->addGitOption("--version");
-            inner += nested->run();
-        };
-    }
-    for (const auto& command : commands)
-        command->enqueueCommand();
-    RVGitCommandQueue::sharedQueue().waitUntilAllCommandsFinished();
-    EXPECT_EQ(inner, 8);
 }
 
 }  // namespace

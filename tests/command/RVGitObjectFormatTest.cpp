@@ -38,11 +38,10 @@ const std::string shortHash(40, 'a');
 template <typename Parser, typename... Arguments>
 void expectFailure(const std::string& output, const std::string& goodOutput,
                    Arguments... arguments) {
-    std::optional<RVError> error;
     Parser parser(output, arguments...);
-    EXPECT_FALSE(parser.parse(&error)) << output;
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT([&](RVErrorPlace error) { return parser.parse(error); },
+                failsWith(RVGitOutputParserError))
+        << output;
     Parser goodParser(goodOutput, arguments...);
     EXPECT_TRUE(goodParser.parse());
 }
@@ -123,10 +122,7 @@ TEST_F(RVGitSHA256RepositoryTest, TellsItsFormatAndListsNothing) {
     EXPECT_EQ(other->objectFormat(), "sha256");
 
     const auto expect11 = [](const auto& operation) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(operation(&error));
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), RVGitOutputParserError);
+        EXPECT_THAT(operation, failsWith(RVGitOutputParserError));
     };
     const RVOptions none;
     expect11([&](RVErrorPlace error) {

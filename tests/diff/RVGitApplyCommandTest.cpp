@@ -148,8 +148,8 @@ TEST_F(RVGitApplyCommandTest, AppliesPatchFiles) {
 }
 
 TEST_F(RVGitApplyCommandTest, GitHasNoOptionNoVerify) {
-    EXPECT_EQ(errorOf(*commandFor(patch, RVOptions{{RVGitApplyOptionNoVerify, true}})).code(),
-              RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor(patch, RVOptions{{RVGitApplyOptionNoVerify, true}}),
+                failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitApplyCommandTest, AMissingFileFailsWith1402) {
@@ -221,8 +221,7 @@ TEST_F(RVGitApplyCommandTest, AGitThatReadsNothingOfAHugePatchSpeaksThroughItsEx
     auto fake = useFakeGit();
     EXPECT_TRUE(commandFor(std::string(100'000'000, 'x'))->run());
     fake.setAnswer({.standardError = "fatal: corrupt patch at line 1\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*commandFor(std::string(100'000'000, 'x'))).code(),
-              RVGitApplyPatchCorruptError);
+    EXPECT_THAT(commandFor(std::string(100'000'000, 'x')), failsWith(RVGitApplyPatchCorruptError));
 }
 
 TEST_F(RVGitApplyCommandTest, NeedsARepository) {

@@ -99,7 +99,7 @@ TEST_F(RVGitChangesetTest, ArgumentsOfTheChangesetLoader) {
         {RVGitDiffOptionNoRenames, {"--no-renames"}},
         {RVGitDiffOptionContextLines, {}}};
     for (const auto& [option, flags] : options)
-        EXPECT_EQ(argumentsAfter([&](auto& loader) {
+        EXPECT_EQ(argumentsAfter([&option = option](auto& loader) {
                       loader.setLogOptions(RVOptions{{option, true}});
                   }),
                   log + flags + logTail + list("--"));
@@ -271,6 +271,7 @@ TEST_F(RVGitChangesetTest, LoadsTheDiffOfARenameThroughBothPaths) {
     write("other", "1\n");
     commitAll();
     const auto changeset = changesetOfHead();
+    ASSERT_TRUE(changeset);
     const auto recorder = useRecordingGit();
     const auto diff = changeset->diffForEntryWithFilePath("new");
     ASSERT_NE(diff, nullptr);
@@ -301,6 +302,7 @@ TEST_F(RVGitChangesetTest, AllDiffsAreThoseOfAllFiles) {
     write("b", "1\n");
     commitAll();
     const auto changeset = changesetOfHead({}, {"a"});
+    ASSERT_TRUE(changeset);
     ASSERT_THAT(changeset->entries(), SizeIs(1));
     const auto diffs = changeset->allDiffs();
     ASSERT_TRUE(diffs);
@@ -327,6 +329,7 @@ TEST_F(RVGitChangesetTest, TheDiffOfAnEntryIsThatOfItsFile) {
         write(name, std::string(name) + "\n");
     commitAll();
     const auto changeset = changesetOfHead();
+    ASSERT_TRUE(changeset);
     for (const char* name : {"a!", "a?", "ab", "*"}) {
         const auto diff = changeset->diffForEntryWithFilePath(name);
         ASSERT_NE(diff, nullptr) << name;
@@ -362,6 +365,7 @@ TEST_F(RVGitChangesetTest, CopiesAreFoundOnlyWhereTheConfigurationSaysSo) {
                 ElementsAre("M a<a +1 -1", "A b<b +6 -0", "A copy of kept<copy of kept +6 -0"));
     git({"config", "diff.renames", "copies"}, repositoryPath());
     const auto changeset = changesetOfHead();
+    ASSERT_TRUE(changeset);
     EXPECT_THAT(summary(changeset),
                 ElementsAre("M a<a +1 -1", "C b<a +0 -0", "C copy of kept<kept +0 -0"));
     EXPECT_TRUE(changeset->entries()[1]->isFileStatusCopied());
@@ -379,6 +383,7 @@ TEST_F(RVGitChangesetTest, WithoutRenamesInTheConfigurationTheDiffIsThatOfADelet
     commitAll();
     git({"config", "diff.renames", "false"}, repositoryPath());
     const auto changeset = changesetOfHead();
+    ASSERT_TRUE(changeset);
     EXPECT_THAT(summary(changeset), ElementsAre("R c<b +0 -0"));
     EXPECT_EQ(changeset->allDiffs()->size(), 2u);
 }

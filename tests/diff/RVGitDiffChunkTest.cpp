@@ -77,6 +77,7 @@ TEST(RVGitDiffChunkTest, LinesAreFoundByTheirNumbers) {
 TEST(RVGitDiffChunkTest, AddedLinesOfCombinedDiffsAreKeyedByTheSecondParent) {
     const auto diff = RVGitDiff::diffFromRawDiff(
         "diff --cc x\n+++ b/x\n@@@ -10,1 -20,1 +30,3 @@@\n  a\n++b\n +c\n");
+    ASSERT_TRUE(diff);
     const auto chunk = diff->chunks().at(0);
     EXPECT_THAT(chunk->addedLineNumberToLineMapping(), ElementsAre(Key(20)));
     // Of the lines with one number the last counts.
@@ -115,6 +116,7 @@ TEST(RVGitDiffChunkTest, ContentWithoutLinesIsALineBreak) {
 TEST(RVGitDiffChunkTest, LinesCanBeSearched) {
     const auto diff =
         RVGitDiff::diffFromRawDiff("diff --git a/x b/x\n+++ b/x\n@@ -1,2 +1,2 @@\n a\n-b\n+c\n");
+    ASSERT_TRUE(diff);
     const auto& chunk = diff->chunks().at(0);
     const auto found = std::find_if(chunk->lines().begin(), chunk->lines().end(),
                                     [](const auto& line) { return line.isDeletedLine(); });
@@ -126,6 +128,7 @@ TEST(RVGitDiffChunkTest, LinesCanBeSearched) {
 
 TEST(RVGitDiffChunkTest, DoesNotKeepItsDiffAlive) {
     auto diff = RVGitDiff::diffFromRawDiff("diff --git a/x b/x\n+++ b/x\n@@ -1 +1 @@\n+a\n");
+    ASSERT_TRUE(diff);
     const auto chunk = diff->chunks().at(0);
     EXPECT_EQ(chunk->diff(), diff);
     diff.reset();

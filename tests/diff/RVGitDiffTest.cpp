@@ -101,6 +101,7 @@ TEST(RVGitDiffModelTest, FieldsCanBeSet) {
 
 TEST(RVGitDiffModelTest, TotalChunksAlwaysCountsTheChunks) {
     const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    ASSERT_TRUE(diff);
     diff->setTotalChunks(17);
     EXPECT_EQ(diff->totalChunks(), 2u);
     diff->setChunks({});
@@ -170,6 +171,7 @@ TEST(RVGitDiffModelTest, OriginalHashOfAnAddedFileIsAbsent) {
     const auto diff =
         RVGitDiff::diffFromRawDiff("diff --git a/x b/x\nnew file mode 100644\nindex " +
                                    std::string(40, '0') + ".." + std::string(40, 'a') + "\n");
+    ASSERT_TRUE(diff);
     EXPECT_THAT(diff->originalObjectHashes(), ElementsAre(RVGitNullObjectHash));
     EXPECT_EQ(diff->originalObjectHash(), std::nullopt);
     EXPECT_TRUE(diff->isFileStatusAdded());
@@ -177,10 +179,8 @@ TEST(RVGitDiffModelTest, OriginalHashOfAnAddedFileIsAbsent) {
 
 TEST(RVGitDiffModelTest, TextThatCannotBeReadIsNoDiffIfAPlaceIsGiven) {
     const std::string text = "diff --git a/x b/x\n+++ b/x\n@@ -1 +1 @@\n+a\nbad\n";
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitDiff::diffFromRawDiff(text, &error), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT([&](RVErrorPlace error) { return RVGitDiff::diffFromRawDiff(text, error); },
+                failsWith(RVGitOutputParserError));
     const auto diff = RVGitDiff::diffFromRawDiff(text);
     ASSERT_TRUE(diff);
     EXPECT_EQ(diff->linesAdded(), 1u);
@@ -417,6 +417,7 @@ TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLine) {
     EXPECT_EQ(diffOf()->chunks()[0]->lines().size(), 5u);
     gitInRepository({"config", "diff.suppressBlankEmpty", "true"});
     const auto diff = diffOf();
+    ASSERT_TRUE(diff);
     EXPECT_EQ(diff->linesAdded(), 1u);
     EXPECT_EQ(diff->linesDeleted(), 1u);
     const auto& lines = diff->chunks()[0]->lines();
@@ -492,6 +493,7 @@ TEST_F(RVGitDiffTest, ADiffThatNothingSharesMakesPatches) {
 
 TEST_F(RVGitDiffTest, PatchesOfAChunkComeFromTheGenerator) {
     const auto diff = RVGitDiff::diffFromRawDiff(rawDiff);
+    ASSERT_TRUE(diff);
     EXPECT_EQ(diff->patchForChunkAtIndex(1), *diff->header() + diff->chunks()[1]->rawChunk());
     EXPECT_EQ(diff->patchForChunkAtIndex(2), std::nullopt);
     EXPECT_THAT(diff->indexPatchForChunkAtIndex(0, {2}),

@@ -75,10 +75,7 @@ TEST_F(RVGitFormatPatchCommandTest, NoCommitsAreNoFiles) {
 
 TEST_F(RVGitFormatPatchCommandTest, AnUnknownRevisionFails) {
     const auto command = commandFor("missing");
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(command->createdPatchFilePaths(), IsEmpty());
 }
 

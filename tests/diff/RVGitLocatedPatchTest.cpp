@@ -114,6 +114,7 @@ TEST(RVGitLocatedPatchTest, NeedsChunksOfAnOrdinaryDiff) {
         "diff --cc f\nindex 1111111,2222222..3333333\n--- a/f\n+++ b/f\n"
         "@@@ -1,2 -3,2 +5,3 @@@\n  a\n- b\n +c\n";
     const auto diff = RVGitDiff::diffFromRawDiff(combined);
+    ASSERT_TRUE(diff);
     EXPECT_THROW((void)diff->locatedIndexPatchForLinesWithIndexes({{0, {1}}}),
                  RVInvalidParameterException);
     EXPECT_THROW((void)diff->locatedIndexPatchForLinesWithIndexes({{1, {1}}}),

@@ -37,6 +37,7 @@ protected:
 TEST_F(RVGitCommitFieldsTest, SubversionFieldsComeFromTheMessage) {
     makeCommit("Subject\n\ngit-svn-id: https://host/a@b/trunk@1234 0a-1b-2c\n");
     const auto commit = headCommit();
+    ASSERT_TRUE(commit);
     EXPECT_TRUE(commit->isSVNCommit());
     EXPECT_EQ(commit->SVNRepositoryURL(), "https://host/a@b/trunk");
     EXPECT_EQ(commit->SVNRevision(), "1234");
@@ -130,6 +131,7 @@ TEST_F(RVGitCommitFieldsTest, ABlankCommitIsValid) {
 TEST_F(RVGitCommitFieldsTest, EveryFieldCanBeSet) {
     makeCommit("Subject\n\nBody");
     const auto commit = headCommit();
+    ASSERT_TRUE(commit);
     const auto author = RVGitActor::actorWithName("Ada", "a@b");
     const auto signature = RVGitSignature::signatureWithName("n", "e", "f", "k", "G");
     const auto tree = RVGitTree::treeWithRepository(repository(), someHash, {});
@@ -181,6 +183,7 @@ TEST_F(RVGitCommitFieldsTest, EveryFieldCanBeSet) {
 TEST_F(RVGitCommitFieldsTest, WhatIsComputedFromTheParentsChangesWithThem) {
     makeCommit();
     const auto commit = headCommit();
+    ASSERT_TRUE(commit);
     std::vector<std::string> told;
     const auto tell = [&](std::string_view field) { told.emplace_back(field); };
     const auto merge = commit->observe("mergeCommit", [&](std::string_view field) {
@@ -260,6 +263,7 @@ TEST(RVGitCommitPeopleTest, AuthorAndCommitterAreReadWithoutACopy) {
     };
     expectViews("A", "a@b");
     const auto author = commit->author();
+    ASSERT_TRUE(author);
     const auto committer = commit->committer();
     EXPECT_EQ(author->name(), "A");
     expectViews("A", "a@b");

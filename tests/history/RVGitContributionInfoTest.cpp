@@ -70,12 +70,12 @@ TEST_F(RVGitContributionInfoTest, CountsCommittersOnRequest) {
 }
 
 TEST_F(RVGitContributionInfoTest, FailureOfGitIsAnError) {
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitContributionInfo::allContributionInfosForRepository(repository(), "nonsense", 0,
-                                                                       0, &error),
-              std::nullopt);
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitContributionInfo::allContributionInfosForRepository(
+                repository(), "nonsense", 0, 0, error);
+        },
+        failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitContributionInfoTest, AFactoryMakesOneWithoutFilePaths) {

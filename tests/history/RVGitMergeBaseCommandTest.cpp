@@ -104,10 +104,7 @@ TEST_F(RVGitMergeBaseCommandTest, NoCommonAncestorIsExitCode1) {
     gitInRepository({"checkout", "-q", "--orphan", "another"});
     makeCommit();
     auto command = makeCommand({"main", "another"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(command->exitCode(), 1);
     EXPECT_EQ(command->mergeBaseCommitHash(), std::nullopt);
 }
@@ -158,29 +155,20 @@ TEST_F(RVGitMergeBaseCommandTest, OfOutputThatCannotBeReadWhollyNothingIsKept) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardOutput = hashA + "\nwarning\n"});
     auto command = makeCommand({"main", "topic"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(command, failsWith(RVGitOutputParserError));
     EXPECT_EQ(command->mergeBaseCommitHash(), std::nullopt);
 }
 
 TEST_F(RVGitMergeBaseCommandTest, OneRevisionIsAUsageErrorToGit) {
     makeCommit();
     auto command = makeCommand({"main"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitCommandUsageError);
+    EXPECT_THAT(command, failsWith(RVGitCommandUsageError));
 }
 
 TEST_F(RVGitMergeBaseCommandTest, OutputOfAnotherFormFailsWithCode11) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardOutput = "nonsense\n"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(makeCommand({"main", "topic"})->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(makeCommand({"main", "topic"}), failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitMergeBaseCommandTest, NeedsARepository) {

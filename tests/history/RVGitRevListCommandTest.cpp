@@ -111,10 +111,7 @@ TEST_F(RVGitRevListCommandTest, EmptyOutputCountsAs0) {
 
 TEST_F(RVGitRevListCommandTest, CountingHeadOfAnEmptyRepositoryFailsWithACountOf0) {
     auto command = makeCountingCommand("HEAD");
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(command->commitCount(), 0u);
 }
 
@@ -135,10 +132,7 @@ TEST_F(RVGitRevListCommandTest, AnEmptyHistoryIsASuccessWithACountOf0) {
 TEST_F(RVGitRevListCommandTest, AnUnknownRevisionIsTheGenericError) {
     auto command = makeCommand();
     command->setRevisions({"nonsense"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(command->exitCode(), 128);
 }
 

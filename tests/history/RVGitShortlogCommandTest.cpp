@@ -170,10 +170,7 @@ TEST_F(RVGitShortlogCommandTest, AnAuthorWithoutAnEmailIsLeftOut) {
 
 TEST_F(RVGitShortlogCommandTest, AnUnknownRevisionFails) {
     auto command = makeCommand("nonsense");
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(command->result(), IsEmpty());
 }
 

@@ -104,7 +104,7 @@ TEST_F(RVGitLFSCleanCommandTest, AFileThatCannotBeReadFailsWith100) {
     ASSERT_EQ(runProgram({"mkfifo", scratchPath("pipe")}).exitCode, 0);
     for (const char* name : {"missing", "link", "pipe", "repository"}) {
         const auto command = commandFor(scratchPath(name));
-        EXPECT_EQ(errorOf(*command).code(), RVGitNoGitRepoError) << name;
+        EXPECT_THAT(command, failsWith(RVGitNoGitRepoError)) << name;
         EXPECT_FALSE(command->pointer());
         EXPECT_FALSE(command->pointerContents());
     }
@@ -114,7 +114,7 @@ TEST_F(RVGitLFSCleanCommandTest, AFileThatCannotBeReadFailsWith100) {
 TEST_F(RVGitLFSCleanCommandTest, AFailureLeavesNoPointer) {
     useFakeGit().setAnswer({.standardOutput = text, .exitCode = 2});
     const auto command = commandFor(writeFile("a", "one"));
-    EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_FALSE(command->pointer());
 }
 

@@ -105,10 +105,10 @@ TEST_F(RVGitLFSLsFilesCommandTest, AFileThatStandsAsAPointerIsLeftOut) {
 
 TEST_F(RVGitLFSLsFilesCommandTest, ABadRevisionFailsAndGivesNoList) {
     const auto command = commandFor("missing");
-    EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_FALSE(command->files());
     const auto recorder = useRecordingGit();
-    EXPECT_EQ(errorOf(*commandFor("--all")).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor("--all"), failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }
 

@@ -9,13 +9,11 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <thread>
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"
-#include "RVGit/repository/RVGitRepository.h"
-#include "tests/lfs/RVGitLFSTestCase.h"
+#include "tests/lfs/RVGitLFSSmudgeTestCase.h"
 #include "tests/support/RVTestRights.h"
 
 namespace {
@@ -23,19 +21,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char inputPath[] = "/tmp/smudge_input";
-constexpr char lockPath[] = "/tmp/smudge_input.lock";
-
-class RVGitLFSSmudgeCommandTest : public RVGitLFSTestCase {
+class RVGitLFSSmudgeCommandTest : public RVGitLFSSmudgeTestCase {
 protected:
-    [[nodiscard]] std::shared_ptr<RVGitLFSSmudgeCommand> commandFor(
-        const std::shared_ptr<RVGitLFSPointer>& pointer,
-        std::optional<std::string> outputPath = std::nullopt) const {
-        auto command = RVGitLFSSmudgeCommand::gitLFSSmudgeCommandWithRepository(repository());
-        command->setPointer(pointer);
-        command->setOutputPath(std::move(outputPath));
-        return command;
-    }
     /// The run fails with the system's error at the path, before anything is launched.
     void expectRefusal(const char* path, int code) {
         const auto recorder = useRecordingGit();
@@ -49,20 +36,7 @@ protected:
         EXPECT_THAT(recorder.invocations(), IsEmpty());
         EXPECT_FALSE(fileExists("output"));
     }
-    /// Files of the fixed name and those that it is made of.
-    [[nodiscard]] static std::vector<std::string> namesInTemporaryDirectory() {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
-            if (entry.path().filename().string().starts_with("smudge"))
-                names.push_back(entry.path().filename());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
 };
-
-#define IN_PRIVATE_TEMPORARY_DIRECTORY(...)                                 \
-    RVGIT_TEST_NEEDS_RIGHTS(withPrivateTemporaryDirectory([&] __VA_ARGS__), \
-                            "nothing can be mounted")
 
 TEST_F(RVGitLFSSmudgeCommandTest, FeedsThePointerAndTakesNoArguments) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
@@ -130,7 +104,7 @@ TEST_F(RVGitLFSSmudgeCommandTest, MissingContentsFailAndChangeNothing) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
         writeFile("output", "before");
         const auto command = commandFor(pointerFor("nowhere"), scratchPath("output"));
-        EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+        EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
         EXPECT_EQ(command->data(), nullptr);
         EXPECT_EQ(readFile("output"), "before");
         EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
@@ -152,7 +126,7 @@ TEST_F(RVGitLFSSmudgeCommandTest, AFailureToLaunchRemovesTheFileAndGivesTheLockB
         const auto fake = useFakeGit();
         std::filesystem::remove(fake.path());
         const auto failed = commandFor(pointerFor("one"));
-        EXPECT_EQ(errorOf(*failed).code(), RVGitNoGitRepoError);
+        EXPECT_THAT(failed, failsWith(RVGitNoGitRepoError));
         EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
         RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(gitPath()));
         EXPECT_TRUE(commandFor(keepObject("one"))->run());
@@ -247,82 +221,6 @@ TEST_F(RVGitLFSSmudgeCommandTest, AFileOfAnotherUserIsRefusedAndLeftAsItIs) {
             EXPECT_EQ(readFile(path), "somebody's");
             std::filesystem::remove(path);
         }
-    });
-}
-
-TEST_F(RVGitLFSSmudgeCommandTest, WaitsForTheLockOfAnotherProcess) {
-    IN_PRIVATE_TEMPORARY_DIRECTORY({
-        const auto pointer = keepObject("one");
-        const int lock = ::open(lockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        ASSERT_EQ(::flock(lock, LOCK_EX), 0);
-        writeFile(inputPath, "somebody's, who holds the lock");
-        const auto command = commandFor(pointer);
-        command->start();
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        EXPECT_FALSE(command->isFinished());
-        EXPECT_EQ(readFile(inputPath), "somebody's, who holds the lock");
-        ::close(lock);
-        command->waitUntilFinished();
-        ASSERT_TRUE(command->data());
-        EXPECT_EQ(command->data()->view(), "one");
-    });
-}
-
-TEST_F(RVGitLFSSmudgeCommandTest, CancellingEndsTheWait) {
-    IN_PRIVATE_TEMPORARY_DIRECTORY({
-        const int lock = ::open(lockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-        ASSERT_EQ(::flock(lock, LOCK_EX), 0);
-        const auto recorder = useRecordingGit();
-        const auto command = commandFor(pointerFor("one"));
-        command->start();
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        command->cancel();
-        command->waitUntilFinished();
-        ::close(lock);
-        EXPECT_EQ(command->error(), std::nullopt);
-        EXPECT_EQ(command->data(), nullptr);
-        EXPECT_THAT(recorder.invocations(), IsEmpty());
-        EXPECT_FALSE(fileExists(inputPath));
-    });
-}
-
-TEST_F(RVGitLFSSmudgeCommandTest, ACancelledRunReplacesNoFileByHalfOfIt) {
-    IN_PRIVATE_TEMPORARY_DIRECTORY({
-        const std::string path = writeFile(
-            "slow-git/git",
-            "#!/bin/sh\ncase \" $* \" in *' --version '*) echo git version 2.39.5; exit;; esac\n"
-            "printf half; : > \"$BEGUN\"; exec sleep 60\n",
-            0755);
-        setEnvironmentVariable("BEGUN", scratchPath("begun"));
-        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
-        writeFile("output", "before");
-        const auto command = commandFor(pointerFor("one"), scratchPath("output"));
-        command->start();
-        while (!fileExists("begun"))
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        command->cancel();
-        command->waitUntilFinished();
-        EXPECT_EQ(command->data(), nullptr);
-        EXPECT_EQ(readFile("output"), "before");
-        EXPECT_FALSE(fileExists(inputPath));
-    });
-}
-
-TEST_F(RVGitLFSSmudgeCommandTest, ManyAtOnceGetTheirOwnContents) {
-    IN_PRIVATE_TEMPORARY_DIRECTORY({
-        constexpr int count = 12;
-        std::vector<std::shared_ptr<RVGitLFSSmudgeCommand>> commands;
-        for (int index = 0; index < count; ++index)
-            commands.push_back(commandFor(keepObject("contents " + std::to_string(index)),
-                                          scratchPath("output" + std::to_string(index))));
-        for (const auto& command : commands)
-            command->start();
-        for (int index = 0; index < count; ++index) {
-            commands[static_cast<std::size_t>(index)]->waitUntilFinished();
-            EXPECT_EQ(readFile("output" + std::to_string(index)),
-                      "contents " + std::to_string(index));
-        }
-        EXPECT_THAT(namesInTemporaryDirectory(), ElementsAre("smudge_input.lock"));
     });
 }
 

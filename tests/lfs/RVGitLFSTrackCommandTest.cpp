@@ -42,10 +42,8 @@ TEST(RVGitLFSTrackOutputParserTest, ParenthesesAreTheFirstAndLastCharacter) {
 TEST(RVGitLFSTrackOutputParserTest, ASecondWordWithoutRoomForParenthesesFailsWith11) {
     for (const char* line : {"a x\n", "a \u00e9\n"}) {
         RVGitLFSTrackOutputParser parser(line);
-        std::optional<RVError> error;
-        EXPECT_FALSE(parser.parse(&error));
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), RVGitOutputParserError);
+        EXPECT_THAT([&](RVErrorPlace error) { return parser.parse(error); },
+                    failsWith(RVGitOutputParserError));
     }
 }
 
@@ -131,14 +129,14 @@ TEST_F(RVGitLFSTrackCommandTest, ALockablePatternIsNotListed) {
 
 TEST_F(RVGitLFSTrackCommandTest, APatternThatIsAnOptionNeverReachesGit) {
     const auto recorder = useRecordingGit();
-    EXPECT_EQ(errorOf(*track(Patterns{"a", "--lockable"})).code(), RVGitRVGitGenericError);
-    EXPECT_EQ(errorOf(*untrack(Patterns{"-h"})).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(track(Patterns{"a", "--lockable"}), failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(untrack(Patterns{"-h"}), failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(recorder.invocations(), IsEmpty());
 }
 
 TEST_F(RVGitLFSTrackCommandTest, ALineThatCannotBeReadFailsTheListing) {
     useFakeGit().setAnswer({.standardOutput = "    *.psd x\n"});
-    EXPECT_EQ(errorOf(*track(std::nullopt)).code(), RVGitOutputParserError);
+    EXPECT_THAT(track(std::nullopt), failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitLFSTrackCommandTest, NothingTrackedIsAnEmptyList) {

@@ -354,6 +354,7 @@ TEST_F(RVGitMergeCommandsTest, RefusalsOfAMerge) {
     const auto merge = make<RVGitMergeCommand>();
     merge->setRevision("topic");
     const auto error = outcomeOf(*merge);
+    ASSERT_TRUE(error);
     EXPECT_EQ(codeOf(error), RVGitRVGitGenericError);
     EXPECT_EQ(error->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 2);
     EXPECT_EQ(readFile("repository/file"), "changed\n");
@@ -377,6 +378,7 @@ TEST_F(RVGitMergeCommandsTest, AMergeInAMergeIsCode1FromTheRealGit) {
     const auto command = make<RVGitMergeCommand>();
     command->setRevision("topic");
     const auto error = outcomeOf(*command);
+    ASSERT_TRUE(error);
     EXPECT_EQ(codeOf(error), RVGitRVGitGenericError);
     EXPECT_EQ(error->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 128);
 }
@@ -388,6 +390,7 @@ TEST_F(RVGitMergeCommandsTest, ConflictsOfARebaseAre2200WithEitherBackend) {
         command->addGitCommandOption(backend);
         command->setRevision("topic");
         const auto error = outcomeOf(*command);
+        ASSERT_TRUE(error);
         EXPECT_EQ(codeOf(error), RVGitRebaseConflictsError) << backend;
         EXPECT_EQ(error->userInfoString(RVGitRevisionErrorKey), "topic");
         EXPECT_NE(error->userInfoString(RVLocalizedDescriptionErrorKey), std::nullopt);
@@ -471,6 +474,7 @@ TEST_F(RVGitMergeCommandsTest, WhatNoGitTakes) {
         RVOptions{{RVGitMergeOptionSquashCommits, true}, {RVGitMergeOptionFastForward, false}});
     merge->setRevision("topic");
     const auto refused = outcomeOf(*merge);
+    ASSERT_TRUE(refused);
     EXPECT_EQ(codeOf(refused), RVGitRVGitGenericError);
     EXPECT_EQ(refused->userInfo().at(RVGitCommandExitCodeErrorKey).integerValue(), 128);
 }

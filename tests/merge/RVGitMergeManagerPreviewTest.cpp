@@ -5,10 +5,8 @@
 #include <random>
 #include <set>
 
-#include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
-#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitConfiguration.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/merge/RVGitConflictingFilePathsCommand.h"
@@ -165,15 +163,14 @@ TEST_F(RVGitMergeManagerPreviewTest, WithoutACommonAncestorThereIsNoAnswer) {
     makeBranches({{"a", "1\n"}}, {{"a", "2\n"}}, {{"a", "3\n"}});
     gitInRepository({"checkout", "-q", "--orphan", "alone"});
     commitFile("repository", "x", "x\n", "Alone");
-    std::optional<RVError> error;
-    EXPECT_FALSE(manager().canMergeRevision("alone", "main", &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
-    error.reset();
-    EXPECT_EQ(manager().conflictingFilePathsForMergingRevision("alone", "main", &error),
-              std::nullopt);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) { return manager().canMergeRevision("alone", "main", error); },
+        failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return manager().conflictingFilePathsForMergingRevision("alone", "main", error);
+        },
+        failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, AMergeBaseThatSaysNothingIsNoError) {
@@ -254,17 +251,6 @@ TEST_F(RVGitMergeManagerPreviewTest, AReportIsJudgedWithoutGit) {
     EXPECT_EQ(conflictsOf("something else\n" + side("our", "100644", one) + "+>>>>>>> .their\n"),
               1u);
     EXPECT_EQ(conflictsOf("something else\n" + side("our", "100644", one) + "+x\n"), 0u);
-}
-
-TEST_F(RVGitMergeManagerPreviewTest, OneCommandAtATimeIsEnough) {
-    // The report's entries open a repository on the thread of the command that read it.
-    auto& queue = RVGitCommandQueue::sharedQueue().queue();
-    makeBranches({{"a", "1\n"}}, {{"a", "2\n"}}, {{"a", "3\n"}});
-    std::vector<std::thread> threads;
-    for (std::size_t index = 0; index < 2 * queue.maxConcurrentOperationCount(); ++index)
-        threads.emplace_back([&] { EXPECT_FALSE(manager().canMergeRevision("other", "main")); });
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 // The merge that git would make.

@@ -58,11 +58,6 @@ protected:
             hashes.push_back(hashOf(std::string(1, letter)));
         return hashes;
     }
-    RVError errorOf(bool (*gesture)(RVGitMergeManager&, RVErrorPlace)) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(gesture(manager(), &error));
-        return error.value_or(RVError("none", 0));
-    }
     [[nodiscard]] static std::vector<std::string> line(std::vector<std::string> rest) {
         std::vector<std::string> all = {"-c", "core.trustctime=false", "rebase"};
         all.insert(all.end(), rest.begin(), rest.end());
@@ -466,11 +461,12 @@ TEST_F(RVGitMergeManagerRewritingTest, ASelectionThatAShellWouldReadIsRefused) {
     const std::string sign = scratchPath("sign");
     for (const std::string& selected :
          {"x; touch " + sign, "$(touch " + sign + ")", "x\ntouch " + sign, std::string()}) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(manager().rebaseOntoWithRevision("main", {hashes[1], selected}, "main",
-                                                      std::nullopt, &error));
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) {
+                return manager().rebaseOntoWithRevision("main", {hashes[1], selected}, "main",
+                                                        std::nullopt, error);
+            },
+            failsWith(RVGitRVGitGenericError));
     }
     EXPECT_FALSE(fileExists(sign));
     EXPECT_THAT(recorder.invocations(), IsEmpty());
@@ -495,10 +491,11 @@ TEST_F(RVGitMergeManagerRewritingTest, AMessageThatWouldRunIsRefused) {
     for (const std::string& message :
          {delimiter, "Subject\n" + delimiter + "\ntouch " + scratchPath("sign"),
           std::string("a\0b", 3)}) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(manager().setCommitMessage(message, hashes[1], &error));
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) {
+                return manager().setCommitMessage(message, hashes[1], error);
+            },
+            failsWith(RVGitRVGitGenericError));
     }
     EXPECT_FALSE(fileExists("sign"));
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
@@ -628,10 +625,8 @@ TEST_F(RVGitMergeManagerRewritingTest, ASettingThatSpoilsGitsListFailsAndCanBeAb
     const auto hashes = makeLetters(3);
     gitInRepository({"config", "rebase.instructionFormat", "%s%n pick x"});
     const RVRepositorySnapshot before(repositoryPath());
-    std::optional<RVError> error;
-    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT([&](RVErrorPlace error) { return manager().deleteRevisions({hashes[1]}, error); },
+                failsWith(RVGitRVGitGenericError));
     if (manager().currentMergeMode() != RVGitMergeModeNone) {
         EXPECT_TRUE(manager().abortRebase());
     }
@@ -655,10 +650,8 @@ TEST_F(RVGitMergeManagerRewritingTest, AHookThatRefusesLeavesEverything) {
     writeFile("hooks/pre-rebase", "#!/bin/sh\necho no >&2\nexit 1\n", 0755);
     gitInRepository({"config", "core.hooksPath", scratchPath("hooks")});
     const RVRepositorySnapshot before(repositoryPath());
-    std::optional<RVError> error;
-    EXPECT_FALSE(manager().deleteRevisions({hashes[1]}, &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT([&](RVErrorPlace error) { return manager().deleteRevisions({hashes[1]}, error); },
+                failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
 }
 

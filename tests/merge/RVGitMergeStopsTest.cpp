@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "RVGit/repository/RVGitRepository.h"
@@ -34,10 +35,15 @@ struct Stop {
 /// The readers at every kind of stop of the real git, wherever the working tree lies.
 class RVGitMergeStopsTest : public RVGitMergeTestCase {
 protected:
-    void expectStop(const std::function<void()>& start, const Stop& expected) {
+    void atEachPlace(const std::function<void()>& body) {
         for (const RVGitMergePlace place : allMergePlaces) {
             makePlace(place);
             SCOPED_TRACE(path());
+            body();
+        }
+    }
+    void expectStop(const std::function<void()>& start, const Stop& expected) {
+        atEachPlace([&] {
             start();
             const std::string head = hash("HEAD");
             EXPECT_EQ(manager().currentMergeMode(), expected.mode);
@@ -69,7 +75,22 @@ protected:
             EXPECT_EQ(
                 RVGitMergeManager(RVGitRepository::repositoryWithPath(path())).currentMergeMode(),
                 expected.mode);
-        }
+        });
+    }
+    /// At the second of three steps, which is where each of these lists stops. Of the stop only
+    /// what tells one from another is to be given.
+    void expectStopOfRebase(const std::string& list, const std::string& onto, Stop expected) {
+        expected.nextStep = 2;
+        expected.lastStep = 3;
+        expectStop(rebase(list, onto), stopOfRebase(std::move(expected), onto));
+    }
+    /// What every rebase of "topic" has in common.
+    static Stop stopOfRebase(Stop stop, const std::string& onto) {
+        stop.lastRevision = "Four";
+        stop.mergedRevision = "Four";
+        stop.originalRevision = onto == "main" ? "Ours" : onto;
+        stop.branch = "topic";
+        return stop;
     }
 
     /// A rebase of "topic" that works off the list, as setSequence() takes it.
@@ -111,23 +132,21 @@ TEST_F(RVGitMergeStopsTest, MergeThatIsNotCommitted) {
 }
 
 TEST_F(RVGitMergeStopsTest, OctopusThatIsNotCommitted) {
-    for (const RVGitMergePlace place : allMergePlaces) {
-        makePlace(place);
+    atEachPlace([&] {
         stopGit({"merge", "--no-commit", "clean", "One"});
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeMerge);
         EXPECT_EQ(manager().mergedRevision(), hash("clean") + "\n" + hash("One"));
-    }
+    });
 }
 
 TEST_F(RVGitMergeStopsTest, OctopusThatStopsAtItsLastHead) {
-    for (const RVGitMergePlace place : allMergePlaces) {
-        makePlace(place);
+    atEachPlace([&] {
         stopGit({"merge", "clean", "topic"});
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeMerge);
         EXPECT_EQ(manager().mergedRevision(), hash("clean") + "\n" + hash("topic"));
         EXPECT_THAT(manager().mergeCommitMessage().value_or(""),
                     StartsWith("Merge branches 'clean' and 'topic'"));
-    }
+    });
 }
 
 TEST_F(RVGitMergeStopsTest, OctopusThatFails) {
@@ -151,115 +170,73 @@ TEST_F(RVGitMergeStopsTest, SquashWithConflicts) {
 }
 
 TEST_F(RVGitMergeStopsTest, RebaseByTheMergeBackend) {
-    expectStop(run({"rebase", "--merge", "main"}, "topic"), {.mode = RVGitMergeModeRebase,
-                                                             .nextStep = 2,
-                                                             .lastStep = 4,
-                                                             .nextRevision = "Two",
-                                                             .lastRevision = "Four",
-                                                             .mergedRevision = "Four",
-                                                             .originalRevision = "Ours",
-                                                             .branch = "topic",
-                                                             .message = "Two\n"});
+    expectStop(run({"rebase", "--merge", "main"}, "topic"),
+               stopOfRebase({.mode = RVGitMergeModeRebase,
+                             .nextStep = 2,
+                             .lastStep = 4,
+                             .nextRevision = "Two",
+                             .message = "Two\n"},
+                            "main"));
 }
 
 TEST_F(RVGitMergeStopsTest, RebaseByTheApplyBackend) {
-    expectStop(run({"rebase", "--apply", "main"}, "topic"), {.mode = RVGitMergeModeRebase,
-                                                             .usesApply = true,
-                                                             .nextStep = 2,
-                                                             .lastStep = 4,
-                                                             .nextRevision = "Two",
-                                                             .lastRevision = "Four",
-                                                             .mergedRevision = "Four",
-                                                             .originalRevision = "Ours",
-                                                             .branch = "topic",
-                                                             .message = "Two\n"});
+    expectStop(run({"rebase", "--apply", "main"}, "topic"),
+               stopOfRebase({.mode = RVGitMergeModeRebase,
+                             .usesApply = true,
+                             .nextStep = 2,
+                             .lastStep = 4,
+                             .nextRevision = "Two",
+                             .message = "Two\n"},
+                            "main"));
 }
 
 TEST_F(RVGitMergeStopsTest, Edit) {
-    expectStop(rebase("pick %One\nedit %Two\npick %Three", "Base"), {.mode = RVGitMergeModeEditing,
-                                                                     .isEditing = true,
-                                                                     .nextStep = 2,
-                                                                     .lastStep = 3,
-                                                                     .nextRevision = "HEAD",
-                                                                     .lastRevision = "Four",
-                                                                     .mergedRevision = "Four",
-                                                                     .originalRevision = "Base",
-                                                                     .branch = "topic",
-                                                                     .message = "Two\n"});
+    expectStopOfRebase("pick %One\nedit %Two\npick %Three", "Base",
+                       {.mode = RVGitMergeModeEditing,
+                        .isEditing = true,
+                        .nextRevision = "HEAD",
+                        .message = "Two\n"});
 }
 
 TEST_F(RVGitMergeStopsTest, RewordWithConflicts) {
-    expectStop(rebase("pick %One\nreword %Two\npick %Three", "main"), {.mode = RVGitMergeModeRebase,
-                                                                       .nextStep = 2,
-                                                                       .lastStep = 3,
-                                                                       .nextRevision = "Two",
-                                                                       .lastRevision = "Four",
-                                                                       .mergedRevision = "Four",
-                                                                       .originalRevision = "Ours",
-                                                                       .branch = "topic",
-                                                                       .message = "Two\n"});
+    expectStopOfRebase("pick %One\nreword %Two\npick %Three", "main",
+                       {.mode = RVGitMergeModeRebase, .nextRevision = "Two", .message = "Two\n"});
 }
 
 TEST_F(RVGitMergeStopsTest, BreakKeepsTheRevisionInFrontOfIt) {
-    expectStop(rebase("pick %One\nbreak\npick %Two", "Base"), {.mode = RVGitMergeModeRebase,
-                                                               .isPending = true,
-                                                               .nextStep = 2,
-                                                               .lastStep = 3,
-                                                               .nextRevision = "One",
-                                                               .lastRevision = "Four",
-                                                               .mergedRevision = "Four",
-                                                               .originalRevision = "Base",
-                                                               .branch = "topic",
-                                                               .message = std::nullopt});
+    expectStopOfRebase("pick %One\nbreak\npick %Two", "Base",
+                       {.mode = RVGitMergeModeRebase,
+                        .isPending = true,
+                        .nextRevision = "One",
+                        .message = std::nullopt});
 }
 
 TEST_F(RVGitMergeStopsTest, ExecThatFailsGivesItsOwnWordForARevision) {
-    for (const RVGitMergePlace place : allMergePlaces) {
-        makePlace(place);
+    atEachPlace([&] {
         rebase("pick %One\nexec false\npick %Two", "Base")();
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
         EXPECT_TRUE(manager().isPendingInteractiveRebase());
         EXPECT_EQ(manager().nextSequenceStep(), 2u);
         EXPECT_EQ(manager().lastSequenceStep(), 3u);
         EXPECT_EQ(manager().nextSequenceRevision(), "false");
-    }
+    });
 }
 
 TEST_F(RVGitMergeStopsTest, FixupWithConflicts) {
-    expectStop(rebase("pick %One\nfixup %Two\npick %Three", "main"), {.mode = RVGitMergeModeEditing,
-                                                                      .nextStep = 2,
-                                                                      .lastStep = 3,
-                                                                      .nextRevision = "HEAD",
-                                                                      .lastRevision = "Four",
-                                                                      .mergedRevision = "Four",
-                                                                      .originalRevision = "Ours",
-                                                                      .branch = "topic",
-                                                                      .message = "One\n"});
+    expectStopOfRebase("pick %One\nfixup %Two\npick %Three", "main",
+                       {.mode = RVGitMergeModeEditing, .nextRevision = "HEAD", .message = "One\n"});
 }
 
 TEST_F(RVGitMergeStopsTest, SquashStepWithConflicts) {
-    expectStop(rebase("pick %One\nsquash %Two\npick %Three", "main"),
-               {.mode = RVGitMergeModeEditing,
-                .nextStep = 2,
-                .lastStep = 3,
-                .nextRevision = "HEAD",
-                .lastRevision = "Four",
-                .mergedRevision = "Four",
-                .originalRevision = "Ours",
-                .branch = "topic",
-                .message = "# This is a combination of 2 commits.\n"});
+    expectStopOfRebase("pick %One\nsquash %Two\npick %Three", "main",
+                       {.mode = RVGitMergeModeEditing,
+                        .nextRevision = "HEAD",
+                        .message = "# This is a combination of 2 commits.\n"});
 }
 
 TEST_F(RVGitMergeStopsTest, RebaseStepWithoutChanges) {
-    expectStop(rebase("pick %One\npick %Same\npick %Two", "main"), {.mode = RVGitMergeModeRebase,
-                                                                    .nextStep = 2,
-                                                                    .lastStep = 3,
-                                                                    .nextRevision = "Same",
-                                                                    .lastRevision = "Four",
-                                                                    .mergedRevision = "Four",
-                                                                    .originalRevision = "Ours",
-                                                                    .branch = "topic",
-                                                                    .message = "Same\n"});
+    expectStopOfRebase("pick %One\npick %Same\npick %Two", "main",
+                       {.mode = RVGitMergeModeRebase, .nextRevision = "Same", .message = "Same\n"});
 }
 
 TEST_F(RVGitMergeStopsTest, CherryPickOfOne) {
@@ -352,8 +329,7 @@ TEST_F(RVGitMergeStopsTest, CherryPickThatIsNotCommittedLeavesItsMessageAlone) {
 }
 
 TEST_F(RVGitMergeStopsTest, AMailThatDoesNotApply) {
-    for (const RVGitMergePlace place : allMergePlaces) {
-        makePlace(place);
+    atEachPlace([&] {
         write("patch.mail", gitHere({"format-patch", "--stdout", "-1", "Two"}) + "\n");
         stopGit({"am", "patch.mail"});
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
@@ -362,7 +338,7 @@ TEST_F(RVGitMergeStopsTest, AMailThatDoesNotApply) {
         EXPECT_EQ(manager().lastSequenceStep(), 1u);
         EXPECT_EQ(manager().mergeCommitMessage(), "Two\n");
         EXPECT_EQ(manager().nextSequenceRevision(), std::nullopt);
-    }
+    });
 }
 
 }  // namespace

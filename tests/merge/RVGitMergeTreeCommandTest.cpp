@@ -345,10 +345,7 @@ TEST_F(RVGitMergeTreeCommandTest, ReadsWhatGitPrints) {
 
 TEST_F(RVGitMergeTreeCommandTest, AnUnknownRevisionIsTheGenericError) {
     makeCommit();
-    std::optional<RVError> error;
-    EXPECT_FALSE(command("HEAD", "missing", "HEAD")->run(&error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command("HEAD", "missing", "HEAD"), failsWith(RVGitRVGitGenericError));
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "RVGit/base/RVURL.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/merge/RVGitEditorScript.h"
+#include "tests/support/RVErrorMatchers.h"
 #include "tests/support/RVGitTestCase.h"
 
 namespace {
@@ -166,10 +167,10 @@ TEST_F(RVGitEditorScriptTest, AMessageThatWouldEndTheScriptEarlyIsRefused) {
     for (const std::string& message :
          {delimiter, delimiter + "\ntouch x", "Subject\n\n" + delimiter, "a\n" + delimiter + "\n",
           std::string("a\0b", 3)}) {
-        std::optional<RVError> error;
-        EXPECT_EQ(temporaryCommitMessageEditorScript(message, &error), std::nullopt) << message;
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) { return temporaryCommitMessageEditorScript(message, error); },
+            failsWith(RVGitRVGitGenericError))
+            << message;
     }
     EXPECT_THAT(RVFileManager::namesInDirectoryAtPath(scratchPath("tmp")), IsEmpty());
     for (const std::string& message :
@@ -179,14 +180,11 @@ TEST_F(RVGitEditorScriptTest, AMessageThatWouldEndTheScriptEarlyIsRefused) {
 
 TEST_F(RVGitEditorScriptTest, WithoutRoomForAFileThereIsNoScript) {
     setEnvironmentVariable("TMPDIR", scratchPath("missing"));
-    std::optional<RVError> error;
-    EXPECT_EQ(temporarySequenceEditorScript({}, &error), std::nullopt);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), ENOENT);
-    error.reset();
-    EXPECT_EQ(temporaryCommitMessageEditorScript("Message", &error), std::nullopt);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), ENOENT);
+    EXPECT_THAT([&](RVErrorPlace error) { return temporarySequenceEditorScript({}, error); },
+                failsWith(ENOENT));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) { return temporaryCommitMessageEditorScript("Message", error); },
+        failsWith(ENOENT));
 }
 
 }  // namespace

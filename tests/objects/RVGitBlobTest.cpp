@@ -116,12 +116,14 @@ TEST_F(RVGitBlobTest, AnEmptyBlobIsThere) {
 
 TEST_F(RVGitBlobTest, WhatDoesNotExistFailsWith1201) {
     makeCommit();
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitBlob::blobForRevision("HEAD", "missing", repository(), &error), nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitBlobNotFoundError);
-    EXPECT_EQ(RVGitBlob::blobForHash("missing", repository(), &error), nullptr);
-    EXPECT_EQ(error->code(), RVGitBlobNotFoundError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitBlob::blobForRevision("HEAD", "missing", repository(), error);
+        },
+        failsWith(RVGitBlobNotFoundError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) { return RVGitBlob::blobForHash("missing", repository(), error); },
+        failsWith(RVGitBlobNotFoundError));
     EXPECT_EQ(RVGitBlob::blobForHash("missing", repository()), nullptr);
 }
 

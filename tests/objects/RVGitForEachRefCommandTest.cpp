@@ -97,10 +97,7 @@ TEST_F(RVGitForEachRefCommandTest, AFailingParserFailsTheCommand) {
     useFakeGit().setAnswer({.standardOutput = "good\nbad\n"});
     const auto failing = RVGitForEachRefCommand::gitForEachRefCommandWithRepository(repository());
     failing->setOutputParserClass<LineParser>();
-    std::optional<RVError> error;
-    EXPECT_FALSE(failing->run(&error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(failing, failsWith(RVGitOutputParserError));
 }
 
 TEST(RVGitForEachRefRecordTest, FieldsComeWithoutNewlinesAtTheirEnds) {

@@ -160,11 +160,10 @@ TEST_F(RVGitTagCommandTest, AMissingSigningKeyFailsWith108) {
 TEST_F(RVGitTagCommandTest, EitherMessageOfAFailedSigningIsUnderstood) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardError = "error: unable to sign the tag\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*createCommand("v1", std::nullopt, "Message")).code(),
-              RVGitGPGSigningKeyUnvailableError);
+    EXPECT_THAT(createCommand("v1", std::nullopt, "Message"),
+                failsWith(RVGitGPGSigningKeyUnvailableError));
     fake.setAnswer({.standardError = "error: unable to sign the tag\n", .exitCode = 1});
-    EXPECT_EQ(errorOf(*createCommand("v1", std::nullopt, "Message")).code(),
-              RVGitRVGitGenericError);
+    EXPECT_THAT(createCommand("v1", std::nullopt, "Message"), failsWith(RVGitRVGitGenericError));
 }
 
 }  // namespace

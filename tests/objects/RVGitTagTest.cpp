@@ -154,6 +154,7 @@ TEST_F(RVGitTagTest, ATagOfATagIsPeeledAsGitPeelsIt) {
     annotate("inner", "Inner");
     annotate("outer", "Outer", "inner");
     const auto outer = tag("outer");
+    ASSERT_TRUE(outer);
     EXPECT_EQ(outer->objectHash(), gitInRepository({"rev-parse", "outer"}));
     EXPECT_EQ(outer->message(), "Outer");
     EXPECT_EQ(outer->commitHash(),
@@ -278,12 +279,16 @@ TEST_F(RVGitTagTest, CreatesAnAnnotatedTag) {
 TEST_F(RVGitTagTest, CreatingWhatExistsFails) {
     makeCommit();
     gitInRepository({"tag", "v1"});
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitTag::createTagWithRefName("v1", "HEAD", repository(), &error), nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitCreateTagAlreadyExistsError);
-    EXPECT_EQ(RVGitTag::createTagWithRefName("v2", "missing", repository(), &error), nullptr);
-    EXPECT_EQ(error->code(), RVGitCreateTagInvalidObjectError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTag::createTagWithRefName("v1", "HEAD", repository(), error);
+        },
+        failsWith(RVGitCreateTagAlreadyExistsError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTag::createTagWithRefName("v2", "missing", repository(), error);
+        },
+        failsWith(RVGitCreateTagInvalidObjectError));
 }
 
 TEST_F(RVGitTagTest, DeletesATag) {
@@ -292,10 +297,11 @@ TEST_F(RVGitTagTest, DeletesATag) {
     gitInRepository({"tag", "v2"});
     EXPECT_TRUE(RVGitTag::deleteTagWithRefName("v1", repository()));
     EXPECT_THAT(tagNames(), ElementsAre("v2"));
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitTag::deleteTagWithRefName("v1", repository(), &error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitDeleteTagNotFoundError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTag::deleteTagWithRefName("v1", repository(), error);
+        },
+        failsWith(RVGitDeleteTagNotFoundError));
 }
 
 }  // namespace

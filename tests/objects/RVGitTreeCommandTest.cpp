@@ -332,8 +332,8 @@ TEST_F(RVGitTreeCommandTest, OutputThatIsNoTreeFailsWith11) {
 TEST_F(RVGitTreeCommandTest, RowsHoldWithTheirExitCodeOnly) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardError = "fatal: Not a valid object name x", .exitCode = 1});
-    EXPECT_EQ(errorOf(*RVGitTreeCommand::gitTreeCommandWithRepository(repository(), hash)).code(),
-              RVGitRVGitGenericError);
+    EXPECT_THAT(RVGitTreeCommand::gitTreeCommandWithRepository(repository(), hash),
+                failsWith(RVGitRVGitGenericError));
 }
 
 }  // namespace

@@ -140,24 +140,27 @@ TEST_F(RVGitTreeEntryTest, NoEntryIsNoError) {
 
 TEST_F(RVGitTreeEntryTest, FailuresReachThePlace) {
     commitTree();
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitTreeEntry::treeEntryForRevision("missing", "dir", repository(), &error),
-              nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitTreeNotFoundError);
-    EXPECT_EQ(RVGitTreeEntry::allTreeEntriesForRevision("HEAD", "missing", repository(), &error),
-              std::nullopt);
-    EXPECT_EQ(error->code(), RVGitTreeNotFoundError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTreeEntry::treeEntryForRevision("missing", "dir", repository(), error);
+        },
+        failsWith(RVGitTreeNotFoundError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTreeEntry::allTreeEntriesForRevision("HEAD", "missing", repository(),
+                                                             error);
+        },
+        failsWith(RVGitTreeNotFoundError));
     EXPECT_EQ(RVGitTreeEntry::allTreeEntriesForTreeHash("missing", repository()), std::nullopt);
 }
 
 TEST_F(RVGitTreeEntryTest, WithoutAPathOneEntryIsAUsageError) {
     commitTree();
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitTreeEntry::treeEntryForRevision("HEAD", std::nullopt, repository(), &error),
-              nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitCommandUsageError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTreeEntry::treeEntryForRevision("HEAD", std::nullopt, repository(), error);
+        },
+        failsWith(RVGitCommandUsageError));
 }
 
 TEST_F(RVGitTreeEntryTest, AnEmptyTreeHasNoEntries) {

@@ -69,16 +69,17 @@ TEST_F(RVGitTreeTest, TheRootHasNoPath) {
 }
 
 TEST_F(RVGitTreeTest, FailuresReachThePlace) {
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitTree::rootTreeForRevision("missing", repository(), &error), nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitTreeNotFoundError);
-    error.reset();
-    EXPECT_EQ(
-        RVGitTree::treeForTreeHash(gitInRepository({"rev-parse", "HEAD:a"}), repository(), &error),
-        nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitTreeNotATreeObjectError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTree::rootTreeForRevision("missing", repository(), error);
+        },
+        failsWith(RVGitTreeNotFoundError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTree::treeForTreeHash(gitInRepository({"rev-parse", "HEAD:a"}),
+                                              repository(), error);
+        },
+        failsWith(RVGitTreeNotATreeObjectError));
 }
 
 TEST_F(RVGitTreeTest, ForwardsToTheEntries) {

@@ -363,10 +363,11 @@ TEST_F(RVGitVerifyTagCommandTest, SilenceGivesNoSignature) {
     EXPECT_EQ(command->signature(), nullptr);
     // A failure that nobody explains stays one.
     fake.setAnswer({.exitCode = 1});
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitTag::verifyTagWithRefName("v1", repository(), &error), nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitTag::verifyTagWithRefName("v1", repository(), error);
+        },
+        failsWith(RVGitRVGitGenericError));
 }
 
 }  // namespace

@@ -202,7 +202,7 @@ TEST_F(RVGitBranchCommandTest, NoNameBecomesAnOption) {
             {Command::gitRenameBranchCommandWithRepository(repository(), text, "topic", true),
              2504}};
         for (const auto& [command, code] : cases)
-            EXPECT_EQ(errorOf(*command).code(), code) << text;
+            EXPECT_THAT(command, failsWith(code)) << text;
     }
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
 }
@@ -323,7 +323,7 @@ TEST_F(RVGitBranchCommandTest, TheNewestWordsForTheCurrentBranchAreNotKnown) {
     fake.setAnswer(
         {.standardError = "error: cannot delete branch 'main' used by worktree at '/repository'\n",
          .exitCode = 1});
-    EXPECT_EQ(errorOf(*deleting({"main"})).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(deleting({"main"}), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitBranchCommandTest, UnmergedBranchesFailWith2512AndAreNamed) {
@@ -427,10 +427,7 @@ TEST(RVGitBranchOutputParserTest, AHashOf64DigitsFails) {
     for (const char* beginning : {"  main ", "* main ", "+ linked ", "* (HEAD detached at x) "}) {
         const std::string line = beginning + hash + " Subject\n";
         RVGitBranchOutputParser parser(line);
-        std::optional<RVError> error;
-        EXPECT_FALSE(parser.parse(&error)) << line;
-        ASSERT_TRUE(error.has_value());
-        EXPECT_EQ(error->code(), 11);
+        EXPECT_THAT([&](RVErrorPlace error) { return parser.parse(error); }, failsWith(11)) << line;
     }
     // In a subject it means nothing.
     EXPECT_THAT(parsed("+ linked " + hashA + " " + hash + " \n"), IsEmpty());

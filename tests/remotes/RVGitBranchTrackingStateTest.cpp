@@ -200,10 +200,9 @@ TEST(RVGitBranchTrackingStateOutputParserTest, SkipsNoRecord) {
           Strings{"refs/heads/a", hash, "*", "x", "ahead 1", "=", ""}}) {
         const std::string output = record(fields);
         RVGitBranchTrackingStateOutputParser parser(output);
-        std::optional<RVError> error;
-        EXPECT_FALSE(parser.parse(&error)) << output;
-        ASSERT_TRUE(error.has_value());
-        EXPECT_EQ(error->code(), RVGitOutputParserError);
+        EXPECT_THAT([&](RVErrorPlace error) { return parser.parse(error); },
+                    failsWith(RVGitOutputParserError))
+            << output;
     }
 }
 

@@ -3,6 +3,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/remotes/RVGitCredentials.h"
 #include "tests/support/RVDamagedOutput.h"
+#include "tests/support/RVFailureCode.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVTestFiles.h"
 
@@ -38,10 +39,6 @@ protected:
     }
     static std::shared_ptr<Command> reject(const std::string& url) {
         return Command::gitRejectCredentialCommandWithHTTPURL(RVURL(url));
-    }
-    static std::int64_t codeOf(RVGitCommand& command) {
-        std::optional<RVError> error;
-        return command.run(&error) ? 0 : error ? error->code() : -1;
     }
 };
 
@@ -111,35 +108,35 @@ TEST_F(RVGitCredentialCommandTest, WhatWouldBeAnotherLineOfTheRequestIsRefusedWi
     const RVRecordingGit recorder = useRecordingGit();
     const std::string nul("a\0b", 3);
     for (const std::string& text : {std::string("a\nhost=evil"), nul}) {
-        EXPECT_EQ(codeOf(*approve("https://host", text)), RVGitRVGitGenericError);
-        EXPECT_EQ(codeOf(*approve("https://host", "marie", text)), RVGitRVGitGenericError);
+        EXPECT_THAT(approve("https://host", text), failsWith(RVGitRVGitGenericError));
+        EXPECT_THAT(approve("https://host", "marie", text), failsWith(RVGitRVGitGenericError));
         for (const std::string& url : {"https://host/" + text, "https://" + text + "/"}) {
-            EXPECT_EQ(codeOf(*approve(url)), RVGitRVGitGenericError);
-            EXPECT_EQ(codeOf(*fill(url)), RVGitRVGitGenericError);
-            EXPECT_EQ(codeOf(*reject(url)), RVGitRVGitGenericError);
+            EXPECT_THAT(approve(url), failsWith(RVGitRVGitGenericError));
+            EXPECT_THAT(fill(url), failsWith(RVGitRVGitGenericError));
+            EXPECT_THAT(reject(url), failsWith(RVGitRVGitGenericError));
         }
     }
     // The same behind an escape.
     for (const std::string escape : {"%0A", "%0a", "%00", "%0D", "\r"}) {
         for (const std::string& url :
              {"https://host/a" + escape, "https://ho" + escape + "st/", "https://host" + escape}) {
-            EXPECT_EQ(codeOf(*approve(url)), RVGitRVGitGenericError) << url;
-            EXPECT_EQ(codeOf(*fill(url)), RVGitRVGitGenericError) << url;
-            EXPECT_EQ(codeOf(*reject(url)), RVGitRVGitGenericError) << url;
+            EXPECT_THAT(approve(url), failsWith(RVGitRVGitGenericError)) << url;
+            EXPECT_THAT(fill(url), failsWith(RVGitRVGitGenericError)) << url;
+            EXPECT_THAT(reject(url), failsWith(RVGitRVGitGenericError)) << url;
         }
         const auto command =
             std::make_shared<Command>(RVOptions{{RVGitCredentialOptionFill, true}});
         command->setHttpURL(RVURL("https://us" + escape + "er:x@host/"));
-        EXPECT_EQ(codeOf(*command), RVGitRVGitGenericError) << escape;
+        EXPECT_THAT(command, failsWith(RVGitRVGitGenericError)) << escape;
         const auto other = std::make_shared<Command>(RVOptions{{RVGitCredentialOptionFill, true}});
         other->setHttpURL(RVURL("https://user:x" + escape + "@host/"));
-        EXPECT_EQ(codeOf(*other), RVGitRVGitGenericError) << escape;
+        EXPECT_THAT(other, failsWith(RVGitRVGitGenericError)) << escape;
         // Where no component is decoded, git still decodes the whole address.
         for (const std::string rest : {"?a=", "#a"}) {
             const auto whole =
                 std::make_shared<Command>(RVOptions{{RVGitCredentialOptionFill, true}});
             whole->setHttpURL(RVURL("https://host/" + rest + escape + "host=evil"));
-            EXPECT_EQ(codeOf(*whole), RVGitRVGitGenericError) << rest << escape;
+            EXPECT_THAT(whole, failsWith(RVGitRVGitGenericError)) << rest << escape;
         }
     }
     EXPECT_THAT(recorder.invocations(), IsEmpty());
@@ -258,7 +255,7 @@ TEST_F(RVGitCredentialCommandTest, AnAnswerThatLacksSomethingIsASuccessWithoutCr
 }
 
 TEST_F(RVGitCredentialCommandTest, WithoutAnybodyWhoKnowsItFailsAtOnce) {
-    EXPECT_EQ(codeOf(*fill("https://host/a")), RVGitRVGitGenericError);
+    EXPECT_THAT(fill("https://host/a"), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitCredentialCommandTest, DamagedAnswersAreReadOrRefused) {

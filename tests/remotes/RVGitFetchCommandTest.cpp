@@ -110,10 +110,9 @@ TEST_F(RVGitFetchCommandLineTest, AllOptionsInTheirOrder) {
 
 TEST_F(RVGitFetchCommandLineTest, WhatLooksLikeAnOptionIsRefused) {
     const std::string hostile = "--upload-pack=touch hit";
-    EXPECT_EQ(errorOf(*fetch(remoteNamed(hostile))).code(), RVGitRVGitGenericError);
-    EXPECT_EQ(
-        errorOf(*fetch(remoteNamed("a"), {}, RVGitRefSpec::refSpecFromString(hostile))).code(),
-        RVGitRVGitGenericError);
+    EXPECT_THAT(fetch(remoteNamed(hostile)), failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(fetch(remoteNamed("a"), {}, RVGitRefSpec::refSpecFromString(hostile)),
+                failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(
         errorOf(*RVGitFetchCommand::gitFetchCommandWithRepository(repository(), hostile, nullptr))
             .code(),
@@ -142,12 +141,12 @@ TEST_F(RVGitFetchCommandTest, AFailureTellsTheRemoteTheSpecAndTheFetchURL) {
 }
 
 TEST_F(RVGitFetchCommandTest, AMissingRemoteFailsWith203) {
-    EXPECT_EQ(errorOf(*fetch(remoteNamed("none"))).code(), RVGitRemoteRepositoryNotFoundError);
+    EXPECT_THAT(fetch(remoteNamed("none")), failsWith(RVGitRemoteRepositoryNotFoundError));
 }
 
 TEST_F(RVGitFetchCommandTest, ExitCode1WithoutARowIsGeneric) {
     useFakeGit().setAnswer({.exitCode = 1});
-    EXPECT_EQ(errorOf(*fetch(remoteNamed("a"))).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(fetch(remoteNamed("a")), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitFetchCommandTest, FetchesARemote) {

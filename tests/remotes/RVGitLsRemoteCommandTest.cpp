@@ -90,7 +90,7 @@ TEST_F(RVGitLsRemoteCommandTest, ConnectingToNothingFailsWith203) {
 TEST_F(RVGitLsRemoteCommandTest, ALineOfAnotherFormFailsWith11AndDamageOnlyWithThat) {
     RVFakeGit fake = useFakeGit();
     fake.setAnswer({.standardOutput = "no hash\trefs/heads/main\n"});
-    EXPECT_EQ(errorOf(*lsRemote("url")).code(), RVGitOutputParserError);
+    EXPECT_THAT(lsRemote("url"), failsWith(RVGitOutputParserError));
     const std::string output =
         "0123456789012345678901234567890123456789\trefs/heads/main\n"
         "1123456789012345678901234567890123456789\trefs/tags/v1\n"

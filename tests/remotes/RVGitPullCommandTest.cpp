@@ -111,7 +111,7 @@ TEST_F(RVGitPullCommandLineTest, WhatLooksLikeAnOptionIsRefused) {
                                                              nullptr, std::nullopt))
                   .code(),
               RVGitRVGitGenericError);
-    EXPECT_EQ(errorOf(*pull({}, hostile)).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(pull({}, hostile), failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(recorder_.invocations(), IsEmpty());
 }
 
@@ -170,12 +170,12 @@ TEST_F(RVGitPullCommandTest, ConflictsFailWith2000OrWith2200) {
     addOrigin();
     commitThere("file.txt", "there\n");
     commitHere("file.txt", "here\n");
-    EXPECT_EQ(errorOf(*pull()).code(), RVGitMergeConflictsError);
+    EXPECT_THAT(pull(), failsWith(RVGitMergeConflictsError));
     EXPECT_TRUE(fileExists("repository/.git/MERGE_HEAD"));
-    EXPECT_EQ(errorOf(*pull()).code(), 1);
+    EXPECT_THAT(pull(), failsWith(1));
     gitInRepository({"merge", "--abort"});
-    EXPECT_EQ(errorOf(*pull(RVOptions{{RVGitPullOptionRebase, true}})).code(),
-              RVGitRebaseConflictsError);
+    EXPECT_THAT(pull(RVOptions{{RVGitPullOptionRebase, true}}),
+                failsWith(RVGitRebaseConflictsError));
     EXPECT_TRUE(fileExists("repository/.git/rebase-merge") ||
                 fileExists("repository/.git/rebase-apply"));
 }
@@ -184,7 +184,7 @@ TEST_F(RVGitPullCommandTest, LocalChangesInTheWayFailWith2001) {
     addOrigin();
     commitThere("file.txt", "two\n");
     writeFile("repository/file.txt", "mine\n");
-    EXPECT_EQ(errorOf(*pull()).code(), RVGitMergeUncommittedChangesError);
+    EXPECT_THAT(pull(), failsWith(RVGitMergeUncommittedChangesError));
     EXPECT_EQ(readFile("repository/file.txt"), "mine\n");
 }
 
@@ -243,7 +243,7 @@ TEST_F(RVGitPullCommandTest, NoVerifyLeavesOutTheHooks) {
     commitThere("there", "1");
     commitHere("here", "1");
     writeFile("repository/.git/hooks/pre-merge-commit", "#!/bin/sh\nexit 1\n", 0755);
-    EXPECT_EQ(errorOf(*pull()).code(), RVGitRemoteSyncError);
+    EXPECT_THAT(pull(), failsWith(RVGitRemoteSyncError));
     gitInRepository({"merge", "--abort"});
     ASSERT_TRUE(pull(RVOptions{{RVGitPullOptionNoVerify, true}})->run());
 }
@@ -267,7 +267,7 @@ TEST_F(RVGitPullCommandTest, AMissingSignatureFailsWith109) {
     commitThere("file.txt", "two\n");
     const auto command = pull();
     command->setVerifiesSignatures(true);
-    EXPECT_EQ(errorOf(*command).code(), RVGitGPGSignatureMissingError);
+    EXPECT_THAT(command, failsWith(RVGitGPGSignatureMissingError));
     EXPECT_EQ(subjects(), "First");
 }
 

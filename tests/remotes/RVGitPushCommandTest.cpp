@@ -173,10 +173,9 @@ TEST_F(RVGitPushCommandLineTest, WhatLooksLikeAnOptionIsRefused) {
                                                              spec("x"), std::nullopt))
                   .code(),
               RVGitRVGitGenericError);
-    EXPECT_EQ(errorOf(*push({spec("x"), spec(hostile)})).code(), RVGitRVGitGenericError);
-    EXPECT_EQ(
-        errorOf(*push({spec("x:" + hostile)}, RVOptions{{RVGitPushOptionDeleteRef, true}})).code(),
-        RVGitRVGitGenericError);
+    EXPECT_THAT(push({spec("x"), spec(hostile)}), failsWith(RVGitRVGitGenericError));
+    EXPECT_THAT(push({spec("x:" + hostile)}, RVOptions{{RVGitPushOptionDeleteRef, true}}),
+                failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(recorder_.invocations(), IsEmpty());
 }
 
@@ -187,11 +186,11 @@ TEST_F(RVGitPushCommandTest, SupportsProgress) {
 TEST_F(RVGitPushCommandTest, TheRowOfAMissingUpstreamBranchReadsStandardOutput) {
     RVFakeGit fake = useFakeGit();
     fake.setAnswer({.standardOutput = "fatal: x has no upstream branch.\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*push({})).code(), RVGitRemotePushNoUpstreamBranchError);
+    EXPECT_THAT(push({}), failsWith(RVGitRemotePushNoUpstreamBranchError));
     fake.setAnswer({.standardError = "fatal: x has no upstream branch.\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*push({})).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(push({}), failsWith(RVGitRVGitGenericError));
     fake.setAnswer({.standardOutput = "fatal: x has no upstream branch.\n", .exitCode = 1});
-    EXPECT_EQ(errorOf(*push({})).code(), RVGitRemoteSyncError);
+    EXPECT_THAT(push({}), failsWith(RVGitRemoteSyncError));
 }
 
 TEST_F(RVGitPushCommandTest, AMissingUpstreamBranchOfARealGitIsGeneric) {
@@ -257,7 +256,7 @@ TEST_F(RVGitPushCommandTest, ALeaseDecidesWhetherAPushIsForced) {
         command->setLeaseValueCommitHash(value);
         return command;
     };
-    EXPECT_EQ(errorOf(*leased(other)).code(), RVGitRemotePushRejectedError);
+    EXPECT_THAT(leased(other), failsWith(RVGitRemotePushRejectedError));
     EXPECT_EQ(originHash(), before);
     ASSERT_TRUE(leased(before)->run());
     EXPECT_EQ(originHash(), hash("main"));
@@ -303,7 +302,7 @@ TEST_F(RVGitPushCommandTest, ARefusalByAHookOfTheRemoteFailsWith201) {
     writeFile("origin.git/hooks/update", "#!/bin/sh\necho not today\nexit 1\n", 0755);
     makeCommit();
     const std::string before = originHash();
-    EXPECT_EQ(errorOf(*push({spec("main")})).code(), RVGitRemoteSyncError);
+    EXPECT_THAT(push({spec("main")}), failsWith(RVGitRemoteSyncError));
     EXPECT_EQ(originHash(), before);
 }
 
@@ -311,7 +310,7 @@ TEST_F(RVGitPushCommandTest, NoVerifyLeavesOutTheHook) {
     pushToOrigin();
     makeCommit();
     writeFile("repository/.git/hooks/pre-push", "#!/bin/sh\nexit 1\n", 0755);
-    EXPECT_EQ(errorOf(*push({spec("main")})).code(), RVGitRemoteSyncError);
+    EXPECT_THAT(push({spec("main")}), failsWith(RVGitRemoteSyncError));
     ASSERT_TRUE(push({spec("main")}, RVOptions{{RVGitPushOptionNoVerify, true}})->run());
     EXPECT_EQ(originHash(), hash("main"));
 }

@@ -77,7 +77,7 @@ TEST_F(RVGitRefUpdatesTest, OfAFetchInEveryState) {
     const auto command = fetch(RVOptions{{RVGitFetchOptionPruneObsoleteRemoteBranches, true},
                                          {RVGitFetchOptionForceTagsDownload, true}});
     // A tag that would be replaced is rejected, and all else is done.
-    EXPECT_EQ(codeOf(*command), 1);
+    EXPECT_THAT(command, failsWith(1));
     const std::string output = command->standardErrorString();
     EXPECT_THAT(updatesIn(output),
                 UnorderedElementsAre("4 absent -> origin/gone", "1 main -> origin/main",

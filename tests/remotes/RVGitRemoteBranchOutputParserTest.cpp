@@ -8,6 +8,7 @@
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "tests/support/RVDamagedOutput.h"
+#include "tests/support/RVErrorMatchers.h"
 
 namespace {
 
@@ -58,10 +59,7 @@ TEST(RVGitRemoteBranchOutputParserTest, OtherLinesAreIgnored) {
 TEST(RVGitRemoteBranchOutputParserTest, AHashOf64DigitsFails) {
     const std::string line = "  origin/main " + std::string(64, 'a') + " Subject\n";
     RVGitRemoteBranchOutputParser parser(line);
-    std::optional<RVError> error;
-    EXPECT_FALSE(parser.parse(&error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), 11);
+    EXPECT_THAT([&](RVErrorPlace error) { return parser.parse(error); }, failsWith(11));
 }
 
 TEST(RVGitRemoteBranchOutputParserTest, CuttingByHandAgreesWithTheExpressions) {

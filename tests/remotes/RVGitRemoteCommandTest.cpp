@@ -39,25 +39,23 @@ protected:
 
 TEST_F(RVGitRemoteCommandTest, ExactCommandLines) {
     auto recorder = useRecordingGit();
-    const auto argumentsOf = [&](const std::shared_ptr<RVGitRemoteCommand>& command) {
-        (void)command->run();
-        return lastArguments(recorder);
-    };
-    EXPECT_THAT(argumentsOf(RVGitRemoteCommand::gitRemoteCommandWithRepository(repository())),
-                ElementsAre("remote", "-v"));
-    EXPECT_THAT(argumentsOf(creating("origin", "https://example.org/x.git")),
+    EXPECT_THAT(
+        argumentsOf(recorder, *RVGitRemoteCommand::gitRemoteCommandWithRepository(repository())),
+        ElementsAre("remote", "-v"));
+    EXPECT_THAT(argumentsOf(recorder, *creating("origin", "https://example.org/x.git")),
                 ElementsAre("remote", "add", "origin", "https://example.org/x.git"));
-    EXPECT_THAT(argumentsOf(renaming("origin", "upstream")),
+    EXPECT_THAT(argumentsOf(recorder, *renaming("origin", "upstream")),
                 ElementsAre("remote", "rename", "origin", "upstream"));
-    EXPECT_THAT(argumentsOf(deleting("upstream")), ElementsAre("remote", "rm", "upstream"));
+    EXPECT_THAT(argumentsOf(recorder, *deleting("upstream")),
+                ElementsAre("remote", "rm", "upstream"));
     const auto all = std::make_shared<RVGitRemoteCommand>(repository());
     all->setCreatesRemote(true);
     all->setRenamesRemote(true);
     all->setDeletesRemote(true);
-    EXPECT_THAT(argumentsOf(all), ElementsAre("remote", "add"));
+    EXPECT_THAT(argumentsOf(recorder, *all), ElementsAre("remote", "add"));
     const auto named = std::make_shared<RVGitRemoteCommand>(repository());
     named->setRemoteNames(Strings{"origin"});
-    EXPECT_THAT(argumentsOf(named), ElementsAre("remote", "-v", "origin"));
+    EXPECT_THAT(argumentsOf(recorder, *named), ElementsAre("remote", "-v", "origin"));
     EXPECT_THAT(named->remotes(), IsEmpty());
 }
 
@@ -66,12 +64,12 @@ TEST_F(RVGitRemoteCommandTest, NothingBecomesAnOption) {
     const RVRepositorySnapshot before(repositoryPath());
     const std::string configuration = gitInRepository({"config", "--local", "--list"});
     for (const std::string text : {"-f", "--mirror=fetch", "-t", "-"}) {
-        EXPECT_EQ(errorOf(*creating(text)).code(), RVGitCreateRemoteInvalidNameError) << text;
-        EXPECT_EQ(errorOf(*creating("x", text)).code(), RVGitRVGitGenericError) << text;
-        EXPECT_EQ(errorOf(*renaming("origin", text)).code(), RVGitRenameRemoteInvalidNameError);
-        EXPECT_EQ(errorOf(*renaming(text, "x")).code(), RVGitRenameRemoteInvalidNameError);
+        EXPECT_THAT(creating(text), failsWith(RVGitCreateRemoteInvalidNameError)) << text;
+        EXPECT_THAT(creating("x", text), failsWith(RVGitRVGitGenericError)) << text;
+        EXPECT_THAT(renaming("origin", text), failsWith(RVGitRenameRemoteInvalidNameError));
+        EXPECT_THAT(renaming(text, "x"), failsWith(RVGitRenameRemoteInvalidNameError));
         // Nothing is made whose name could be invalid.
-        EXPECT_EQ(errorOf(*deleting(text)).code(), RVGitRVGitGenericError);
+        EXPECT_THAT(deleting(text), failsWith(RVGitRVGitGenericError));
     }
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).differencesFrom(before), "");
     EXPECT_EQ(gitInRepository({"config", "--local", "--list"}), configuration);
@@ -87,8 +85,8 @@ TEST_F(RVGitRemoteCommandTest, AnExistingNameFailsWith2300) {
 TEST_F(RVGitRemoteCommandTest, TheOldExitCodeMeans2300Too) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardError = "fatal: remote origin already exists.\n", .exitCode = 128});
-    EXPECT_EQ(errorOf(*creating("origin")).code(), RVGitCreateRemoteAlreadyExistsError);
-    EXPECT_EQ(errorOf(*renaming("a", "origin")).code(), RVGitRenameRemoteAlreadyExistsError);
+    EXPECT_THAT(creating("origin"), failsWith(RVGitCreateRemoteAlreadyExistsError));
+    EXPECT_THAT(renaming("a", "origin"), failsWith(RVGitRenameRemoteAlreadyExistsError));
 }
 
 TEST_F(RVGitRemoteCommandTest, AnInvalidNameFailsWith2301) {
@@ -108,7 +106,7 @@ TEST_F(RVGitRemoteCommandTest, RenamingToAnExistingNameFailsWith2302) {
 
 TEST_F(RVGitRemoteCommandTest, RenamingToAnInvalidNameFailsWith2303) {
     gitInRepository({"remote", "add", "a", "url"});
-    EXPECT_EQ(errorOf(*renaming("a", "b..c")).code(), RVGitRenameRemoteInvalidNameError);
+    EXPECT_THAT(renaming("a", "b..c"), failsWith(RVGitRenameRemoteInvalidNameError));
 }
 
 TEST_F(RVGitRemoteCommandTest, OtherFailuresAreNamedAfterTheFirstRemote) {

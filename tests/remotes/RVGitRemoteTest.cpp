@@ -397,9 +397,11 @@ TEST_F(RVGitRemoteTest, RenamesARemoteWithItsRefs) {
     EXPECT_EQ(allRefs(), "refs/heads/main\nrefs/remotes/upstream/main\n");
     EXPECT_EQ(gitInRepository({"remote"}), "upstream");
     addRemote("b");
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitRemote::renameRemoteWithName("upstream", "b", repository(), &error));
-    EXPECT_EQ(error.value().code(), RVGitRenameRemoteAlreadyExistsError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitRemote::renameRemoteWithName("upstream", "b", repository(), error);
+        },
+        failsWith(RVGitRenameRemoteAlreadyExistsError));
 }
 
 TEST_F(RVGitRemoteTest, RenamesByTheCaseOfLettersAlone) {

@@ -108,7 +108,7 @@ TEST_P(RVGitTransferTest, Pushes) {
     // Rejected, leased wrongly, leased rightly, forced.
     const std::string before = served("main");
     gitInRepository({"commit", "--amend", "-m", "Amended"});
-    EXPECT_EQ(codeOf(*push("main")), RVGitRemotePushRejectedError);
+    EXPECT_THAT(push("main"), failsWith(RVGitRemotePushRejectedError));
     const auto leased = [&](const std::string& hash) {
         const auto command =
             push("main:refs/heads/main", RVOptions{{RVGitPushOptionForcePushWithLease, true}});
@@ -135,7 +135,7 @@ TEST_P(RVGitTransferTest, Pushes) {
     writeFile("served/a.git/hooks/update", "#!/bin/sh\necho not today >&2\nexit 1\n", 0755);
     const std::string last = served("main");
     makeCommit();
-    EXPECT_EQ(codeOf(*push("main")), RVGitRemoteSyncError);
+    EXPECT_THAT(push("main"), failsWith(RVGitRemoteSyncError));
     EXPECT_EQ(served("main"), last);
 }
 

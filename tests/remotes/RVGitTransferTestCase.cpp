@@ -124,11 +124,6 @@ std::string RVGitTransferTestCase::objectsIn(std::string_view directory) const {
     return git({"rev-list", "--all", "--objects", "--no-object-names"}, directory);
 }
 
-std::int64_t RVGitTransferTestCase::codeOf(RVGitCommand& command) {
-    std::optional<RVError> error;
-    return command.run(&error) ? 0 : error ? error->code() : -1;
-}
-
 void RVGitTransferTestCase::expectUpdates(RVGitCommand& command, bool updates) {
     const auto tellsOfChange = [](const std::string& output) {
         RVGitRefUpdatesOutputParser parser(output);

@@ -7,6 +7,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVTypes.h"
+#include "tests/support/RVFailureCode.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVTestServers.h"
 
@@ -58,9 +59,6 @@ protected:
     [[nodiscard]] std::string refsIn(std::string_view directory) const;
     /// The hashes of all objects that refs lead to.
     [[nodiscard]] std::string objectsIn(std::string_view directory) const;
-
-    /// 0 for a success.
-    static std::int64_t codeOf(RVGitCommand& command);
 
     /// Whether the command's table of refs tells of a change, as it must. Its progress knows as
     /// much of it as it has kept: a row that arrives in two pieces has lost the first.

@@ -1,7 +1,5 @@
 #include "RVGit/repository/RVGitConfig.h"
 
-#include <thread>
-
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
@@ -553,19 +551,6 @@ TEST_F(RVGitConfigTest, AConfigKeepsItsRepositoryAlive) {
     EXPECT_EQ(owned->repository(), weak.lock());
     owned.reset();
     EXPECT_TRUE(weak.expired());
-}
-
-TEST_F(RVGitConfigTest, ThreadsThatAskARepositoryForItsConfigGetTheSameOne) {
-    const auto repository =
-        RVGitRepository::repositoryWithWorkingTreeDirectoryPath("/tree", "/tree/.git");
-    std::vector<std::shared_ptr<RVGitConfig>> configs(8);
-    {
-        std::vector<std::jthread> threads;
-        for (auto& config : configs)
-            threads.emplace_back([&config, &repository] { config = repository->config(); });
-    }
-    for (const auto& config : configs)
-        EXPECT_EQ(config, repository->config());
 }
 
 }  // namespace

@@ -156,19 +156,13 @@ TEST_F(RVGitRefLogCommandTest, CountsWithoutReading) {
 }
 
 TEST_F(RVGitRefLogCommandTest, AnUnbornBranchFails) {
-    std::optional<RVError> error;
-    EXPECT_FALSE(makeCommand()->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), 107);
+    EXPECT_THAT(makeCommand(), failsWith(107));
 }
 
 TEST_F(RVGitRefLogCommandTest, OutputOfAnotherFormFailsWithCode11) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardOutput = "nonsense\n"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(makeCommand()->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(makeCommand(), failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitRefLogCommandTest, HasNoErrorRowsOfItsOwn) {

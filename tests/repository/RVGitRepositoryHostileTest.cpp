@@ -93,11 +93,10 @@ TEST_F(RVGitRepositoryHostileTest, NoFileIsReadOrWrittenThroughALink) {
     const std::string outside = writeFile("outside", "a stranger's\n");
     const std::string gitDirectory = repositoryPath() + "/.git";
     putLinkInPlaceOf(gitDirectory + "/description", outside);
-    std::optional<RVError> error;
-    EXPECT_EQ(repository()->description(&error), std::nullopt);
-    EXPECT_EQ(error.value().code(), RVGitDescriptionReadError);
-    EXPECT_FALSE(repository()->setDescription("mine", &error));
-    EXPECT_EQ(error.value().code(), RVGitDescriptionWriteError);
+    EXPECT_THAT([&](RVErrorPlace error) { return repository()->description(error); },
+                failsWith(RVGitDescriptionReadError));
+    EXPECT_THAT([&](RVErrorPlace error) { return repository()->setDescription("mine", error); },
+                failsWith(RVGitDescriptionWriteError));
     EXPECT_EQ(readFile(outside), "a stranger's\n");
 }
 

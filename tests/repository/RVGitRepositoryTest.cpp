@@ -1,11 +1,8 @@
 #include "RVGit/repository/RVGitRepository.h"
 
 #include <filesystem>
-#include <set>
-#include <thread>
 
 #include "RVGit/base/RVFileManager.h"
-#include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
@@ -446,23 +443,6 @@ TEST_F(RVGitRepositoryTest, ATemporaryFileThatCannotBeMadeIsAbsent) {
     setEnvironmentVariable("TMPDIR", scratchPath("missing"));
     EXPECT_EQ(RVGitRepository::temporaryAllowedSignersFilePath(), std::nullopt);
     EXPECT_EQ(RVGitRepository::temporaryFilePath(), std::nullopt);
-}
-
-TEST_F(RVGitRepositoryTest, ConcurrentCallersGetOneTemporaryFile) {
-    const std::string directory = makeDirectory("temporary");
-    setEnvironmentVariable("TMPDIR", directory);
-    std::vector<std::optional<std::string>> paths(16);
-    {
-        std::vector<std::jthread> threads;
-        for (auto& path : paths)
-            threads.emplace_back(
-                [&path] { path = RVGitRepository::temporaryAllowedSignersFilePath(); });
-    }
-    EXPECT_EQ(std::set(paths.begin(), paths.end()).size(), 1u);
-    EXPECT_EQ(RVFileManager::namesInDirectoryAtPath(directory).size(), 1u);
-    EXPECT_EQ(RVGitRepository::temporaryAllowedSignersFileLock().name(),
-              "com.varnelsoft.Varnel.temporaryAllowedSignersFileURLAccesor");
-    EXPECT_EQ(RVGitRepository::temporaryAllowedSignersFileLock().maxConcurrentOperationCount(), 1u);
 }
 
 }  // namespace

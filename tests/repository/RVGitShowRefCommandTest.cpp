@@ -299,20 +299,14 @@ TEST_F(RVGitShowRefCommandTest, OtherExitCodesFail) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardOutput = hashA + " refs/heads/x\n", .exitCode = 128});
     auto command = makeCommand();
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_THAT(command->refs(), IsEmpty());
 }
 
 TEST_F(RVGitShowRefCommandTest, OutputOfAnotherFormFailsWithCode11) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardOutput = "nonsense\n"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(makeCommand()->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(makeCommand(), failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitShowRefCommandTest, HashesOnlyAreLeftUnread) {

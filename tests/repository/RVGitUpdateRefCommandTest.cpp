@@ -108,10 +108,7 @@ TEST_F(RVGitUpdateRefCommandTest, OtherExitCodesFail) {
     auto command = makeCommand();
     command->setFullRefName("refs/heads/topic");
     command->setRevision("nonsense");
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_NE(error, std::nullopt);
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(command->exitCode(), 128);
 }
 

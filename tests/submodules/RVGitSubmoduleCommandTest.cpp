@@ -248,9 +248,6 @@ TEST_F(RVGitSubmoduleCommandTest, AMissingMappingIs2800) {
 
 TEST_F(RVGitSubmoduleCommandTest, RowsForWhatGitDoesNotPrintToday) {
     RVFakeGit fake = useFakeGit();
-    const auto codeOf = [&](const std::shared_ptr<Command>& command) {
-        return errorOf(*command).code();
-    };
     const auto status = [&] {
         return Command::gitSubmoduleStatusCommandWithRepository(repository(), std::nullopt);
     };
@@ -258,28 +255,28 @@ TEST_F(RVGitSubmoduleCommandTest, RowsForWhatGitDoesNotPrintToday) {
         return Command::gitSubmoduleAddCommandWithRepository(repository(), "a", "u", 0);
     };
     fake.setAnswer({.standardError = "sh: 1: Segmentation fault\n", .exitCode = 139});
-    EXPECT_EQ(codeOf(status()), Command::crashedStatusErrorCode);
-    EXPECT_EQ(codeOf(add()), RVGitRVGitGenericError);
+    EXPECT_THAT(status(), failsWith(Command::crashedStatusErrorCode));
+    EXPECT_THAT(add(), failsWith(RVGitRVGitGenericError));
     fake.setAnswer({.standardError = "Segmentation fault\n", .exitCode = 1});
-    EXPECT_EQ(codeOf(status()), RVGitRVGitGenericError);
+    EXPECT_THAT(status(), failsWith(RVGitRVGitGenericError));
     for (const int exitCode : {1, 128}) {
         fake.setAnswer(
             {.standardError = "'a' already exists in the index\n", .exitCode = exitCode});
-        EXPECT_EQ(codeOf(add()), RVGitAddSubmodulePathAlreadyExistsError);
-        EXPECT_EQ(codeOf(status()), RVGitRVGitGenericError);
+        EXPECT_THAT(add(), failsWith(RVGitAddSubmodulePathAlreadyExistsError));
+        EXPECT_THAT(status(), failsWith(RVGitRVGitGenericError));
         fake.setAnswer({.standardError = "A git directory for 'a' is found locally with "
                                          "remote(s):\n  origin\tu\n",
                         .exitCode = exitCode});
-        EXPECT_EQ(codeOf(add()), RVGitAddSubmoduleGitDirectoryAlreadyExistsError);
+        EXPECT_THAT(add(), failsWith(RVGitAddSubmoduleGitDirectoryAlreadyExistsError));
     }
     fake.setAnswer({.standardError = "'a' already exists in the index\n", .exitCode = 2});
-    EXPECT_EQ(codeOf(add()), RVGitRVGitGenericError);
+    EXPECT_THAT(add(), failsWith(RVGitRVGitGenericError));
     fake.setAnswer(
         {.standardError = "fatal: Not a git repository: /r/.git/modules/x/y\n", .exitCode = 128});
-    EXPECT_EQ(codeOf(status()), RVGitSubmoduleStatusMissingGitDirError);
+    EXPECT_THAT(status(), failsWith(RVGitSubmoduleStatusMissingGitDirError));
     fake.setAnswer({.standardError = "No submodule mapping found in .gitmodules for path 'a'\n",
                     .exitCode = 1});
-    EXPECT_EQ(codeOf(status()), RVGitSubmoduleStatusMissingMappingError);
+    EXPECT_THAT(status(), failsWith(RVGitSubmoduleStatusMissingMappingError));
 }
 
 TEST_F(RVGitSubmoduleCommandTest, AStatusThatPrintsOnStandardErrorHasFailedWhateverItsExitCode) {
@@ -295,8 +292,8 @@ TEST_F(RVGitSubmoduleCommandTest, AStatusThatPrintsOnStandardErrorHasFailedWhate
     EXPECT_THAT(status->submodules(), SizeIs(1));
 
     fake.setAnswer({.standardOutput = line, .standardError = "perl: warning: no locale\n"});
-    EXPECT_EQ(errorOf(*Command::gitSubmoduleStatusCommandWithRepository(repository(), {})).code(),
-              RVGitRVGitGenericError);
+    EXPECT_THAT(Command::gitSubmoduleStatusCommandWithRepository(repository(), {}),
+                failsWith(RVGitRVGitGenericError));
     // Others may say what they like.
     EXPECT_TRUE(Command::gitSubmoduleSyncCommandWithRepository(repository(), {})->run(&error));
     fake.setAnswer({.standardOutput = line});

@@ -295,6 +295,7 @@ TEST_F(RVGitSubmoduleHostileTest, ADirectoryWithoutARepositoryIsNotTakenForTheSu
     git({"update-index", "--index-info"}, repositoryPath(),
         "160000 " + head + " 2\tlib\n160000 " + std::string(40, '1') + " 3\tlib\n");
     const auto submodule = submoduleAt("lib");
+    ASSERT_TRUE(submodule);
     ASSERT_EQ(submodule->status(), RVGitSubmoduleStatusUnmerged);
     ASSERT_EQ(submodule->submoduleRepository()->path(), repositoryPath());
     const auto before = untouchable();

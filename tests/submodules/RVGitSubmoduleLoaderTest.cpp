@@ -69,6 +69,7 @@ TEST_F(RVGitSubmoduleLoaderTest, ACleanSubmoduleHasEverything) {
     addSubmodule("a/lib", "the.lib");
     gitInRepository({"config", "submodule.the.lib.branch", "local"});
     const auto submodule = submoduleAt("a/lib");
+    ASSERT_TRUE(submodule);
     const std::string head = gitLine({"rev-parse", "HEAD"}, "library");
     EXPECT_EQ(submodule->repository(), repository());
     EXPECT_EQ(submodule->name(), "the.lib");
@@ -134,6 +135,7 @@ TEST_F(RVGitSubmoduleLoaderTest, AConflictIsUnmerged) {
     EXPECT_NE(runGit({"merge", "side"}, repositoryPath()).exitCode, 0);
     EXPECT_THAT(summary(), ElementsAre("lib: 4", "other: 1"));
     const auto submodule = submoduleAt("lib");
+    ASSERT_TRUE(submodule);
     EXPECT_TRUE(submodule->isValid());
     EXPECT_EQ(submodule->describe(), std::nullopt);
     EXPECT_TRUE(submodule->indexCommitHash());
@@ -146,6 +148,7 @@ TEST_F(RVGitSubmoduleLoaderTest, OneWithoutAMappingKeepsTheOthersAndTheLastStand
     gitInRepository({"config", "-f", ".gitmodules", "--remove-section", "submodule.broken"});
     EXPECT_THAT(summary(), ElementsAre("a: 1", "broken: 5", "c: 1", "c: 1"));
     const auto submodule = submoduleAt("broken");
+    ASSERT_TRUE(submodule);
     EXPECT_EQ(submodule->name(), "broken");
     EXPECT_EQ(submodule->config(), nullptr);
     // Its section of the repository's own configuration has that name, too.
@@ -317,6 +320,7 @@ TEST_F(RVGitSubmoduleLoaderTest, RelativeAddressesAreKeptAsWritten) {
     gitInRepository({"config", "remote.origin.url", scratchPath("superproject")});
     gitInRepository({"submodule", "--quiet", "add", "../library", "lib"});
     const auto submodule = submoduleAt("lib");
+    ASSERT_TRUE(submodule);
     EXPECT_EQ(submodule->config()->URL(), "../library");
     EXPECT_EQ(submodule->URL(), scratchPath("library"));
 }

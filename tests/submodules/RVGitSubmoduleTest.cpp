@@ -142,6 +142,7 @@ TEST_F(RVGitSubmoduleTest, OpensItsRepositoryOnce) {
     addSubmodule("a/lib", "name");
     const auto submodule = submoduleWithStatus(1);
     const auto opened = submodule->submoduleRepository();
+    ASSERT_TRUE(opened);
     ASSERT_TRUE(opened->isValid());
     EXPECT_EQ(opened->path(), pathInRepository("a/lib"));
     EXPECT_EQ(submodule->submoduleRepository(), opened);
@@ -162,6 +163,7 @@ TEST_F(RVGitSubmoduleTest, HasTheRemoteOrigin) {
 TEST_F(RVGitSubmoduleTest, ItsCommitIsLookedForInTheSuperproject) {
     addSubmodule("a/lib", "name");
     const auto submodule = submoduleAt("a/lib");
+    ASSERT_TRUE(submodule);
     EXPECT_EQ(submodule->commit(), nullptr);
     const RVRecordingGit recorder = useRecordingGit();
     EXPECT_EQ(submodule->commit(), nullptr);
@@ -180,6 +182,7 @@ TEST_F(RVGitSubmoduleTest, CountsCommitsAheadAndBehindOnce) {
     gitAt("lib", {"checkout", "-q", "HEAD~2"});
     gitAt("lib", {"commit", "-q", "--allow-empty", "-m", "Aside"});
     const auto submodule = submoduleAt("lib");
+    ASSERT_TRUE(submodule);
     EXPECT_EQ(submodule->status(), RVGitSubmoduleStatusUpdated);
     EXPECT_FALSE(submodule->loadedUpdatedCommitsAhead());
     EXPECT_FALSE(submodule->loadedUpdatedCommitsBehind());
@@ -196,6 +199,7 @@ TEST_F(RVGitSubmoduleTest, CountsCommitsAheadAndBehindOnce) {
 TEST_F(RVGitSubmoduleTest, CountsNoCommitsForOneThatIsCleanOrWhereGitFails) {
     addSubmodule("lib");
     const auto clean = submoduleAt("lib");
+    ASSERT_TRUE(clean);
     {
         const RVRecordingGit recorder = useRecordingGit();
         EXPECT_EQ(clean->updatedCommitsAhead(), 0);
@@ -228,11 +232,13 @@ TEST_F(RVGitSubmoduleTest, CountsDirtyChangesAsTheIgnoreModeSays) {
     EXPECT_EQ(count("dirty"), 0);
     EXPECT_EQ(count("all"), 0);
     const auto submodule = submoduleAt("lib");
+    ASSERT_TRUE(submodule);
     EXPECT_EQ(submodule->numberOfDirtyChanges(), 2);
     const RVRecordingGit recorder = useRecordingGit();
     EXPECT_EQ(submodule->numberOfDirtyChanges(), 2);
     EXPECT_THAT(recorder.argumentLists(), IsEmpty());
     const auto clean = submoduleAt("lib");
+    ASSERT_TRUE(clean);
     clean->setDirty(false);
     EXPECT_EQ(clean->numberOfDirtyChanges(), 0);
 }

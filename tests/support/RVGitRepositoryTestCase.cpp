@@ -45,7 +45,8 @@ std::vector<std::string> RVGitRepositoryTestCase::lastArguments(
         ADD_FAILURE() << "not a command of the repository: " << testing::PrintToString(arguments);
         return arguments;
     }
-    arguments.erase(arguments.begin(), arguments.begin() + common.size());
+    arguments.erase(arguments.begin(),
+                    arguments.begin() + static_cast<std::ptrdiff_t>(common.size()));
     return arguments;
 }
 

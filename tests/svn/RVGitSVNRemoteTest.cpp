@@ -207,10 +207,9 @@ TEST_F(RVGitSVNRemoteTest, NamesThatLeadElsewhereAreRefusedAndNothingIsMoved) {
     const std::string before = everything();
     for (const char* name :
          {"../../../moved", "..", ".", "", "a/../b", "/a", "a//b", "a\nb", "a b:", "a.lock"}) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(rename("svn", name, &error)) << name;
-        ASSERT_TRUE(error) << name;
-        EXPECT_EQ(error->code(), RVGitRenameRemoteInvalidNameError) << name;
+        EXPECT_THAT([&](RVErrorPlace error) { return rename("svn", name, error); },
+                    failsWith(RVGitRenameRemoteInvalidNameError))
+            << name;
         EXPECT_EQ(everything(), before) << name;
     }
     EXPECT_FALSE(fileExists("moved"));
@@ -223,10 +222,8 @@ TEST_F(RVGitSVNRemoteTest, AnExistingNameFailsWith2302AndNothingIsMoved) {
     addFetched("svn");
     const std::string before = everything();
     for (const char* name : {"other", "plain", "svn"}) {
-        std::optional<RVError> error;
-        EXPECT_FALSE(rename("svn", name, &error));
-        ASSERT_TRUE(error);
-        EXPECT_EQ(error->code(), RVGitRenameRemoteAlreadyExistsError);
+        EXPECT_THAT([&](RVErrorPlace error) { return rename("svn", name, error); },
+                    failsWith(RVGitRenameRemoteAlreadyExistsError));
         EXPECT_EQ(everything(), before);
     }
 }
@@ -246,10 +243,8 @@ TEST_F(RVGitSVNRemoteTest, RefsInTheWayOfARenameAreKept) {
     ASSERT_TRUE(create("svn", standardLayout()));
     addFetched("svn");
     gitInRepository({"update-ref", "refs/remotes/other/mine", makeCommit()});
-    std::optional<RVError> error;
-    EXPECT_FALSE(rename("svn", "other", &error));
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), EEXIST);
+    EXPECT_THAT([&](RVErrorPlace error) { return rename("svn", "other", error); },
+                failsWith(EEXIST));
     EXPECT_EQ(gitInRepository({"for-each-ref", "--format=%(refname)", "refs/remotes"}),
               "refs/remotes/other/mine\nrefs/remotes/svn/trunk");
 }

@@ -57,15 +57,16 @@ TEST_F(RVGitAttributesTest, AnAttributeIsSetUnlessItIsUnspecified) {
 }
 
 TEST_F(RVGitAttributesTest, TheFormsThatReadLinesFailWith11OnRealGit) {
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitAttributes::allGitAttributesForFilePaths({"a", "b"}, repository(), &error),
-              std::nullopt);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
-    error.reset();
-    EXPECT_EQ(RVGitAttributes::gitAttributesForFilePath("a", repository(), &error), nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitAttributes::allGitAttributesForFilePaths({"a", "b"}, repository(), error);
+        },
+        failsWith(RVGitOutputParserError));
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitAttributes::gitAttributesForFilePath("a", repository(), error);
+        },
+        failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitAttributesTest, ReadsOneObjectForEachPathThatGitReports) {
@@ -201,11 +202,12 @@ TEST_F(RVGitAttributesTest, ABareRepositoryHasTheAttributesOfItsInfoFile) {
 
 TEST_F(RVGitAttributesTest, OutputThatIsNoTriplesFailsWith11) {
     useFakeGit().setAnswer({.standardOutput = "a: text: set\n"});
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitAttributes::allEffectiveGitAttributesForFilePaths({"a"}, repository(), &error),
-              std::nullopt);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitAttributes::allEffectiveGitAttributesForFilePaths({"a"}, repository(),
+                                                                          error);
+        },
+        failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitAttributesTest, ChangingIsNotImplemented) {

@@ -231,10 +231,7 @@ TEST_F(RVGitCheckAttrCommandTest, ReadsTheLinesOfGitWithoutZ) {
 TEST_F(RVGitCheckAttrCommandTest, WhatGitPrintsWithZIsNoLine) {
     const auto lines = RVGitCheckAttrCommand::gitCheckAttrCommandWithRepository(
         repository(), std::vector<std::string>{"a.c"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(lines->run(&error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(lines, failsWith(RVGitOutputParserError));
     EXPECT_THAT(lines->attributes(), IsEmpty());
 }
 

@@ -144,7 +144,7 @@ TEST_F(RVGitCommitCommandTest, WithoutAMessageGitRunsTheEditor) {
     stage("another");
     const auto failing = commandFor(std::nullopt);
     failing->setValueForEnvironmentVariable("false", "GIT_EDITOR");
-    EXPECT_EQ(errorOf(*failing).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(failing, failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(gitInRepository({"rev-list", "--count", "HEAD"}), "1");
 }
 
@@ -322,7 +322,7 @@ TEST_F(RVGitCommitCommandTest, SigningFollowsTheConfiguration) {
     stage();
     configure("commit.gpgSign", "true");
     configure("gpg.program", "false");
-    EXPECT_EQ(errorOf(*commandFor("Message")).code(), RVGitGPGSigningKeyUnvailableError);
+    EXPECT_THAT(commandFor("Message"), failsWith(RVGitGPGSigningKeyUnvailableError));
     EXPECT_FALSE(hasCommits());
 }
 

@@ -1,7 +1,5 @@
 #include "RVGit/worktree/RVGitIndex.h"
 
-#include <thread>
-
 #include "RVGit/base/RVError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
@@ -12,7 +10,6 @@ namespace {
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::SizeIs;
 
 const std::string hash = "0123456789abcdef0123456789abcdef01234567";
 
@@ -82,18 +79,6 @@ TEST_F(RVGitIndexTest, RequiresARepository) {
     EXPECT_EQ(RVGitIndex::indexWithRepository(repository())->repository(), repository());
 }
 
-TEST_F(RVGitIndexTest, ARepositoryHasOneIndexOnAnyThread) {
-    std::vector<std::shared_ptr<RVGitIndex>> indexes(8);
-    std::vector<std::thread> threads;
-    for (auto& index : indexes)
-        threads.emplace_back([&] { index = repository()->index(); });
-    for (std::thread& thread : threads)
-        thread.join();
-    for (const auto& index : indexes)
-        EXPECT_EQ(index, indexes[0]);
-    EXPECT_EQ(indexes[0]->repository(), repository());
-}
-
 TEST_F(RVGitIndexTest, ARepositoryAndItsIndexKeepEachOtherOnlyWhereOneIsHeld) {
     auto other = RVGitRepository::repositoryWithWorkingTreeDirectoryPath(
         repositoryPath(), repositoryPath() + "/.git");
@@ -110,6 +95,7 @@ TEST_F(RVGitIndexTest, ListsAllEntriesInGitsOrder) {
     for (const char* file : {"b", "dir/c", "a"})
         stageFile(file, file);
     const auto entries = repository()->index()->allIndexEntries();
+    ASSERT_TRUE(entries);
     EXPECT_THAT(texts(entries), ElementsAre("0 a", "0 b", "0 dir/c"));
     EXPECT_EQ((*entries)[2]->objectHash(), gitInRepository({"rev-parse", ":dir/c"}));
     EXPECT_EQ((*entries)[2]->fileMode(), RVGitFileModeRegular);

@@ -404,10 +404,7 @@ TEST_F(RVGitLsFilesCommandTest, AHashOf64DigitsCannotBeRead) {
     const auto command = std::make_shared<RVGitLsFilesCommand>(
         RVGitRepository::repositoryWithWorkingTreeDirectoryPath(path, path + "/.git"), std::nullopt,
         1);
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(command, failsWith(RVGitOutputParserError));
 }
 
 }  // namespace

@@ -63,7 +63,7 @@ TEST_F(RVGitMoveCommandTest, APathOutsideFailsWith2103) {
     const auto error = errorOf(*commandFor("file", "../file"));
     EXPECT_EQ(error.code(), RVGitMoveFileOutsideRepositoryError);
     EXPECT_EQ(error.userInfoString(RVGitFilePathErrorKey), "../file");
-    EXPECT_EQ(errorOf(*commandFor("../file", "file")).code(), RVGitMoveFileOutsideRepositoryError);
+    EXPECT_THAT(commandFor("../file", "file"), failsWith(RVGitMoveFileOutsideRepositoryError));
     EXPECT_EQ(readFile("repository/file"), "one\n");
 }
 
@@ -93,13 +93,13 @@ TEST_F(RVGitMoveCommandTest, AnExistingDestinationFailsWith2100) {
 }
 
 TEST_F(RVGitMoveCommandTest, ADestinationNamedAsAMissingDirectoryMatchesNoRow) {
-    EXPECT_EQ(errorOf(*commandFor("file", "missing/")).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor("file", "missing/"), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitMoveCommandTest, OtherExitCodesMatchNoRow) {
     useFakeGit().setAnswer(
         {.standardError = "fatal: bad source, source=a, destination=b\n", .exitCode = 1});
-    EXPECT_EQ(errorOf(*commandFor("a", "b")).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor("a", "b"), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitMoveCommandTest, TheRowsStandInTheirOrder) {

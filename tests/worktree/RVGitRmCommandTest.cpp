@@ -94,16 +94,16 @@ TEST_F(RVGitRmCommandTest, ChangesThatGitRefusesToLoseFailWith2601) {
         "(use --cached to keep the file, or -f to force removal)\n";
     auto fake = useFakeGit();
     fake.setAnswer({.standardError = message, .exitCode = 1});
-    EXPECT_EQ(errorOf(*commandFor(Arguments{"file"})).code(),
-              RVGitRemoveFileWithLocalModificationsError);
+    EXPECT_THAT(commandFor(Arguments{"file"}),
+                failsWith(RVGitRemoveFileWithLocalModificationsError));
     fake.setAnswer({.standardError = message, .exitCode = 128});
-    EXPECT_EQ(errorOf(*commandFor(Arguments{"file"})).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor(Arguments{"file"}), failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitRmCommandTest, AnUnknownPathFailsUnlessIgnored) {
     commitFile("repository", "file", "one\n", "Message");
     writeFile("repository/untracked", "two\n");
-    EXPECT_EQ(errorOf(*commandFor(Arguments{"file", "untracked"})).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(commandFor(Arguments{"file", "untracked"}), failsWith(RVGitRVGitGenericError));
     EXPECT_TRUE(fileExists("repository/file"));
     const auto command = commandFor(Arguments{"file", "untracked"});
     command->setIgnoresUnmatched(true);

@@ -292,7 +292,7 @@ TEST_F(RVGitStashCommandTest, APathThatMatchesNothingFailsAndSavesNothing) {
     change();
     const auto command = Command::gitSaveStashCommandWithRepository(repository(), std::nullopt);
     command->setFilePaths({"missing"});
-    EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+    EXPECT_THAT(command, failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(stashList(), "");
     EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
 }
@@ -323,7 +323,7 @@ TEST_F(RVGitStashCommandTest, TheTextOfNoChangesCountsInAnyCaseAndForm) {
           &Command::setStoresStash, &Command::setShowsStash, &Command::setCreatesStash}) {
         const auto command = std::make_shared<Command>(repository());
         (*command.*choose)(true);
-        EXPECT_EQ(errorOf(*command).code(), RVGitSaveStashNoChangesError);
+        EXPECT_THAT(command, failsWith(RVGitSaveStashNoChangesError));
         EXPECT_EQ(command->commitHash(), std::nullopt);
     }
 }
@@ -332,8 +332,8 @@ TEST_F(RVGitStashCommandTest, AMessageThatSaysThereAreNoChangesFailsTheListWith2
     makeCommit();
     change();
     gitInRepository({"stash", "push", "-m", "no local changes to save"});
-    EXPECT_EQ(errorOf(*Command::gitStashCommandWithRepository(repository())).code(),
-              RVGitSaveStashNoChangesError);
+    EXPECT_THAT(Command::gitStashCommandWithRepository(repository()),
+                failsWith(RVGitSaveStashNoChangesError));
 }
 
 TEST_F(RVGitStashCommandTest, ConflictsFailWith2702AndKeepTheStash) {
@@ -381,10 +381,10 @@ TEST_F(RVGitStashCommandTest, AStashThatDoesNotExistHasNoCodeOfItsOwnToday) {
     makeCommit();
     for (const char* name : {"stash@{0}", "stash@{5}"}) {
         EXPECT_FALSE(Command::gitApplyStashCommandWithRepository(repository(), name, false)->run());
-        EXPECT_EQ(errorOf(*Command::gitDeleteStashCommandWithRepository(repository(), name)).code(),
-                  RVGitRVGitGenericError);
-        EXPECT_EQ(errorOf(*Command::gitShowStashCommandWithRepository(repository(), name)).code(),
-                  RVGitRVGitGenericError);
+        EXPECT_THAT(Command::gitDeleteStashCommandWithRepository(repository(), name),
+                    failsWith(RVGitRVGitGenericError));
+        EXPECT_THAT(Command::gitShowStashCommandWithRepository(repository(), name),
+                    failsWith(RVGitRVGitGenericError));
     }
 }
 
@@ -473,7 +473,7 @@ TEST_F(RVGitStashCommandTest, TheTableHasItsRowsInOrder) {
 TEST_F(RVGitStashCommandTest, OutputThatIsNoListFailsWith11) {
     useFakeGit().setAnswer({.standardOutput = "stash@{0}: On main: Message\n"});
     const auto command = Command::gitStashCommandWithRepository(repository());
-    EXPECT_EQ(errorOf(*command).code(), RVGitOutputParserError);
+    EXPECT_THAT(command, failsWith(RVGitOutputParserError));
     EXPECT_THAT(command->stashes(), IsEmpty());
 }
 

@@ -26,12 +26,12 @@ protected:
     std::string stashList() const { return gitInRepository({"stash", "list"}); }
     /// Saving fails with the code that stands for no known reason, and makes no stash.
     void expectSavingFails(unsigned options) {
-        std::optional<RVError> error;
-        EXPECT_EQ(
-            RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", options, &error),
-            nullptr);
-        ASSERT_TRUE(error.has_value());
-        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) {
+                return RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", options,
+                                                                        error);
+            },
+            failsWith(RVGitRVGitGenericError));
         EXPECT_EQ(stashList(), "");
     }
 };
@@ -57,10 +57,11 @@ TEST_F(RVGitStashFilesTest, AConflictWithADeletedFileHasNoCodeOfItsOwnAndKeepsTh
     save();
     gitInRepository({"rm", "-q", "file.txt"});
     gitInRepository({"commit", "-m", "Deleted"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::applyStashAtIndex(0, repository(), true, error);
+        },
+        failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
     EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
 }
@@ -70,10 +71,11 @@ TEST_F(RVGitStashFilesTest, AnUntrackedFileInTheWayIsNotOverwritten) {
     writeFile("repository/new", "stashed");
     save(RVGitStashSaveOptionIncludesUntrackedFiles);
     writeFile("repository/new", "local");
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::applyStashAtIndex(0, repository(), true, error);
+        },
+        failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(readFile("repository/new"), "local");
     EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
     EXPECT_EQ(git({"show", "stash@{0}^3:new"}, repositoryPath()), "stashed");
@@ -142,6 +144,7 @@ TEST_F(RVGitStashFilesTest, KeepsTheIndexIfAsked) {
     gitInRepository({"add", "file.txt"});
     change("unstaged\n");
     const auto stash = save(RVGitStashSaveOptionKeepsIndex);
+    ASSERT_TRUE(stash);
     EXPECT_EQ(readFile("repository/file.txt"), "staged\n");
     EXPECT_EQ(status(), "M  file.txt\n");
     EXPECT_EQ(git({"show", *stash->indexCommitHash() + ":file.txt"}, repositoryPath()), "staged\n");
@@ -194,10 +197,11 @@ TEST_F(RVGitStashFilesTest, AFileTakenOutOfTheIndexAloneAndSavedAsUntrackedIsInI
     save(RVGitStashSaveOptionIncludesUntrackedFiles);
     EXPECT_EQ(status(), "");
     EXPECT_EQ(readFile("repository/file.txt"), "1");
-    std::optional<RVError> error;
-    EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), true, &error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::applyStashAtIndex(0, repository(), true, error);
+        },
+        failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
     EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
     EXPECT_EQ(git({"show", "stash@{0}^3:file.txt"}, repositoryPath()), "changed\n");

@@ -279,23 +279,23 @@ TEST_F(RVGitStashTest, TheSaveOptionsAreBitsOneAndTwo) {
 
 TEST_F(RVGitStashTest, SavingNothingFailsWith2701AndAddsNoStash) {
     makeCommit();
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", 0, &error),
-              nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitSaveStashNoChangesError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", 0, error);
+        },
+        failsWith(RVGitSaveStashNoChangesError));
     EXPECT_THAT(stashes(), IsEmpty());
 }
 
 TEST_F(RVGitStashTest, AMessageThatSaysThereAreNoChangesFailsButIsSaved) {
     makeCommit();
     change();
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitStash::saveStashFromWorkingTreeInRepository(
-                  repository(), "no local changes to save", 0, &error),
-              nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitSaveStashNoChangesError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::saveStashFromWorkingTreeInRepository(
+                repository(), "no local changes to save", 0, error);
+        },
+        failsWith(RVGitSaveStashNoChangesError));
     EXPECT_EQ(git({"show", "stash@{0}:file.txt"}, repositoryPath()), "changed\n");
 }
 
@@ -310,11 +310,11 @@ TEST_F(RVGitStashTest, ASaveWhoseStashIsGoneGivesNoneAndNoError) {
 TEST_F(RVGitStashTest, SavingWithoutACommitFailsWith2700) {
     change();
     gitInRepository({"add", "file.txt"});
-    std::optional<RVError> error;
-    EXPECT_EQ(RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", 0, &error),
-              nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitSaveStashInitialCommitError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", 0, error);
+        },
+        failsWith(RVGitSaveStashInitialCommitError));
     EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
 }
 
@@ -335,12 +335,12 @@ TEST_F(RVGitStashTest, CreatingAStashWithoutChangesGivesNoHash) {
         RVGitStash::createStashFromWorkingTreeInRepository(repository(), std::nullopt).value_or(""),
         "");
     useFakeGit().setAnswer({.exitCode = 1});
-    std::optional<RVError> error;
-    EXPECT_EQ(
-        RVGitStash::createStashFromWorkingTreeInRepository(repository(), std::nullopt, &error),
-        std::nullopt);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return RVGitStash::createStashFromWorkingTreeInRepository(repository(), std::nullopt,
+                                                                      error);
+        },
+        failsWith(RVGitRVGitGenericError));
 }
 
 TEST_F(RVGitStashTest, FindsAStashByItsNameWithAndWithoutPrefix) {
@@ -424,10 +424,11 @@ TEST_F(RVGitStashTest, ConflictsKeepTheStash) {
         change();
         const auto hash = save()->commitHash();
         makeCommit();
-        std::optional<RVError> error;
-        EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), deletingStash, &error));
-        ASSERT_TRUE(error.has_value());
-        EXPECT_EQ(error->code(), RVGitApplyStashMergeConflictsError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) {
+                return RVGitStash::applyStashAtIndex(0, repository(), deletingStash, error);
+            },
+            failsWith(RVGitApplyStashMergeConflictsError));
         EXPECT_EQ(stashes().front()->commitHash(), hash);
         EXPECT_EQ(status(), "UU file.txt");
         gitInRepository({"reset", "--hard"});

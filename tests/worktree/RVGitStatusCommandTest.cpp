@@ -341,10 +341,7 @@ TEST_F(RVGitStatusCommandTest, GitRefusesTheModeTracked) {
     const auto command =
         RVGitStatusCommand::gitStatusCommandWithRepository(repository(), std::nullopt);
     command->setIgnoreSubmodulesMode(RVGitIgnoreSubmodulesModeTracked);
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), 1);
+    EXPECT_THAT(command, failsWith(1));
 }
 
 TEST_F(RVGitStatusCommandTest, ALineThatCannotBeReadFailsTheCommand) {
@@ -352,10 +349,7 @@ TEST_F(RVGitStatusCommandTest, ALineThatCannotBeReadFailsTheCommand) {
     fake.setAnswer({.standardOutput = " M a\nM\n"});
     const auto command =
         RVGitStatusCommand::gitStatusCommandWithRepository(repository(), std::nullopt);
-    std::optional<RVError> error;
-    EXPECT_FALSE(command->run(&error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(command, failsWith(RVGitOutputParserError));
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ TEST_F(RVGitUpdateIndexCommandTest, AFileThatCannotBeMarkedFailsWith3000) {
         const auto command = commandFor(Arguments{path});
         command->setIgnoresMissingFiles(true);
         command->setSetsAssumeUnchangedBit(true);
-        EXPECT_EQ(errorOf(*command).code(), RVGitUpdateIndexNoSuchFileError);
+        EXPECT_THAT(command, failsWith(RVGitUpdateIndexNoSuchFileError));
     }
 }
 

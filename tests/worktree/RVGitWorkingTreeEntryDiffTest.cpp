@@ -41,6 +41,7 @@ TEST_F(RVGitWorkingTreeEntryDiffTest, ComparesTheWorkingTreeWithTheIndexAndTheIn
     writeFile("repository/file.txt", "current\n");
     writeFile("repository/other", "current\n");
     const auto changed = entryAt("file.txt");
+    ASSERT_TRUE(changed);
     const auto current = changed->compareWorkingTreeWithIndexWithOptions(std::nullopt);
     ASSERT_TRUE(current);
     EXPECT_EQ(current->filePath(), "file.txt");
@@ -144,8 +145,9 @@ TEST_F(RVGitWorkingTreeEntryDiffTest, OptionsArePassedToGitButNotForTheSidesOfAC
     makeConflicts();
     const auto conflict =
         entryAt("both", RVOptions{{RVGitWorkingTreeOptionIncludeUnchangedFiles, true}});
+    ASSERT_TRUE(conflict);
     const auto recorder = useRecordingGit();
-    const auto argumentsOf = [&](Comparing comparing) {
+    const auto argumentsFor = [&](Comparing comparing) {
         const RVOptions options = {{RVGitDiffOptionIgnoreWhitespaceChanges, true}};
         (void)((*conflict).*comparing)(options, nullptr);
         return lastArguments(recorder);
@@ -167,23 +169,23 @@ TEST_F(RVGitWorkingTreeEntryDiffTest, OptionsArePassedToGitButNotForTheSidesOfAC
         arguments.insert(arguments.end(), others.begin(), others.end());
         return arguments;
     };
-    EXPECT_EQ(argumentsOf(comparesWorkingTree), withCommon({"--ignore-all-space", "--", "both"}));
-    EXPECT_EQ(argumentsOf(comparesIndex),
+    EXPECT_EQ(argumentsFor(comparesWorkingTree), withCommon({"--ignore-all-space", "--", "both"}));
+    EXPECT_EQ(argumentsFor(comparesIndex),
               withCommon({"--staged", "--ignore-all-space", "--", "both"}));
-    EXPECT_EQ(argumentsOf(comparesSides), withCommon({":2:both", ":3:both"}));
+    EXPECT_EQ(argumentsFor(comparesSides), withCommon({":2:both", ":3:both"}));
 }
 
 TEST_F(RVGitWorkingTreeEntryDiffTest, AFailureIsLeftInThePlace) {
     makeConflicts();
     const auto conflict = entryAt("both");
+    ASSERT_TRUE(conflict);
     auto fake = useFakeGit();
     fake.passOtherCallsOn();
     fake.setAnswer("diff", {.standardError = "fatal: broken\n", .exitCode = 128});
     for (const Comparing comparing : {comparesWorkingTree, comparesIndex, comparesSides}) {
-        std::optional<RVError> error;
-        EXPECT_EQ(((*conflict).*comparing)(std::nullopt, &error), nullptr);
-        ASSERT_TRUE(error.has_value());
-        EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+        EXPECT_THAT(
+            [&](RVErrorPlace error) { return ((*conflict).*comparing)(std::nullopt, error); },
+            failsWith(RVGitRVGitGenericError));
     }
 }
 

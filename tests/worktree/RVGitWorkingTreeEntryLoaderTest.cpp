@@ -211,6 +211,7 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, WithoutChangesEveryEntryOfTheIndexIsUnch
     EXPECT_THAT(listing(unchangedToo), ElementsAre("   Regular b", "   Regular dir/a",
                                                    "   Symbolic Link link", "   Executable tool"));
     const auto entry = entryAt("dir/a", unchangedToo);
+    ASSERT_TRUE(entry);
     EXPECT_TRUE(entry->hasLoadedIndexVersions());
     EXPECT_EQ(entry->stagedVersion()->objectHash(), gitInRepository({"rev-parse", ":dir/a"}));
 }
@@ -229,6 +230,7 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, ChangedEntriesGetTheirVersionsWithTheLis
     stageFile("file.txt", "staged");
     const auto recorder = useRecordingGit();
     const auto entry = entryAt("file.txt", unchangedToo);
+    ASSERT_TRUE(entry);
     EXPECT_EQ(entry->fileMode(), RVGitFileModeRegular);
     EXPECT_TRUE(entry->hasLoadedIndexVersions());
     ASSERT_TRUE(entry->stagedVersion());
@@ -240,6 +242,7 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, APathThatTheIndexDoesNotHaveStaysWithout
     makeCommit();
     gitInRepository({"rm", "-q", "--cached", "file.txt"});
     const auto entry = entryAt("file.txt", unchangedToo);
+    ASSERT_TRUE(entry);
     EXPECT_EQ(textOfEntry(*entry), "D? Regular file.txt");
     EXPECT_FALSE(entry->hasLoadedIndexVersions());
 }
@@ -324,10 +327,11 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, AFailedStatusIsAFailure) {
 TEST_F(RVGitWorkingTreeEntryLoaderTest, AnUnreadableStatusIsAFailure) {
     auto fake = useFakeGit();
     fake.setAnswer({.standardOutput = "R  a\n"});
-    std::optional<RVError> error;
-    EXPECT_FALSE(loader().loadWorkingTreeEntriesForFilePath(std::nullopt, std::nullopt, &error));
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), RVGitOutputParserError);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return loader().loadWorkingTreeEntriesForFilePath(std::nullopt, std::nullopt, error);
+        },
+        failsWith(RVGitOutputParserError));
 }
 
 TEST_F(RVGitWorkingTreeEntryLoaderTest, AnUnreadableIndexLeavesTheChangesAndFillsThePlace) {
@@ -381,6 +385,7 @@ TEST_F(RVGitWorkingTreeEntryLoaderTest, AnUntrackedDirectoryIsNoSubmoduleWhateve
     EXPECT_THAT(listingOf("D  m\n?? m/\n", "H 160000 " + hash + " 0\tm\0"s),
                 ElementsAre("D? Directory m"));
     const auto untracked = entryAt("m");
+    ASSERT_TRUE(untracked);
     EXPECT_TRUE(untracked->hasLoadedIndexVersions());
     ASSERT_TRUE(untracked->stagedVersion());
     EXPECT_EQ(untracked->stagedVersion()->objectHash(), hash);

@@ -109,6 +109,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AnIgnoredFileOfAListingIsNotMarked) {
     writeFile("repository/ignored", "");
     const auto ignored =
         entryAt("ignored", RVOptions{{RVGitWorkingTreeOptionIncludeIgnoredFiles, true}});
+    ASSERT_TRUE(ignored);
     EXPECT_TRUE(ignored->isIgnoredFile());
     EXPECT_FALSE(ignored->isIgnored());
 }
@@ -246,10 +247,8 @@ TEST_F(RVGitWorkingTreeEntryTest, ARenamedFileHasItsBaseAtTheOriginalPathAndACop
     const auto copied = newEntry(RVGitFileStatusCopied, RVGitFileStatusUnchanged, "new");
     copied->setOriginalFilePath("file.txt");
     EXPECT_EQ(copied->baseVersion(), nullptr);
-    std::optional<RVError> error;
-    EXPECT_EQ(copied->blobForBaseVersion(&error), nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), 1201);
+    EXPECT_THAT([&](RVErrorPlace error) { return copied->blobForBaseVersion(error); },
+                failsWith(1201));
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AVersionThatCouldNotBeLoadedIsTriedAgain) {
@@ -282,6 +281,7 @@ TEST_F(RVGitWorkingTreeEntryTest, EachVersionHasItsContents) {
     stageFile("file.txt", "staged");
     writeFile("repository/file.txt", "current");
     const auto changed = entryAt("file.txt");
+    ASSERT_TRUE(changed);
     EXPECT_EQ(contentsOf(changed->blobForCurrentVersion()), "current");
     EXPECT_EQ(contentsOf(changed->blobForStagedVersion()), "staged");
     EXPECT_EQ(contentsOf(changed->blobForBaseVersion()), "1");
@@ -296,12 +296,12 @@ TEST_F(RVGitWorkingTreeEntryTest, ADeletedFileHasNoCurrentContentsAndClearsThePl
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AFileThatCannotBeReadIsAnError) {
-    std::optional<RVError> error;
-    EXPECT_EQ(
-        newEntry(RVGitFileStatusUnchanged, RVGitFileStatusModified)->blobForCurrentVersion(&error),
-        nullptr);
-    ASSERT_TRUE(error.has_value());
-    EXPECT_EQ(error->code(), 1200);
+    EXPECT_THAT(
+        [&](RVErrorPlace error) {
+            return newEntry(RVGitFileStatusUnchanged, RVGitFileStatusModified)
+                ->blobForCurrentVersion(error);
+        },
+        failsWith(1200));
 }
 
 TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionClearsThePlaceButThatOfOurSide) {
@@ -330,6 +330,7 @@ TEST_F(RVGitWorkingTreeEntryTest, AMissingVersionClearsThePlaceButThatOfOurSide)
 TEST_F(RVGitWorkingTreeEntryTest, EachSideOfAConflictHasItsContents) {
     makeConflicts();
     const auto conflict = entryAt("both");
+    ASSERT_TRUE(conflict);
     const std::string base = contentsForFile("both");
     EXPECT_EQ(contentsOf(conflict->blobForUnmergedBaseVersion()), base);
     EXPECT_EQ(contentsOf(conflict->blobForUnmergedOursVersion()), base + "ours\n");

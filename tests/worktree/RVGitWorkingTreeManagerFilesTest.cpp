@@ -214,10 +214,11 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingADirectorySparesUnknownFiles) 
 TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingAnUnknownFileRevertsNothing) {
     write("untracked", "precious\n");
     write("file", "changed\n");
-    EXPECT_EQ(errorOf([&](RVErrorPlace place) {
-                  return manager().revertFiles({"file", "untracked"}, place);
-              }).code(),
-              RVGitRVGitGenericError);
+    EXPECT_THAT(
+        [&](RVErrorPlace place) {
+            return manager().revertFiles({"file", "untracked"}, place);
+        },
+        failsWith(RVGitRVGitGenericError));
     EXPECT_EQ(read("untracked"), "precious\n");
     EXPECT_EQ(read("file"), "changed\n");
     git({"add", "untracked"}, repositoryPath());
@@ -325,10 +326,11 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, AnAssumedFileLooksUnchangedUntilTheFlag
     EXPECT_TRUE(manager().unsetAssumeUnchangedFlagForFilePaths({"file"}));
     EXPECT_THAT(status(), ElementsAre(" M file"));
     EXPECT_EQ(read("file"), "changed\n");
-    EXPECT_EQ(errorOf([&](RVErrorPlace place) {
-                  return manager().setAssumeUnchangedFlagForFilePaths({"untracked"}, place);
-              }).code(),
-              RVGitUpdateIndexNoSuchFileError);
+    EXPECT_THAT(
+        [&](RVErrorPlace place) {
+            return manager().setAssumeUnchangedFlagForFilePaths({"untracked"}, place);
+        },
+        failsWith(RVGitUpdateIndexNoSuchFileError));
 }
 
 TEST_F(RVGitWorkingTreeManagerFilesTest, MovingKeepsChangesStagedAndUnstaged) {
@@ -357,10 +359,9 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, MovingALinkKeepsItsTarget) {
 
 TEST_F(RVGitWorkingTreeManagerFilesTest, MovingOverAFileNeedsForce) {
     write("other", "lost\n");
-    EXPECT_EQ(errorOf([&](RVErrorPlace place) {
-                  return manager().moveFileAtPath("file", "other", 0, place);
-              }).code(),
-              RVGitMoveFileAlreadyExistsError);
+    EXPECT_THAT(
+        [&](RVErrorPlace place) { return manager().moveFileAtPath("file", "other", 0, place); },
+        failsWith(RVGitMoveFileAlreadyExistsError));
     EXPECT_EQ(read("other"), "lost\n");
     EXPECT_TRUE(manager().moveFileAtPath("file", "other", RVGitMoveOptionForce));
     EXPECT_EQ(read("other"), "committed\n");
@@ -432,9 +433,8 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, ALinkedWorkingTreeHasAnIndexAndALockOfI
     EXPECT_EQ(gitLine({"status", "--porcelain"}, path), "M  file");
     EXPECT_THAT(status(), IsEmpty());
     writeFile(gitDirectory + "/index.lock", "");
-    EXPECT_EQ(
-        errorOf([&](RVErrorPlace place) { return linked.unstageFiles({"file"}, place); }).code(),
-        RVGitIndexLockError);
+    EXPECT_THAT([&](RVErrorPlace place) { return linked.unstageFiles({"file"}, place); },
+                failsWith(RVGitIndexLockError));
     write("file", "changed here\n");
     EXPECT_TRUE(manager().stageFiles({"file"}));
     EXPECT_EQ(readFile("linked/file"), "changed\n");

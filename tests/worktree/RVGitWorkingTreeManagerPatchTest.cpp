@@ -46,6 +46,7 @@ protected:
 TEST_F(RVGitWorkingTreeManagerPatchTest, HoldsTheBytesThatGitPrints) {
     const auto patch =
         manager().patchByComparingWorkingTreeWithIndexForFilePaths(paths, std::nullopt);
+    ASSERT_TRUE(patch);
     EXPECT_EQ(patch, gitDiff({}, paths));
     EXPECT_THAT(*patch, HasSubstr("\n+caf\xe9\r\n+na\xefve\n"));
     EXPECT_THAT(*patch, HasSubstr("Binary files a/b and b/b differ\n"));

@@ -233,13 +233,11 @@ TEST_F(RVGitWorkingTreeManagerTest, AListAsLongAsTheLimitIsOneBatch) {
 
 TEST_F(RVGitWorkingTreeManagerTest, ABatchThatFailsLeavesTheEarlierOnesAppliedAndReportsItsError) {
     cutListsAfterTwoPaths();
-    const auto run = [&](const auto& operation) {
-        return errorOf([&](RVErrorPlace error) { return operation(error); });
-    };
+    const auto run = [&](const auto& operation) { return errorOf(operation); };
     for (const std::string& path : fivePaths)
         write(path, "one\n");
     const auto [fake, recorder] = useGitThatFailsFor("c");
-    const auto expectFailureOfTheSecondBatch = [&](const RVError& error) {
+    const auto expectFailureOfTheSecondBatch = [&recorder = recorder](const RVError& error) {
         EXPECT_EQ(error.code(), RVGitRVGitGenericError);
         EXPECT_EQ(error.userInfoString(RVGitCommandErrorOutputErrorKey), "fatal: no\n");
         EXPECT_EQ(recorder.invocations().size(), 1U);
@@ -426,8 +424,8 @@ TEST_F(RVGitUnstagingFallbackTest, IsNotTakenAfterAnotherFailure) {
         const auto [fake, recorder] =
             useGitThatFailsFor("reset", {.standardError = message, .exitCode = 128});
         recorder.clear();
-        const auto error =
-            errorOf([&](RVErrorPlace place) { return manager().unstageFiles({path}, place); });
+        const auto error = errorOf(
+            [&, path = path](RVErrorPlace place) { return manager().unstageFiles({path}, place); });
         EXPECT_EQ(error.code(), RVGitRVGitGenericError);
         EXPECT_EQ(error.userInfoString(RVGitCommandErrorOutputErrorKey), message);
         EXPECT_THAT(recorder.invocations(), IsEmpty());

@@ -42,7 +42,7 @@ std::string fileWithChanges(const std::string& text, const RVGitDiffChunk& chunk
                             const std::set<std::uint64_t>& selected, std::size_t base) {
     const Lines before = linesOf(text);
     const RVGitDiffRange range = chunk.fileRanges()[base];
-    std::size_t next = range.length == 0 ? range.location : range.location - 1;
+    auto next = static_cast<std::size_t>(range.length == 0 ? range.location : range.location - 1);
     Lines after(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(next));
     for (std::uint64_t index = 0; index < chunk.lines().size(); ++index) {
         const auto line = chunk.lines()[index];

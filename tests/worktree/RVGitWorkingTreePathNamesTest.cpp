@@ -224,6 +224,7 @@ TEST_F(RVGitWorkingTreePathNamesTest, AVersionThatIsReadAloneIsLookedUpByASpecif
         writeFile(std::string("repository/") + name, "changed");
     for (const char* name : {"star*", "[a]"}) {
         const auto entry = entryAt(name);
+        ASSERT_TRUE(entry);
         ASSERT_TRUE(entry->stagedVersion()) << name;
         EXPECT_EQ(entry->stagedVersion()->filePath(), name);
         ASSERT_TRUE(entry->baseVersion()) << name;

@@ -222,6 +222,7 @@ TEST_F(RVGitWorkingTreeStatesTest, AFileOfWhichOnlyTheIntentIsKnown) {
     gitInRepository({"add", "-N", "intent"});
     EXPECT_THAT(listing(), ElementsAre(" A Regular intent"));
     const auto entry = entryAt("intent", everything);
+    ASSERT_TRUE(entry);
     EXPECT_EQ(entry->stagedVersion()->objectHash(), "e69de29bb2d1d6434b8b29ae775ad8c2e48c5391");
     EXPECT_EQ(entry->baseVersion(), nullptr);
 }

@@ -55,7 +55,7 @@ private:
     int arrived_ = 0;
 };
 
-TEST(RVOperationQueueTest, RunsOperationsInOrderOneAtATimeOnASerialQueue) {
+TEST(RVOperationQueueThreadsTest, RunsOperationsInOrderOneAtATimeOnASerialQueue) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     std::vector<int> order;
     for (int number = 0; number < 100; ++number)
@@ -67,7 +67,7 @@ TEST(RVOperationQueueTest, RunsOperationsInOrderOneAtATimeOnASerialQueue) {
     EXPECT_EQ(order, expected);
 }
 
-TEST(RVOperationQueueTest, NeverRunsMoreThanTheLimit) {
+TEST(RVOperationQueueThreadsTest, NeverRunsMoreThanTheLimit) {
     RVOperationQueue queue("bounded", 4);
     std::atomic<int> running = 0;
     std::atomic<int> most = 0;
@@ -96,7 +96,7 @@ TEST(RVOperationQueueTest, NeverRunsMoreThanTheLimit) {
     EXPECT_GE(most, 2);
 }
 
-TEST(RVOperationQueueTest, ARunOnAThreadOfTheQueueTakesNoSecondSlot) {
+TEST(RVOperationQueueThreadsTest, ARunOnAThreadOfTheQueueTakesNoSecondSlot) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     bool ran = false;
     queue->runBlock([&] {
@@ -107,7 +107,7 @@ TEST(RVOperationQueueTest, ARunOnAThreadOfTheQueueTakesNoSecondSlot) {
     EXPECT_FALSE(queue->isCurrent());
 }
 
-TEST(RVOperationQueueTest, NestingAcrossTwoQueuesIsSeenThrough) {
+TEST(RVOperationQueueThreadsTest, NestingAcrossTwoQueuesIsSeenThrough) {
     const auto first = RVOperationQueue::serialQueue("first");
     const auto second = RVOperationQueue::serialQueue("second");
     bool ran = false;
@@ -115,7 +115,7 @@ TEST(RVOperationQueueTest, NestingAcrossTwoQueuesIsSeenThrough) {
     EXPECT_TRUE(ran);
 }
 
-TEST(RVOperationQueueTest, AnOperationMayWaitForOneThatIsQueuedBehindIt) {
+TEST(RVOperationQueueThreadsTest, AnOperationMayWaitForOneThatIsQueuedBehindIt) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     bool ran = false;
     auto outer = operation([&] {
@@ -129,7 +129,7 @@ TEST(RVOperationQueueTest, AnOperationMayWaitForOneThatIsQueuedBehindIt) {
     EXPECT_TRUE(ran);
 }
 
-TEST(RVOperationQueueTest, AnExceptionReachesWhoeverWaitsAndTheQueueGoesOn) {
+TEST(RVOperationQueueThreadsTest, AnExceptionReachesWhoeverWaitsAndTheQueueGoesOn) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     EXPECT_THROW(queue->runBlock([] { throw std::runtime_error("no"); }), std::runtime_error);
     auto failing = operation([] { throw std::runtime_error("no"); });
@@ -141,7 +141,7 @@ TEST(RVOperationQueueTest, AnExceptionReachesWhoeverWaitsAndTheQueueGoesOn) {
     EXPECT_TRUE(ran);
 }
 
-TEST(RVOperationQueueTest, ACancelledOperationThatWaitsIsFinishedAtOnceAndNeverRuns) {
+TEST(RVOperationQueueThreadsTest, ACancelledOperationThatWaitsIsFinishedAtOnceAndNeverRuns) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     Gate gate;
     queue->addOperation(operation([&] { gate.pass(); }));
@@ -163,7 +163,7 @@ bool finishesSoon(const std::shared_ptr<RVOperation>& operation) {
     return operation->isFinished();
 }
 
-TEST(RVOperationQueueTest, ARunOnTheCallersThreadHandsItsSlotToWhatWasQueuedMeanwhile) {
+TEST(RVOperationQueueThreadsTest, ARunOnTheCallersThreadHandsItsSlotToWhatWasQueuedMeanwhile) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     const std::thread::id caller = std::this_thread::get_id();
     std::vector<int> order;
@@ -188,7 +188,7 @@ TEST(RVOperationQueueTest, ARunOnTheCallersThreadHandsItsSlotToWhatWasQueuedMean
     EXPECT_TRUE(ran);
 }
 
-TEST(RVOperationQueueTest, SlotsAreHandedOnWhereCallersAndWorkersCompete) {
+TEST(RVOperationQueueThreadsTest, SlotsAreHandedOnWhereCallersAndWorkersCompete) {
     RVOperationQueue queue("bounded", 2);
     std::atomic<int> ran = 0;
     std::vector<std::shared_ptr<RVOperation>> all;
@@ -210,7 +210,7 @@ TEST(RVOperationQueueTest, SlotsAreHandedOnWhereCallersAndWorkersCompete) {
     EXPECT_EQ(ran, 400);
 }
 
-TEST(RVOperationQueueTest, AnOperationThatWaitsForItsOwnEndIsTold) {
+TEST(RVOperationQueueThreadsTest, AnOperationThatWaitsForItsOwnEndIsTold) {
     RVOperationQueue queue("bounded", 2);
     std::shared_ptr<RVOperation> own;
     const auto waitsForItself = [&] {
@@ -228,7 +228,7 @@ TEST(RVOperationQueueTest, AnOperationThatWaitsForItsOwnEndIsTold) {
     EXPECT_TRUE(finishesSoon(own));
 }
 
-TEST(RVOperationQueueTest, OfOperationsThatWaitForEachOtherOneIsTold) {
+TEST(RVOperationQueueThreadsTest, OfOperationsThatWaitForEachOtherOneIsTold) {
     RVOperationQueue queue("bounded", 3);
     std::vector<std::shared_ptr<RVOperation>> ring(3);
     Gate gate;
@@ -251,7 +251,7 @@ TEST(RVOperationQueueTest, OfOperationsThatWaitForEachOtherOneIsTold) {
     EXPECT_EQ(told, 1);
 }
 
-TEST(RVOperationQueueTest, OperationsThatAllWaitForAllDoNotWaitForEachOther) {
+TEST(RVOperationQueueThreadsTest, OperationsThatAllWaitForAllDoNotWaitForEachOther) {
     RVOperationQueue queue("bounded", 3);
     Gate gate;
     std::atomic<int> returned = 0;
@@ -278,7 +278,7 @@ TEST(RVOperationQueueTest, OperationsThatAllWaitForAllDoNotWaitForEachOther) {
     queue.waitUntilAllOperationsAreFinished();
 }
 
-TEST(RVOperationQueueTest, CancellingAllReachesWaitingAndRunningOperations) {
+TEST(RVOperationQueueThreadsTest, CancellingAllReachesWaitingAndRunningOperations) {
     RVOperationQueue queue("bounded", 2);
     Gate gate;
     std::vector<std::shared_ptr<RVOperation>> operations;
@@ -294,7 +294,7 @@ TEST(RVOperationQueueTest, CancellingAllReachesWaitingAndRunningOperations) {
         EXPECT_TRUE(each->isCancelled() && each->isFinished());
 }
 
-TEST(RVOperationQueueTest, WaitingForAllOnAThreadOfTheQueueLeavesItselfOut) {
+TEST(RVOperationQueueThreadsTest, WaitingForAllOnAThreadOfTheQueueLeavesItselfOut) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     bool returned = false;
     queue->runBlock([&] {
@@ -304,7 +304,7 @@ TEST(RVOperationQueueTest, WaitingForAllOnAThreadOfTheQueueLeavesItselfOut) {
     EXPECT_TRUE(returned);
 }
 
-TEST(RVOperationQueueTest, WaitingForAllOnTheOnlySlotRunsWhatWaitsForIt) {
+TEST(RVOperationQueueThreadsTest, WaitingForAllOnTheOnlySlotRunsWhatWaitsForIt) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     std::vector<int> order;
     queue->runBlock([&] {
@@ -315,7 +315,7 @@ TEST(RVOperationQueueTest, WaitingForAllOnTheOnlySlotRunsWhatWaitsForIt) {
     });
 }
 
-TEST(RVOperationQueueTest, WorkOutlivesTheQueue) {
+TEST(RVOperationQueueThreadsTest, WorkOutlivesTheQueue) {
     Gate gate;
     std::atomic<bool> ran = false;
     auto late = operation([&] {
@@ -332,7 +332,7 @@ TEST(RVOperationQueueTest, WorkOutlivesTheQueue) {
     EXPECT_TRUE(ran);
 }
 
-TEST(RVOperationTest, StartRunsWithoutAQueueAndReturns) {
+TEST(RVOperationThreadsTest, StartRunsWithoutAQueueAndReturns) {
     Gate gate;
     auto started = operation([&] { gate.pass(); });
     started->start();
@@ -343,7 +343,7 @@ TEST(RVOperationTest, StartRunsWithoutAQueueAndReturns) {
     EXPECT_TRUE(started->isFinished());
 }
 
-TEST(RVOperationTest, RunsOnceOnly) {
+TEST(RVOperationThreadsTest, RunsOnceOnly) {
     const auto queue = RVOperationQueue::serialQueue("serial");
     int runs = 0;
     auto once = operation([&] { ++runs; });
@@ -352,7 +352,7 @@ TEST(RVOperationTest, RunsOnceOnly) {
     EXPECT_EQ(runs, 1);
 }
 
-TEST(RVOperationQueueTest, TheCompletionBlockIsCalledOnceHoweverTheWorkEnds) {
+TEST(RVOperationQueueThreadsTest, TheCompletionBlockIsCalledOnceHoweverTheWorkEnds) {
     int calls = 0;
     std::exception_ptr exception;
     const auto watched = [&](std::function<void()> work) {
@@ -384,7 +384,7 @@ TEST(RVOperationQueueTest, TheCompletionBlockIsCalledOnceHoweverTheWorkEnds) {
     EXPECT_EQ(calls, 3);
 }
 
-TEST(RVOperationQueueTest, WaitersComeBackBehindTheCompletionBlockAndGetWhatItRaises) {
+TEST(RVOperationQueueThreadsTest, WaitersComeBackBehindTheCompletionBlockAndGetWhatItRaises) {
     bool called = false;
     const auto raising = operation([] {});
     raising->setCompletionBlock([&](RVOperation& ended) {

@@ -90,7 +90,7 @@ std::string makeTemporaryDirectory() {
     return path;
 }
 
-TEST(RVChildProcessTest, APipeIsEnlargedAlsoForAChildThatWritesLittleAtATime) {
+TEST(RVChildProcessThreadsTest, APipeIsEnlargedAlsoForAChildThatWritesLittleAtATime) {
     // It writes only to an empty pipe, so that no read ever finds it full, and looks at its size.
     const Result result = run(shell(
         R"(exec perl -e 'my $size = 0;
@@ -107,7 +107,7 @@ TEST(RVChildProcessTest, APipeIsEnlargedAlsoForAChildThatWritesLittleAtATime) {
     EXPECT_EQ(result.output, std::string(result.output.size(), 'x'));
 }
 
-TEST(RVChildProcessTest, KeepsBothOutputsApartAndTheExitCode) {
+TEST(RVChildProcessThreadsTest, KeepsBothOutputsApartAndTheExitCode) {
     const Result result = run(shell("printf out; printf err >&2; exit 3"));
     EXPECT_EQ(result.launchError, 0);
     EXPECT_EQ(result.exitCode, 3);
@@ -115,27 +115,27 @@ TEST(RVChildProcessTest, KeepsBothOutputsApartAndTheExitCode) {
     EXPECT_EQ(result.error, "err");
 }
 
-TEST(RVChildProcessTest, PassesArgumentsAndEnvironmentUnchanged) {
+TEST(RVChildProcessThreadsTest, PassesArgumentsAndEnvironmentUnchanged) {
     RVChildProcess::Launch launch = shell("printf '%s|' \"$@\"; printf %s \"$VALUE\"");
     launch.arguments.insert(launch.arguments.end(), {"sh", "", "a b", "new\nline", "\xff", "$x"});
     launch.environment.setValue("VALUE", "two\nlines=\xc3\xa4");
     EXPECT_EQ(run(launch).output, "|a b|new\nline|\xff|$x|two\nlines=\xc3\xa4");
 }
 
-TEST(RVChildProcessTest, GivesTheChildNothingOfItsOwnEnvironment) {
+TEST(RVChildProcessThreadsTest, GivesTheChildNothingOfItsOwnEnvironment) {
     setenv("RVGIT_TEST_LEAK", "1", 1);
     const Result result = run(shell("printf '%s' \"${RVGIT_TEST_LEAK-none}\""));
     unsetenv("RVGIT_TEST_LEAK");
     EXPECT_EQ(result.output, "none");
 }
 
-TEST(RVChildProcessTest, RunsInTheWorkingDirectory) {
+TEST(RVChildProcessThreadsTest, RunsInTheWorkingDirectory) {
     RVChildProcess::Launch launch = shell("pwd");
     launch.workingDirectory = "/usr";
     EXPECT_EQ(run(launch).output, "/usr\n");
 }
 
-TEST(RVChildProcessTest, ARelativePathIsThatOfThisProcessAndNotOfTheWorkingDirectory) {
+TEST(RVChildProcessThreadsTest, ARelativePathIsThatOfThisProcessAndNotOfTheWorkingDirectory) {
     const std::string before = std::filesystem::current_path();
     RVChildProcess::Launch launch = shell("pwd");
     launch.path = "sh";
@@ -148,29 +148,29 @@ TEST(RVChildProcessTest, ARelativePathIsThatOfThisProcessAndNotOfTheWorkingDirec
     std::filesystem::current_path(before);
 }
 
-TEST(RVChildProcessTest, StandardInputIsEmptyUnlessGiven) {
+TEST(RVChildProcessThreadsTest, StandardInputIsEmptyUnlessGiven) {
     EXPECT_EQ(run(shell("wc -c")).output, "0\n");
 }
 
-TEST(RVChildProcessTest, FeedsGivenBytesAndClosesThePipe) {
+TEST(RVChildProcessThreadsTest, FeedsGivenBytesAndClosesThePipe) {
     RVChildProcess::Launch launch = shell("cat");
     launch.standardInput = RVStandardInput::data(std::string("a\0b\xff\n", 5));
     EXPECT_EQ(run(launch).output, std::string("a\0b\xff\n", 5));
 }
 
-TEST(RVChildProcessTest, EmptyGivenInputIsEndOfFile) {
+TEST(RVChildProcessThreadsTest, EmptyGivenInputIsEndOfFile) {
     RVChildProcess::Launch launch = shell("wc -c");
     launch.standardInput = RVStandardInput::data({});
     EXPECT_EQ(run(launch).output, "0\n");
 }
 
-TEST(RVChildProcessTest, ReadsAFileAsStandardInput) {
+TEST(RVChildProcessThreadsTest, ReadsAFileAsStandardInput) {
     RVChildProcess::Launch launch = shell("head -n 1");
     launch.standardInput = RVStandardInput::file("/proc/self/comm");
     EXPECT_FALSE(run(launch).output.empty());
 }
 
-TEST(RVChildProcessTest, ReadsAnOpenFileAsStandardInputFromWhereItStands) {
+TEST(RVChildProcessThreadsTest, ReadsAnOpenFileAsStandardInputFromWhereItStands) {
     const int file = ::open("/proc/self/comm", O_RDONLY | O_CLOEXEC);
     ASSERT_GE(file, 0);
     {
@@ -183,7 +183,7 @@ TEST(RVChildProcessTest, ReadsAnOpenFileAsStandardInputFromWhereItStands) {
     EXPECT_EQ(::fcntl(file, F_GETFD), -1);
 }
 
-TEST(RVChildProcessTest, AnInputThatIsNoRegularFileIsALaunchFailure) {
+TEST(RVChildProcessThreadsTest, AnInputThatIsNoRegularFileIsALaunchFailure) {
     RVChildProcess::Launch launch = shell("exit 0");
     for (const auto& [path, code] : std::vector<std::pair<std::string, int>>{
              {"/proc/self/exe", ELOOP}, {"/tmp", EISDIR}, {"/dev/zero", EINVAL}}) {
@@ -192,13 +192,13 @@ TEST(RVChildProcessTest, AnInputThatIsNoRegularFileIsALaunchFailure) {
     }
 }
 
-TEST(RVChildProcessTest, AMissingInputFileIsALaunchFailure) {
+TEST(RVChildProcessThreadsTest, AMissingInputFileIsALaunchFailure) {
     RVChildProcess::Launch launch = shell("exit 0");
     launch.standardInput = RVStandardInput::file("/nonexistent/input");
     EXPECT_EQ(run(launch).launchError, ENOENT);
 }
 
-TEST(RVChildProcessTest, AChildThatWritesAllBeforeItReadsDoesNotDeadlock) {
+TEST(RVChildProcessThreadsTest, AChildThatWritesAllBeforeItReadsDoesNotDeadlock) {
     constexpr std::size_t size = 100'000'000;
     RVChildProcess::Launch launch = shell(
         "head -c 100000000 /dev/zero; head -c 100000000 /dev/zero >&2; wc -c | tr -d ' \\n' >&2");
@@ -211,7 +211,7 @@ TEST(RVChildProcessTest, AChildThatWritesAllBeforeItReadsDoesNotDeadlock) {
     EXPECT_EQ(process.standardError().view().substr(size), "100000000");
 }
 
-TEST(RVChildProcessTest, AChildThatDoesNotReadItsInputReportsItsExitCode) {
+TEST(RVChildProcessThreadsTest, AChildThatDoesNotReadItsInputReportsItsExitCode) {
     RVChildProcess::Launch launch = shell("exit 7");
     launch.standardInput = RVStandardInput::data(std::string(1'000'000, 'x'));
     for (int attempt = 0; attempt < 200; ++attempt) {
@@ -221,7 +221,7 @@ TEST(RVChildProcessTest, AChildThatDoesNotReadItsInputReportsItsExitCode) {
     }
 }
 
-TEST(RVChildProcessTest, ABrokenPipeLeavesTheSignalSettingsOfTheProcessAlone) {
+TEST(RVChildProcessThreadsTest, ABrokenPipeLeavesTheSignalSettingsOfTheProcessAlone) {
     struct sigaction before;
     sigaction(SIGPIPE, nullptr, &before);
     RVChildProcess::Launch launch = shell("exec <&-; sleep 0.1");
@@ -237,7 +237,7 @@ TEST(RVChildProcessTest, ABrokenPipeLeavesTheSignalSettingsOfTheProcessAlone) {
     EXPECT_EQ(sigismember(&signals, SIGPIPE), 0);
 }
 
-TEST(RVChildProcessTest, AReaderThatGoesAwayDoesNotStopTheDraining) {
+TEST(RVChildProcessThreadsTest, AReaderThatGoesAwayDoesNotStopTheDraining) {
     RVChildProcess::Launch launch = shell("exec <&-; head -c 1000000 /dev/zero; exit 4");
     launch.standardInput = RVStandardInput::data(std::string(1'000'000, 'x'));
     const Result result = run(launch);
@@ -245,7 +245,7 @@ TEST(RVChildProcessTest, AReaderThatGoesAwayDoesNotStopTheDraining) {
     EXPECT_EQ(result.output.size(), 1'000'000u);
 }
 
-TEST(RVChildProcessTest, AGrandchildOnThePipesDelaysTheEndByAGraceOnly) {
+TEST(RVChildProcessThreadsTest, AGrandchildOnThePipesDelaysTheEndByAGraceOnly) {
     const Clock::time_point start = Clock::now();
     const Result result = run(shell("sleep 30 & echo $!; exit 5"));
     EXPECT_LT(Clock::now() - start, milliseconds(10'000));
@@ -253,7 +253,7 @@ TEST(RVChildProcessTest, AGrandchildOnThePipesDelaysTheEndByAGraceOnly) {
     kill(std::stoi(result.output), SIGKILL);
 }
 
-TEST(RVChildProcessTest, ARunThatWasNotCancelledEndsNobodyElse) {
+TEST(RVChildProcessThreadsTest, ARunThatWasNotCancelledEndsNobodyElse) {
     // What is left behind must live to answer; a signal that is under way would not let it.
     const std::string directory = makeTemporaryDirectory();
     for (const char* redirection : {"", " >/dev/null 2>&1"}) {
@@ -269,11 +269,11 @@ TEST(RVChildProcessTest, ARunThatWasNotCancelledEndsNobodyElse) {
     std::filesystem::remove_all(directory);
 }
 
-TEST(RVChildProcessTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
+TEST(RVChildProcessThreadsTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
     EXPECT_EQ(run(shell("(sleep 0.01; printf late) & printf early")).output, "earlylate");
 }
 
-TEST(RVChildProcessTest, AHandlerThatTakesLongerThanTheGraceLosesNothing) {
+TEST(RVChildProcessThreadsTest, AHandlerThatTakesLongerThanTheGraceLosesNothing) {
     RVChildProcess process;
     // The second word is written while the handler is still busy with the first.
     ASSERT_EQ(process.run(shell("(sleep 0.02; printf one; sleep 0.1; printf two) &"),
@@ -284,16 +284,16 @@ TEST(RVChildProcessTest, AHandlerThatTakesLongerThanTheGraceLosesNothing) {
     EXPECT_EQ(process.standardOutput().view(), "onetwo");
 }
 
-TEST(RVChildProcessTest, AChildKilledBySignalNHasTheExitCode128PlusN) {
+TEST(RVChildProcessThreadsTest, AChildKilledBySignalNHasTheExitCode128PlusN) {
     EXPECT_EQ(run(shell("kill -9 $$")).exitCode, 128 + SIGKILL);
     EXPECT_EQ(run(shell("kill -15 $$")).exitCode, 128 + SIGTERM);
 }
 
-TEST(RVChildProcessTest, TheChildHasNoTerminalToAskOn) {
+TEST(RVChildProcessThreadsTest, TheChildHasNoTerminalToAskOn) {
     EXPECT_EQ(run(shell("(: < /dev/tty) 2>/dev/null && echo asked || echo none")).output, "none\n");
 }
 
-TEST(RVChildProcessTest, TheChildSeesTheThreeStandardDescriptorsAlone) {
+TEST(RVChildProcessThreadsTest, TheChildSeesTheThreeStandardDescriptorsAlone) {
     const int leaked = open("/dev/null", O_RDONLY);
     // One that close-on-exec would not catch.
     const int high = fcntl(leaked, F_DUPFD, 200);
@@ -306,7 +306,7 @@ TEST(RVChildProcessTest, TheChildSeesTheThreeStandardDescriptorsAlone) {
     close(high);
 }
 
-TEST(RVChildProcessTest, TheChildHasDefaultSignals) {
+TEST(RVChildProcessThreadsTest, TheChildHasDefaultSignals) {
     struct sigaction ignore {};
     struct sigaction before;
     ignore.sa_handler = SIG_IGN;
@@ -323,7 +323,7 @@ TEST(RVChildProcessTest, TheChildHasDefaultSignals) {
     EXPECT_THAT(output, testing::MatchesRegex("SigBlk:\t0+\nSigIgn:\t0*(0|180000000)\n"));
 }
 
-TEST(RVChildProcessTest, WorksInAProcessWithoutStandardDescriptors) {
+TEST(RVChildProcessThreadsTest, WorksInAProcessWithoutStandardDescriptors) {
     EXPECT_EXIT(
         {
             close(0);
@@ -337,7 +337,7 @@ TEST(RVChildProcessTest, WorksInAProcessWithoutStandardDescriptors) {
         testing::ExitedWithCode(0), "");
 }
 
-TEST(RVChildProcessTest, LaunchFailuresGiveTheSystemsReason) {
+TEST(RVChildProcessThreadsTest, LaunchFailuresGiveTheSystemsReason) {
     RVChildProcess::Launch launch = shell("exit 0");
     launch.path = "/nonexistent/git";
     EXPECT_EQ(run(launch).launchError, ENOENT);
@@ -350,7 +350,7 @@ TEST(RVChildProcessTest, LaunchFailuresGiveTheSystemsReason) {
     EXPECT_EQ(run(launch).launchError, ENOTDIR);
 }
 
-TEST(RVChildProcessTest, NothingThatHoldsANULIsLaunched) {
+TEST(RVChildProcessThreadsTest, NothingThatHoldsANULIsLaunched) {
     using namespace std::string_literals;
     const auto changed = [](const std::function<void(RVChildProcess::Launch&)>& change) {
         RVChildProcess::Launch launch = shell("exit 0");
@@ -376,7 +376,7 @@ TEST(RVChildProcessTest, NothingThatHoldsANULIsLaunched) {
               0);
 }
 
-TEST(RVChildProcessTest, TerminateEndsTheChildAndWhatItStarted) {
+TEST(RVChildProcessThreadsTest, TerminateEndsTheChildAndWhatItStarted) {
     RVChildProcess process;
     std::string output;
     ASSERT_EQ(process.run(shell("sleep 60 & echo $!; wait"),
@@ -389,7 +389,7 @@ TEST(RVChildProcessTest, TerminateEndsTheChildAndWhatItStarted) {
     EXPECT_TRUE(endsSoon(std::stoi(output)));
 }
 
-TEST(RVChildProcessTest, TerminateEndsADescendantThatIgnoresSIGTERM) {
+TEST(RVChildProcessThreadsTest, TerminateEndsADescendantThatIgnoresSIGTERM) {
     // The child itself obeys, at once; what it has started does not, and holds no pipe.
     RVChildProcess process;
     std::string output;
@@ -406,7 +406,7 @@ TEST(RVChildProcessTest, TerminateEndsADescendantThatIgnoresSIGTERM) {
     kill(descendant, SIGKILL);
 }
 
-TEST(RVChildProcessTest, TerminateIsHeardOnAnotherThread) {
+TEST(RVChildProcessThreadsTest, TerminateIsHeardOnAnotherThread) {
     RVChildProcess process;
     std::thread canceller([&] {
         std::this_thread::sleep_for(milliseconds(50));
@@ -417,14 +417,14 @@ TEST(RVChildProcessTest, TerminateIsHeardOnAnotherThread) {
     EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
 }
 
-TEST(RVChildProcessTest, TerminateBeforeTheLaunchEndsTheChildAtOnce) {
+TEST(RVChildProcessThreadsTest, TerminateBeforeTheLaunchEndsTheChildAtOnce) {
     RVChildProcess process;
     process.terminate();
     ASSERT_EQ(process.run(shell("sleep 60")), 0);
     EXPECT_EQ(process.exitCode(), 128 + SIGTERM);
 }
 
-TEST(RVChildProcessTest, AChildThatIgnoresSIGTERMIsKilled) {
+TEST(RVChildProcessThreadsTest, AChildThatIgnoresSIGTERMIsKilled) {
     RVChildProcess process;
     std::string output;
     ASSERT_EQ(process.run(shell("trap '' TERM; sleep 60 & echo $!; while :; do sleep 1; done"),
@@ -437,14 +437,14 @@ TEST(RVChildProcessTest, AChildThatIgnoresSIGTERMIsKilled) {
     EXPECT_TRUE(endsSoon(std::stoi(output)));
 }
 
-TEST(RVChildProcessTest, TerminateAfterTheEndDoesNothing) {
+TEST(RVChildProcessThreadsTest, TerminateAfterTheEndDoesNothing) {
     RVChildProcess process;
     ASSERT_EQ(process.run(shell("exit 0")), 0);
     process.terminate();
     EXPECT_EQ(process.exitCode(), 0);
 }
 
-TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsTheChildAsTerminateDoesAndIsKept) {
+TEST(RVChildProcessThreadsTest, AnExceptionOfAHandlerEndsTheChildAsTerminateDoesAndIsKept) {
     RVChildProcess process;
     int calls = 0;
     // The child cleans up behind itself, which SIGKILL would not let it do, and goes on to write.
@@ -464,7 +464,7 @@ TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsTheChildAsTerminateDoesAndIsKe
     EXPECT_FALSE(isRunning(std::stoi(std::string(process.standardOutput().view()))));
 }
 
-TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsAChildThatIgnoresSIGTERM) {
+TEST(RVChildProcessThreadsTest, AnExceptionOfAHandlerEndsAChildThatIgnoresSIGTERM) {
     RVChildProcess process;
     ASSERT_EQ(process.run(shell("trap '' TERM; echo started >&2; while :; do sleep 0.1; done"), {},
                           [&](std::string_view) { throw std::runtime_error("no"); }),
@@ -473,13 +473,13 @@ TEST(RVChildProcessTest, AnExceptionOfAHandlerEndsAChildThatIgnoresSIGTERM) {
     EXPECT_TRUE(process.handlerException());
 }
 
-TEST(RVChildProcessTest, ARunWithoutAnExceptionKeepsNone) {
+TEST(RVChildProcessThreadsTest, ARunWithoutAnExceptionKeepsNone) {
     RVChildProcess process;
     ASSERT_EQ(process.run(shell("echo out"), [](std::string_view) {}), 0);
     EXPECT_FALSE(process.handlerException());
 }
 
-TEST(RVChildProcessTest, HandlersReceiveTheBytesAsTheyArrive) {
+TEST(RVChildProcessThreadsTest, HandlersReceiveTheBytesAsTheyArrive) {
     RVChildProcess process;
     std::vector<std::string> chunks;
     ASSERT_EQ(process.run(shell("printf one; sleep 0.2; printf two"),
@@ -489,12 +489,12 @@ TEST(RVChildProcessTest, HandlersReceiveTheBytesAsTheyArrive) {
     EXPECT_EQ(process.standardOutput().view(), "onetwo");
 }
 
-TEST(RVChildProcessTest, OneLineOf50MegabytesAndNULBytesArriveWhole) {
+TEST(RVChildProcessThreadsTest, OneLineOf50MegabytesAndNULBytesArriveWhole) {
     const Result result = run(shell("head -c 50000000 /dev/zero"));
     EXPECT_EQ(result.output, std::string(50'000'000, '\0'));
 }
 
-TEST(RVChildProcessTest, AnUnknownExitStatusIsNotSuccess) {
+TEST(RVChildProcessThreadsTest, AnUnknownExitStatusIsNotSuccess) {
     EXPECT_EXIT(
         {
             signal(SIGCHLD, SIG_IGN);
@@ -520,7 +520,7 @@ int denyDescriptorsOfProcesses() {
                : -1;
 }
 
-TEST(RVChildProcessTest, WithoutADescriptorOfTheChildItsExitIsFoundAllTheSame) {
+TEST(RVChildProcessThreadsTest, WithoutADescriptorOfTheChildItsExitIsFoundAllTheSame) {
     EXPECT_EXIT(
         {
             if (denyDescriptorsOfProcesses() != 0 || syscall(SYS_pidfd_open, getpid(), 0) >= 0)
@@ -570,14 +570,14 @@ bool runsOrFailsWithFewDescriptors() {
     return ran > 0 && refused > 0;
 }
 
-TEST(RVChildProcessTest, WithFewDescriptorsLeftItRunsOrTellsThatThereAreNone) {
+TEST(RVChildProcessThreadsTest, WithFewDescriptorsLeftItRunsOrTellsThatThereAreNone) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
 #endif
     EXPECT_EXIT(_exit(runsOrFailsWithFewDescriptors() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
-TEST(RVChildProcessTest, TwoThousandRunsLeaveNoDescriptorThreadOrZombie) {
+TEST(RVChildProcessThreadsTest, TwoThousandRunsLeaveNoDescriptorThreadOrZombie) {
     ASSERT_EQ(run(shell("exit 0")).exitCode, 0);
     const std::size_t descriptors = numberOfEntries("/proc/self/fd");
     const std::size_t threads = numberOfEntries("/proc/self/task");
@@ -592,7 +592,7 @@ TEST(RVChildProcessTest, TwoThousandRunsLeaveNoDescriptorThreadOrZombie) {
     EXPECT_EQ(errno, ECHILD);
 }
 
-TEST(RVChildProcessTest, ManyThreadsRunChildrenAtOnce) {
+TEST(RVChildProcessThreadsTest, ManyThreadsRunChildrenAtOnce) {
     std::vector<std::thread> threads;
     std::atomic<int> right = 0;
     for (int number = 0; number < 16; ++number)

@@ -12,20 +12,20 @@
 
 namespace {
 
-class RVGitCommandQueueTest : public RVGitTestCase {};
+class RVGitCommandQueueThreadsTest : public RVGitTestCase {};
 
 std::size_t numberOfEntries(const std::string& directory) {
     const std::filesystem::directory_iterator entries(directory);
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-TEST_F(RVGitCommandQueueTest, IsNamedAndBoundedByTheConfiguration) {
+TEST_F(RVGitCommandQueueThreadsTest, IsNamedAndBoundedByTheConfiguration) {
     RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
     EXPECT_EQ(queue.name(), "com.varnelsoft.Git.CommandQueue");
     EXPECT_EQ(queue.maxConcurrentOperationCount(), 8u);
 }
 
-TEST_F(RVGitCommandQueueTest, ACommandIsRequired) {
+TEST_F(RVGitCommandQueueThreadsTest, ACommandIsRequired) {
     EXPECT_THAT([] { RVGitCommandQueue::sharedQueue().enqueueCommand(nullptr); },
                 testing::ThrowsMessage<RVInvalidParameterException>(
                     "Invalid parameter not satisfying: command"));
@@ -34,7 +34,8 @@ TEST_F(RVGitCommandQueueTest, ACommandIsRequired) {
                     "Invalid parameter not satisfying: command"));
 }
 
-TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitCompleteOnceAndLeaveNothing) {
+TEST_F(RVGitCommandQueueThreadsTest,
+       AThousandCommandsRunWithinTheLimitCompleteOnceAndLeaveNothing) {
     // Each child says for how long it lives; overlaps are counted afterwards by a directory that
     // holds one entry for each child that is alive.
     const std::string alive = makeDirectory("alive");
@@ -78,7 +79,7 @@ TEST_F(RVGitCommandQueueTest, AThousandCommandsRunWithinTheLimitCompleteOnceAndL
     EXPECT_LE(numberOfEntries("/proc/self/task"), threads);
 }
 
-TEST_F(RVGitCommandQueueTest, CancellingAllEndsWhatRunsAndWhatWaits) {
+TEST_F(RVGitCommandQueueThreadsTest, CancellingAllEndsWhatRunsAndWhatWaits) {
     const auto binary = RVGitBinary::gitBinaryWithPath(
         writeFile("git",
                   "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5;; "

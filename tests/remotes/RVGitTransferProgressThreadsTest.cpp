@@ -41,8 +41,8 @@ private:
     std::map<std::string, std::int64_t> percents_;
 };
 
-class RVGitTransferProgressTest : public RVGitTransferTestCase,
-                                  public testing::WithParamInterface<Protocol> {
+class RVGitTransferProgressThreadsTest : public RVGitTransferTestCase,
+                                         public testing::WithParamInterface<Protocol> {
 protected:
     /// A repository of 20,000 objects.
     void serveManyObjects() {
@@ -116,11 +116,11 @@ protected:
     }
 };
 
-INSTANTIATE_TEST_SUITE_P(Over, RVGitTransferProgressTest,
+INSTANTIATE_TEST_SUITE_P(Over, RVGitTransferProgressThreadsTest,
                          testing::Values(Protocol::SSH, Protocol::HTTP),
                          testing::PrintToStringParamName());
 
-TEST_P(RVGitTransferProgressTest, OfTwentyThousandObjects) {
+TEST_P(RVGitTransferProgressThreadsTest, OfTwentyThousandObjects) {
     serveManyObjects();
     const std::string address = url(GetParam());
     const auto clone = RVGitCloneCommand::gitCloneCommandWithRemoteURL(

@@ -27,7 +27,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class RVGitArchiverTest : public RVGitRepositoryTestCase {
+class RVGitArchiverThreadsTest : public RVGitRepositoryTestCase {
 protected:
     using Paths = std::vector<std::string>;
 
@@ -37,8 +37,8 @@ protected:
         std::optional<RVError> error;
     };
 
-    RVGitArchiverTest() { makeCommit(); }
-    ~RVGitArchiverTest() override { letGitGoOn(); }
+    RVGitArchiverThreadsTest() { makeCommit(); }
+    ~RVGitArchiverThreadsTest() override { letGitGoOn(); }
 
     [[nodiscard]] std::shared_ptr<RVGitArchiver> archiverFor(
         const std::string& destination, const std::string& revision = "HEAD",
@@ -82,7 +82,7 @@ private:
     std::promise<Completion> completed_;
 };
 
-TEST_F(RVGitArchiverTest, RunsAndWaits) {
+TEST_F(RVGitArchiverThreadsTest, RunsAndWaits) {
     const auto archiver = archiverFor("a.zip");
     EXPECT_FALSE(archiver->isRunning());
     EXPECT_EQ(archiver->command(), nullptr);
@@ -96,7 +96,7 @@ TEST_F(RVGitArchiverTest, RunsAndWaits) {
     EXPECT_EQ(readFile("a.zip").substr(0, 2), "PK");
 }
 
-TEST_F(RVGitArchiverTest, SetsNoFormatAndPassesPathsOn) {
+TEST_F(RVGitArchiverThreadsTest, SetsNoFormatAndPassesPathsOn) {
     const auto recorder = useRecordingGit();
     EXPECT_TRUE(archiverFor("a.zip", "main", Paths{"file.txt"})->run());
     EXPECT_THAT(lastArguments(recorder),
@@ -106,7 +106,7 @@ TEST_F(RVGitArchiverTest, SetsNoFormatAndPassesPathsOn) {
     EXPECT_EQ(lastArguments(recorder).back(), "--");
 }
 
-TEST_F(RVGitArchiverTest, AFailureEndsWithItsCodeAndNoPaths) {
+TEST_F(RVGitArchiverThreadsTest, AFailureEndsWithItsCodeAndNoPaths) {
     const auto archiver = archiverFor("a.zip", "missing");
     std::optional<RVError> error;
     EXPECT_FALSE(archiver->run(&error));
@@ -118,7 +118,7 @@ TEST_F(RVGitArchiverTest, AFailureEndsWithItsCodeAndNoPaths) {
     EXPECT_FALSE(fileExists("a.zip"));
 }
 
-TEST_F(RVGitArchiverTest, TheCompletionHandlerIsToldOfASuccess) {
+TEST_F(RVGitArchiverThreadsTest, TheCompletionHandlerIsToldOfASuccess) {
     const auto archiver = archiverFor("a.zip");
     bool progressed = false;
     archiver->archiveWithProgressHandler([&](const std::string&, double) { progressed = true; },
@@ -131,7 +131,7 @@ TEST_F(RVGitArchiverTest, TheCompletionHandlerIsToldOfASuccess) {
     EXPECT_FALSE(progressed);
 }
 
-TEST_F(RVGitArchiverTest, TheCompletionHandlerIsToldOfAFailure) {
+TEST_F(RVGitArchiverThreadsTest, TheCompletionHandlerIsToldOfAFailure) {
     const auto archiver = archiverFor("a.zip", "missing");
     archiver->archiveWithProgressHandler(nullptr, counting());
     archiver->waitUntilFinished();
@@ -142,7 +142,7 @@ TEST_F(RVGitArchiverTest, TheCompletionHandlerIsToldOfAFailure) {
     EXPECT_EQ(calls_, 1);
 }
 
-TEST_F(RVGitArchiverTest, AFailureToLaunchEndsWith100AndTheHandlerHearsOfIt) {
+TEST_F(RVGitArchiverThreadsTest, AFailureToLaunchEndsWith100AndTheHandlerHearsOfIt) {
     RVFakeGit fake = useFakeGit();
     std::filesystem::remove(fake.path());
     const auto archiver = archiverFor("a.zip");
@@ -157,7 +157,7 @@ TEST_F(RVGitArchiverTest, AFailureToLaunchEndsWith100AndTheHandlerHearsOfIt) {
     EXPECT_FALSE(fileExists("a.zip"));
 }
 
-TEST_F(RVGitArchiverTest, TooManyPathsAreRaisedToTheWaiterAndToldToTheHandler) {
+TEST_F(RVGitArchiverThreadsTest, TooManyPathsAreRaisedToTheWaiterAndToldToTheHandler) {
     const auto archiver = archiverFor("a.zip", "HEAD", Paths(5000, "file.txt"));
     archiver->setCompletionHandler(counting());
     EXPECT_THROW((void)archiver->run(), RVGitCommandArgumentsOverflowException);
@@ -169,7 +169,7 @@ TEST_F(RVGitArchiverTest, TooManyPathsAreRaisedToTheWaiterAndToldToTheHandler) {
     EXPECT_FALSE(archiver->isRunning());
 }
 
-TEST_F(RVGitArchiverTest, RunsBesideASharedQueueThatIsFull) {
+TEST_F(RVGitArchiverThreadsTest, RunsBesideASharedQueueThatIsFull) {
     useWaitingGit();
     const auto archiver = archiverFor("a.zip");
     std::promise<void> go;
@@ -197,7 +197,7 @@ TEST_F(RVGitArchiverTest, RunsBesideASharedQueueThatIsFull) {
         holder.join();
 }
 
-TEST_F(RVGitArchiverTest, CannotBeStartedTwiceAtOnce) {
+TEST_F(RVGitArchiverThreadsTest, CannotBeStartedTwiceAtOnce) {
     useWaitingGit();
     const auto archiver = archiverFor("a.zip");
     archiver->archiveWithProgressHandler(nullptr, counting());
@@ -217,7 +217,7 @@ TEST_F(RVGitArchiverTest, CannotBeStartedTwiceAtOnce) {
     EXPECT_EQ(others, 0);
 }
 
-TEST_F(RVGitArchiverTest, ACancelledRunHasNoErrorAndLeavesNoHalfArchive) {
+TEST_F(RVGitArchiverThreadsTest, ACancelledRunHasNoErrorAndLeavesNoHalfArchive) {
     useWaitingGit();
     const auto archiver = archiverFor("a.zip");
     archiver->archiveWithProgressHandler(nullptr, counting());
@@ -231,7 +231,7 @@ TEST_F(RVGitArchiverTest, ACancelledRunHasNoErrorAndLeavesNoHalfArchive) {
     EXPECT_FALSE(fileExists("a.zip"));
 }
 
-TEST_F(RVGitArchiverTest, CancelledBeforeItsThreadRunsItIsFinishedOnce) {
+TEST_F(RVGitArchiverThreadsTest, CancelledBeforeItsThreadRunsItIsFinishedOnce) {
     for (int round = 0; round < 50; ++round) {
         const auto archiver = archiverFor("a.zip");
         std::atomic<int> calls = 0;
@@ -244,7 +244,7 @@ TEST_F(RVGitArchiverTest, CancelledBeforeItsThreadRunsItIsFinishedOnce) {
     }
 }
 
-TEST_F(RVGitArchiverTest, CancellingAnIdleArchiverDoesNothing) {
+TEST_F(RVGitArchiverThreadsTest, CancellingAnIdleArchiverDoesNothing) {
     const auto archiver = archiverFor("a.zip");
     archiver->cancel();
     EXPECT_TRUE(archiver->run());
@@ -252,11 +252,11 @@ TEST_F(RVGitArchiverTest, CancellingAnIdleArchiverDoesNothing) {
     EXPECT_TRUE(fileExists("a.zip"));
 }
 
-TEST_F(RVGitArchiverTest, WaitingForNothingReturnsAtOnce) {
+TEST_F(RVGitArchiverThreadsTest, WaitingForNothingReturnsAtOnce) {
     archiverFor("a.zip")->waitUntilFinished();
 }
 
-TEST_F(RVGitArchiverTest, AnyThreadCanWait) {
+TEST_F(RVGitArchiverThreadsTest, AnyThreadCanWait) {
     useWaitingGit();
     const auto archiver = archiverFor("a.zip");
     archiver->start();
@@ -277,7 +277,7 @@ TEST_F(RVGitArchiverTest, AnyThreadCanWait) {
     EXPECT_THAT(archiver->archivedFilePaths(), ElementsAre("file.txt"));
 }
 
-TEST_F(RVGitArchiverTest, WaitingEndsWhenTheHandlerHasReturned) {
+TEST_F(RVGitArchiverThreadsTest, WaitingEndsWhenTheHandlerHasReturned) {
     const auto archiver = archiverFor("a.zip");
     std::atomic<bool> returned = false;
     archiver->archiveWithProgressHandler(nullptr, [&](const auto&, const auto&) {
@@ -291,7 +291,7 @@ TEST_F(RVGitArchiverTest, WaitingEndsWhenTheHandlerHasReturned) {
     EXPECT_TRUE(returned);
 }
 
-TEST_F(RVGitArchiverTest, AHandlerCanStartTheNextRunAndWaitForIt) {
+TEST_F(RVGitArchiverThreadsTest, AHandlerCanStartTheNextRunAndWaitForIt) {
     const auto archiver = archiverFor("a.zip");
     std::atomic<int> runs = 0;
     archiver->archiveWithProgressHandler(nullptr, [&](const auto&, const auto&) {
@@ -304,7 +304,7 @@ TEST_F(RVGitArchiverTest, AHandlerCanStartTheNextRunAndWaitForIt) {
     EXPECT_FALSE(archiver->isRunning());
 }
 
-TEST_F(RVGitArchiverTest, WhatTheHandlerRaisesReachesTheWaiter) {
+TEST_F(RVGitArchiverThreadsTest, WhatTheHandlerRaisesReachesTheWaiter) {
     const auto archiver = archiverFor("a.zip");
     archiver->setCompletionHandler(
         [](const auto&, const auto&) { throw std::runtime_error("raised by the handler"); });
@@ -313,7 +313,7 @@ TEST_F(RVGitArchiverTest, WhatTheHandlerRaisesReachesTheWaiter) {
     EXPECT_TRUE(archiver->run());
 }
 
-TEST_F(RVGitArchiverTest, AnArchiverReleasedWhileItRunsHearsNothingMore) {
+TEST_F(RVGitArchiverThreadsTest, AnArchiverReleasedWhileItRunsHearsNothingMore) {
     useWaitingGit();
     auto archiver = archiverFor("a.zip");
     const std::weak_ptr<RVGitArchiver> weak = archiver;
@@ -328,7 +328,7 @@ TEST_F(RVGitArchiverTest, AnArchiverReleasedWhileItRunsHearsNothingMore) {
     EXPECT_EQ(readFile("a.zip"), "half");
 }
 
-TEST_F(RVGitArchiverTest, AFailureAfterTheArchiverIsReleasedLeavesNoHalfArchive) {
+TEST_F(RVGitArchiverThreadsTest, AFailureAfterTheArchiverIsReleasedLeavesNoHalfArchive) {
     useWaitingGit();
     auto archiver = archiverFor("a.zip");
     archiver->start();
@@ -340,7 +340,7 @@ TEST_F(RVGitArchiverTest, AFailureAfterTheArchiverIsReleasedLeavesNoHalfArchive)
     EXPECT_FALSE(fileExists("a.zip"));
 }
 
-TEST_F(RVGitArchiverTest, ResultsStayUntilTheNextRun) {
+TEST_F(RVGitArchiverThreadsTest, ResultsStayUntilTheNextRun) {
     const auto archiver = archiverFor("dir/a.zip");
     EXPECT_FALSE(archiver->run());
     EXPECT_NE(archiver->error(), std::nullopt);
@@ -350,7 +350,7 @@ TEST_F(RVGitArchiverTest, ResultsStayUntilTheNextRun) {
     EXPECT_THAT(archiver->archivedFilePaths(), ElementsAre("file.txt"));
 }
 
-TEST_F(RVGitArchiverTest, AProgressThatIsHandedInReachesTheHandler) {
+TEST_F(RVGitArchiverThreadsTest, AProgressThatIsHandedInReachesTheHandler) {
     const auto archiver = archiverFor("a.zip");
     std::string text;
     double overall = 0;
@@ -366,7 +366,7 @@ TEST_F(RVGitArchiverTest, AProgressThatIsHandedInReachesTheHandler) {
     EXPECT_EQ(overall, 0.5);
 }
 
-TEST_F(RVGitArchiverTest, AFullDiskIsAnErrorAndLeavesNoHalfArchive) {
+TEST_F(RVGitArchiverThreadsTest, AFullDiskIsAnErrorAndLeavesNoHalfArchive) {
     const std::string disk = makeDirectory("disk");
     commitFile("repository", "large", std::string(300'000, 'x'), "Message");
     bool mounted = false;
@@ -397,7 +397,7 @@ TEST_F(RVGitArchiverTest, AFullDiskIsAnErrorAndLeavesNoHalfArchive) {
     EXPECT_FALSE(fileExists("disk/c.tgz"));
 }
 
-TEST_F(RVGitArchiverTest, ItsFieldsAreThoseItWasMadeOf) {
+TEST_F(RVGitArchiverThreadsTest, ItsFieldsAreThoseItWasMadeOf) {
     const auto archiver = archiverFor("a.zip", "main", Paths{"x"});
     EXPECT_EQ(archiver->repository(), repository());
     EXPECT_EQ(archiver->revision(), "main");
@@ -405,12 +405,12 @@ TEST_F(RVGitArchiverTest, ItsFieldsAreThoseItWasMadeOf) {
     EXPECT_EQ(archiver->destination(), scratchPath("a.zip"));
 }
 
-TEST_F(RVGitArchiverTest, NeedsARepository) {
+TEST_F(RVGitArchiverThreadsTest, NeedsARepository) {
     EXPECT_THROW((void)std::make_shared<RVGitArchiver>(nullptr, "HEAD", std::nullopt, "a"),
                  RVInvalidParameterException);
 }
 
-TEST_F(RVGitArchiverTest, OneThatNoSharedPointerOwnsDoesNotStart) {
+TEST_F(RVGitArchiverThreadsTest, OneThatNoSharedPointerOwnsDoesNotStart) {
     RVGitArchiver archiver(repository(), "HEAD", std::nullopt, scratchPath("a.zip"));
     EXPECT_THROW(archiver.start(), std::bad_weak_ptr);
     EXPECT_FALSE(archiver.isRunning());

@@ -29,11 +29,11 @@ using std::chrono::microseconds;
 
 /// A rebase of 30 commits that is ended at any moment. RVGIT_TEST_ROUNDS says how often; 200 takes
 /// some minutes.
-class RVGitMergeInterruptTest : public RVGitMergeTestCase {
+class RVGitMergeInterruptThreadsTest : public RVGitMergeTestCase {
 protected:
     static constexpr int numberOfCommits = 30;
 
-    RVGitMergeInterruptTest() {
+    RVGitMergeInterruptThreadsTest() {
         std::string stream;
         for (int number = 1; number <= numberOfCommits; ++number) {
             const std::string message = "Step " + std::to_string(number);
@@ -104,7 +104,7 @@ protected:
     std::string gitWithPid_;
 };
 
-TEST_F(RVGitMergeInterruptTest, AfterEachInterruptTheStateIsReadableAndAnAbortRestores) {
+TEST_F(RVGitMergeInterruptThreadsTest, AfterEachInterruptTheStateIsReadableAndAnAbortRestores) {
     gitHere({"tag", "before", "steps"});
     const auto whole = timeOfRebase();
     EXPECT_EQ(hash("steps"), hash("before"));

@@ -39,7 +39,7 @@ std::shared_ptr<RVCommandOperation> shell(const std::string& script,
                                                 std::vector<std::string>{"-c", script}, delegate);
 }
 
-TEST(RVCommandOperationTest, CollectsOutputWhetherOrNotThereIsADelegate) {
+TEST(RVCommandOperationThreadsTest, CollectsOutputWhetherOrNotThereIsADelegate) {
     Recorder recorder;
     for (RVCommandOperationDelegate* delegate :
          {static_cast<RVCommandOperationDelegate*>(&recorder),
@@ -55,7 +55,7 @@ TEST(RVCommandOperationTest, CollectsOutputWhetherOrNotThereIsADelegate) {
     EXPECT_EQ(recorder.calls.back(), "terminated");
 }
 
-TEST(RVCommandOperationTest, AFailedLaunchIsToldInsteadOfTheEnd) {
+TEST(RVCommandOperationThreadsTest, AFailedLaunchIsToldInsteadOfTheEnd) {
     Recorder recorder;
     auto command = std::make_shared<RVCommandOperation>("/nonexistent/tool", std::nullopt,
                                                         std::vector<std::string>{}, &recorder);
@@ -66,7 +66,7 @@ TEST(RVCommandOperationTest, AFailedLaunchIsToldInsteadOfTheEnd) {
     EXPECT_EQ(command->error()->code(), ENOENT);
 }
 
-TEST(RVCommandOperationTest, TheEnvironmentIsThatOfTheLaunchWithoutLANGUAGE) {
+TEST(RVCommandOperationThreadsTest, TheEnvironmentIsThatOfTheLaunchWithoutLANGUAGE) {
     auto command = shell("printf '%s' \"${LANGUAGE-none} $RVGIT_TEST_INHERITED\"");
     setenv("LANGUAGE", "de", 1);
     setenv("RVGIT_TEST_INHERITED", "a=b", 1);
@@ -78,7 +78,7 @@ TEST(RVCommandOperationTest, TheEnvironmentIsThatOfTheLaunchWithoutLANGUAGE) {
     EXPECT_EQ(command->standardOutputData(), "none a=b");
 }
 
-TEST(RVCommandOperationTest, VariablesAreChangedOneByOneOrAllReplaced) {
+TEST(RVCommandOperationThreadsTest, VariablesAreChangedOneByOneOrAllReplaced) {
     auto command = shell("printf '%s' \"${HOME-none} ${VALUE-none} ${OTHER-none}\"");
     command->setValueForEnvironmentVariable(std::nullopt, "HOME");
     command->setValueForEnvironmentVariable("1", "VALUE");
@@ -94,21 +94,21 @@ TEST(RVCommandOperationTest, VariablesAreChangedOneByOneOrAllReplaced) {
     EXPECT_EQ(replaced->standardOutputData(), "none none 2");
 }
 
-TEST(RVCommandOperationTest, TheWorkingDirectoryMayBeReplacedBeforeTheLaunch) {
+TEST(RVCommandOperationThreadsTest, TheWorkingDirectoryMayBeReplacedBeforeTheLaunch) {
     auto command = shell("pwd");
     command->setWorkingDirectory("/usr");
     run(command);
     EXPECT_EQ(command->standardOutputData(), "/usr\n");
 }
 
-TEST(RVCommandOperationTest, TheCallIsPrintedAsAShellWouldTakeIt) {
+TEST(RVCommandOperationThreadsTest, TheCallIsPrintedAsAShellWouldTakeIt) {
     RVCommandOperation command("/usr/bin/my git", std::nullopt,
                                {"log", "--pretty=%H", "a b", "it's", "", "x\ny"});
     EXPECT_EQ(command.commandCall(),
               "'/usr/bin/my git' log --pretty=%H 'a b' 'it'\\''s' '' 'x\ny'");
 }
 
-TEST(RVCommandOperationTest, SettingAnErrorDoesNotFinishTheOperation) {
+TEST(RVCommandOperationThreadsTest, SettingAnErrorDoesNotFinishTheOperation) {
     auto command = shell("exit 0");
     command->setError(RVError("domain", 5));
     EXPECT_FALSE(command->isFinished());
@@ -116,7 +116,7 @@ TEST(RVCommandOperationTest, SettingAnErrorDoesNotFinishTheOperation) {
     EXPECT_EQ(command->error()->code(), 5);
 }
 
-TEST(RVCommandOperationTest, AnExceptionBeforeTheLaunchLeavesTheChildUnlaunched) {
+TEST(RVCommandOperationThreadsTest, AnExceptionBeforeTheLaunchLeavesTheChildUnlaunched) {
     class Refusing : public RVCommandOperation {
     public:
         using RVCommandOperation::RVCommandOperation;
@@ -128,7 +128,7 @@ TEST(RVCommandOperationTest, AnExceptionBeforeTheLaunchLeavesTheChildUnlaunched)
     EXPECT_THROW(run(std::make_shared<Refusing>("/bin/true")), std::runtime_error);
 }
 
-TEST(RVCommandOperationTest, StartLaunchesWithoutAQueue) {
+TEST(RVCommandOperationThreadsTest, StartLaunchesWithoutAQueue) {
     auto command = shell("printf started");
     command->start();
     command->waitUntilFinished();

@@ -21,9 +21,9 @@ using testing::IsEmpty;
 using Clock = std::chrono::steady_clock;
 
 /// Transfers that are cancelled at random moments of their course.
-class RVGitTransferCancelTest : public RVGitTransferTestCase {
+class RVGitTransferCancelThreadsTest : public RVGitTransferTestCase {
 protected:
-    RVGitTransferCancelTest() {
+    RVGitTransferCancelThreadsTest() {
         serveRepository();
         const std::string source = scratchPath("source of a.git");
         for (int number = 0; number < 400; ++number)
@@ -154,31 +154,31 @@ private:
     std::mt19937 random_{std::random_device{}()};
 };
 
-TEST_F(RVGitTransferCancelTest, ClonesOverSSH) {
+TEST_F(RVGitTransferCancelThreadsTest, ClonesOverSSH) {
     cancelClones(Protocol::SSH);
 }
 
-TEST_F(RVGitTransferCancelTest, ClonesOverHTTPS) {
+TEST_F(RVGitTransferCancelThreadsTest, ClonesOverHTTPS) {
     cancelClones(Protocol::HTTPS);
 }
 
-TEST_F(RVGitTransferCancelTest, FetchesOverSSH) {
+TEST_F(RVGitTransferCancelThreadsTest, FetchesOverSSH) {
     cancelFetches(Protocol::SSH);
 }
 
-TEST_F(RVGitTransferCancelTest, FetchesOverHTTPS) {
+TEST_F(RVGitTransferCancelThreadsTest, FetchesOverHTTPS) {
     cancelFetches(Protocol::HTTPS);
 }
 
-TEST_F(RVGitTransferCancelTest, PushesOverSSH) {
+TEST_F(RVGitTransferCancelThreadsTest, PushesOverSSH) {
     cancelPushes(Protocol::SSH);
 }
 
-TEST_F(RVGitTransferCancelTest, PushesOverHTTPS) {
+TEST_F(RVGitTransferCancelThreadsTest, PushesOverHTTPS) {
     cancelPushes(Protocol::HTTPS);
 }
 
-TEST_F(RVGitTransferCancelTest, AHandlerThatCancelsEndsTheTransfer) {
+TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatCancelsEndsTheTransfer) {
     const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(
         url(Protocol::SSH), scratchPath("new"), std::nullopt);
     int numberOfCalls = 0;
@@ -194,7 +194,7 @@ TEST_F(RVGitTransferCancelTest, AHandlerThatCancelsEndsTheTransfer) {
     command->setProgressHandler({});
 }
 
-TEST_F(RVGitTransferCancelTest, AHandlerThatThrowsEndsTheTransferAndIsHeard) {
+TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatThrowsEndsTheTransferAndIsHeard) {
     const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(
         url(Protocol::HTTPS), scratchPath("new"), std::nullopt);
     command->setProgressHandler(

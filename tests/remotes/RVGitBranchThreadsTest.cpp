@@ -1,0 +1,74 @@
+#include "RVGit/remotes/RVGitBranch.h"
+
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommand.h"
+#include "RVGit/command/RVGitCommandQueue.h"
+#include "RVGit/remotes/RVGitRemote.h"
+#include "tests/support/RVGitRepositoryTestCase.h"
+
+namespace {
+
+class RVGitBranchThreadsTest : public RVGitRepositoryTestCase {};
+
+TEST_F(RVGitBranchThreadsTest, AListingThatIsCancelledIsNoListAndNoError) {
+    makeCommit();
+    const std::string started = scratchPath("started");
+    const std::string slowGit =
+        writeFile("slow-git",
+                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit;; esac\n"
+                  "case \"$*\" in *branch\\ *) : > '" +
+                      started + "'; exec sleep 60;; esac\nexec '" + gitPath() + "' \"$@\"\n",
+                  0755);
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
+    std::thread canceller([&] {
+        while (!fileExists(started))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        RVGitCommandQueue::sharedQueue().cancelAllCommands();
+    });
+    std::optional<RVError> error = RVError("before", 1);
+    EXPECT_FALSE(RVGitBranch::allBranchesForRepository(repository(), &error).has_value());
+    EXPECT_FALSE(error.has_value());
+    canceller.join();
+}
+
+TEST_F(RVGitBranchThreadsTest, AListingMayBeMadeOnAThreadOfTheQueue) {
+    makeCommit();
+    gitInRepository({"branch", "topic"});
+    for (int round = 0; round < 5; ++round) {
+        std::size_t count = 0;
+        auto command = RVGitCommand::gitCommandWithRepository(repository());
+        command->setGitCommand("status");
+        command->setCompletionHandler([&](RVGitCommand&) {
+            const auto branches = RVGitBranch::allBranchesForRepository(repository());
+            count = branches ? branches->size() : 0;
+        });
+        EXPECT_TRUE(command->run());
+        EXPECT_EQ(count, 2U);
+    }
+}
+
+TEST_F(RVGitBranchThreadsTest, ManyThreadsListAtOnce) {
+    makeCommit();
+    gitInRepository({"branch", "topic"});
+    std::atomic<int> wholeLists = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 12; ++number)
+        threads.emplace_back([&] {
+            const auto branches = RVGitBranch::allBranchesForRepository(repository());
+            const auto remotes = RVGitRemote::allRemotesForRepository(repository());
+            if (branches && branches->size() == 2 && remotes && remotes->empty())
+                ++wholeLists;
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wholeLists, 12);
+}
+
+}  // namespace

@@ -1,0 +1,101 @@
+#include <algorithm>
+#include <atomic>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/worktree/RVGitCommitCommand.h"
+#include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
+#include "tests/worktree/RVGitWorkingTreeManagerTestCase.h"
+
+namespace {
+
+class RVGitWorkingTreeManagerThreadsTest : public RVGitWorkingTreeManagerTestCase {
+protected:
+    RVGitWorkingTreeManagerThreadsTest() {
+        for (const char* path : {"a", "b", "c", "d"})
+            write(path, "one\n");
+        commitAll();
+        write("a", "two\n");
+        write("b", "two\n");
+        git({"add", "b"}, repositoryPath());
+    }
+};
+
+TEST_F(RVGitWorkingTreeManagerThreadsTest,
+       PollingTheListingsDisturbsStagingAndCommittingByLocksAlone) {
+    constexpr int numberOfCommits = 200;
+    std::atomic<bool> isDone = false;
+    std::atomic<int> numberOfPolls = 0;
+    std::vector<RVError> pollErrors;
+    int numberOfWrongLists = 0;
+    std::thread poller([&] {
+        const RVOptions withUnchanged{{RVGitWorkingTreeOptionIncludeUnchangedFiles, true}};
+        do {
+            for (const bool isChangedOnly : {true, false}) {
+                std::optional<RVError> error;
+                const auto entries =
+                    isChangedOnly ? RVGitWorkingTreeEntry::changedWorkingTreeEntriesForRepository(
+                                        repository(), &error)
+                                  : RVGitWorkingTreeEntry::allWorkingTreeEntriesForRepository(
+                                        repository(), withUnchanged, &error);
+                if (!entries || error) {
+                    pollErrors.push_back(error.value_or(RVError("none", 0)));
+                    continue;
+                }
+                // "a" is changed all the time; "b" and "c" come and go.
+                const auto isA = [](const auto& entry) {
+                    return entry->filePath() == "a" &&
+                           entry->currentStatus() == RVGitFileStatusModified;
+                };
+                if (std::count_if(entries->begin(), entries->end(), isA) != 1 ||
+                    (!isChangedOnly && entries->size() != 4))
+                    ++numberOfWrongLists;
+            }
+            ++numberOfPolls;
+            numberOfPolls.notify_all();
+        } while (!isDone);
+    });
+    numberOfPolls.wait(0);
+    int numberOfLocks = 0;
+    const auto runUntilUnlocked = [&](const auto& operation) {
+        for (int attempt = 0; attempt < 1000; ++attempt) {
+            std::optional<RVError> error;
+            if (operation(&error))
+                return;
+            if (!error || error->code() != RVGitIndexLockError) {
+                ADD_FAILURE() << (error ? error->userInfoString(RVGitCommandErrorOutputErrorKey)
+                                              .value_or("no output")
+                                        : "no error");
+                return;
+            }
+            ++numberOfLocks;
+        }
+        ADD_FAILURE() << "the lock stays";
+    };
+    for (int index = 0; index < numberOfCommits; ++index) {
+        write("c", std::to_string(index));
+        runUntilUnlocked([&](RVErrorPlace error) { return manager().stageFiles({"c"}, error); });
+        runUntilUnlocked([&](RVErrorPlace error) {
+            return manager().commitWithMessage("Number " + std::to_string(index), 0, error);
+        });
+    }
+    isDone = true;
+    poller.join();
+    EXPECT_TRUE(pollErrors.empty())
+        << pollErrors.front().userInfoString(RVGitCommandErrorOutputErrorKey).value_or("");
+    EXPECT_EQ(numberOfWrongLists, 0);
+    // The first one was over before the first stage.
+    EXPECT_GT(numberOfPolls, 1);
+    RecordProperty("locks", numberOfLocks);
+    EXPECT_EQ(gitInRepository({"rev-list", "--count", "HEAD"}),
+              std::to_string(1 + numberOfCommits));
+    EXPECT_EQ(gitInRepository({"log", "-1", "--pretty=%s"}), "Number 199");
+    EXPECT_EQ(staged("c"), "199");
+}
+
+}  // namespace
