@@ -44,9 +44,9 @@ public:
     [[nodiscard]] std::string url() const { return "file://" + repositoryPath(); }
     /// A path at which nothing is.
     [[nodiscard]] std::string clonePath() const {
-        const std::string clonePath = path() + "/clone.git";
-        std::filesystem::remove_all(clonePath);
-        return clonePath;
+        const std::string unused = path() + "/clone.git";
+        std::filesystem::remove_all(unused);
+        return unused;
     }
 };
 

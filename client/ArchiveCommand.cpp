@@ -9,16 +9,16 @@
 
 void runArchive(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
                 Output& output) {
-    const std::string revision = arguments.valueOf("archive");
-    const auto file = arguments.next();
+    const auto revision = arguments.nextOperand("archive");
+    const auto file = arguments.nextOperand("archive");
     if (!file)
         throw UsageError("archive needs a revision and a file");
-    std::vector<std::string> paths = arguments.rest();
+    std::vector<std::string> paths = arguments.operands("archive");
     takePathsLiterally();
     // git runs elsewhere.
     std::error_code ignored;
     const auto archiver = std::make_shared<RVGitArchiver>(
-        repository, revision, paths.empty() ? std::nullopt : std::optional(std::move(paths)),
+        repository, *revision, paths.empty() ? std::nullopt : std::optional(std::move(paths)),
         standardizedPath(std::filesystem::absolute(*file, ignored).string()));
     whenInterrupted([archiver] { archiver->cancel(); });
     std::optional<RVError> error;

@@ -1,6 +1,7 @@
 #include "client/Commands.h"
 
 #include <charconv>
+#include <system_error>
 
 #include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitError.h"
@@ -36,7 +37,9 @@ std::size_t Arguments::numberOr(std::size_t otherwise, std::string_view option) 
 std::size_t Arguments::numberFrom(const std::string& value, std::string_view option) {
     std::size_t number = 0;
     const char* end = value.data() + value.size();
-    if (std::from_chars(value.data(), end, number).ptr != end || value.empty())
+    // A number that is too large is no other number, least of all 0.
+    const auto [rest, problem] = std::from_chars(value.data(), end, number);
+    if (problem != std::errc() || rest != end)
         throw UsageError(std::string(option) + " needs a number");
     return number;
 }
@@ -46,6 +49,30 @@ std::vector<std::string> Arguments::rest() {
                                    words_.end());
     position_ = words_.size();
     return words;
+}
+
+std::optional<std::string> Arguments::nextOperand(const std::string& command) {
+    auto word = next();
+    if (word == "--" && !optionsHaveEnded_) {
+        optionsHaveEnded_ = true;
+        word = next();
+    }
+    if (word && word->starts_with('-') && !optionsHaveEnded_)
+        throw UsageError(command + " has no option " + *word);
+    return word;
+}
+
+std::string Arguments::operandOf(const std::string& command) {
+    if (auto operand = nextOperand(command))
+        return *operand;
+    throw UsageError(command + " needs a value");
+}
+
+std::vector<std::string> Arguments::operands(const std::string& command) {
+    std::vector<std::string> operands;
+    while (auto operand = nextOperand(command))
+        operands.push_back(*std::move(operand));
+    return operands;
 }
 
 void takePathsLiterally() {
@@ -130,7 +157,7 @@ const std::vector<Command>& allCommands() {
          "fetch [--prune] [--tags] [--recurse-submodules] [--depth N | --unshallow]\n"
          "        [REMOTE [REFSPEC]]",
          runFetch},
-        {"pull", "pull [--rebase] [--no-verify] [REMOTE [REFSPEC]]", runPull},
+        {"pull", "pull [--rebase | --no-rebase] [--no-verify] [REMOTE [REFSPEC]]", runPull},
         {"push",
          "push [--force | --force-with-lease | --delete] [--tags] [--no-verify] [REMOTE "
          "[REFSPEC...]]",

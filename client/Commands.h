@@ -46,12 +46,20 @@ public:
     [[nodiscard]] std::size_t numberOr(std::size_t otherwise, std::string_view option);
     /// All that is left.
     [[nodiscard]] std::vector<std::string> rest();
+    /// The next word of a command whose options have all been taken; absent at the end. "--" is
+    /// left out, and what stands behind it is never an option.
+    [[nodiscard]] std::optional<std::string> nextOperand(const std::string& command);
+    /// The operand that a command needs.
+    [[nodiscard]] std::string operandOf(const std::string& command);
+    /// All operands that are left.
+    [[nodiscard]] std::vector<std::string> operands(const std::string& command);
 
 private:
     [[nodiscard]] static std::size_t numberFrom(const std::string& value, std::string_view option);
 
     std::vector<std::string> words_;
     std::size_t position_ = 0;
+    bool optionsHaveEnded_ = false;
 };
 
 /// From here on git takes a path for the file of that name, and not for a pattern that may mean
@@ -61,6 +69,14 @@ void takePathsLiterally();
 /// Does this, too, when the user interrupts the client, on another thread, again and again until it
 /// ends: for what does not run on the library's shared queue.
 void whenInterrupted(std::function<void()> action);
+
+/// From here on an interrupt ends the client at once: it waits for somebody else, and no git runs
+/// that would be left behind.
+void endWhenInterrupted();
+
+/// Whether the user has interrupted the client. What git has said since then, and be it that there
+/// is nothing, is not to be acted upon.
+[[nodiscard]] bool wasInterrupted();
 
 /// One command of the client: it writes to the output, or throws UsageError or Failure.
 struct Command {

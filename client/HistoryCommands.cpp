@@ -40,8 +40,10 @@ void runTags(const std::shared_ptr<RVGitRepository>& repository, Arguments argum
 
 void runBlame(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
               Output& output) {
-    const std::string file = arguments.valueOf("blame");
-    const std::string revision = arguments.next().value_or("HEAD");
+    const std::string file = arguments.operandOf("blame");
+    const std::string revision = arguments.nextOperand("blame").value_or(RVGitHEADRevision);
+    if (const auto word = arguments.nextOperand("blame"))
+        throw UsageError("blame takes no " + *word);
     std::optional<RVError> error;
     const auto blame = RVGitBlame::blameForFilePath(file, revision, repository, &error);
     if (!blame)
@@ -65,6 +67,8 @@ void runReflog(const std::shared_ptr<RVGitRepository>& repository, Arguments arg
     while (const auto word = arguments.next()) {
         if (*word == "--limit")
             options.insert_or_assign(RVGitLogOptionLimit, arguments.numberOf(*word));
+        else if (word->starts_with('-'))
+            throw UsageError("reflog has no option " + *word);
         else
             refName = *word;
     }
@@ -90,6 +94,8 @@ void runShortlog(const std::shared_ptr<RVGitRepository>& repository, Arguments a
             limit = arguments.numberOf(*word);
         else if (*word == "--committers")
             options |= RVGitContributionInfoOptionCommitters;
+        else if (word->starts_with('-'))
+            throw UsageError("shortlog has no option " + *word);
         else
             revision = *word;
     }

@@ -1,5 +1,8 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
-#include <filesystem>
 #include <future>
 
 #include "RVGit/base/RVFileManager.h"
@@ -23,7 +26,7 @@ void require(bool done, const std::optional<RVError>& error) {
 }
 
 void requireNoMore(Arguments& arguments, const std::string& action) {
-    if (const auto word = arguments.next())
+    if (const auto word = arguments.nextOperand("lfs " + action))
         throw UsageError("lfs " + action + " takes no " + *word);
 }
 
@@ -56,7 +59,7 @@ void install(RVGitLFSManager& manager, Arguments& arguments) {
 }
 
 void track(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
-    const auto patterns = arguments.rest();
+    const auto patterns = arguments.operands("lfs track");
     std::optional<RVError> error;
     if (!patterns.empty())
         return require(manager.addTrackedFilePatterns(patterns, std::nullopt, &error), error);
@@ -67,7 +70,7 @@ void track(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
 }
 
 void untrack(RVGitLFSManager& manager, Arguments& arguments) {
-    const auto patterns = arguments.rest();
+    const auto patterns = arguments.operands("lfs untrack");
     if (patterns.empty())
         throw UsageError("lfs untrack needs a pattern");
     std::optional<RVError> error;
@@ -75,7 +78,7 @@ void untrack(RVGitLFSManager& manager, Arguments& arguments) {
 }
 
 void listFiles(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
-    const auto revision = arguments.next();
+    const auto revision = arguments.nextOperand("lfs ls-files");
     requireNoMore(arguments, "ls-files");
     std::optional<RVError> error;
     const auto files = revision
@@ -88,9 +91,10 @@ void listFiles(RVGitLFSManager& manager, Arguments& arguments, Output& output) {
 }
 
 void push(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments) {
-    const auto remote = remoteNamed(repository, arguments.next().value_or(RVGitOriginRemoteName));
+    const auto remote =
+        remoteNamed(repository, arguments.nextOperand("lfs push").value_or(RVGitOriginRemoteName));
     RVGitLFSManager::RefSpecs refSpecs;
-    for (const std::string& ref : arguments.rest())
+    for (const std::string& ref : arguments.operands("lfs push"))
         refSpecs.push_back(RVGitRefSpec::refSpecWithLocalRefName(ref));
     if (refSpecs.empty())
         refSpecs.push_back(
@@ -102,26 +106,28 @@ void push(const Repository& repository, RVGitLFSManager& manager, Arguments& arg
 // By the form with a handler, which has an error where the other one raises something.
 void printPointer(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments,
                   Output& output) {
-    const std::string path = pathOfFile(repository, arguments.valueOf("lfs pointer"));
+    const std::string path = pathOfFile(repository, arguments.operandOf("lfs pointer"));
     requireNoMore(arguments, "pointer");
-    std::error_code failure;
-    const auto size = std::filesystem::file_size(path, failure);
-    if (failure)
-        throw Failure(posixError(failure.value(), path));
+    // The library would only say that git could not be launched.
+    struct stat status;
+    if (::lstat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0)
+        throw Failure(posixError(errno, path));
+    if (!S_ISREG(status.st_mode))
+        throw UsageError(printable(path) + " is no plain file");
     std::promise<std::pair<std::shared_ptr<RVGitLFSPointer>, std::optional<RVError>>> promise;
     (void)manager.createPointerFromFileAtPath(path, std::nullopt,
                                               [&](const auto& pointer, const auto& error) {
                                                   promise.set_value({pointer, error});
                                               });
     const auto [pointer, error] = promise.get_future().get();
-    if (!pointer && error && size == 0)
+    if (!pointer && error && status.st_size == 0)
         throw Failure(*error, "An empty file has no pointer: git keeps it as it is.");
     require(pointer != nullptr, error);
     output << pointer->stringRepresentation();
 }
 
 void printContents(const Repository& repository, RVGitLFSManager& manager, Arguments& arguments) {
-    const std::string path = pathOfFile(repository, arguments.valueOf("lfs smudge"));
+    const std::string path = pathOfFile(repository, arguments.operandOf("lfs smudge"));
     requireNoMore(arguments, "smudge");
     std::optional<RVError> error;
     const auto text = RVFileManager::contentsOfFileAtPath(path, &error);
@@ -131,9 +137,10 @@ void printContents(const Repository& repository, RVGitLFSManager& manager, Argum
         throw UsageError(printable(path) + " is no LFS pointer");
     const auto data = manager.createFileDataFromPointer(pointer, std::nullopt, &error);
     require(data != nullptr, error);
-    // As large as it may be: not by way of the collected output.
-    if (std::fwrite(data->view().data(), 1, data->size(), stdout) != data->size())
-        throw UsageError("cannot write the output");
+    // As large as it may be: not by way of the collected output. That it could not be written is
+    // seen at the end, with all that is written then.
+    endWhenInterrupted();
+    std::fwrite(data->view().data(), 1, data->size(), stdout);
 }
 
 }  // namespace
@@ -160,8 +167,8 @@ void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
     if (action == "smudge")
         return printContents(repository, *manager, arguments);
     if (action == "pull") {
-        const auto remote =
-            remoteNamed(repository, arguments.next().value_or(RVGitOriginRemoteName));
+        const auto remote = remoteNamed(
+            repository, arguments.nextOperand("lfs pull").value_or(RVGitOriginRemoteName));
         requireNoMore(arguments, action);
         return require(manager->pullRemote(remote, std::nullopt, &error), error);
     }

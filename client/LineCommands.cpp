@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <limits>
 
 #include "RVGit/diff/RVGitApplyCommand.h"
@@ -79,10 +81,10 @@ struct Change {
 
 void applyChange(const Change& change, const std::shared_ptr<RVGitRepository>& repository,
                  Arguments arguments) {
-    const std::string path = arguments.valueOf(change.command);
+    const std::string path = arguments.operandOf(change.command);
     const auto diff = changesOf(path, change.isStaged, repository);
     RVGitDiffPatchGenerator::Lines selection;
-    while (const auto word = arguments.next())
+    while (const auto word = arguments.nextOperand(change.command))
         addSelection(selection, *word, *diff);
     const auto patch = change.isTakenBack ? diff->locatedWorktreePatchForLinesWithIndexes(selection)
                                           : diff->locatedIndexPatchForLinesWithIndexes(selection);
@@ -102,12 +104,21 @@ void applyChange(const Change& change, const std::shared_ptr<RVGitRepository>& r
 
 void runLines(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
               Output& output) {
-    std::string path = arguments.valueOf("lines");
-    const bool isStaged = path == "--staged";
-    if (isStaged)
-        path = arguments.valueOf("lines --staged");
-    if (const auto word = arguments.next())
-        throw UsageError("lines takes no " + *word);
+    bool isStaged = false;
+    std::vector<std::string> paths;
+    while (const auto word = arguments.next()) {
+        if (*word == "--staged")
+            isStaged = true;
+        else if (*word == "--")
+            std::ranges::move(arguments.rest(), std::back_inserter(paths));
+        else if (word->starts_with('-'))
+            throw UsageError("lines has no option " + *word);
+        else
+            paths.push_back(*word);
+    }
+    if (paths.size() != 1)
+        throw UsageError("lines needs one path");
+    const std::string& path = paths.front();
     const auto diff = changesOf(path, isStaged, repository);
     std::size_t chunkNumber = 0;
     for (const auto& chunk : diff->chunks()) {

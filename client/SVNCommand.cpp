@@ -95,6 +95,8 @@ void clone(Arguments& arguments, Output& output) {
     if (words.empty())
         throw UsageError("svn clone needs an address");
     const std::string name = words.size() == 2 ? words[1] : lastPathComponent(words[0]);
+    if (words.size() == 1 && (name.empty() || name == "/" || name == "." || name == ".."))
+        throw UsageError("svn clone needs a path, since the address holds no name");
     const std::string path =
         isAbsolutePath(name) ? name : pathByAppendingComponent(workingDirectory(), name);
     const auto trunks = options.find(RVGitSVNOptionTrunkDirectories);
@@ -166,8 +168,8 @@ void runSVN(const std::shared_ptr<RVGitRepository>&, Arguments arguments, Output
                                          : "svn has no " + printable(action)) +
                          "; see rvgit help svn");
 
-    const auto word = action == "rebase" ? std::nullopt : arguments.next();
-    if (const auto more = arguments.next())
+    const auto word = action == "rebase" ? std::nullopt : arguments.nextOperand("svn " + action);
+    if (const auto more = arguments.nextOperand("svn " + action))
         throw UsageError("svn " + action + " takes no " + *more);
     const auto repository = repositoryHere();
     const auto remote = remoteFor(repository, action == "fetch" ? word : std::nullopt);

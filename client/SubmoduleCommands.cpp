@@ -124,13 +124,12 @@ void remove(const Repository& repository, const Words& words, std::optional<RVEr
         repository->submoduleManager()->submoduleContainsUncommittedWork(path, &error)) {
         if (error)
             throw Failure(error);
-        throw Failure(
-            gitErrorWithCode(
-                RVGitRemoveSubmoduleWithLocalModificationsError,
-                RVGitMakeErrorUserInfo(repository, {{RVGitSubmodulePathErrorKey, path}})),
-            "Its changes or new files are in no commit: --force removes them, --keep leaves them.");
+        throw Failure(gitErrorWithCode(RVGitRemoveSubmoduleWithLocalModificationsError,
+                                       {{RVGitSubmodulePathErrorKey, path}}),
+                      "It has work that is not committed: --force removes it, --keep leaves it");
     }
-    done = repository->removeSubmoduleAtPath(path, words.options, &error);
+    if (!wasInterrupted())
+        done = repository->removeSubmoduleAtPath(path, words.options, &error);
 }
 
 }  // namespace

@@ -51,6 +51,16 @@ std::string printable(std::string_view text) {
     return result;
 }
 
+std::string printableLines(std::string_view text) {
+    std::string lines;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        lines += printable(line) + "\n";
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+    }
+    return lines;
+}
+
 std::string padded(std::string text, std::size_t width) {
     const auto isFirstByte = [](char byte) { return (byte & 0xc0) != 0x80; };
     const auto length =
@@ -61,25 +71,28 @@ std::string padded(std::string text, std::size_t width) {
 }
 
 void printError(const RVError& error, bool verbose) {
-    std::string text = "rvgit: ";
-    text += error.localizedDescription().value_or("Error " + std::to_string(error.code()));
-    text += '\n';
-    if (const auto reason = error.localizedFailureReason(); reason && !reason->empty())
-        text += *reason + "\n";
-    // Of what has no code of its own, git's own words are all that is known.
-    if (error.code() == RVGitRVGitGenericError) {
+    std::string text = printableLines(
+        "rvgit: " + error.localizedDescription().value_or("Error " + std::to_string(error.code())));
+    // The names of refs and files in it are a stranger's.
+    text += printableLines(error.localizedFailureReason().value_or(""));
+    // Of what has no code of its own, or one without texts, git's own words are all that is known.
+    // A path or a revision that an archive lacks stands in them alone.
+    if (error.code() == RVGitRVGitGenericError || error.code() == RVGitArchiveFilesError ||
+        !error.localizedDescription()) {
         const auto words = error.userInfo().find(RVGitCommandErrorOutputErrorKey);
         if (words != error.userInfo().end() && words->second.string())
-            for (const std::string& line :
-                 componentsSeparatedByString(*words->second.string(), "\n"))
+            for (std::string line : componentsSeparatedByString(*words->second.string(), "\n")) {
+                if (line.ends_with('\r'))
+                    line.pop_back();
                 // Of a line that was written anew again and again, as a terminal leaves it.
                 if (const auto shown = line.substr(line.rfind('\r') + 1); !shown.empty())
                     text += printable(shown) + "\n";
+            }
     }
     if (verbose) {
         text += "\n" + error.domain() + " " + std::to_string(error.code()) + "\n";
         for (const auto& [key, value] : error.userInfo())
-            text += "  " + key + ": " + value.displayString() + "\n";
+            text += printableLines("  " + key + ": " + value.displayString());
     }
     std::fputs(text.c_str(), stderr);
 }

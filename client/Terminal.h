@@ -39,6 +39,9 @@ private:
 /// Control characters, which could take over the terminal, as "?"; tabs stay.
 [[nodiscard]] std::string printable(std::string_view text);
 
+/// The same of each line of a text; each ends in a line break. Nothing for an empty text.
+[[nodiscard]] std::string printableLines(std::string_view text);
+
 /// Padded with blanks to so many characters.
 [[nodiscard]] std::string padded(std::string text, std::size_t width);
 

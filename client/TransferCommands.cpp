@@ -23,6 +23,7 @@
 #include "RVGit/repository/RVGitRefSpec.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
+#include "client/OperationText.h"
 #include "client/TransferProgress.h"
 
 namespace {
@@ -121,18 +122,31 @@ std::string directoryNameFor(const std::string& address) {
     return name;
 }
 
-std::string nameOfDefaultRemote(const Repository& repository) {
+/// The first of the keys that is set: a key of the current branch, or a whole one.
+std::optional<std::string> configuredValue(const Repository& repository,
+                                           std::initializer_list<const char*> keys) {
     const auto head = repository->HEADRefName();
     const auto branch = head ? RVGitRef::makeRefName(*head, RVGitRefTypeBranch) : std::string();
-    const auto configured =
-        repository->config()->valueForConfigKey(RVGitMakeBranchConfigKey(branch, "remote"));
-    return configured.value_or(RVGitOriginRemoteName);
+    for (const std::string key : keys) {
+        const bool isWhole = key.find('.') != std::string::npos;
+        if (auto value = repository->config()->lastValueForConfigKey(
+                isWhole ? key : RVGitMakeBranchConfigKey(branch, key)))
+            return value;
+    }
+    return std::nullopt;
 }
 
-/// A remote of that name, or an address in the place of one.
-std::shared_ptr<RVGitRemote> remoteFor(const std::optional<std::string>& name,
+enum class Direction { Fetch, Push };
+
+/// A remote of that name, or an address in the place of one. Without a name, the one that git would
+/// take.
+std::shared_ptr<RVGitRemote> remoteFor(std::optional<std::string> name, Direction direction,
                                        const Repository& repository) {
-    const std::string wanted = name.value_or(nameOfDefaultRemote(repository));
+    if (!name && direction == Direction::Push)
+        name = configuredValue(repository, {"pushRemote", "remote.pushDefault"});
+    if (!name)
+        name = configuredValue(repository, {"remote"});
+    const std::string wanted = name.value_or(RVGitOriginRemoteName);
     std::optional<RVError> error;
     auto remote = RVGitRemote::remoteForName(wanted, repository, &error);
     if (error)
@@ -150,6 +164,13 @@ std::shared_ptr<RVGitRefSpec> refSpecFrom(const std::string& text) {
     return refSpec;
 }
 
+std::string currentBranch(const Repository& repository) {
+    const auto head = repository->HEADRefName();
+    if (!head || !head->starts_with("refs/heads/"))
+        throw UsageError("no branch is checked out; name what to push");
+    return *head;
+}
+
 /// With the full name of the remote's branch, and the hash that it had when it was last seen.
 struct Lease {
     std::shared_ptr<RVGitRefSpec> refSpec;
@@ -159,7 +180,10 @@ struct Lease {
 Lease leaseFor(const std::shared_ptr<RVGitRefSpec>& refSpec, const RVGitRemote& remote,
                const Repository& repository) {
     const auto local = refSpec->localRefName();
-    const std::string name = refSpec->remoteRefName().value_or(local.value_or(""));
+    std::string name = refSpec->remoteRefName().value_or(local.value_or(""));
+    // Git pushes the branch that it names, and none of that name.
+    if (name == RVGitHEADRevision)
+        name = currentBranch(repository);
     const auto fullName = RVGitMakeFullRefName(name, RVGitRefTypeBranch);
     const auto seenName = RVGitRef::makeFullRemoteRefNameWithRemoteName(remote.name(), fullName);
     std::optional<RVError> error;
@@ -169,13 +193,6 @@ Lease leaseFor(const std::shared_ptr<RVGitRefSpec>& refSpec, const RVGitRemote& 
     if (!seen || !seen->commitHash())
         throw UsageError("there is no " + printable(seenName) + " to lease; fetch first");
     return {RVGitRefSpec::refSpecWithLocalRefName(local, fullName), *seen->commitHash()};
-}
-
-std::string currentBranch(const Repository& repository) {
-    const auto head = repository->HEADRefName();
-    if (!head || !head->starts_with("refs/heads/"))
-        throw UsageError("no branch is checked out; name what to push");
-    return *head;
 }
 
 }  // namespace
@@ -227,8 +244,8 @@ void runFetch(const Repository& repository, Arguments arguments, Output& output)
         else
             words.push_back(*word);
     }
-    const auto remote =
-        remoteFor(words.empty() ? std::nullopt : std::optional(words[0]), repository);
+    const auto remote = remoteFor(words.empty() ? std::nullopt : std::optional(words[0]),
+                                  Direction::Fetch, repository);
     const auto command = RVGitFetchCommand::gitFetchCommandWithRepository(
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
     run(*command);
@@ -237,10 +254,11 @@ void runFetch(const Repository& repository, Arguments arguments, Output& output)
 
 void runPull(const Repository& repository, Arguments arguments, Output& output) {
     RVOptions options;
+    std::optional<bool> usesRebase;
     std::vector<std::string> words;
     while (const auto word = arguments.next()) {
-        if (*word == "--rebase")
-            options.insert_or_assign(RVGitPullOptionRebase, true);
+        if (*word == "--rebase" || *word == "--no-rebase")
+            usesRebase = *word == "--rebase";
         else if (*word == "--no-verify")
             options.insert_or_assign(RVGitPullOptionNoVerify, true);
         else if (word->starts_with('-') || words.size() == 2)
@@ -248,14 +266,22 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
         else
             words.push_back(*word);
     }
-    const auto remote =
-        remoteFor(words.empty() ? std::nullopt : std::optional(words[0]), repository);
+    const auto remote = remoteFor(words.empty() ? std::nullopt : std::optional(words[0]),
+                                  Direction::Fetch, repository);
+    // Git is told one or the other, whatever is configured.
+    if (!usesRebase)
+        usesRebase = configuredValue(repository, {"rebase", "pull.rebase"}) == "true";
+    options.insert_or_assign(RVGitPullOptionRebase, *usesRebase);
     const auto command = RVGitPullCommand::gitPullCommandWithRepository(
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);
-    run(*command);
+    try {
+        run(*command);
+    } catch (const Failure& failure) {
+        // It may have stopped at conflicts.
+        reportOperation(false, failure.error, repository, output);
+    }
     output << changedRefs(command->standardErrorString())
-           << printable(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()))
-           << "\n";
+           << printableLines(stringByTrimmingWhitespaceAndNewline(command->standardOutputString()));
 }
 
 void runPush(const Repository& repository, Arguments arguments, Output& output) {
@@ -293,7 +319,7 @@ void runPush(const Repository& repository, Arguments arguments, Output& output) 
         throw UsageError("push --delete needs a remote, and names behind it");
     if (leases && refSpecs.size() > 1)
         throw UsageError("push --force-with-lease takes one branch");
-    const auto remote = remoteFor(remoteName, repository);
+    const auto remote = remoteFor(remoteName, Direction::Push, repository);
     std::string leasedHash;
     if (leases) {
         const auto refSpec = refSpecs.empty()
@@ -340,8 +366,8 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
     const std::string action = arguments.next().value_or("");
     if (action != "fill" && action != "approve" && action != "reject")
         throw UsageError("credential takes fill, approve or reject");
-    const RVURL url(arguments.valueOf("credential " + action));
-    if (const auto word = arguments.next())
+    const RVURL url(arguments.operandOf("credential " + action));
+    if (const auto word = arguments.nextOperand("credential " + action))
         refuse("credential", *word);
     std::shared_ptr<RVGitCredentialCommand> command;
     if (action == "fill") {
@@ -352,8 +378,10 @@ void runCredential(const Repository&, Arguments arguments, Output& output) {
         // Whoever lists processes sees their arguments.
         std::string username;
         std::string password;
+        endWhenInterrupted();
         if (!std::getline(std::cin, username) || !std::getline(std::cin, password))
             throw UsageError("credential approve reads a name and a password, each on a line");
+        whenInterrupted({});
         command =
             RVGitCredentialCommand::gitApproveCredentialCommandWithHTTPURL(url, username, password);
     }

@@ -23,6 +23,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "client/Commands.h"
 #include "client/Documents.h"
+#include "client/Help.h"
 
 namespace {
 
@@ -33,12 +34,13 @@ std::function<void()> interruptAction;
 
 void printUsage(std::FILE* stream) {
     std::fputs(
-        "usage: rvgit [--verbose] [-C PATH] [PATH | COMMAND [ARGUMENTS] | help [COMMAND]]\n\n"
+        "usage: rvgit [--verbose] [-C PATH] [PATH | COMMAND [ARGUMENTS]]\n\n"
         "Without a command, an overview of the repository at PATH (or here) is printed.\n"
         "Paths of files are relative to the root of the repository, as status prints them.\n\n",
         stream);
     for (const Command& command : allCommands())
         std::fprintf(stream, "  %s\n", std::string(command.usage).c_str());
+    std::fputs("\n  help COMMAND     tells more of one; so does COMMAND --help\n", stream);
 }
 
 // Waits for Ctrl-C on a thread of its own and ends what git is doing. The main thread then comes
@@ -48,6 +50,11 @@ void cancelCommandsWhenInterrupted() {
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    // Of a terminal that goes away, which git, in a session of its own, does not hear; but not
+    // where somebody wants it to go on.
+    struct sigaction hangUp;
+    if (sigaction(SIGHUP, nullptr, &hangUp) == 0 && hangUp.sa_handler != SIG_IGN)
+        sigaddset(&signals, SIGHUP);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     std::thread([] {
         int signal = 0;
@@ -69,6 +76,18 @@ const Command* commandNamed(std::string_view name) {
     return nullptr;
 }
 
+bool showsColours() {
+    const auto valueOf = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string_view(value ? value : "");
+    };
+    return isatty(STDOUT_FILENO) == 1 && valueOf("NO_COLOR").empty() && valueOf("TERM") != "dumb";
+}
+
+bool asksForHelp(std::string_view word) {
+    return word == "--help" || word == "-h";
+}
+
 int complain(const std::string& message, int exitCode) {
     std::fprintf(stderr, "rvgit: %s\n", message.c_str());
     return exitCode;
@@ -82,30 +101,17 @@ int finishOutput() {
 }
 
 int write(const Output& output) {
+    // A reader may take its time.
+    endWhenInterrupted();
     std::fwrite(output.text().data(), 1, output.text().size(), stdout);
     return finishOutput();
 }
 
-bool isHelpOption(const std::string& word) {
-    return word == "--help" || word == "-h";
-}
-
-// "help", "help COMMAND" and "COMMAND --help"; a directory may be called "help".
-bool isHelp(const std::vector<std::string>& words) {
-    if (words.size() == 2 && commandNamed(words[0]) && isHelpOption(words[1]))
-        return true;
-    return !words.empty() && words.size() <= 2 && words[0] == "help" &&
-           !RVFileManager::fileExistsAtPath(words[0]);
-}
-
-int help(const std::vector<std::string>& words) {
-    const std::string name = words[0] != "help" ? words[0] : words.size() == 2 ? words[1] : "";
-    if (name.empty())
-        return printUsage(stdout), finishOutput();
+int printHelp(const std::string& name) {
     const Command* command = commandNamed(name);
     if (!command)
-        return complain("there is no command " + printable(name) + "; see rvgit help", 2);
-    std::printf("usage: rvgit %s\n", std::string(command->usage).c_str());
+        return complain("there is no command " + printable(name), 2);
+    std::fputs(helpText(*command).c_str(), stdout);
     return finishOutput();
 }
 
@@ -115,7 +121,7 @@ int run(std::vector<std::string> words) {
     std::size_t position = 0;
     for (; position < words.size() && words[position].starts_with('-'); ++position) {
         const std::string& word = words[position];
-        if (isHelpOption(word))
+        if (asksForHelp(word))
             return printUsage(stdout), finishOutput();
         if (word == "--version")
             return std::puts("rvgit " RVGIT_VERSION), finishOutput();
@@ -135,10 +141,14 @@ int run(std::vector<std::string> words) {
         else
             return printUsage(stderr), 2;
     }
-    const std::vector<std::string> given(words.begin() + static_cast<std::ptrdiff_t>(position),
-                                         words.end());
-    if (isHelp(given))
-        return help(given);
+    if (position < words.size() && words[position] == "help") {
+        if (position + 1 == words.size())
+            return printUsage(stdout), finishOutput();
+        return printHelp(words[position + 1]);
+    }
+    if (position + 1 < words.size() && commandNamed(words[position]) &&
+        asksForHelp(words[position + 1]))
+        return printHelp(words[position]);
     const Command* command = &allCommands().front();
     if (position < words.size()) {
         if (const Command* named = commandNamed(words[position]))
@@ -182,7 +192,7 @@ int run(std::vector<std::string> words) {
             return complain("there is no directory " + printable(path), 1);
     }
 
-    Output output(isatty(STDOUT_FILENO) == 1 && !std::getenv("NO_COLOR"));
+    Output output(showsColours());
     try {
         command->run(repository, Arguments(std::move(words)), output);
     } catch (const UsageError& error) {
@@ -202,6 +212,14 @@ int run(std::vector<std::string> words) {
 void whenInterrupted(std::function<void()> action) {
     const std::lock_guard lock(interruptMutex);
     interruptAction = std::move(action);
+}
+
+void endWhenInterrupted() {
+    whenInterrupted([] { std::_Exit(exitInterrupted); });
+}
+
+bool wasInterrupted() {
+    return interrupted;
 }
 
 int main(int argc, char** argv) {

@@ -2,11 +2,12 @@
 
 #include <shared_mutex>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVString.h"
 
 RVErrorManager& RVErrorManager::sharedManager() {
-    static auto& manager = *new RVErrorManager;
-    return manager;
+    static RVNeverDestroyed<RVErrorManager> manager;
+    return *manager;
 }
 
 void RVErrorManager::addErrorDefinitions(std::vector<RVErrorDefinition> definitions,
@@ -54,8 +55,8 @@ struct Translations {
     std::map<std::string, std::string, std::less<>> texts;
 
     static Translations& shared() {
-        static auto& translations = *new Translations;
-        return translations;
+        static RVNeverDestroyed<Translations> translations;
+        return *translations;
     }
 };
 

@@ -38,7 +38,7 @@ public:
     /// Of one argument, which may be the value itself.
     template <typename Argument>
     requires std::constructible_from<T, Argument>
-    explicit RVNeverDestroyed(Argument&& argument) {
+    explicit RVNeverDestroyed(Argument&& argument) {  // NOLINT(*-forwarding-reference-overload)
         new (storage_) T(std::forward<Argument>(argument));
     }
     template <typename... Arguments>

@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitCommand.h"
@@ -16,8 +17,8 @@ struct DefaultBinary {
 };
 
 DefaultBinary& defaultBinary() {
-    static auto& binary = *new DefaultBinary;
-    return binary;
+    static RVNeverDestroyed<DefaultBinary> binary;
+    return *binary;
 }
 
 }  // namespace

@@ -55,9 +55,9 @@ bool isOption(std::string_view text) {
 bool isOptionInPlaceOfRevision(std::string_view text) {
     if (isOption(text) || text.starts_with("^-"))
         return true;
-    // Both ends of a range. What follows ":/" or "{/" is text to be searched for.
+    // Both ends of a range. What follows ":" is a path, and ":/" or "{/" text to be searched for.
     const std::size_t range = std::min(text.find("..-"), text.find("...-"));
-    return range < std::min(text.find(":/"), text.find("{/"));
+    return range < std::min(text.find(':'), text.find("{/"));
 }
 
 template <typename T>
@@ -357,6 +357,16 @@ std::vector<std::string> RVGitCommand::makeArguments() const {
     append(list, gitCommandOptions_);
     append(list, gitCommandArguments_);
     return list;
+}
+
+void RVGitCommand::overrideGitConfiguration(const std::string& key, const std::string& value) {
+    // What git itself hands down the options "-c" in; those of this command come behind it. Every
+    // git reads it, whereas numbered variables need 2.31.
+    constexpr char variable[] = "GIT_CONFIG_PARAMETERS";
+    std::string parameters = valueForEnvironmentVariable(variable).value_or("");
+    if (!parameters.empty())
+        parameters += ' ';
+    setValueForEnvironmentVariable(parameters + "'" + key + "=" + value + "'", variable);
 }
 
 void RVGitCommand::removeGitDirOption() {

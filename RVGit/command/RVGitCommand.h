@@ -132,6 +132,10 @@ public:
     /// Merges the variables over the environment.
     void addEnvironmentVariables(const RVEnvironment& variables);
     void sanitizeEnvironment();
+    /// Has git, and what git runs, take a setting whatever is configured. It goes through the
+    /// environment and leaves the command line as it is; one of the same key that stands there, as
+    /// "-c", wins. The value must hold no quote.
+    void overrideGitConfiguration(const std::string& key, const std::string& value);
 
     // Running.
 

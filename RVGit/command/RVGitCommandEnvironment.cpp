@@ -1,8 +1,10 @@
 #include "RVGit/command/RVGitCommandEnvironment.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
+
 RVGitCommandEnvironment& RVGitCommandEnvironment::sharedEnvironment() {
-    static auto& environment = *new RVGitCommandEnvironment;
-    return environment;
+    static RVNeverDestroyed<RVGitCommandEnvironment> environment;
+    return *environment;
 }
 
 RVEnvironment RVGitCommandEnvironment::dictionaryRepresentation() const {

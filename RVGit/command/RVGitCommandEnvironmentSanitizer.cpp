@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 
 // The bytes of RVGitCommandEnvironmentSanitizerConfig.plist, from a source file that the build
 // makes of it.
@@ -35,9 +36,9 @@ std::optional<std::vector<std::string>> stringsOfPropertyList(std::string_view p
 
 const RVGitCommandEnvironmentSanitizerConfig&
 RVGitCommandEnvironmentSanitizerConfig::sharedConfig() {
-    static const auto& config = *new RVGitCommandEnvironmentSanitizerConfig(
+    static const RVNeverDestroyed<RVGitCommandEnvironmentSanitizerConfig> config(
         RVGitCommandEnvironmentSanitizerConfigPropertyList);
-    return config;
+    return *config;
 }
 
 RVGitCommandEnvironmentSanitizerConfig::RVGitCommandEnvironmentSanitizerConfig(

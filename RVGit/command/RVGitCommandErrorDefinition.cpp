@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -71,8 +72,8 @@ RVGitCommandErrorDefinition::gitCommandErrorDefinitionWithDefinition(RVGitErrorR
 
 const RVGitCommandErrorDefinition::Cache&
 RVGitCommandErrorDefinition::sharedRegularExpressionCache() {
-    static const auto& cache = *new Cache(std::make_shared<RVGitRegularExpressionCache>());
-    return cache;
+    static const RVNeverDestroyed<Cache> cache(std::make_shared<RVGitRegularExpressionCache>());
+    return *cache;
 }
 
 bool RVGitCommandErrorDefinition::isMatchedByCommandName(

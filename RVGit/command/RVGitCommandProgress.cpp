@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitRefUpdatesOutputParser.h"
@@ -160,9 +161,9 @@ double RVGitCommandProgress::overallProgressFromProgressOutput(
 }
 
 const Expressions& RVGitCommandProgress::defaultRegularExpressionsForCommandProgress() {
-    static const auto& expressions =
-        *new Expressions(compiled({compressing, receiving, resolving, unpacking}));
-    return expressions;
+    static const RVNeverDestroyed<Expressions> expressions(
+        compiled({compressing, receiving, resolving, unpacking}));
+    return *expressions;
 }
 
 const Expressions& RVGitCommandProgress::regularExpressionsForFetchCommandProgress() {
@@ -174,12 +175,13 @@ const Expressions& RVGitCommandProgress::regularExpressionsForPullCommandProgres
 }
 
 const Expressions& RVGitCommandProgress::regularExpressionsForPushCommandProgress() {
-    static const auto& expressions = *new Expressions(compiled({compressing, writing, unpacking}));
-    return expressions;
+    static const RVNeverDestroyed<Expressions> expressions(
+        compiled({compressing, writing, unpacking}));
+    return *expressions;
 }
 
 const Expressions& RVGitCommandProgress::regularExpressionsForCloneCommandProgress() {
-    static const auto& expressions =
-        *new Expressions(compiled({compressing, receiving, resolving}));
-    return expressions;
+    static const RVNeverDestroyed<Expressions> expressions(
+        compiled({compressing, receiving, resolving}));
+    return *expressions;
 }

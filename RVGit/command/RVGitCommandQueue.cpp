@@ -37,6 +37,7 @@ bool RVGitCommandQueue::executeCommandOnQueue(const std::shared_ptr<RVGitCommand
 }
 
 void RVGitCommandQueue::cancelAllCommands() {
+    ++cancellations_;
     queue_->cancelAllOperations();
 }
 

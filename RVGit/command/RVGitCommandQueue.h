@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include "RVGit/base/RVError.h"
@@ -26,9 +28,14 @@ public:
     static bool executeCommandOnQueue(const std::shared_ptr<RVGitCommand>& command,
                                       RVOperationQueue& queue, RVErrorPlace error = nullptr);
     void cancelAllCommands();
+    /// How often all commands have been cancelled. A cancelled command has succeeded with what it
+    /// had printed by then, which may be nothing: an operation that decides by the output of
+    /// several commands what to change sees by a changed number that it is to stop.
+    [[nodiscard]] std::uint64_t numberOfCancellations() const { return cancellations_; }
     void waitUntilAllCommandsFinished();
 
 private:
     RVGitCommandQueue();
     std::unique_ptr<RVOperationQueue> queue_;
+    std::atomic<std::uint64_t> cancellations_ = 0;
 };

@@ -1,6 +1,8 @@
 #include "RVGit/command/RVGitConfiguration.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
+
 RVGitConfiguration& RVGitConfiguration::sharedConfiguration() {
-    static auto& configuration = *new RVGitConfiguration;
-    return configuration;
+    static RVNeverDestroyed<RVGitConfiguration> configuration;
+    return *configuration;
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "RVGit/command/RVGitRevisionArguments.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 
@@ -30,6 +31,8 @@ RVGitComparisonLoader::Command RVGitComparisonLoader::commandWithOptions(
         command->addGitCommandRevisions(revisions(), refusalCode);
         if (!filePaths.empty()) {
             command->addGitCommandFilePaths(filePaths);
+        } else if (!logOptions()) {
+            separateRevisionsFromFiles(*command);
         }
         return command;
     };

@@ -27,6 +27,8 @@ std::shared_ptr<RVGitDiffCommand> RVGitDiffCommand::gitDiffCommandWithRepository
 
 void RVGitDiffCommand::gitCommandWillInitialize() {
     setGitCommand("diff");
+    // The parser would pass over an empty line of context.
+    overrideGitConfiguration("diff.suppressBlankEmpty", "false");
     addGitCommandOptions(
         {"--no-color", "--word-diff=none", "--no-ext-diff", "--full-index", "-C", "-M"});
     addGitCommandOptionsThatAreSet({

@@ -16,9 +16,10 @@ class RVRegularExpression;
 
 /// Reads the diff of one file, ordinary or combined. Code 11 for a line that is none of a diff's,
 /// and for a hash of 64 digits.
-/// A diff of 4 GB or more cannot be read. Empty lines are passed over: where git is configured to
-/// print an empty line of context without its blank (diff.suppressBlankEmpty), that line is
-/// missing, the numbers behind it are too low, and git refuses a patch of the chunk.
+/// A diff of 4 GB or more cannot be read. Empty lines are passed over: where an empty line of
+/// context stands without its blank, that line is missing, the numbers behind it are too low, and
+/// git refuses a patch of the chunk. Git prints it so with diff.suppressBlankEmpty, which
+/// RVGitDiffCommand and RVGitLogCommand switch off.
 class RVGIT_EXPORT RVGitDiffOutputParser : public RVGitOutputParser {
 public:
     /// Copies the bytes.

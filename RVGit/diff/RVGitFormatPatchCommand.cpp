@@ -1,6 +1,7 @@
 #include "RVGit/diff/RVGitFormatPatchCommand.h"
 
 #include "RVGit/command/RVGitFilePathsOutputParser.h"
+#include "RVGit/command/RVGitRevisionArguments.h"
 
 RVGitFormatPatchCommand::RVGitFormatPatchCommand(const std::shared_ptr<RVGitRepository>& repository,
                                                  std::string revision,
@@ -27,6 +28,7 @@ void RVGitFormatPatchCommand::gitCommandWillInitialize() {
     if (limit_ != 0)
         addGitCommandOption("-" + std::to_string(limit_));
     addGitCommandRevision(revision_);
+    separateRevisionsFromFiles(*this);
 }
 
 bool RVGitFormatPatchCommand::gitCommandWillParseOutput(RVErrorPlace error) {

@@ -27,7 +27,10 @@ void RVGitBlameCommand::gitCommandWillInitialize() {
 
 void RVGitBlameCommand::gitCommandDidTerminate() {
     RVGitBlameOutputParser parser(standardOutputData());
-    parser.parse();
+    std::optional<RVError> error;
+    // Only a hash of 64 digits cannot be read: without the error the file would seem empty.
+    if (!parser.parse(&error) && !isCancelled())
+        finishWithError(*std::move(error));
     annotatedLines_ = parser.takeIndexedResults();
 }
 

@@ -9,7 +9,8 @@
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/history/RVGitBlameOutputParser.h"
 
-/// Runs `git blame --porcelain` for a file as it was in a revision.
+/// Runs `git blame --porcelain` for a file as it was in a revision. Code 11 for hashes of 64
+/// digits.
 class RVGIT_EXPORT RVGitBlameCommand : public RVGitCommand {
 public:
     /// The repository is required.

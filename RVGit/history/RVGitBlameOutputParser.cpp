@@ -1,8 +1,10 @@
 #include "RVGit/history/RVGitBlameOutputParser.h"
 
+#include <locale.h>
+#include <stdlib.h>
+
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 
 #include "RVGit/base/RVCharacter.h"
@@ -13,13 +15,14 @@ namespace {
 
 using Item = RVGitBlameOutputParserResultItem;
 
-/// The number at the start of the text, after white space; 0 if there is none.
+/// The number at the start of the text, after white space; 0 if there is none. By the C library,
+/// since not every C++ library can read one of these from characters.
 double doubleValue(std::string_view text) {
+    static const locale_t plainLocale = newlocale(LC_ALL_MASK, "C", nullptr);
     text = trimmedWhitespaceAndNewline(text);
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    double value = 0;
-    std::from_chars(text.data(), text.data() + text.size(), value);
+    // Neither hexadecimal numbers nor "inf" and "nan".
+    const std::string number(text.substr(0, text.find_first_not_of("0123456789+-.eE")));
+    const double value = strtod_l(number.c_str(), nullptr, plainLocale);
     return std::isfinite(value) ? value : 0;
 }
 

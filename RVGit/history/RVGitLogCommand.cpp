@@ -73,6 +73,10 @@ void RVGitLogCommand::gitCommandWillInitialize() {
     setGitCommand("log");
     addGitOptions({"-c", "i18n.logOutputEncoding=UTF-8", "-c", "log.date=default", "-c",
                    "log.showSignature=false"});
+    // Without the first, a commit that has no parent changes nothing, not for a search of contents
+    // either; with the second, lines of context go missing.
+    overrideGitConfiguration("log.showRoot", "true");
+    overrideGitConfiguration("diff.suppressBlankEmpty", "false");
     addGitCommandOptions({"-z", "--no-color", "--use-mailmap"});
     addPrettyFormatOption();
     if (limit_ != 0)

@@ -1,6 +1,7 @@
 #include "RVGit/history/RVGitRevListCommand.h"
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitRevisionArguments.h"
 #include "RVGit/history/RVGitLogCommand.h"
 
 RVGitRevListCommand::RVGitRevListCommand(const std::shared_ptr<RVGitRepository>& repository,
@@ -24,6 +25,7 @@ const RVGitErrorTable& RVGitRevListCommand::gitErrorDefinitions() {
 void RVGitRevListCommand::gitCommandWillInitialize() {
     setGitCommand("rev-list");
     addGitCommandRevisions(revisions_);
+    separateRevisionsFromFiles(*this);
     if (countsCommits_)
         addGitCommandOption("--count");
     if (maxCount_ != 0)

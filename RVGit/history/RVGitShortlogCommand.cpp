@@ -3,6 +3,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitRevisionArguments.h"
 
 RVGitShortlogOutputParser::RVGitShortlogOutputParser(std::string_view outputData)
     : RVGitItemOutputParser(outputData, Delimiter::Newline) {}
@@ -45,6 +46,8 @@ void RVGitShortlogCommand::gitCommandWillInitialize() {
     addGitCommandRevision(revision_);
     if (filePaths_) {
         addGitCommandFilePaths(*filePaths_);
+    } else {
+        separateRevisionsFromFiles(*this);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "RVGit/lfs/RVGitLFSCleanCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 
 RVGitLFSCleanOutputParserResultItem::RVGitLFSCleanOutputParserResultItem(
@@ -20,9 +21,9 @@ std::string_view RVGitLFSCleanOutputParser::parserName() const {
 }
 
 bool RVGitLFSCleanOutputParser::parseOutputLine(std::string_view line) {
-    static const auto& expression = *new RVRegularExpression(
-        R"(^([0-9a-z\.-]+)\s+(.+))", RVRegularExpression::DotMatchesLineSeparators);
-    const auto components = expression.firstMatch(line);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(^([0-9a-z\.-]+)\s+(.+))", RVRegularExpression::DotMatchesLineSeparators);
+    const auto components = expression->firstMatch(line);
     if (components.size() >= 3)
         resultCache_.insert_or_assign(std::string(*components[1]), std::string(*components[2]));
     return true;

@@ -1,5 +1,6 @@
 #include "RVGit/lfs/RVGitLFSLsFilesCommand.h"
 
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 
 RVGitLFSLsFilesOutputParser::RVGitLFSLsFilesOutputParser(std::string_view outputData)
@@ -10,8 +11,9 @@ std::string_view RVGitLFSLsFilesOutputParser::parserName() const {
 }
 
 bool RVGitLFSLsFilesOutputParser::parseOutputLine(std::string_view line) {
-    static const auto& expression = *new RVRegularExpression(
-        R"(^[0-9a-f]+\s+\*{1}\s+(.+))", RVRegularExpression::DotMatchesLineSeparators);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(^[0-9a-f]+\s+\*{1}\s+(.+))",
+        RVRegularExpression::DotMatchesLineSeparators);
 
     std::size_t end = 0;
     while (end < line.size() &&
@@ -27,7 +29,7 @@ bool RVGitLFSLsFilesOutputParser::parseOutputLine(std::string_view line) {
         addResult(std::string(rest.substr(3)));
         return true;
     }
-    const auto components = expression.firstMatch(line);
+    const auto components = expression->firstMatch(line);
     if (!components.empty())
         addResult(std::string(*components[1]));
     return true;

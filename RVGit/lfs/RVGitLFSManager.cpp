@@ -85,8 +85,12 @@ bool RVGitLFSManager::update(const std::optional<RVOptions>&, RVErrorPlace error
 std::optional<RVGitLFSManager::TrackingEntries> RVGitLFSManager::allTrackingEntries(
     const std::optional<RVOptions>&, RVErrorPlace error) {
     const auto command = RVGitLFSTrackCommand::gitLFSTrackCommandWithRepository(repository_);
-    if (!runCommand(command, error) || !command->trackedFilePatterns())
+    if (!runCommand(command, error))
         return std::nullopt;
+    if (command->isCancelled() || !command->trackedFilePatterns()) {
+        clearErrorPlace(error);
+        return std::nullopt;
+    }
     TrackingEntries entries;
     entries.reserve(command->trackedFilePatterns()->size());
     for (const auto& item : *command->trackedFilePatterns())
@@ -215,19 +219,29 @@ std::shared_ptr<RVGitLFSPruneCommand> RVGitLFSManager::prune(const std::optional
     return command;
 }
 
+std::optional<std::vector<std::string>> RVGitLFSManager::filesOfCommand(
+    const std::shared_ptr<RVGitLFSLsFilesCommand>& command, RVErrorPlace error) const {
+    if (!runCommand(command, error))
+        return std::nullopt;
+    // The list of one that was cancelled ends anywhere.
+    if (command->isCancelled()) {
+        clearErrorPlace(error);
+        return std::nullopt;
+    }
+    return command->files();
+}
+
 std::optional<std::vector<std::string>> RVGitLFSManager::allTrackedFiles(
     const std::optional<RVOptions>&, RVErrorPlace error) {
     const auto command = RVGitLFSLsFilesCommand::gitLFSLsFilesCommandWithRepository(repository_);
-    (void)runCommand(command, error);
-    return command->files();
+    return filesOfCommand(command, error);
 }
 
 std::optional<std::vector<std::string>> RVGitLFSManager::allTrackedFilesForRevision(
     const std::string& revision, const std::optional<RVOptions>&, RVErrorPlace error) {
     const auto command = RVGitLFSLsFilesCommand::gitLFSLsFilesCommandWithRepository(repository_);
     command->setRevision(revision);
-    (void)runCommand(command, error);
-    return command->files();
+    return filesOfCommand(command, error);
 }
 
 std::shared_ptr<RVGitLFSPointer> RVGitLFSManager::createPointerFromFileAtPath(

@@ -20,6 +20,7 @@ class RVGitLFSCheckoutCommand;
 class RVGitLFSCleanCommand;
 class RVGitLFSCloneCommand;
 class RVGitLFSFetchCommand;
+class RVGitLFSLsFilesCommand;
 class RVGitLFSPointer;
 class RVGitLFSPruneCommand;
 class RVGitLFSPullCommand;
@@ -160,7 +161,8 @@ public:
                              RVErrorPlace error = nullptr);
     std::shared_ptr<RVGitLFSPruneCommand> prune(const std::optional<RVOptions>& options,
                                                 CompletionHandler completionHandler);
-    /// Those whose contents stand in the working tree.
+    /// Those whose contents stand in the working tree. Absent on failure; absent with a cleared
+    /// place if it was cancelled, as the list of tracked patterns is.
     [[nodiscard]] std::optional<std::vector<std::string>> allTrackedFiles(
         const std::optional<RVOptions>& options = std::nullopt, RVErrorPlace error = nullptr);
     [[nodiscard]] std::optional<std::vector<std::string>> allTrackedFilesForRevision(
@@ -201,6 +203,8 @@ private:
     bool runCommand(const std::shared_ptr<RVGitCommand>& command, RVErrorPlace error) const;
     void runCommand(const std::shared_ptr<RVGitCommand>& command,
                     CompletionHandler completionHandler) const;
+    [[nodiscard]] std::optional<std::vector<std::string>> filesOfCommand(
+        const std::shared_ptr<RVGitLFSLsFilesCommand>& command, RVErrorPlace error) const;
 
     std::shared_ptr<RVGitRepository> repository_;
     std::unique_ptr<RVOperationQueue> commandQueue_;

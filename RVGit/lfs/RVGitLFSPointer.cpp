@@ -1,6 +1,7 @@
 #include "RVGit/lfs/RVGitLFSPointer.h"
 
 #include "RVGit/base/RVError.h"
+#include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 
@@ -10,14 +11,14 @@ RVGitLFSPointer::RVGitLFSPointer(Entries entries, std::string stringRepresentati
 }
 
 std::shared_ptr<RVGitLFSPointer> RVGitLFSPointer::pointerFromData(std::string_view data) {
-    static const auto& expression = *new RVRegularExpression(
-        R"(^([0-9a-z\.-]+)\s+(.+)$)", RVRegularExpression::DotMatchesLineSeparators);
+    static const RVNeverDestroyed<RVRegularExpression> expression(
+        std::in_place, R"(^([0-9a-z\.-]+)\s+(.+)$)", RVRegularExpression::DotMatchesLineSeparators);
     if (!isValidUTF8(data))
         return nullptr;
     Entries entries;
     for (std::size_t start = 0; start < data.size();) {
         const std::size_t end = std::min(data.find('\n', start), data.size());
-        const auto components = expression.firstMatch(data.substr(start, end - start));
+        const auto components = expression->firstMatch(data.substr(start, end - start));
         if (!components.empty())
             entries.insert_or_assign(std::string(*components[1]), std::string(*components[2]));
         start = end + 1;

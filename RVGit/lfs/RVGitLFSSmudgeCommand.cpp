@@ -12,12 +12,30 @@
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVSystem.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"
 
 namespace {
 
 constexpr char inputPath[] = "/tmp/smudge_input";
 constexpr char lockPath[] = "/tmp/smudge_input.lock";
+
+// As git-lfs writes them, with the line break ahead of them. The version is always its latest one.
+std::string linesBehindVersion(const RVGitLFSPointer& pointer) {
+    std::string lines = "\n";
+    for (const auto& [key, value] : pointer.allEntries())
+        if (key.starts_with("ext-"))
+            lines += key + " " + value + "\n";
+    return lines + "oid " + pointer.objectID() + "\nsize " + pointer.size() + "\n";
+}
+
+// A file that is replaced stays executable.
+unsigned permissionsForFile(const std::string& path) {
+    struct stat status;
+    const bool isFile = ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return isFile ? status.st_mode & 0777U : 0644U;
+}
 
 // 0, or what is wrong with a file that others may have put in the way.
 int errorForFile(const struct stat& status) {
@@ -141,12 +159,26 @@ void RVGitLFSSmudgeCommand::gitCommandDidTerminate() {
     inputFile_.reset();
 }
 
-bool RVGitLFSSmudgeCommand::gitCommandWillParseOutput(RVErrorPlace) {
+bool RVGitLFSSmudgeCommand::gitCommandWillParseOutput(RVErrorPlace error) {
     // What a cancelled run has printed may be cut off, and must not replace a whole file.
     if (isCancelled() && exitCode() != 0)
         return true;
+    if (outputIsThePointer()) {
+        fillErrorPlace(error, gitErrorWithCode(RVGitRVGitGenericError, makeGitErrorUserInfo()));
+        return false;
+    }
     data_ = standardOutputBuffer();
     if (outputPath_)
-        (void)RVFileManager::writeFileAtomically(*outputPath_, data_->view(), 0644, &outputError_);
+        (void)RVFileManager::writeFileAtomically(*outputPath_, data_->view(),
+                                                 permissionsForFile(*outputPath_), &outputError_);
     return true;
+}
+
+bool RVGitLFSSmudgeCommand::outputIsThePointer() const {
+    const std::string_view output = standardOutputData();
+    return pointer_ && !output.empty() &&
+           (output == pointer_->stringRepresentation() ||
+            (output.starts_with("version ") &&
+             output.substr(std::min(output.find('\n'), output.size())) ==
+                 linesBehindVersion(*pointer_)));
 }

@@ -21,7 +21,9 @@ class RVGitLFSPointer;
 /// neither read nor replaced: that fails with the error of the system and the path, before git is
 /// launched.
 ///
-/// Other failures: code 1, above all where the contents are neither here nor with the server.
+/// Other failures: code 1, above all where the contents are neither here nor with the server. It is
+/// code 1, too, where git-lfs prints the pointer in their place and calls that a success, as
+/// ".lfsconfig", a stranger's file, or GIT_LFS_SKIP_SMUDGE may have it do.
 class RVGIT_EXPORT RVGitLFSSmudgeCommand : public RVGitLFSCommand {
 public:
     explicit RVGitLFSSmudgeCommand(const std::shared_ptr<RVGitRepository>& repository);
@@ -32,7 +34,8 @@ public:
 
     [[nodiscard]] const std::shared_ptr<RVGitLFSPointer>& pointer() const { return pointer_; }
     void setPointer(std::shared_ptr<RVGitLFSPointer> pointer) { pointer_ = std::move(pointer); }
-    /// Where the contents are written to, in one step. Kept for compatibility: a failure to write
+    /// Where the contents are written to, in one step; a file that is there keeps its permissions.
+    /// Kept for compatibility: a failure to write
     /// them is no failure of the command; outputError() has it.
     [[nodiscard]] const std::optional<std::string>& outputPath() const { return outputPath_; }
     void setOutputPath(std::optional<std::string> path) { outputPath_ = std::move(path); }
@@ -52,6 +55,8 @@ protected:
 
 private:
     class InputFile;
+
+    [[nodiscard]] bool outputIsThePointer() const;
 
     std::shared_ptr<RVGitLFSPointer> pointer_;
     std::optional<std::string> outputPath_;

@@ -1,5 +1,7 @@
 #include "RVGit/merge/RVGitDiffToolCommand.h"
 
+#include "RVGit/command/RVGitRevisionArguments.h"
+
 RVGitDiffToolCommand::RVGitDiffToolCommand(const std::shared_ptr<RVGitRepository>& repository)
     : RVGitFilePathsCommand(repository) {}
 
@@ -18,4 +20,6 @@ void RVGitDiffToolCommand::gitCommandWillInitialize() {
     if (revisions_)
         addGitCommandRevisions(*revisions_);
     addFilePathArguments();
+    if (!filePaths())
+        separateRevisionsFromFiles(*this);
 }

@@ -64,4 +64,16 @@ void rvgit::openNoEditor(RVGitCommand& command) {
     command.addEnvironmentVariables({{"GIT_EDITOR", ":"}, {"GIT_SEQUENCE_EDITOR", ":"}});
     // It would have git open an editor where it does not by itself.
     command.setValueForEnvironmentVariable(std::nullopt, "GIT_MERGE_AUTOEDIT");
+    // What a rebase tells its steps: git would forget which commit it was picking when it stops.
+    command.setValueForEnvironmentVariable(std::nullopt, "GIT_CHERRY_PICK_HELP");
+}
+
+void rvgit::takeMessagesAsUTF8(RVGitCommand& command) {
+    command.overrideGitConfiguration("i18n.commitEncoding", "UTF-8");
+}
+
+void rvgit::openNoEditorUnlessSet(RVGitCommand& command) {
+    for (const char* name : {"GIT_EDITOR", "GIT_SEQUENCE_EDITOR"})
+        if (!command.valueForEnvironmentVariable(name))
+            command.setValueForEnvironmentVariable(":", name);
 }

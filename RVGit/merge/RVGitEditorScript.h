@@ -33,7 +33,16 @@ inline namespace RVGIT_EXPORT rvgit {
     const std::string& commitMessage, RVErrorPlace error = nullptr);
 
 /// Has git take every message and every list as it proposes them, whatever editor is configured or
-/// inherited. Whoever has an answer sets "GIT_EDITOR" or "GIT_SEQUENCE_EDITOR" afterwards.
+/// inherited, and stop at conflicts as it does by itself. Whoever has an answer sets "GIT_EDITOR"
+/// or "GIT_SEQUENCE_EDITOR" afterwards.
 void openNoEditor(RVGitCommand& command);
+
+/// The same just ahead of the launch, for a command whose environment has been sanitized since:
+/// both variables are taken away then, and git would open what is configured.
+void openNoEditorUnlessSet(RVGitCommand& command);
+
+/// Has git know the messages that it is given for what they are, UTF-8: where another encoding is
+/// configured for commits it would take them to be in that.
+void takeMessagesAsUTF8(RVGitCommand& command);
 
 }  // namespace rvgit

@@ -44,6 +44,7 @@ const RVGitErrorTable& RVGitMergeCommand::gitErrorDefinitions() {
 
 void RVGitMergeCommand::gitCommandWillInitialize() {
     setGitCommand("merge");
+    openNoEditorUnlessSet(*this);
     addGitOptions({"-c", "core.trustctime=false"});
     addGitCommandOptionsThatAreSet({
         {noVerify_, "--no-verify"},

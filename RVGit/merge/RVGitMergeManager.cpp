@@ -169,13 +169,15 @@ bool RVGitMergeManager::continueRebaseWithCommitMessage(
         RVGitRebaseCommand::gitRebaseCommandWithRepository(repository_, std::nullopt);
     command->setContinuesRebase(true);
     if (commitMessage && usesRebaseApplyBackend()) {
-        replaceProposedMessage("rebase-apply/final-commit", commitMessage);
+        replaceProposedMessage("rebase-apply/final-commit", *commitMessage);
     } else if (commitMessage) {
         const auto script = temporaryCommitMessageEditorScript(*commitMessage, error);
         if (!script)
             return false;
         command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
     }
+    if (commitMessage)
+        takeMessagesAsUTF8(*command);
     return command->run(error);
 }
 
@@ -210,9 +212,7 @@ bool RVGitMergeManager::continueCherryPick(RVErrorPlace error) {
 
 bool RVGitMergeManager::continueCherryPickWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    replaceProposedMessage("MERGE_MSG", commitMessage);
-    return runWithFlag<RVGitCherryPickCommand>(repository_,
-                                               &RVGitCherryPickCommand::setContinuesProcess, error);
+    return continueSequence<RVGitCherryPickCommand>(commitMessage, error);
 }
 
 bool RVGitMergeManager::continueEmptyCherryPickWithCommitMessage(const std::string& commitMessage,
@@ -251,9 +251,7 @@ bool RVGitMergeManager::continueRevert(RVErrorPlace error) {
 
 bool RVGitMergeManager::continueRevertWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    replaceProposedMessage("MERGE_MSG", commitMessage);
-    return runWithFlag<RVGitRevertCommand>(repository_, &RVGitRevertCommand::setContinuesProcess,
-                                           error);
+    return continueSequence<RVGitRevertCommand>(commitMessage, error);
 }
 
 bool RVGitMergeManager::continueEmptyRevertWithCommitMessage(const std::string& commitMessage,
@@ -276,11 +274,23 @@ bool RVGitMergeManager::quitRevert(RVErrorPlace error) {
                                            error);
 }
 
-void RVGitMergeManager::replaceProposedMessage(
-    std::string_view path, const std::optional<std::string>& commitMessage) const {
+template <typename Command>
+bool RVGitMergeManager::continueSequence(const std::optional<std::string>& commitMessage,
+                                         RVErrorPlace error) {
+    const auto command = std::make_shared<Command>(repository_, std::nullopt);
+    command->setContinuesProcess(true);
+    if (commitMessage) {
+        replaceProposedMessage("MERGE_MSG", *commitMessage);
+        takeMessagesAsUTF8(*command);
+    }
+    return command->run(error);
+}
+
+void RVGitMergeManager::replaceProposedMessage(std::string_view path,
+                                               const std::string& commitMessage) const {
     // Kept for compatibility: the operation goes on whether or not the message could be written.
-    if (commitMessage && files_.exists(path))
-        (void)files_.writeAtomically(path, *commitMessage);
+    if (files_.exists(path))
+        (void)files_.writeAtomically(path, commitMessage);
 }
 
 bool RVGitMergeManager::commitEmptyStep(const std::string& commitMessage, RVErrorPlace error) {

@@ -43,11 +43,14 @@ enum RVGitMergeMode : std::uint64_t {
 /// runs in the repository. No reader fails: a file that is missing, unreadable or no UTF-8 gives 0
 /// or nothing, unless said otherwise. So does one that is no regular file, lies behind a symbolic
 /// link below the git directory, or is larger than git writes it (1 MB, or 64 MB for a message or a
-/// list). Readers run no process, but for originalRevision() where it has to ask for HEAD's.
+/// list). Readers run no process, but for originalRevision() where it has to ask for HEAD's, and
+/// where refs are kept in tables: there git is asked for what the heads of a cherry-pick and a
+/// revert would say as files.
 ///
 /// Operations run git and wait for it. A stop at conflicts is a failure, by code 2000 or 2200, and
 /// currentMergeMode() tells what can be done then; a step of a cherry-pick or revert without
-/// changes is code 1, so ask after that, too. Nothing ever opens an editor.
+/// changes is code 1, so ask after that, too. Nothing ever opens an editor. A message that is given
+/// is UTF-8, and so are the commits of that run, whatever encoding is configured for them.
 class RVGIT_EXPORT RVGitMergeManager {
 public:
     /// The repository is required.
@@ -321,7 +324,8 @@ public:
                                         RVErrorPlace error = nullptr);
     /// Has the rebase stop behind the commit and takes it apart: HEAD is its parent, and its
     /// changes lie in the working tree (those of a root commit, which stays, are taken out of the
-    /// index). continueRebase() goes on when something has been committed.
+    /// index). continueRebase() goes on when something has been committed. Of a root commit, git
+    /// refuses to abort as long as its files are not in the index: stage them again first.
     [[nodiscard]] bool editRevision(const std::string& revision, RVErrorPlace error = nullptr);
     /// With `amends` the commit stays as it is, to be amended.
     [[nodiscard]] bool editRevision(const std::string& revision, bool amends,
@@ -354,7 +358,8 @@ public:
 
     /// Whether a merge of the first revision into the second would go through, by the three-way
     /// comparison of git merge-tree: it changes nothing, works with every git and tells of each
-    /// conflict what it is, but knows no renames and one common ancestor only. Use
+    /// conflict what it is, but knows no renames and one common ancestor only, and no conflict in a
+    /// file whose attribute "conflict-marker-size" asks for markers of another length. Use
     /// conflictingFilePathsForMergingRevision() where the git is new enough and the answer must be
     /// the merge's own. False with code 2006 for a merge with conflicts, code 1 if there is no
     /// common ancestor or no such revision.
@@ -379,6 +384,9 @@ public:
 
 private:
     [[nodiscard]] std::optional<std::string> trimmedFile(std::string_view path) const;
+    [[nodiscard]] std::optional<std::string> fileOrRef(std::string_view name) const;
+    /// The hash of a ref of git's own ("REVERT_HEAD") where refs are no files.
+    [[nodiscard]] std::optional<std::string> refInTables(std::string_view name) const;
     [[nodiscard]] std::uint64_t numberInFile(std::string_view path) const;
     [[nodiscard]] RVGitMergeSequenceContentParser sequenceInFile(std::string_view path) const;
     [[nodiscard]] std::optional<std::string_view> markerFile(RVGitMergeMode mode) const;
@@ -386,8 +394,10 @@ private:
     [[nodiscard]] bool restoreVersion(const std::vector<std::string>& filePaths,
                                       const std::string& side, RVErrorPlace error);
     [[nodiscard]] bool commitEmptyStep(const std::string& commitMessage, RVErrorPlace error);
-    void replaceProposedMessage(std::string_view path,
-                                const std::optional<std::string>& commitMessage) const;
+    template <typename Command>
+    [[nodiscard]] bool continueSequence(const std::optional<std::string>& commitMessage,
+                                        RVErrorPlace error);
+    void replaceProposedMessage(std::string_view path, const std::string& commitMessage) const;
 
     std::shared_ptr<RVGitRepository> repository_;
     std::shared_ptr<RVGitWorkingTreeManager> workingTreeManager_;

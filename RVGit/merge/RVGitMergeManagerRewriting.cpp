@@ -1,8 +1,11 @@
 #include <algorithm>
+#include <cstdlib>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
@@ -130,6 +133,16 @@ std::shared_ptr<RVGitRebaseCommand> rewritingCommand(
     else if (command)
         command->addGitCommandOption("--root");
     return command;
+}
+
+/// For git in the top of the working tree. The "*" is a name like any other where the environment
+/// says that paths are no patterns.
+std::string patternOfAllFiles() {
+    for (const char* name : {"GIT_LITERAL_PATHSPECS", "GIT_NOGLOB_PATHSPECS"})
+        if (RVGitCommandEnvironment::sharedEnvironment().valueForEnvironmentVariable(name) ||
+            std::getenv(name))
+            return ".";
+    return "*";
 }
 
 }  // namespace
@@ -294,17 +307,20 @@ bool RVGitMergeManager::setCommitMessage(const std::string& commitMessage,
     const auto range = rangeIncludingRevisions(*this, {forRevision}, error);
     if (!range)
         return false;
+    const auto script = temporaryCommitMessageEditorScript(commitMessage, error);
+    if (!script)
+        return false;
     const auto command = rewritingCommand(
         repository_, *range,
         instructionsForRange(*range, {forRevision}, RVGitSequenceInstructionCommandReword), error,
         // Lines that begin with "#" are part of the message.
         {{RVGitRebaseOptionCleanupCommit, "whitespace"}});
-    if (!command)
+    if (!command) {
+        (void)RVFileManager::removeItemAtPath(*script);
         return false;
-    const auto script = temporaryCommitMessageEditorScript(commitMessage, error);
-    if (!script)
-        return false;
+    }
     command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
+    takeMessagesAsUTF8(*command);
     return command->run(error);
 }
 
@@ -331,7 +347,8 @@ bool RVGitMergeManager::editRevision(const std::string& revision, bool amends, R
                                                                 "HEAD^", std::nullopt)
             ->run(error);
     // The root commit has no parent to go back to.
-    const auto removal = RVGitRmCommand::gitRmCommandWithRepository(repository_, {{"*"}});
+    const auto removal =
+        RVGitRmCommand::gitRmCommandWithRepository(repository_, {{patternOfAllFiles()}});
     removal->addGitCommandOptions({"--cached", "-r"});
     return removal->run(error);
 }

@@ -6,6 +6,7 @@
 #include "RVGit/merge/RVGitMergeManager.h"
 #include "RVGit/merge/RVGitMergeSequenceContentParser.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/repository/RVGitShowRefCommand.h"
 
 // The readers of RVGitMergeManager.
 
@@ -29,9 +30,9 @@ RVGitMergeMode RVGitMergeManager::currentMergeMode() const {
         if (command == RVGitSequenceInstructionCommandRevert)
             return RVGitMergeModeRevert;
     }
-    if (files_.exists("REVERT_HEAD"))
+    if (files_.exists("REVERT_HEAD") || refInTables("REVERT_HEAD"))
         return RVGitMergeModeRevert;
-    if (files_.exists("CHERRY_PICK_HEAD"))
+    if (files_.exists("CHERRY_PICK_HEAD") || refInTables("CHERRY_PICK_HEAD"))
         return RVGitMergeModeCherryPick;
     if (files_.exists("SQUASH_MSG"))
         return RVGitMergeModeSquash;
@@ -90,7 +91,7 @@ std::optional<std::string> RVGitMergeManager::originalRevision() const {
         file = *markerFile(mode);
     else if (mode == RVGitMergeModeCherryPick || mode == RVGitMergeModeRevert)
         file = "sequencer/head";
-    if (auto revision = trimmedFile(file))
+    if (auto revision = file == "ORIG_HEAD" ? fileOrRef(file) : trimmedFile(file))
         return revision;
     return repository_->HEADRevision();
 }
@@ -117,9 +118,9 @@ std::optional<std::string> RVGitMergeManager::mergedRevision() const {
         case RVGitMergeModeEditing:
             return trimmedFile("rebase-merge/orig-head");
         case RVGitMergeModeCherryPick:
-            return trimmedFile("CHERRY_PICK_HEAD");
+            return fileOrRef("CHERRY_PICK_HEAD");
         case RVGitMergeModeRevert:
-            return trimmedFile("REVERT_HEAD");
+            return fileOrRef("REVERT_HEAD");
         default:
             return trimmedFile("MERGE_HEAD");
     }
@@ -247,6 +248,28 @@ std::optional<std::string> RVGitMergeManager::trimmedFile(std::string_view path)
     if (!contents)
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(*contents);
+}
+
+std::optional<std::string> RVGitMergeManager::fileOrRef(std::string_view name) const {
+    auto contents = trimmedFile(name);
+    return contents ? std::move(contents) : refInTables(name);
+}
+
+std::optional<std::string> RVGitMergeManager::refInTables(std::string_view name) const {
+    // The file is a stand-in then.
+    const auto head = files_.UTF8Contents("HEAD", mostBytesOfLine);
+    if (!head || !head->starts_with("ref: refs/heads/.invalid"))
+        return std::nullopt;
+    const auto command =
+        RVGitShowRefCommand::gitShowRefCommandWithRepository(repository_, std::nullopt);
+    // The very ref, and no branch of that name.
+    command->addGitCommandOption("--verify");
+    command->setShowsHashesOnly(true);
+    command->setRefName(std::string(name));
+    if (!command->run())
+        return std::nullopt;
+    auto hash = stringByTrimmingWhitespaceAndNewline(command->standardOutputString());
+    return hash.empty() ? std::nullopt : std::optional(std::move(hash));
 }
 
 std::uint64_t RVGitMergeManager::numberInFile(std::string_view path) const {

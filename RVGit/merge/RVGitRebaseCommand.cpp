@@ -65,6 +65,7 @@ const RVGitErrorTable& RVGitRebaseCommand::gitErrorDefinitions() {
 
 void RVGitRebaseCommand::gitCommandWillInitialize() {
     setGitCommand("rebase");
+    openNoEditorUnlessSet(*this);
     addGitOptions({"-c", "core.trustctime=false"});
     if (noVerify_)
         addGitCommandOption("--no-verify");

@@ -16,6 +16,7 @@ RVGitSequencerCommand::RVGitSequencerCommand(const std::shared_ptr<RVGitReposito
 
 void RVGitSequencerCommand::gitCommandWillInitialize() {
     setGitCommand(word_);
+    openNoEditorUnlessSet(*this);
     addGitOptions({"-c", "core.trustctime=false"});
     if (mainlineParentNumber_ != 0)
         addGitCommandOptions({"--mainline", std::to_string(mainlineParentNumber_)});

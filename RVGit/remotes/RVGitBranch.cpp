@@ -131,7 +131,10 @@ std::optional<RVGitBranch::List> RVGitBranch::allBranchesForRepository(
     if (!RVGitParallelReads::finish(*listing, error))
         return std::nullopt;
     if (!sections) {
-        fillErrorPlace(error, *std::move(configFailure));
+        if (configFailure)
+            fillErrorPlace(error, *std::move(configFailure));
+        else
+            clearErrorPlace(error);
         return std::nullopt;
     }
     if (!RVGitParallelReads::finish(*dates, error))

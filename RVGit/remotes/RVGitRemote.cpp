@@ -192,16 +192,19 @@ std::optional<RVGitRemote::BranchesByRemote> RVGitRemote::remoteBranchesByRemote
 std::optional<RVGitRemote::ConfigOptionsByRemote> RVGitRemote::SVNRemoteConfigOptionsForRepository(
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
     constexpr char sections[] = "^svn-remote.*";
-    std::optional<RVError> failure;
-    auto values = repository->config()->valuesForConfigKeyByRegularExpression(sections, &failure);
-    if (failure) {
-        fillErrorPlace(error, *std::move(failure));
+    auto values = repository->config()->wholeValuesForConfigKeyByRegularExpression(sections, error);
+    if (!values)
+        return std::nullopt;
+    std::optional<RVError> ignored;
+    auto metadata = RVGitConfig::gitSVNConfigForRepository(repository)
+                        ->wholeValuesForConfigKeyByRegularExpression(sections, &ignored);
+    if (!metadata && !ignored) {
+        clearErrorPlace(error);
         return std::nullopt;
     }
-    for (auto& [key, value] : RVGitConfig::gitSVNConfigForRepository(repository)
-                                  ->valuesForConfigKeyByRegularExpression(sections))
-        values.insert_or_assign(key, value);
-    return RVGitConfigOptionsParser::parseConfigOptionsBySection(values);
+    for (auto& [key, value] : metadata.value_or(RVOptions()))
+        values->insert_or_assign(key, std::move(value));
+    return RVGitConfigOptionsParser::parseConfigOptionsBySection(*values);
 }
 
 std::shared_ptr<RVGitRemote> RVGitRemote::createRemoteWithName(

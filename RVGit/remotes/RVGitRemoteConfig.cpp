@@ -48,14 +48,11 @@ std::optional<std::vector<std::string>> RVGitAllConfigValues(const RVOptions& se
 std::optional<std::map<std::string, RVOptions, std::less<>>> RVGitConfigSections(
     const std::shared_ptr<RVGitRepository>& repository, const std::string& regularExpression,
     RVErrorPlace error) {
-    std::optional<RVError> failure;
     const auto values =
-        repository->config()->valuesForConfigKeyByRegularExpression(regularExpression, &failure);
-    if (failure) {
-        fillErrorPlace(error, *std::move(failure));
+        repository->config()->wholeValuesForConfigKeyByRegularExpression(regularExpression, error);
+    if (!values)
         return std::nullopt;
-    }
-    return RVGitConfigOptionsParser::parseConfigOptionsBySection(values);
+    return RVGitConfigOptionsParser::parseConfigOptionsBySection(*values);
 }
 
 RVGitRemoteConfig::RVGitRemoteConfig(std::shared_ptr<RVGitRepository> repository, std::string name,

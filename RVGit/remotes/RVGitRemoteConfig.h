@@ -98,7 +98,8 @@ private:
 [[nodiscard]] RVGIT_EXPORT std::optional<std::vector<std::string>> RVGitAllConfigValues(
     const RVOptions& section, std::string_view key);
 /// The sections of the repository's configuration whose keys match the expression, by name: one
-/// `git config`. Absent on failure; no section at all is a success.
+/// `git config`. Absent on failure, and with a cleared place if it was cancelled; no section at all
+/// is a success.
 [[nodiscard]] RVGIT_EXPORT std::optional<std::map<std::string, RVOptions, std::less<>>>
 RVGitConfigSections(const std::shared_ptr<RVGitRepository>& repository,
                     const std::string& regularExpression, RVErrorPlace error);

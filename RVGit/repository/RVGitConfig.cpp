@@ -133,11 +133,24 @@ std::vector<std::string> RVGitConfig::valuesForConfigKey(const std::string& conf
 
 RVOptions RVGitConfig::valuesForConfigKeyByRegularExpression(const std::string& regularExpression,
                                                              RVErrorPlace error) const {
+    return wholeValuesForConfigKeyByRegularExpression(regularExpression, error)
+        .value_or(RVOptions());
+}
+
+std::optional<RVOptions> RVGitConfig::wholeValuesForConfigKeyByRegularExpression(
+    const std::string& regularExpression, RVErrorPlace error) const {
     auto command = commandWithAction(RVGitConfigActionGetAllValuesByRegularExpression);
     command->setConfigKey(regularExpression);
-    if (!runTreatingMissingKeyAsNoError(*command, error))
-        return {};
-    return command->configOptions();
+    std::optional<RVError> failure;
+    const bool succeeded = runTreatingMissingKeyAsNoError(*command, &failure);
+    if (failure) {
+        fillErrorPlace(error, *std::move(failure));
+        return std::nullopt;
+    }
+    if (succeeded && !command->isCancelled())
+        return command->configOptions();
+    clearErrorPlace(error);
+    return command->isCancelled() ? std::nullopt : std::optional(RVOptions());
 }
 
 bool RVGitConfig::boolForConfigKey(const std::string& configKey, RVErrorPlace error) const {

@@ -93,6 +93,10 @@ public:
     /// strings in the order of the configuration. Keys come in the order of their bytes.
     [[nodiscard]] RVOptions valuesForConfigKeyByRegularExpression(
         const std::string& regularExpression, RVErrorPlace error = nullptr) const;
+    /// The same, for a caller that must tell that nothing is set from what was not read: absent
+    /// with an error where the reading failed, with a cleared place where it was cancelled.
+    [[nodiscard]] std::optional<RVOptions> wholeValuesForConfigKeyByRegularExpression(
+        const std::string& regularExpression, RVErrorPlace error = nullptr) const;
     /// False if the key is not set. For a value that is no boolean, code 1000 from old gits, and
     /// the generic code 1 from those whose message is worded anew.
     [[nodiscard]] bool boolForConfigKey(const std::string& configKey,
@@ -158,6 +162,8 @@ public:
     /// exits with 0 then.
     [[nodiscard]] bool removeSection(const std::string& sectionName,
                                      RVErrorPlace error = nullptr) const;
+    /// The same codes. 1006, and git is not run, for a new name with a line break, which would
+    /// leave a file that no git can read.
     [[nodiscard]] bool renameSection(const std::string& sectionName,
                                      const std::string& newSectionName,
                                      RVErrorPlace error = nullptr) const;

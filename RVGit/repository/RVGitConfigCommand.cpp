@@ -90,6 +90,11 @@ void RVGitConfigCommand::gitCommandWillInitialize() {
     if (ensuresIntegerValue_)
         addGitCommandOption("--int");
 
+    // Git would write it as it is, and could not read the file any more.
+    if (configAction_ == RVGitConfigActionRenameSection && configValue_ &&
+        configValue_->find('\n') != std::string::npos)
+        refuseGitCommandArgument(RVGitConfigWriteError, RVGitConfigKeyErrorKey, *configValue_);
+
     // Behind the first word git looks for no options: a value may begin with "-".
     for (const auto* argument : {&configKey_, &configValue_, &configValueRegex_}) {
         if (!*argument)

@@ -1,6 +1,7 @@
 #include "RVGit/repository/RVGitRefLogCommand.h"
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitRevisionArguments.h"
 #include "RVGit/history/RVGitCommitOutputParser.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
 
@@ -33,6 +34,8 @@ std::shared_ptr<RVGitRefLogCommand> RVGitRefLogCommand::gitRefLogCommandWithRepo
 void RVGitRefLogCommand::gitCommandWillInitialize() {
     setGitCommand("reflog");
     setGitSubCommand("show");
+    // What it says of the signatures would stand between the entries.
+    overrideGitConfiguration("log.showSignature", "false");
     addGitCommandOption("--pretty=format:" +
                         RVGitCommitOutputParser::gitRefLogPrettyFormatString());
     addGitCommandOption("--date=iso-strict");
@@ -42,6 +45,7 @@ void RVGitRefLogCommand::gitCommandWillInitialize() {
         addGitCommandOption("--skip=" + std::to_string(offset_));
     if (refName_)
         addGitCommandName(*refName_);
+    separateRevisionsFromFiles(*this);
     if (searchPattern_)
         addGitCommandOptions({"--grep=" + *searchPattern_, "-i"});
 }

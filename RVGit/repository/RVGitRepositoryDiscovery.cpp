@@ -116,6 +116,15 @@ std::optional<std::string> RVGitRepository::normalizedRepositoryPath(const std::
                                : isPathItself ? path
                                               : pathByAppendingComponent(path, *printedDirectory);
     auto workingTree = outputOfGit(path, "config", {"--get", "core.worktree"});
+    // The worktrees of a submodule share its configuration, but the tree that it names is that of
+    // the submodule alone. From here it may even be the git directory, whose files would pass for
+    // files of the working tree.
+    if (workingTree && !isBareRepository &&
+        isAlternateWorktreeGitDirectoryAtURL(RVURL::fileURLWithPath(gitDirectory))) {
+        workingTree = outputOfGit(path, "rev-parse", {"--show-toplevel"});
+        if (RVStringIsEmpty(workingTree))
+            workingTree.reset();
+    }
 
     std::string root;
     if (isBareRepository) {

@@ -194,6 +194,10 @@ void RVGitSubmoduleCommand::gitCommandWillInitialize() {
     setValueForEnvironmentVariable("1", "GIT_LITERAL_PATHSPECS");
     for (const char* other : {"GIT_GLOB_PATHSPECS", "GIT_NOGLOB_PATHSPECS", "GIT_ICASE_PATHSPECS"})
         setValueForEnvironmentVariable(std::nullopt, other);
+    // Without the options that name the repository, variables that a hook or a shell has left
+    // behind would name another one.
+    for (const char* other : {"GIT_DIR", "GIT_WORK_TREE"})
+        setValueForEnvironmentVariable(std::nullopt, other);
 }
 
 void RVGitSubmoduleCommand::gitCommandDidInitialize() {

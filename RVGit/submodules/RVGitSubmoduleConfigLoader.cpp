@@ -77,16 +77,12 @@ std::optional<RVGitSubmoduleConfigLoader::Configs>
 RVGitSubmoduleConfigLoader::submoduleConfigsFromConfig(const std::shared_ptr<RVGitConfig>& config,
                                                        RVGitSubmoduleConfigType configType,
                                                        RVErrorPlace error) const {
-    std::optional<RVError> failure;
-    const RVOptions values =
-        config->valuesForConfigKeyByRegularExpression("^submodule.*", &failure);
-    if (failure) {
-        fillErrorPlace(error, *std::move(failure));
+    const auto values = config->wholeValuesForConfigKeyByRegularExpression("^submodule.*", error);
+    if (!values)
         return std::nullopt;
-    }
     Configs configs;
     for (const auto& [name, section] :
-         RVGitConfigOptionsParser::parseConfigOptionsBySection(values))
+         RVGitConfigOptionsParser::parseConfigOptionsBySection(*values))
         configs.push_back(RVGitSubmoduleConfig::submoduleConfigWithRepository(
             repository(), configType, name, section));
     return configs;

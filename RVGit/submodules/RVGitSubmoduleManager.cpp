@@ -13,6 +13,7 @@
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -24,9 +25,8 @@
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "RVGit/submodules/RVGitSubmodulePathspec.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
-#include "RVGit/worktree/RVGitWorkingTreeEntry.h"
+#include "RVGit/worktree/RVGitStatusCommand.h"
 #include "RVGit/worktree/RVGitWorkingTreeManager.h"
-#include "RVGit/worktree/RVGitWorkingTreeOptions.h"
 
 namespace {
 
@@ -47,6 +47,21 @@ bool failToMove(const Repository& repository, RVGitErrorCode code, const std::st
         {{RVGitSourceFilePathErrorKey, source}, {RVGitDestinationFilePathErrorKey, destination}},
         error);
 }
+
+/// Notices that all commands are cancelled while an operation of several steps is under way.
+class CancellationWatch {
+public:
+    /// True, with a cleared place, if the operation is to take no further step.
+    [[nodiscard]] bool isCancelled(RVErrorPlace error) const {
+        if (RVGitCommandQueue::sharedQueue().numberOfCancellations() == number_)
+            return false;
+        clearErrorPlace(error);
+        return true;
+    }
+
+private:
+    std::uint64_t number_ = RVGitCommandQueue::sharedQueue().numberOfCancellations();
+};
 
 bool isEmptyPlainDirectory(const std::string& path) {
     return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
@@ -145,6 +160,24 @@ Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository
     return places;
 }
 
+enum class Work { None, Some, Unknown };
+
+/// Whether there are changes in the submodule's working tree, asked of git in the submodule itself,
+/// where no configuration of the superproject hides them. Unknown is what a cancelled command and
+/// one that fails, which leaves its error, have found out.
+Work workInSubmodule(RVGitSubmodule& submodule, RVGitUntrackedFilesMode untrackedFiles,
+                     RVGitIgnoreSubmodulesMode ignoreSubmodules, RVErrorPlace error) {
+    const auto command = RVGitStatusCommand::gitStatusCommandWithRepository(
+        submodule.submoduleRepository(), std::nullopt);
+    command->setUntrackedFilesMode(untrackedFiles);
+    command->setIgnoreSubmodulesMode(ignoreSubmodules);
+    if (!command->run(error))
+        return Work::Unknown;
+    if (!command->changedFiles().empty())
+        return Work::Some;
+    return command->isCancelled() ? Work::Unknown : Work::None;
+}
+
 std::string configFileInGitDirectory(const std::string& gitDirectory) {
     return pathByAppendingComponent(gitDirectory, "config");
 }
@@ -169,17 +202,6 @@ bool setLinks(const std::string& gitDirectory, const Places& places, const std::
            RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
                places.workingDirectory,
                std::filesystem::path(*resolved).lexically_relative(workingTree).string(), error);
-}
-
-// Whether tracked files have changes that the list did not show: a broken submodule beside it hides
-// them, and so does what ".gitmodules" says is to be ignored.
-bool hasHiddenChanges(RVGitSubmodule& submodule, const Places& places) {
-    return places.hasRepository &&
-           RVGitWorkingTreeEntry::countChangedWorkingTreeEntriesForRepository(
-               submodule.submoduleRepository(),
-               RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, RVGitUntrackedFilesModeNo},
-                         {RVGitWorkingTreeOptionIgnoreSubmodulesMode,
-                          RVGitIgnoreSubmodulesModeNone}}) > 0;
 }
 
 // Of the name form, there or not, with the links in front of the name resolved.
@@ -231,9 +253,10 @@ bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErr
 
 bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsigned options,
                                                   RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const bool keepsWorkingTree = options & RVGitSubmoduleRemoveOptionKeepWorkingTree;
     const bool losesModifications = keepsWorkingTree || (options & RVGitSubmoduleRemoveOptionForce);
@@ -243,9 +266,6 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
 
     const Places places = placesOfSubmodule(*submodule, repository);
-    if (!losesModifications && places.workingDirectoryIsContained &&
-        hasHiddenChanges(*submodule, places))
-        return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
     const bool gitDirectoryExists =
         removesGitDirectory && RVGitSubmoduleContainment::somethingIsAt(places.gitDirectory);
     if (!places.workingDirectoryIsContained ||
@@ -260,6 +280,22 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
     if (submodule->status() == RVGitSubmoduleStatusMissingWorkingTreePath && !losesModifications &&
         workingDirectoryExists && !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory))
         return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
+    // The list leaves out what ".gitmodules" or the user's configuration says to ignore, and what
+    // git had no time to tell where it was cancelled.
+    if (places.hasRepository && !losesModifications && workingDirectoryExists) {
+        std::optional<RVError> failure;
+        const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNo,
+                                          RVGitIgnoreSubmodulesModeNone, &failure);
+        if (work == Work::Some)
+            return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo,
+                        error);
+        if (failure) {
+            fillErrorPlace(error, *std::move(failure));
+            return false;
+        }
+    }
+    if (watch.isCancelled(error))
+        return false;
 
     const auto workingTreeManager =
         RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository);
@@ -274,12 +310,15 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         if (!workingTreeManager->removeFiles(pathspecs, error))
             return false;
     }
+    if (watch.isCancelled(error))
+        return false;
     // One in the working tree has gone with it.
     if (removesGitDirectory && RVGitSubmoduleContainment::somethingIsAt(places.gitDirectory) &&
         !RVFileManager::removeItemAtPath(places.gitDirectory, error))
         return false;
     return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
+           !watch.isCancelled(error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error);
 }
@@ -287,9 +326,10 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
 bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
                                                   const std::string& toNewPath,
                                                   RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const Places places = placesOfSubmodule(*submodule, repository);
     const std::string& oldDirectory = places.workingDirectory;
@@ -304,7 +344,7 @@ bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
         return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
     if (oldDirectory == newDirectory)
         return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
-    if (!Containment(repository).requirePlainSubmodulesFile(error))
+    if (!Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
 
     // Never with anything in it, even if that has just come.
@@ -323,12 +363,13 @@ bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
                  Helper::relativeWorkingTreePathForSubmoduleWithName(submodule->name(), toNewPath),
                  "core.worktree", error))
         return false;
-    if (!RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+    if (watch.isCancelled(error) ||
+        !RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
              ->setPath(toNewPath, submodule->name(), error))
         return false;
     (void)RVGitWorkingTreeManager::workingTreeManagerWithRepository(repository)
         ->stageFiles(literalPathspecs({submodule->path(), toNewPath}));
-    return true;
+    return !watch.isCancelled(error);
 }
 
 bool RVGitSubmoduleManager::renameSubmoduleWithName(const std::string& name,
@@ -345,10 +386,11 @@ bool RVGitSubmoduleManager::renameSubmoduleKeepingLinksWithName(const std::strin
 
 bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::string& toNewName,
                                             bool keepsLinks, RVErrorPlace error) const {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const RVGitSubmoduleLoader loader(repository);
     const auto submodule = loader.submoduleForName(name, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const Places places = placesOfSubmodule(*submodule, repository);
     const std::string& oldDirectory = places.gitDirectory;
@@ -370,6 +412,8 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
     if (std::find(names->begin(), names->end(), toNewName) != names->end())
         return failToMove(repository, RVGitMoveFileAlreadyExistsError, name, toNewName, error);
 
+    if (watch.isCancelled(error))
+        return false;
     const std::string resolvedOldDirectory =
         Containment::resolvedPath(oldDirectory).value_or(resolvedGitDirectory(name, repository));
     // It has been moved where an earlier call failed behind this step.
@@ -390,8 +434,10 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
             places.workingDirectory,
             Helper::relativeGitDirectoryPathForSubmoduleWithName(toNewName, submodule->path()));
     }
-    return RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
+    return !watch.isCancelled(error) &&
+           RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository)
                ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error) &&
+           !watch.isCancelled(error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
                ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error);
 }
@@ -399,9 +445,10 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
 bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
                                                       const std::string& toNewPath,
                                                       RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
-    if (!submodule)
+    if (watch.isCancelled(error) || !submodule)
         return false;
     const Places places = placesOfSubmodule(*submodule, repository);
     const std::string newDirectory =
@@ -412,7 +459,7 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
         return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
     if (places.workingDirectory == newDirectory)
         return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
-    if (!Containment(repository).requirePlainSubmodulesFile(error))
+    if (!Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
     // Git would move it into a directory that is there.
     const bool makesRoom = isEmptyPlainDirectory(newDirectory);
@@ -423,7 +470,7 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
     if (RVGitMoveCommand::gitMoveCommandWithRepository(repository, submodule->path(), toNewPath)
             ->run(error)) {
         parents.keep();
-        return true;
+        return !watch.isCancelled(error);
     }
     if (makesRoom)
         ::mkdir(newDirectory.c_str(), 0777);
@@ -432,9 +479,12 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
 
 bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& atPath,
                                                              RVErrorPlace error) {
+    const CancellationWatch watch;
     const Repository repository = this->repository();
     std::optional<RVError> failure;
     const auto submodule = submoduleForPath(atPath, &failure);
+    if (watch.isCancelled(error))
+        return true;
     if (!submodule) {
         if (failure)
             fillErrorPlace(error, *std::move(failure));
@@ -453,14 +503,9 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
         return RVGitSubmoduleContainment::somethingIsAt(places.workingDirectory);
     if (!places.hasRepository)
         return !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory, error);
-    const std::uint64_t count = RVGitWorkingTreeEntry::countChangedWorkingTreeEntriesForRepository(
-        submodule->submoduleRepository(),
-        RVOptions{{RVGitWorkingTreeOptionUntrackedFilesMode, RVGitUntrackedFilesModeNormal},
-                  {RVGitWorkingTreeOptionIgnoreSubmodulesMode, RVGitIgnoreSubmodulesModeNone}},
-        &failure);
-    if (failure) {
+    const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNormal,
+                                      RVGitIgnoreSubmodulesModeNone, &failure);
+    if (failure)
         fillErrorPlace(error, *std::move(failure));
-        return true;
-    }
-    return count > 0;
+    return work != Work::None;
 }

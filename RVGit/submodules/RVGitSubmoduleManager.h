@@ -27,10 +27,11 @@ enum RVGitSubmoduleRemoveOptions : unsigned {
 /// git, several times for most, and blocks; it may be called on any thread, but not on one of the
 /// command queue. RVGitRepository::submoduleManager() hands one out.
 ///
-/// Remove, move and rename are made of steps. One that fails ends the operation with its error, and
-/// the steps before it stay done; the same call again goes on from there, as long as ".gitmodules"
-/// still has the submodule: where only the section of the repository's own configuration is left,
-/// the submodule is not found any more, and the section stays.
+/// Remove, move and rename are made of steps. They end behind the one under way, false with a
+/// cleared place, where all commands of the queue are cancelled. One that fails ends the operation
+/// with its error, and the steps before it stay done; the same call again goes on from there, as
+/// long as ".gitmodules" still has the submodule: where only the section of the repository's own
+/// configuration is left, the submodule is not found any more, and the section stays.
 ///
 /// Names and paths come from ".gitmodules", a stranger's file. Nothing outside of the working tree
 /// and of the folder "modules" in the git directory is moved, written or removed, nor the
@@ -72,11 +73,12 @@ public:
     /// Removes the working tree, the index entry, with bit 4 the git directory, and the section of
     /// both configurations. `options` are RVGitSubmoduleRemoveOptions. With code 2602 nothing is
     /// touched: the submodule is dirty, or has been taken out of the index and its directory still
-    /// has something in it, and neither bit 1 nor 2 is set; changes that the list hides count, too.
-    /// Kept for compatibility: files that are only untracked do not make it dirty (from git 2.31
-    /// on), nor commits that were not pushed: ask submoduleContainsUncommittedWork() first. Where
-    /// ".gitmodules" has changes that are not staged git refuses, and the working tree is gone by
-    /// then.
+    /// has something in it, and neither bit 1 nor 2 is set. Dirty is what git calls so in the
+    /// submodule, also where a configuration, a stranger's ".gitmodules" for one, leaves it out of
+    /// the list. Kept for compatibility: files that are
+    /// only untracked do not make it dirty (from git 2.31 on), nor commits that were not pushed:
+    /// ask submoduleContainsUncommittedWork() first. Where ".gitmodules" has changes that are not
+    /// staged git refuses, and the working tree is gone by then.
     ///
     /// With bit 4, it is code 2600 where the git directories of other submodules lie in that of
     /// this one ("lib/a" in "lib").
@@ -121,8 +123,8 @@ public:
     /// Whether removing the working tree of a submodule would lose something that is in no commit:
     /// changes, staged or not, and untracked files, but not ignored ones, in the submodule and in
     /// its own submodules; or, where it has no repository of its own, any file at all. True with a
-    /// filled place where that cannot be found out, false with a cleared one if there is no such
-    /// submodule.
+    /// filled place where that cannot be found out, and with a cleared one where all commands are
+    /// cancelled meanwhile; false with a cleared one if there is no such submodule.
     [[nodiscard]] bool submoduleContainsUncommittedWork(const std::string& atPath,
                                                         RVErrorPlace error = nullptr);
 

@@ -2,6 +2,7 @@
 
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "RVGit/command/RVGitRevisionArguments.h"
 
 RVGitResetCommand::RVGitResetCommand(const std::shared_ptr<RVGitRepository>& repository)
     : RVGitFilePathsCommand(repository) {}
@@ -48,4 +49,6 @@ void RVGitResetCommand::gitCommandWillInitialize() {
     if (revision_)
         addGitCommandRevision(*revision_, unresolvedRevisionErrorCode);
     addFilePathArguments();
+    if (!filePaths())
+        separateRevisionsFromFiles(*this);
 }

@@ -5,6 +5,7 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/worktree/RVGitStashCommand.h"
 
@@ -35,12 +36,16 @@ std::optional<std::vector<std::shared_ptr<RVGitStash>>> RVGitStash::allStashesFo
     const auto command = RVGitStashCommand::gitStashCommandWithRepository(repository);
     if (!command->run(error))
         return std::nullopt;
+    // Older gits call the next entry of a list the parent of a commit, so it is asked for alone.
+    const bool tellsParents = command->gitBinary()->isVersionAtLeast("2.14.2");
     std::vector<std::shared_ptr<RVGitStash>> stashes;
     stashes.reserve(command->stashes().size());
     for (const auto& item : command->stashes()) {
-        auto ref =
-            RVGitRef::refWithRepository(repository, makeFullRefNameWithStashIndex(stashes.size()),
-                                        RVGitCommit::commitWithRepository(repository, item));
+        const std::string name = makeFullRefNameWithStashIndex(stashes.size());
+        auto ref = tellsParents
+                       ? RVGitRef::refWithRepository(
+                             repository, name, RVGitCommit::commitWithRepository(repository, item))
+                       : RVGitRef::refWithRepository(repository, name, item.commitHash());
         auto stash = stashWithRepository(repository, std::move(ref));
         stash->creationDate_ = item.committerDate();
         stash->message_ = item.message();

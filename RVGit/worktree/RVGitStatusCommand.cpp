@@ -87,6 +87,8 @@ std::shared_ptr<RVGitStatusCommand> RVGitStatusCommand::gitStatusCommandWithRepo
 
 void RVGitStatusCommand::gitCommandWillInitialize() {
     setGitCommand("status");
+    // Of a quoted path that is not ASCII the escapes would stay.
+    overrideGitConfiguration("core.quotePath", "true");
     addGitCommandOption("--porcelain");
     if (showsIgnoredFiles_)
         addGitCommandOption("--ignored");

@@ -577,6 +577,40 @@ TEST(RVChildProcessThreadsTest, WithFewDescriptorsLeftItRunsOrTellsThatThereAreN
     EXPECT_EXIT(_exit(runsOrFailsWithFewDescriptors() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
+// With 0 to 11 descriptors to spare; false where a child runs of which an output is not read or
+// that cannot be ended.
+bool childrenThatRunWithFewDescriptorsAreWhole() {
+    int ran = 0;
+    const int firstFree = open("/dev/null", O_RDONLY);
+    close(firstFree);
+    rlimit limit;
+    limit.rlim_max = 1024;
+    for (int spare = 0; spare < 12; ++spare) {
+        limit.rlim_cur = static_cast<rlim_t>(firstFree + spare);
+        setrlimit(RLIMIT_NOFILE, &limit);
+        const Result read = run(shell("printf out; printf err >&2; exit 3"));
+        RVChildProcess ended;
+        ended.terminate();
+        const int launchError = ended.run(shell("sleep 1; exit 9"));
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+        const bool isWhole = read.exitCode == 3 && read.output == "out" && read.error == "err";
+        if ((read.launchError == 0 ? !isWhole : read.launchError != EMFILE) ||
+            (launchError == 0 ? ended.exitCode() != 128 + SIGTERM : launchError != EMFILE))
+            return false;
+        ran += isWhole;
+    }
+    return ran > 0;
+}
+
+TEST(RVChildProcessThreadsTest, WithFewDescriptorsLeftAChildRunsWithAllThatItNeedsOrNotAtAll) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer needs descriptors of its own to look at an object's type";
+#endif
+    EXPECT_EXIT(_exit(childrenThatRunWithFewDescriptorsAreWhole() ? 0 : 1),
+                testing::ExitedWithCode(0), "");
+}
+
 TEST(RVChildProcessThreadsTest, TwoThousandRunsLeaveNoDescriptorThreadOrZombie) {
     ASSERT_EQ(run(shell("exit 0")).exitCode, 0);
     const std::size_t descriptors = numberOfEntries("/proc/self/fd");

@@ -17,6 +17,15 @@ TEST_F(RVPathTest, AbsolutePathBeginsWithASlash) {
     EXPECT_FALSE(isAbsolutePath("~/a"));
 }
 
+TEST_F(RVPathTest, APlainRelativePathLeadsNowhereElse) {
+    for (const char* path : {"a", "a/b/c", "...", ".a", "a b", "-x", "a\nb", "a/..b"})
+        EXPECT_TRUE(isPlainRelativePath(path)) << path;
+    for (const char* path :
+         {"", "/", "/a", "a/", "a//b", ".", "..", "./a", "a/.", "a/../b", "../a", "a/.."})
+        EXPECT_FALSE(isPlainRelativePath(path)) << path;
+    EXPECT_FALSE(isPlainRelativePath(std::string_view("a\0b", 3)));
+}
+
 TEST_F(RVPathTest, StandardizingRemovesWhatSaysNothing) {
     EXPECT_EQ(standardizedPath("/a/./b//c/../d/"), "/a/b/d");
     EXPECT_EQ(standardizedPath("/"), "/");

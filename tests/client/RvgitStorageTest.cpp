@@ -87,7 +87,7 @@ TEST_F(RvgitStorageTest, LargeFilesAreTrackedPushedAndPulled) {
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.standardError, HasSubstr("No such file"));
     EXPECT_EQ(rvgit({"lfs", "pull", "missing"}).exitCode, 2);
-    EXPECT_EQ(rvgit({"lfs", "track", "--lockable"}).exitCode, 1);
+    EXPECT_EQ(rvgit({"lfs", "track", "--lockable"}).exitCode, 2);
     for (const char* action : {"", "nothing", "untrack", "smudge", "pointer"})
         EXPECT_EQ(rvgit({"lfs", action}).exitCode, 2) << action;
 }

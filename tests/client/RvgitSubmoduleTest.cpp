@@ -112,7 +112,8 @@ TEST_F(RvgitSubmoduleTest, SaysWhatItCannotDo) {
     EXPECT_THAT(complaintOf({"remove", "other"}), HasSubstr("there is no submodule other"));
     EXPECT_THAT(complaintOf({"move", "other", "x"}), HasSubstr("there is no submodule other"));
     EXPECT_THAT(complaintOf({"rename", "other", "x"}), HasSubstr("there is no submodule other"));
-    EXPECT_THAT(complaintOf({"frobnicate"}), HasSubstr("submodule has no frobnicate"));
+    EXPECT_THAT(complaintOf({"frobnicate"}),
+                HasSubstr("submodule has no frobnicate; see rvgit help submodule"));
     EXPECT_THAT(complaintOf({"update", "--remote"}), HasSubstr("takes no --remote"));
     EXPECT_THAT(complaintOf({"move", "lib"}), HasSubstr("needs a path and a new path"));
     EXPECT_THAT(complaintOf({"add", scratchPath("library"), "../x"}),

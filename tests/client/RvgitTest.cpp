@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "RVGit/base/RVString.h"
 #include "tests/support/RVGitTestCase.h"
 
 namespace {
@@ -58,18 +59,6 @@ TEST_F(RvgitTest, HelpIsPrintedIntoAPipe) {
     EXPECT_THAT(result.standardOutput, HasSubstr("\n  log "));
 }
 
-TEST_F(RvgitTest, HelpOnACommandIsPrinted) {
-    const std::string usage = rvgit({"help", "lfs"}).standardOutput;
-    EXPECT_THAT(usage, testing::StartsWith("usage: rvgit lfs install"));
-    EXPECT_EQ(rvgit({"lfs", "--help"}).standardOutput, usage);
-    EXPECT_EQ(rvgit({"lfs", "-h"}).standardOutput, usage);
-    EXPECT_EQ(rvgit({"help"}).standardOutput, rvgit({"--help"}).standardOutput);
-    const auto unknown = rvgit({"help", "nothing"});
-    EXPECT_EQ(unknown.exitCode, 2);
-    EXPECT_THAT(unknown.standardError, HasSubstr("no command nothing"));
-    EXPECT_THAT(rvgit({"submodule", "nothing"}).standardError, HasSubstr("rvgit help submodule"));
-}
-
 TEST_F(RvgitTest, TheVersionIsPrinted) {
     EXPECT_THAT(rvgit({"--version"}).standardOutput, testing::MatchesRegex("rvgit [0-9.]+\n"));
 }
@@ -96,6 +85,40 @@ TEST_F(RvgitTest, TheManualAndTheCompletionsNameEveryCommand) {
     EXPECT_EQ(rvgit({"--completion", "csh"}).exitCode, 2);
 }
 
+TEST_F(RvgitTest, ACompletionLooksForTheCommandBehindOptions) {
+    const std::string script =
+        writeFile("completion", rvgit({"--completion", "bash"}).standardOutput);
+    const auto completed = [&](const std::string& words, const std::string& position) {
+        return runProgram({"bash", "-c",
+                           ". '" + script + "'; COMP_WORDS=(rvgit " + words +
+                               "); COMP_CWORD=" + position + "; _rvgit; echo \"${COMPREPLY[@]}\""})
+            .standardOutput;
+    };
+    EXPECT_EQ(completed("-C /tmp --verbose sta", "4"), "status stash\n");
+    EXPECT_EQ(completed("stash s", "2"), "save\n");
+    EXPECT_EQ(completed("stash save --k", "3"), "--keep-index\n");
+    EXPECT_EQ(completed("help rew", "2"), "reword\n");
+    EXPECT_EQ(completed("-C /us", "2"), "/usr\n");
+}
+
+TEST_F(RvgitTest, HelpTellsOfEveryCommandMoreThanHowItIsCalled) {
+    std::string name;
+    for (const std::string& line :
+         componentsSeparatedByString(rvgit({"--help"}).standardOutput, "\n")) {
+        if (!line.starts_with("  ") || line.starts_with("   ") || line.starts_with("  help "))
+            continue;
+        name = line.substr(2, line.find(' ', 2) - 2);
+        const auto help = rvgit({"help", name});
+        EXPECT_EQ(help.exitCode, 0) << name;
+        EXPECT_THAT(help.standardOutput, StartsWith("usage: rvgit " + name));
+        EXPECT_THAT(help.standardOutput, testing::ContainsRegex("\n\n[A-Z]")) << name;
+        EXPECT_EQ(rvgit({name, "--help"}).standardOutput, help.standardOutput);
+    }
+    EXPECT_THAT(name, Not(IsEmpty()));
+    EXPECT_EQ(rvgit({"help"}).standardOutput, rvgit({"--help"}).standardOutput);
+    EXPECT_EQ(rvgit({"help", "nothing"}).exitCode, 2);
+}
+
 TEST_F(RvgitTest, WhatGitSaysOfAnInvalidRepositoryIsShown) {
     const std::string repository = initRepository();
     git({"config", "core.repositoryFormatVersion", "1"}, repository);
@@ -111,7 +134,7 @@ TEST_F(RvgitTest, LocalPatternsAreThoseThatGitReadsInALinkedWorktree) {
     const std::string repository = initRepository();
     commitFile(repository, "file", "contents", "Message");
     const std::string linked = scratchPath("linked");
-    git({"worktree", "add", "-q", "--detach", linked}, repository);
+    git({"worktree", "add", "--detach", linked}, repository);
     EXPECT_EQ(rvgit({"-C", linked, "ignore", "--local", "*.log"}).exitCode, 0);
     writeFile("linked/a.log", "");
     EXPECT_EQ(gitLine({"status", "--porcelain"}, linked), "");

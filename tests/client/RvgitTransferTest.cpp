@@ -12,6 +12,7 @@
 
 namespace {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -82,13 +83,60 @@ TEST_F(RvgitTransferTest, FetchesAndPulls) {
     commitThere();
     git({"branch", "new", "main"}, servedPath());
     EXPECT_THAT(outputOf({"fetch", "--prune"}), HasSubstr("[new branch]      new        -> "));
-    EXPECT_THAT(outputOf({"pull"}), HasSubstr("Fast-forward"));
+    EXPECT_THAT(outputOf({"pull"}), HasSubstr("\nFast-forward\n"));
     EXPECT_TRUE(fileExists("repository/there"));
-    EXPECT_THAT(outputOf({"pull", "--rebase", "origin", "main"}), HasSubstr("up to date"));
+    EXPECT_THAT(outputOf({"pull", "--rebase", "origin", "main"}), ContainsRegex("up.to.date"));
     git({"branch", "-D", "new"}, servedPath());
     EXPECT_THAT(outputOf({"fetch", "--prune", "origin"}), HasSubstr("[deleted]"));
     EXPECT_EQ(outputOf({"fetch", servedPath(), "main:fetched"}),
               " * [new branch]      main       -> fetched\n");
+}
+
+TEST_F(RvgitTransferTest, APullRebasesWhereThatIsConfigured) {
+    gitInRepository({"config", "pull.rebase", "true"});
+    const auto merges = [this] { return gitInRepository({"rev-list", "--merges", "HEAD"}); };
+    commitThere();
+    makeCommit();
+    outputOf({"pull"});
+    EXPECT_EQ(merges(), "");
+    EXPECT_TRUE(fileExists("repository/there"));
+    // What is said of the branch goes first, and what is asked for before all.
+    gitInRepository({"config", "branch.main.rebase", "false"});
+    gitInRepository({"reset", "-q", "--hard", "ORIG_HEAD"});
+    outputOf({"pull", "--rebase"});
+    EXPECT_EQ(merges(), "");
+    gitInRepository({"reset", "-q", "--hard", "ORIG_HEAD"});
+    outputOf({"pull"});
+    EXPECT_NE(merges(), "");
+    gitInRepository({"config", "--unset", "branch.main.rebase"});
+    gitInRepository({"reset", "-q", "--hard", "ORIG_HEAD"});
+    outputOf({"pull", "--no-rebase"});
+    EXPECT_NE(merges(), "");
+}
+
+TEST_F(RvgitTransferTest, APullThatStopsAtConflictsSaysHowToGoOn) {
+    commitThere();
+    commitFile(repositoryPath(), "there", "2", "Here");
+    const auto result = rvgit({"pull"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.standardError, HasSubstr("merging "));
+    EXPECT_THAT(result.standardError, HasSubstr("rvgit status shows the conflicts"));
+    EXPECT_EQ(rvgit({"abort"}).exitCode, 0);
+}
+
+TEST_F(RvgitTransferTest, APushGoesWhereThatIsConfigured) {
+    for (const char* name : {"fork", "other"})
+        gitInRepository({"remote", "add", name, initBareRepository(name)});
+    const auto has = [&](const char* name) {
+        return runGit({"rev-parse", "--verify", "main"}, name).exitCode == 0;
+    };
+    gitInRepository({"config", "remote.pushDefault", "fork"});
+    outputOf({"push"});
+    EXPECT_TRUE(has("fork"));
+    gitInRepository({"config", "branch.main.pushRemote", "other"});
+    EXPECT_FALSE(has("other"));
+    outputOf({"push"});
+    EXPECT_TRUE(has("other"));
 }
 
 TEST_F(RvgitTransferTest, Pushes) {
@@ -102,6 +150,10 @@ TEST_F(RvgitTransferTest, Pushes) {
     EXPECT_THAT(rejected.standardError, HasSubstr("[rejected]"));
     EXPECT_THAT(rejected.standardError, HasSubstr("Synchronization With Remote Failed"));
     EXPECT_THAT(outputOf({"push", "--force-with-lease"}), HasSubstr("(forced update)"));
+    EXPECT_EQ(served("main"), gitInRepository({"rev-parse", "HEAD"}) + "\n");
+    gitInRepository({"commit", "--amend", "-m", "Amended by another name"});
+    EXPECT_THAT(outputOf({"push", "--force-with-lease", "origin", "HEAD"}),
+                HasSubstr("HEAD -> main (forced update)"));
     EXPECT_EQ(served("main"), gitInRepository({"rev-parse", "HEAD"}) + "\n");
     // Somebody else has been there.
     const std::string source = scratchPath("source of a.git");

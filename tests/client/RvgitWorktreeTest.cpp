@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tests/client/RvgitTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -116,6 +117,7 @@ TEST_F(RvgitWorktreeTest, StatusShowsEveryStateAtOnce) {
 }
 
 TEST_F(RvgitWorktreeTest, ARenameThatGitHasNotBeenToldOfShowsBothNames) {
+    RVGIT_TEST_NEEDS_GIT("2.17", "it does not tell the new name");
     write("moved", "a line that moves\n");
     git({"add", "."}, repository_);
     git({"commit", "-m", "Second"}, repository_);

@@ -67,6 +67,8 @@ TEST_F(RVGitCommandRefusedArgumentsTest, RevisionsThatSelectAreLetThrough) {
                                                 "a-b..c-d",
                                                 ":/fix the a..-b",
                                                 "x^{/fix a..-b}",
+                                                ":1:a..-b",
+                                                "HEAD:dir/a...-b",
                                                 "x^-1",
                                                 "a..b",
                                                 "^x",

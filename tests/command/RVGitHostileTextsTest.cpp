@@ -1010,7 +1010,6 @@ TEST_F(RVGitHostileTextsTest, EveryCommandClassAndEachOfItsTextsHasARow) {
             name = bases[name];
         return name == "RVGitCommand";
     };
-    std::size_t classes = 0;
     std::set<std::string> derivedFrom;
     for (const auto& entry : bases)
         derivedFrom.insert(entry.second);

@@ -148,6 +148,9 @@ TEST_F(RVGitSHA256RepositoryTest, TellsItsFormatAndListsNothing) {
     });
     expect11([&](RVErrorPlace error) { return RVGitTag::allTagsForRepository(other, error); });
     expect11([&](RVErrorPlace error) { return other->index()->indexEntryForFilePath("f", error); });
+    expect11([&](RVErrorPlace error) {
+        return RVGitBlame::blameForFilePath("f", "HEAD", other, error);
+    });
 
     EXPECT_EQ(RVGitRepository::repositoryWithPath(makeDirectory("none"))->objectFormat(),
               std::nullopt);

@@ -190,8 +190,7 @@ TEST_F(RVGitSharedErrorTableTest, GitPrintsItsUsageAlone) {
 TEST_F(RVGitSharedErrorTableTest, GitFindsABadNumberInTheConfiguration) {
     const std::string repository = initRepository();
     git({"config", "some.number", "many"}, repository);
-    EXPECT_EQ(codeForGit({"config", "--type=int", "some.number"}, repository),
-              RVGitConfigBadValueError)
+    EXPECT_EQ(codeForGit({"config", "--int", "some.number"}, repository), RVGitConfigBadValueError)
         << lastError_;
 }
 

@@ -6,6 +6,8 @@
 #include "RVGit/diff/RVGitChangeset.h"
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
+#include "RVGit/history/RVGitCommit.h"
+#include "RVGit/history/RVGitLogCommandOptions.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
@@ -141,6 +143,19 @@ TEST_F(RVGitDiffConfigurationTest, MostOfItChangesNothing) {
         }
         gitInRepository({"config", "--unset", key});
     }
+}
+
+TEST_F(RVGitDiffConfigurationTest, TheFirstCommitIsShownWhateverIsConfigured) {
+    gitInRepository({"checkout", "--quiet", "--orphan", "root"});
+    gitInRepository({"rm", "--quiet", "-r", "-f", "."});
+    write("first", "needle\n");
+    commitAll();
+    configure("log.showRoot", "false");
+    EXPECT_EQ(diffs(true), Texts{"(none) > first Added\n+needle\n"});
+    EXPECT_EQ(changeset(true), Texts{"first > first Added 1 0"});
+    const auto found = RVGitCommit::allCommitsForRevisions(
+        {"HEAD"}, {}, repository(), RVOptions{{RVGitLogOptionSearchContentPatterns, {"needle"}}});
+    EXPECT_THAT(found, testing::Optional(testing::SizeIs(1)));
 }
 
 // Of a quoted path only the quotes go where it is not all ASCII.

@@ -11,6 +11,7 @@
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestLines.h"
 
 namespace {
 
@@ -302,24 +303,6 @@ TEST_F(RVGitDiffPatchApplicationTest, AmongEqualLinesALaterChunkMayGoToAnotherPl
 // Random selections.
 
 using Lines = std::vector<std::string>;
-
-std::string joined(const Lines& lines) {
-    std::string text;
-    for (const std::string& line : lines)
-        text += line;
-    return text;
-}
-
-/// With their line ends.
-Lines linesOf(const std::string& text) {
-    Lines lines;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = std::min(text.find('\n', start), text.size() - 1);
-        lines.push_back(text.substr(start, end + 1 - start));
-        start = end + 1;
-    }
-    return lines;
-}
 
 /// A file before and after. Most lines are the only ones of their kind, as otherwise no patch
 /// would say for sure where it belongs.

@@ -405,18 +405,19 @@ TEST_F(RVGitDiffTest, UTF16IsBinaryUnlessAnAttributeSaysOtherwise) {
     EXPECT_THAT(diffs->front()->chunks(), IsEmpty());
 }
 
-// git prints an empty line of context without its blank, and empty lines are passed over.
-TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLine) {
-    gitInRepository({"checkout", "-q", "-f"});
-    commitFile(repositoryPath(), "g", "a\n\nb\nc\n", "Blank");
-    commitFile(repositoryPath(), "g", "a\n\nb\nC\n", "Change");
-    const auto diffOf = [&] {
-        return RVGitDiff::allDiffsByComparingRevisions({"HEAD~", "HEAD"}, {}, repository(), none_)
-            ->at(0);
-    };
-    EXPECT_EQ(diffOf()->chunks()[0]->lines().size(), 5u);
-    gitInRepository({"config", "diff.suppressBlankEmpty", "true"});
-    const auto diff = diffOf();
+// Where an empty line of context stands without its blank, it is passed over.
+TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLineInTextThatIsGiven) {
+    const auto diff = RVGitDiff::diffFromRawDiff(
+        "diff --git a/g b/g\n"
+        "index 11d2a3a..5de8b1f 100644\n"
+        "--- a/g\n"
+        "+++ b/g\n"
+        "@@ -1,4 +1,4 @@\n"
+        " a\n"
+        "\n"
+        " b\n"
+        "-c\n"
+        "+C\n");
     ASSERT_TRUE(diff);
     EXPECT_EQ(diff->linesAdded(), 1u);
     EXPECT_EQ(diff->linesDeleted(), 1u);
@@ -424,6 +425,25 @@ TEST_F(RVGitDiffTest, SuppressedBlanksOfContextLoseTheirLine) {
     ASSERT_EQ(lines.size(), 4u);
     EXPECT_EQ(lines[1].content(), "b");
     EXPECT_THAT(lines[1].lineNumbers(), ElementsAre(2u, 2u));
+}
+
+TEST_F(RVGitDiffTest, TheConfigurationSuppressesNoBlanksOfContext) {
+    gitInRepository({"checkout", "-q", "-f"});
+    commitFile(repositoryPath(), "g", "a\n\nb\nc\n", "Blank");
+    commitFile(repositoryPath(), "g", "a\n\nb\nC\n", "Change");
+    gitInRepository({"config", "diff.suppressBlankEmpty", "true"});
+    const auto byDiff =
+        RVGitDiff::allDiffsByComparingRevisions({"HEAD~", "HEAD"}, {}, repository(), none_);
+    const auto byLog = RVGitDiff::allDiffsByComparingRevisionWithAncestorForRevision(
+        "HEAD", {}, repository(), RVOptions());
+    for (const auto& diffs : {byDiff, byLog}) {
+        const auto& lines = diffs.value().at(0)->chunks()[0]->lines();
+        ASSERT_EQ(lines.size(), 5u);
+        EXPECT_EQ(lines[1].contentWithStatus(), " ");
+        EXPECT_THAT(lines[1].lineNumbers(), ElementsAre(2u, 2u));
+        EXPECT_EQ(lines[2].content(), "b");
+        EXPECT_THAT(lines[2].lineNumbers(), ElementsAre(3u, 3u));
+    }
 }
 
 TEST_F(RVGitDiffTest, AMergeOfEightParentsIsACombinedDiff) {

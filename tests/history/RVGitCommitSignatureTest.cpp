@@ -5,6 +5,7 @@
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/objects/RVGitSigningTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -16,6 +17,15 @@ protected:
         RVGitRepository::setTemporaryFilePath(std::nullopt);
     }
     ~RVGitCommitSignatureTest() override { RVGitRepository::setTemporaryFilePath(std::nullopt); }
+
+    static void expectFingerprint(const RVGitSignature& signature, const std::string& fingerprint) {
+        // Older gits do not tell it.
+        if (isTestedGitAtLeast("2.20")) {
+            EXPECT_EQ(signature.fingerprint(), fingerprint);
+        } else {
+            EXPECT_EQ(signature.fingerprint(), std::nullopt);
+        }
+    }
 
     // What the verification of a commit makes of it. A signature is there whatever git finds.
     RVGitSignature signatureOf(const std::string& revision,
@@ -41,7 +51,7 @@ TEST_F(RVGitCommitSignatureTest, AGoodSignatureOfATrustedKey) {
     EXPECT_EQ(signature.status(), "G");
     EXPECT_EQ(signature.name(), "Marie Curie");
     EXPECT_EQ(signature.email(), "marie@example.org");
-    EXPECT_EQ(signature.fingerprint(), keys().good);
+    expectFingerprint(signature, keys().good);
     EXPECT_EQ(signature.signingKey(), keys().good.substr(24));
 
     const auto commit = RVGitCommit::commitForCommitHash(hash, repository(), true);
@@ -58,13 +68,13 @@ TEST_F(RVGitCommitSignatureTest, AGoodSignatureOfAKeyThatNobodyTrusts) {
     // A user without an address is no signer in the form "Name <address>".
     EXPECT_EQ(signature.name(), std::nullopt);
     EXPECT_EQ(signature.email(), std::nullopt);
-    EXPECT_EQ(signature.fingerprint(), keys().nameless);
+    expectFingerprint(signature, keys().nameless);
 }
 
 TEST_F(RVGitCommitSignatureTest, AnExpiredSignature) {
     const auto signature = signatureOf(signCommit(keys().good, "20200102", true));
     EXPECT_EQ(signature.status(), "X");
-    EXPECT_EQ(signature.fingerprint(), keys().good);
+    expectFingerprint(signature, keys().good);
 }
 
 TEST_F(RVGitCommitSignatureTest, AnExpiredKey) {
@@ -75,7 +85,12 @@ TEST_F(RVGitCommitSignatureTest, AnExpiredKey) {
 
 TEST_F(RVGitCommitSignatureTest, ARevokedKey) {
     const auto signature = signatureOf(signCommit(keys().revoked));
-    EXPECT_EQ(signature.status(), "R");
+    // 2.23 goes by the trust in the key, 2.13 and 2.34 do not.
+    if (isTestedGitAtLeast("2.34")) {
+        EXPECT_EQ(signature.status(), "R");
+    } else {
+        EXPECT_THAT(signature.status(), testing::AnyOf(testing::Eq("R"), testing::Eq("U")));
+    }
     EXPECT_EQ(signature.email(), "lost@example.org");
 }
 
@@ -95,6 +110,7 @@ TEST_F(RVGitCommitSignatureTest, AMissingKey) {
 }
 
 TEST_F(RVGitCommitSignatureTest, AnSSHKeyIsGoodWhereItIsAllowedAndUnknownElsewhere) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = makeSSHKey("key");
     const std::string hash = signCommitWithSSH(key);
     EXPECT_EQ(signatureOf(hash, writeAllowedSigners({key})).status(), "G");
@@ -109,6 +125,7 @@ TEST_F(RVGitCommitSignatureTest, AnSSHKeyIsGoodWhereItIsAllowedAndUnknownElsewhe
 }
 
 TEST_F(RVGitCommitSignatureTest, TheAllowedSignersAreFoundWhicheverWayTheyAreNamed) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = makeSSHKey("key");
     const std::string hash = signCommitWithSSH(key);
     const std::string file = writeAllowedSigners({key});

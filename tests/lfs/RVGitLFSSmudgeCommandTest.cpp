@@ -111,6 +111,48 @@ TEST_F(RVGitLFSSmudgeCommandTest, MissingContentsFailAndChangeNothing) {
     });
 }
 
+TEST_F(RVGitLFSSmudgeCommandTest, APointerInPlaceOfTheContentsIsNoSuccess) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        writeFile("output", "before");
+        const auto expectFailure = [&](const std::shared_ptr<RVGitLFSPointer>& pointer) {
+            const auto command = commandFor(pointer, scratchPath("output"));
+            EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
+            EXPECT_EQ(command->data(), nullptr);
+            EXPECT_EQ(readFile("output"), "before");
+        };
+        const auto missing = pointerFor("nowhere");
+        for (const char* line : {"skipdownloaderrors = true", "fetchexclude = *"}) {
+            writeFile(repositoryPath() + "/.lfsconfig", "[lfs]\n\t" + std::string(line) + "\n");
+            expectFailure(missing);
+        }
+        std::filesystem::remove(repositoryPath() + "/.lfsconfig");
+        setEnvironmentVariable("GIT_LFS_SKIP_SMUDGE", "1");
+        expectFailure(missing);
+        // A text that git-lfs does not take for a pointer comes back as it is.
+        RVGitLFSPointer::Entries entries = missing->allEntries();
+        expectFailure(std::make_shared<RVGitLFSPointer>(entries, "no pointer\n"));
+        // One that it takes for a pointer and writes in its own way.
+        expectFailure(std::make_shared<RVGitLFSPointer>(
+            entries, "version http://git-media.io/v/2\noid " + missing->objectID() + "\nsize " +
+                         missing->size()));
+        setEnvironmentVariable("GIT_LFS_SKIP_SMUDGE", std::nullopt);
+        const auto command = commandFor(keepObject("one"), scratchPath("output"));
+        EXPECT_TRUE(command->run());
+        EXPECT_EQ(readFile("output"), "one");
+    });
+}
+
+TEST_F(RVGitLFSSmudgeCommandTest, AFileThatIsReplacedKeepsItsPermissions) {
+    IN_PRIVATE_TEMPORARY_DIRECTORY({
+        const auto pointer = keepObject("one");
+        writeFile("program", "before", 0750);
+        EXPECT_TRUE(commandFor(pointer, scratchPath("program"))->run());
+        struct stat status;
+        ASSERT_EQ(::stat(scratchPath("program").c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, 0750U);
+    });
+}
+
 TEST_F(RVGitLFSSmudgeCommandTest, AnEmptyFileComesBackEmpty) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
         const auto command = commandFor(pointerFor(""), scratchPath("output"));

@@ -14,6 +14,7 @@
 #include "RVGit/merge/RVGitMergeTreeEntry.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVRepositorySnapshot.h"
 #include "tests/support/RVTestRounds.h"
 
@@ -26,6 +27,8 @@ using testing::SizeIs;
 using Entries = RVGitMergeManager::MergeTreeEntries;
 using Files = std::map<std::string, std::string>;
 using Paths = std::vector<std::string>;
+
+#define NEEDS_TRUE_PREVIEW RVGIT_TEST_NEEDS_GIT("2.38", "it merges nothing but the working tree")
 
 class RVGitMergeManagerPreviewTest : public RVGitRepositoryTestCase {
 protected:
@@ -99,6 +102,7 @@ private:
 };
 
 TEST_F(RVGitMergeManagerPreviewTest, AMergeWithoutConflictsCanBeMade) {
+    NEEDS_TRUE_PREVIEW;
     makeBranches({{"a", "1\n"}, {"b", "1\n"}}, {{"a", "2\n"}, {"b", "1\n"}},
                  {{"a", "1\n"}, {"b", "2\n"}, {"c", "3\n"}});
     std::optional<RVError> error;
@@ -120,6 +124,7 @@ TEST_F(RVGitMergeManagerPreviewTest, NothingToMergeIsNoConflict) {
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, ConflictsAre2006AndAreTold) {
+    NEEDS_TRUE_PREVIEW;
     makeBranches({{"a", "1\n"}, {"b", "1\n"}}, {{"a", "2\n"}, {"b", "2\n"}},
                  {{"a", "3\n"}, {"b", "2\n"}});
     const RVRepositorySnapshot before(repositoryPath());
@@ -256,6 +261,7 @@ TEST_F(RVGitMergeManagerPreviewTest, AReportIsJudgedWithoutGit) {
 // The merge that git would make.
 
 TEST_F(RVGitMergeManagerPreviewTest, TheLineOfTheTruePreview) {
+    NEEDS_TRUE_PREVIEW;
     makeBranches({{"a", "1\n"}}, {{"a", "2\n"}}, {{"a", "3\n"}});
     const auto recorder = useRecordingGit();
     EXPECT_TRUE(manager().conflictingFilePathsForMergingRevision("other", "main"));
@@ -308,6 +314,7 @@ TEST_F(RVGitMergeManagerPreviewTest, WhatIsNoAnswerIsAnError) {
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, PathsComeAsTheyAre) {
+    NEEDS_TRUE_PREVIEW;
     const Paths paths = {"a b", "a\"b", "new\nline", "tab\t", "é", "-x", ":(top)x"};
     Files base;
     Files our;
@@ -337,6 +344,7 @@ TEST_F(RVGitMergeManagerPreviewTest, PathsComeAsTheyAre) {
 // Where the report alone must differ from a merge.
 
 TEST_F(RVGitMergeManagerPreviewTest, ARenameIsKnownToTheTruePreviewAlone) {
+    NEEDS_TRUE_PREVIEW;
     const std::string text = "1\n2\n3\n4\n5\n6\n7\n8\n9\n";
     makeBranches({{"old", text}}, {{"new", text}}, {{"old", text + "10\n"}});
     EXPECT_THAT(pathsOfRealMerge(), IsEmpty());
@@ -345,6 +353,7 @@ TEST_F(RVGitMergeManagerPreviewTest, ARenameIsKnownToTheTruePreviewAlone) {
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, ARenamedDirectoryIsKnownToTheTruePreviewAlone) {
+    NEEDS_TRUE_PREVIEW;
     const std::string text = "1\n2\n3\n4\n5\n6\n7\n8\n9\n";
     makeBranches({{"old/a", text}, {"old/b", text + "b\n"}},
                  {{"new/a", text}, {"new/b", text + "b\n"}},
@@ -356,6 +365,7 @@ TEST_F(RVGitMergeManagerPreviewTest, ARenamedDirectoryIsKnownToTheTruePreviewAlo
 }
 
 TEST_F(RVGitMergeManagerPreviewTest, ABinaryConflictIsSeenInTheLastPlaceAlone) {
+    NEEDS_TRUE_PREVIEW;
     const auto binary = [](char last) { return std::string("a\0b", 3) + last + "\n"; };
     makeBranches({{"binary", binary('0')}}, {{"binary", binary('1')}}, {{"binary", binary('2')}});
     EXPECT_THAT(pathsOfRealMerge(), ElementsAre("binary"));
@@ -379,6 +389,7 @@ class RVGitMergePreviewModelTest : public RVGitMergeManagerPreviewTest,
 constexpr unsigned numberOfParts = 4;
 
 TEST_P(RVGitMergePreviewModelTest, ThePreviewAgreesWithTheMerge) {
+    NEEDS_TRUE_PREVIEW;
     std::mt19937 random(GetParam() + 20200102);
     const auto below = [&](std::size_t limit) { return random() % limit; };
     const int rounds = (numberOfTestRounds(60) + static_cast<int>(numberOfParts) - 1) /

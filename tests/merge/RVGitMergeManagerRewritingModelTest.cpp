@@ -9,6 +9,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/merge/RVGitSequenceInstruction.h"
 #include "tests/merge/RVGitRewritingTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVTestRounds.h"
 
 // Random gestures on random histories, held against a small model that knows what each gesture
@@ -300,6 +301,7 @@ protected:
 };
 
 TEST_P(RVGitMergeManagerRewritingModelTest, GitDoesWhatTheGestureMeans) {
+    RVGIT_TEST_NEEDS_GIT("2.31", "it cleans up the messages of steps that need no editor");
     const int rounds = (numberOfTestRounds(60) + static_cast<int>(numberOfParts) - 1) /
                        static_cast<int>(numberOfParts);
     for (int round = 0; round < rounds; ++round) {

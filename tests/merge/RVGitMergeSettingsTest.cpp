@@ -14,6 +14,7 @@
 #include "RVGit/merge/RVGitRebaseCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/merge/RVGitMergeTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
 namespace fs = std::filesystem;
@@ -77,6 +78,8 @@ protected:
 struct Setting {
     const char* key;
     const char* value;
+    /// The first git that takes the value; older ones die of it.
+    const char* version = "1";
 };
 
 /// All of these leave the operations as they are.
@@ -96,7 +99,7 @@ constexpr Setting harmlessSettings[] = {
     {"commit.status", "false"},
     {"core.commentChar", ";"},
     {"merge.conflictStyle", "diff3"},
-    {"merge.conflictStyle", "zdiff3"},
+    {"merge.conflictStyle", "zdiff3", "2.35"},
     {"merge.ff", "false"},
     {"merge.stat", "false"},
     {"rerere.enabled", "true"},
@@ -113,15 +116,20 @@ constexpr Setting harmlessSettings[] = {
 
 TEST_F(RVGitMergeSettingsTest, ARebaseWithEachSetting) {
     for (const Setting& setting : harmlessSettings) {
+        if (!isTestedGitAtLeast(setting.version))
+            continue;
         SCOPED_TRACE(std::string(setting.key) + "=" + setting.value);
+        // "label onto" and "reset onto" are steps as well.
+        const std::size_t stepsBefore =
+            setting.key == std::string("rebase.rebaseMerges") && isTestedGitAtLeast("2.41") ? 2 : 0;
         makePlace(RVGitMergePlace::Repository);
         set(setting.key, setting.value);
         checkOut("topic");
         const RVRepositorySnapshot before(path());
         EXPECT_EQ(rebase("topic"), RVGitRebaseConflictsError);
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
-        EXPECT_EQ(manager().nextSequenceStep(), 2u);
-        EXPECT_EQ(manager().lastSequenceStep() >= 4u, true);
+        EXPECT_EQ(manager().nextSequenceStep(), 2u + stepsBefore);
+        EXPECT_EQ(manager().lastSequenceStep(), 4u + stepsBefore);
         EXPECT_EQ(manager().nextSequenceRevision(), hash("Two"));
         EXPECT_EQ(manager().originalRefName(), "refs/heads/topic");
         expectAbortRestores(before);
@@ -137,6 +145,8 @@ TEST_F(RVGitMergeSettingsTest, ARebaseWithEachSetting) {
 
 TEST_F(RVGitMergeSettingsTest, TheOthersWithEachSetting) {
     for (const Setting& setting : harmlessSettings) {
+        if (!isTestedGitAtLeast(setting.version))
+            continue;
         SCOPED_TRACE(std::string(setting.key) + "=" + setting.value);
         makePlace(RVGitMergePlace::Repository);
         set(setting.key, setting.value);
@@ -157,7 +167,7 @@ TEST_F(RVGitMergeSettingsTest, TheOthersWithEachSetting) {
         EXPECT_EQ(goOn(), 0);
         EXPECT_EQ(merge("clean"), 0);
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeNone);
-        EXPECT_THAT(subjects(1), ElementsAre("Merge branch 'clean'"));
+        EXPECT_THAT(subjects(1), ElementsAre(isTitleOfMerge("clean")));
     }
 }
 
@@ -167,12 +177,14 @@ TEST_F(RVGitMergeSettingsTest, CommentsAreThoseOfTheConfiguredCharacter) {
     resolve("both\n");
     EXPECT_THAT(manager().mergeCommitMessage().value_or(""), HasSubstr("\n; Conflicts:\n"));
     EXPECT_EQ(goOn(), 0);
-    EXPECT_EQ(message(), "Merge branch 'topic'");
+    EXPECT_THAT(message(), isTitleOfMerge("topic"));
     // A line with the usual one is text.
     EXPECT_EQ(rebase("later"), RVGitRebaseConflictsError);
     resolve("early\n");
     EXPECT_EQ(goOn("Mine\n\n# text\n; comment"), 0);
-    EXPECT_EQ(gitHere({"log", "-1", "--format=%B", "HEAD~2"}), "Mine\n\n# text");
+    // The apply backend takes the message as it is.
+    EXPECT_EQ(gitHere({"log", "-1", "--format=%B", "HEAD~2"}),
+              rebasesByMerging() ? "Mine\n\n# text" : "Mine\n\n# text\n; comment");
 }
 
 TEST_F(RVGitMergeSettingsTest, AnAutomaticStashIsPutBack) {
@@ -212,7 +224,7 @@ TEST_F(RVGitMergeSettingsTest, ResolutionsThatGitRemembers) {
     EXPECT_EQ(read("file"), "remembered\n");
     EXPECT_EQ(gitHere({"ls-files", "--unmerged"}), "");
     EXPECT_EQ(goOn(), 0);
-    EXPECT_EQ(message(), "Merge branch 'topic'");
+    EXPECT_THAT(message(), isTitleOfMerge("topic"));
 }
 
 TEST_F(RVGitMergeSettingsTest, LineEndsOfWindows) {
@@ -255,6 +267,7 @@ TEST_F(RVGitMergeSettingsTest, AKeyThatCannotSignFailsAndCanBePutBack) {
 }
 
 TEST_F(RVGitMergeSettingsTest, AKeyThatSigns) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = scratchPath("key");
     ASSERT_EQ(runProgram({"ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-f", key}).exitCode, 0);
     set("gpg.format", "ssh");
@@ -309,6 +322,47 @@ TEST_F(RVGitMergeSettingsTest, MissingStepsAreNoErrorOfAPlainRebase) {
     set("rebase.missingCommitsCheck", "error");
     EXPECT_EQ(rebase("clean"), 0);
     EXPECT_THAT(subjects(2), ElementsAre("Clean", "Ours"));
+}
+
+TEST_F(RVGitMergeSettingsTest, MessagesAreUTF8WhateverCommitsAreEncodedIn) {
+    const std::string text = "Änderung – zwei";
+    const auto expectText = [&] {
+        EXPECT_EQ(subjects(1).front(), text);
+        EXPECT_THAT(gitHere({"cat-file", "commit", "HEAD"}), HasSubstr("\n\n" + text));
+        EXPECT_THAT(gitHere({"cat-file", "commit", "HEAD"}), Not(HasSubstr("\nencoding ")));
+    };
+    set("i18n.commitEncoding", "ISO-8859-1");
+    setEnvironmentVariable("GIT_CONFIG_PARAMETERS", "'user.name=Somebody Else'");
+    EXPECT_EQ(pick({"Two"}), RVGitRebaseConflictsError);
+    resolve("two\n");
+    EXPECT_EQ(goOn(text), 0);
+    expectText();
+    EXPECT_THAT(gitHere({"cat-file", "commit", "HEAD"}), HasSubstr("committer Somebody Else"));
+    EXPECT_EQ(revert({"Ours"}), RVGitRebaseConflictsError);
+    resolve("x\n");
+    EXPECT_EQ(goOn(text), 0);
+    expectText();
+    for (const char* backend : {"merge", "apply"}) {
+        SCOPED_TRACE(backend);
+        makePlace(RVGitMergePlace::Repository);
+        set("i18n.commitEncoding", "ISO-8859-1");
+        set("rebase.backend", backend);
+        gitHere({"checkout", "-q", "-b", "two", "Two"});
+        EXPECT_EQ(rebase("two"), RVGitRebaseConflictsError);
+        resolve("two\n");
+        EXPECT_EQ(goOn(text), 0);
+        expectText();
+    }
+    EXPECT_TRUE(manager().setCommitMessage(text + "!", hash("HEAD")));
+    EXPECT_EQ(subjects(1).front(), text + "!");
+}
+
+TEST_F(RVGitMergeSettingsTest, WhatARebaseTellsItsStepsHidesNoCherryPick) {
+    setEnvironmentVariable("GIT_CHERRY_PICK_HELP", "words of another git");
+    const RVRepositorySnapshot before(path());
+    EXPECT_EQ(pick({"Two"}), RVGitRebaseConflictsError);
+    EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeCherryPick);
+    expectAbortRestores(before);
 }
 
 TEST_F(RVGitMergeSettingsTest, NoEditorOfTheEnvironmentIsOpened) {

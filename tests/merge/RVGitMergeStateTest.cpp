@@ -16,6 +16,7 @@
 #include "RVGit/worktree/RVGitIndex.h"
 #include "RVGit/worktree/RVGitWorkingTreeManager.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVTestFiles.h"
 #include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
@@ -314,6 +315,50 @@ TEST_F(RVGitMergeStateTest, TheMessageOfTheFirstFileThatExists) {
     EXPECT_EQ(manager_->mergeCommitMessage(), "");
     put("SQUASH_MSG", "caf\xE9");
     EXPECT_EQ(manager_->mergeCommitMessage(), std::nullopt);
+}
+
+TEST_F(RVGitMergeStateTest, WhereRefsAreKeptInTablesTheyAreAskedFor) {
+    const std::string hash = makeCommit();
+    put("HEAD", "ref: refs/heads/.invalid\n");
+    RVFakeGit fake = useFakeGit();
+    fake.setAnswer({.standardError = "fatal: not a valid ref\n", .exitCode = 128});
+    EXPECT_EQ(manager_->currentMergeMode(), RVGitMergeModeNone);
+    EXPECT_EQ(manager_->mergedRevision(), std::nullopt);
+    EXPECT_EQ(manager_->originalRevision(), std::nullopt);
+    fake.setAnswer("ORIG_HEAD", {.standardOutput = "1a2b\n"});
+    EXPECT_EQ(manager_->originalRevision(), "1a2b");
+    fake.setAnswer("CHERRY_PICK_HEAD", {.standardOutput = hash + "\n"});
+    EXPECT_EQ(manager_->currentMergeMode(), RVGitMergeModeCherryPick);
+    EXPECT_EQ(manager_->mergedRevision(), hash);
+    fake.setAnswer("REVERT_HEAD", {.standardOutput = hash + "\n"});
+    EXPECT_EQ(manager_->currentMergeMode(), RVGitMergeModeRevert);
+    EXPECT_EQ(manager_->mergedRevision(), hash);
+}
+
+TEST_F(RVGitMergeStateTest, OneThatGitKeepsInTables) {
+    RVGIT_TEST_NEEDS_GIT("2.45", "it keeps refs in files alone");
+    const std::string path = scratchPath("tables");
+    git({"init", "-q", "--ref-format=reftable", "-b", "main", path});
+    commitFile(path, "file", "base\n", "Base");
+    git({"checkout", "-q", "-b", "topic"}, path);
+    // A branch of the name is another ref.
+    git({"update-ref", "refs/heads/REVERT_HEAD", "HEAD"}, path);
+    const std::string theirs = commitFile(path, "file", "theirs\n", "Theirs");
+    git({"checkout", "-q", "main"}, path);
+    const std::string ours = commitFile(path, "file", "ours\n", "Ours");
+    const auto manager =
+        RVGitMergeManager::mergeManagerWithRepository(RVGitRepository::repositoryWithPath(path));
+    EXPECT_EQ(manager->currentMergeMode(), RVGitMergeModeNone);
+    EXPECT_FALSE(manager->cherryPickRevisions({"topic"}, std::nullopt));
+    EXPECT_EQ(manager->currentMergeMode(), RVGitMergeModeCherryPick);
+    EXPECT_EQ(manager->mergedRevision(), theirs);
+    EXPECT_EQ(manager->originalRevision(), ours);
+    EXPECT_TRUE(manager->abortCurrentOperation());
+    EXPECT_EQ(manager->currentMergeMode(), RVGitMergeModeNone);
+    EXPECT_FALSE(manager->revertRevisions({"main^"}, std::nullopt));
+    EXPECT_EQ(manager->currentMergeMode(), RVGitMergeModeRevert);
+    EXPECT_TRUE(manager->abortCurrentOperation());
+    EXPECT_EQ(manager->currentMergeMode(), RVGitMergeModeNone);
 }
 
 TEST_F(RVGitMergeStateTest, PositionOfARebaseByTheApplyBackend) {

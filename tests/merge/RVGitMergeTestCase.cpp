@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "RVGit/repository/RVGitRepository.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -101,7 +102,7 @@ void RVGitMergeTestCase::makePlace(RVGitMergePlace place) {
             git({"symbolic-ref", "HEAD", "refs/heads/unborn"}, mainPath);
             git({"config", "core.logAllRefUpdates", "true"}, mainPath);
             importHistory(mainPath);
-            git({"worktree", "add", "-q", path_, "main"}, mainPath);
+            git({"worktree", "add", path_, "main"}, mainPath);
             break;
         }
         case RVGitMergePlace::Submodule: {
@@ -129,6 +130,22 @@ void RVGitMergeTestCase::stopGit(const std::vector<std::string>& arguments) cons
     EXPECT_EQ(result.standardError.find("an editor was opened"), std::string::npos);
     // An "edit" and a "break" stop without a failure.
     EXPECT_LT(result.exitCode, 129) << result.standardError;
+}
+
+void RVGitMergeTestCase::stopRebaseByApplying() const {
+    if (rebasesByMerging())
+        stopGit({"rebase", "--apply", "main"});
+    else
+        stopGit({"rebase", "main"});
+}
+
+bool RVGitMergeTestCase::rebasesByMerging() {
+    return isTestedGitAtLeast("2.26");
+}
+
+testing::Matcher<const std::string&> RVGitMergeTestCase::isTitleOfMerge(const std::string& branch) {
+    const std::string title = "Merge branch '" + branch + "'";
+    return testing::AnyOf(title, title + " into main");
 }
 
 std::string RVGitMergeTestCase::hash(const std::string& revision) const {

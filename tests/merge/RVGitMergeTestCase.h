@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gmock/gmock.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -55,6 +57,14 @@ protected:
     void checkOut(const std::string& branch) const;
     void write(const std::string& name, std::string_view contents) const;
     [[nodiscard]] std::string read(const std::string& name) const;
+    /// A rebase onto main by the apply backend.
+    void stopRebaseByApplying() const;
+    /// Whether git itself chooses the merge backend. An older one chooses the other, which knows no
+    /// editor.
+    [[nodiscard]] static bool rebasesByMerging();
+    /// The title that git gives a merge into main; older ones name main, too.
+    [[nodiscard]] static testing::Matcher<const std::string&> isTitleOfMerge(
+        const std::string& branch);
     /// The subjects of the last commits, the newest first.
     [[nodiscard]] std::vector<std::string> subjects(std::size_t count) const;
     /// The whole message of HEAD.

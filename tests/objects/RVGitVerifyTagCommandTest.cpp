@@ -5,6 +5,7 @@
 #include "RVGit/objects/RVGitTag.h"
 #include "tests/objects/RVGitSigningTestCase.h"
 #include "tests/support/RVDamagedOutput.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -287,6 +288,7 @@ TEST_F(RVGitVerifyTagCommandTest, AMissingKey) {
 }
 
 TEST_F(RVGitVerifyTagCommandTest, ASignatureOfAKnownSSHKey) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = makeSSHKey("key");
     signTagWithSSH("v1", key);
     gitInRepository({"config", "gpg.ssh.allowedSignersFile", writeAllowedSigners({key})});
@@ -299,6 +301,7 @@ TEST_F(RVGitVerifyTagCommandTest, ASignatureOfAKnownSSHKey) {
 }
 
 TEST_F(RVGitVerifyTagCommandTest, ASignatureOfAnUnknownSSHKeyIsAnAnswerAndNoError) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = makeSSHKey("key");
     signTagWithSSH("v1", key);
     gitInRepository(
@@ -318,6 +321,7 @@ TEST_F(RVGitVerifyTagCommandTest, ASignatureOfAnUnknownSSHKeyIsAnAnswerAndNoErro
 }
 
 TEST_F(RVGitVerifyTagCommandTest, WithoutAllowedSignersNothingIsSaidOfAnSSHSignature) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = makeSSHKey("key");
     signTagWithSSH("v1", key);
     expectNothingWithoutError("v1");
@@ -328,6 +332,7 @@ TEST_F(RVGitVerifyTagCommandTest, WithoutAllowedSignersNothingIsSaidOfAnSSHSigna
 }
 
 TEST_F(RVGitVerifyTagCommandTest, AnSSHSignatureOfAnotherObjectIsNone) {
+    RVGIT_TEST_NEEDS_GIT("2.34", "it knows no signatures by SSH");
     const std::string key = makeSSHKey("key");
     signTagWithSSH("v1", key);
     alterTag("v1", "\n\nSigned\n", "\n\nForged\n");

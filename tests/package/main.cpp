@@ -4,7 +4,7 @@
 #include "RVGit/RVGit.h"
 
 int main(int argc, char** argv) {
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath("/usr/bin/git"));
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryInPath());
     const std::string path = std::filesystem::absolute(argc > 1 ? argv[1] : ".");
     const auto repository = RVGitRepository::repositoryWithPath(path);
 

@@ -72,6 +72,12 @@ TEST_F(RVGitBranchTest, AnUnbornBranchBesideOthersIs) {
     EXPECT_TRUE(isInitial());
 }
 
+TEST_F(RVGitBranchTest, ABranchBesideAFileThatIsNamedAsTheHeadIsNot) {
+    makeCommit();
+    writeFile(repositoryPath() + "/HEAD", "no ref\n");
+    EXPECT_FALSE(isInitial());
+}
+
 TEST_F(RVGitBranchTest, ADetachedHeadIsNot) {
     makeCommit();
     gitInRepository({"checkout", "-q", "--detach"});

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <thread>
@@ -36,6 +38,41 @@ TEST_F(RVGitBranchThreadsTest, AListingThatIsCancelledIsNoListAndNoError) {
     EXPECT_FALSE(RVGitBranch::allBranchesForRepository(repository(), &error).has_value());
     EXPECT_FALSE(error.has_value());
     canceller.join();
+}
+
+TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListAndNoError) {
+    makeCommit();
+    const std::string started = scratchPath("started");
+    const std::string slowGit =
+        writeFile("slow-git",
+                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit;; esac\n"
+                  "case \"$*\" in *config\\ *) printf 'branch.main.remote\\norigin\\0'; : > '" +
+                      started + "'; exec sleep 60;; esac\nexec '" + gitPath() + "' \"$@\"\n",
+                  0755);
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
+    const std::function<bool(RVErrorPlace)> listings[] = {
+        [&](RVErrorPlace e) {
+            return RVGitBranch::allBranchesForRepository(repository(), e).has_value();
+        },
+        [&](RVErrorPlace e) {
+            return RVGitRemote::allRemotesForRepository(repository(), e).has_value();
+        },
+        [&](RVErrorPlace e) {
+            return RVGitRemote::SVNRemoteConfigOptionsForRepository(repository(), e).has_value();
+        },
+    };
+    for (const auto& listing : listings) {
+        std::filesystem::remove(started);
+        std::thread canceller([&] {
+            while (!fileExists(started))
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            RVGitCommandQueue::sharedQueue().cancelAllCommands();
+        });
+        std::optional<RVError> error = RVError("before", 1);
+        EXPECT_FALSE(listing(&error));
+        EXPECT_FALSE(error.has_value());
+        canceller.join();
+    }
 }
 
 TEST_F(RVGitBranchThreadsTest, AListingMayBeMadeOnAThreadOfTheQueue) {

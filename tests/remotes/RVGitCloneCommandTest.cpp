@@ -4,6 +4,7 @@
 
 #include "RVGit/command/RVGitError.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
@@ -160,6 +161,7 @@ TEST_F(RVGitCloneCommandTest, ClonesSubmodules) {
 }
 
 TEST_F(RVGitCloneCommandTest, ClonesASingleBranchToADepthWithoutBlobs) {
+    RVGIT_TEST_NEEDS_GIT("2.17", "it knows no filters");
     makeCommit();
     makeCommit();
     gitInRepository({"branch", "other"});

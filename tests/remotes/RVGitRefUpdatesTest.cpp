@@ -9,6 +9,7 @@
 #include "RVGit/repository/RVGitRefSpec.h"
 #include "tests/remotes/RVGitTransferTestCase.h"
 #include "tests/support/RVDamagedOutput.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -60,6 +61,7 @@ protected:
 };
 
 TEST_F(RVGitRefUpdatesTest, OfAFetchInEveryState) {
+    RVGIT_TEST_NEEDS_GIT("2.20", "its fetch replaces tags that are there");
     branchThere("same");
     branchThere("gone");
     branchThere("forced");

@@ -100,6 +100,28 @@ TEST_F(RVGitRefLogEntryManagerTest, CountsEntries) {
     EXPECT_EQ(manager()->numberOfRefLogEntriesForRefWithName("main"), 2);
 }
 
+// git would say of each signature what it thinks of it, between the entries.
+TEST_F(RVGitRefLogEntryManagerTest, SignaturesAreNotShownWhateverIsConfigured) {
+    makeCommit("First");
+    std::string commit = git({"cat-file", "commit", "HEAD"}, repositoryPath());
+    commit.insert(commit.find("\n\n") + 1,
+                  "gpgsig -----BEGIN PGP SIGNATURE-----\n \n iQ==\n"
+                  " -----END PGP SIGNATURE-----\n");
+    std::string hash =
+        git({"hash-object", "-w", "-t", "commit", "--stdin"}, repositoryPath(), commit);
+    hash.pop_back();
+    gitInRepository({"update-ref", "-m", "signed", "HEAD", hash});
+    gitInRepository({"config", "log.showSignature", "true"});
+    setEnvironmentVariable("GIT_CONFIG_PARAMETERS", "'log.showSignature=true'");
+    auto error = std::optional<RVError>();
+    const auto entries = manager()->loadHEADRefLogEntries(nullopt, &error);
+    ASSERT_TRUE(entries) << error->userInfoString("RVGitOutputParserLineErrorKey").value_or("");
+    ASSERT_EQ(entries->size(), 2u);
+    EXPECT_EQ(entries->front()->revision(), hash);
+    EXPECT_EQ(entries->front()->subject(), "signed");
+    EXPECT_EQ(manager()->numberOfRefLogEntriesForRefWithName("HEAD"), 2);
+}
+
 TEST_F(RVGitRefLogEntryManagerTest, ARefWithoutAReflogHasNoEntries) {
     makeCommit();
     gitInRepository({"tag", "v1"});

@@ -29,7 +29,7 @@ protected:
     std::string makeLinkedWorktree(const std::string& name) {
         makeCommit();
         const std::string path = scratchPath(name);
-        gitInRepository({"worktree", "add", "-q", "--detach", path});
+        gitInRepository({"worktree", "add", "--detach", path});
         return path;
     }
     void putLinkInPlaceOf(const std::string& path, const std::string& target) const {
@@ -78,7 +78,7 @@ TEST_F(RVGitRepositoryHostileTest, ThePlacesThatLeadBackAreTakenWithoutAskingGit
 TEST_F(RVGitRepositoryHostileTest, GitsReasonForAnInvalidRepositoryIsTold) {
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(repositoryPath()), std::nullopt);
     EXPECT_THAT(RVGitRepository::reasonForInvalidRepositoryAtPath(makeDirectory("plain")),
-                Optional(HasSubstr("not a git repository")));
+                Optional(HasSubstr("ot a git repository")));
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(scratchPath("missing")),
               "No such file or directory");
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(writeFile("file", "")),

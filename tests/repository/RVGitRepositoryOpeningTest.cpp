@@ -7,8 +7,10 @@
 #include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 using testing::ElementsAre;
+using testing::StartsWith;
 
 namespace {
 
@@ -40,7 +42,7 @@ protected:
     std::string makeLinkedWorktree(const std::string& repositoryPath,
                                    const std::string& name) const {
         const std::string path = scratchPath(name);
-        git({"worktree", "add", "-q", "--detach", path}, repositoryPath);
+        git({"worktree", "add", "--detach", path}, repositoryPath);
         return path;
     }
 };
@@ -84,7 +86,9 @@ TEST_F(RVGitRepositoryOpeningTest, ARepositoryMadeBareByItsConfigurationIsItsGit
 TEST_F(RVGitRepositoryOpeningTest, ALinkedWorktreeHasItsGitDirectoryUnderTheMainOne) {
     makeCommit();
     const std::string worktree = makeLinkedWorktree(repositoryPath(), "linked tree");
-    const std::string gitDirectory = repositoryPath() + "/.git/worktrees/linked-tree";
+    // Not every git keeps the blank.
+    const std::string gitDirectory = gitLine({"rev-parse", "--absolute-git-dir"}, worktree);
+    EXPECT_THAT(gitDirectory, StartsWith(repositoryPath() + "/.git/worktrees/linked"));
     expectPaths(worktree, worktree, gitDirectory, worktree);
     expectPaths(makeDirectory(worktree + "/a"), worktree, gitDirectory, worktree);
     expectPaths(gitDirectory, worktree, gitDirectory, worktree);
@@ -120,6 +124,23 @@ TEST_F(RVGitRepositoryOpeningTest, ASubmoduleIsARepositoryOfItsOwn) {
     expectPaths(super + "/libs", super, super + "/.git", super);
     // The process stands outside of the tree that the configuration names.
     expectPaths(gitDirectory, gitDirectory, gitDirectory, tree);
+}
+
+// Its configuration is the submodule's, which names the submodule's own tree, from the git
+// directory of the submodule.
+TEST_F(RVGitRepositoryOpeningTest, ALinkedWorktreeOfASubmoduleIsATreeOfItsOwn) {
+    makeCommit();
+    const std::string super = initRepository("super");
+    git({"-c", "protocol.file.allow=always", "submodule", "--quiet", "add", repositoryPath(),
+         "sub"},
+        super);
+    ASSERT_EQ(gitLine({"config", "--get", "core.worktree"}, super + "/sub"), "../../../sub");
+    const std::string worktree = makeLinkedWorktree(super + "/sub", "linked");
+    const std::string gitDirectory = super + "/.git/modules/sub/worktrees/linked";
+    expectPaths(worktree, worktree, gitDirectory, worktree);
+    expectPaths(makeDirectory(worktree + "/a"), worktree, gitDirectory, worktree);
+    expectPaths(gitDirectory, worktree, gitDirectory, worktree);
+    expectPaths(super + "/sub", super + "/sub", super + "/.git/modules/sub", super + "/sub");
 }
 
 TEST_F(RVGitRepositoryOpeningTest,
@@ -179,6 +200,9 @@ TEST_F(RVGitRepositoryOpeningTest, NamesMayHoldBlanksNewlinesAndAnyLetter) {
         expectPaths(tree, tree, tree + "/.git", tree);
         expectPaths(makeDirectory(tree + "/a"), tree, tree + "/.git", tree);
         commitFile(tree, "file", "", "Message");
+        // Older gits lose the end of the name.
+        if (name.back() == '\n' && !isTestedGitAtLeast("2.23"))
+            continue;
         const std::string worktree = makeLinkedWorktree(tree, "linked to " + name);
         expectPaths(worktree, worktree, gitLine({"rev-parse", "--absolute-git-dir"}, worktree),
                     worktree);

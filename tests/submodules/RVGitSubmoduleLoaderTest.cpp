@@ -12,6 +12,7 @@
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/submodules/RVGitSubmoduleConfigLoader.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace fs = std::filesystem;
 
@@ -109,8 +110,11 @@ TEST_F(RVGitSubmoduleLoaderTest, EachStateOneByOne) {
     addSubmodule("untracked");
     writeFile("repository/untracked/new", "x");
     declareSubmodule("declared", "de/clared");
-    EXPECT_THAT(summary(), ElementsAre("clean: 1", "modified: 1 dirty", "uninitialized: 2",
-                                       "untracked: 1", "updated: 3", "de/clared: 7"));
+    // Files that are only untracked make it dirty for older gits.
+    EXPECT_THAT(summary(),
+                ElementsAre("clean: 1", "modified: 1 dirty", "uninitialized: 2",
+                            isTestedGitAtLeast("2.31") ? "untracked: 1" : "untracked: 1 dirty",
+                            "updated: 3", "de/clared: 7"));
 
     const std::string head = gitLine({"rev-parse", "HEAD"}, "library");
     EXPECT_EQ(submoduleAt("updated")->commitHash(), other);
@@ -165,6 +169,8 @@ TEST_F(RVGitSubmoduleLoaderTest, TheLastStandsOnceWhereItIsTheBrokenOne) {
 }
 
 TEST_F(RVGitSubmoduleLoaderTest, AMissingGitDirectoryIsSix) {
+    RVGIT_TEST_NEEDS_GIT("2.34",
+                         "its submodule status passes over it, or tells nothing of the others");
     addSubmodule("a");
     addSubmodule("gone");
     addSubmodule("z");
@@ -175,6 +181,8 @@ TEST_F(RVGitSubmoduleLoaderTest, AMissingGitDirectoryIsSix) {
 }
 
 TEST_F(RVGitSubmoduleLoaderTest, WhatIsDirtyIsWhatTheLastDiffSaysWhereTheWholeOneFails) {
+    RVGIT_TEST_NEEDS_GIT("2.34",
+                         "its submodule status passes over it, or tells nothing of the others");
     addSubmodule("a");
     addSubmodule("gone");
     addSubmodule("z");
@@ -308,7 +316,7 @@ TEST_F(RVGitSubmoduleLoaderTest, ALinkedWorktreeMayStandInTheSubmodulesPlace) {
     addSubmodule("lib");
     gitInRepository({"submodule", "--quiet", "deinit", "-f", "lib"});
     fs::remove(pathInRepository("lib"));
-    git({"worktree", "add", "-q", "-b", "wt", pathInRepository("lib")}, "library");
+    git({"worktree", "add", "-b", "wt", pathInRepository("lib")}, "library");
     EXPECT_THAT(summary(), ElementsAre("lib: 2"));
     gitInRepository({"submodule", "init"});
     EXPECT_THAT(summary(), ElementsAre("lib: 1"));

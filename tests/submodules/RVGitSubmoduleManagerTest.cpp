@@ -3,14 +3,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <thread>
 
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace fs = std::filesystem;
 
@@ -185,6 +190,7 @@ TEST_F(RVGitSubmoduleManagerTest, ChangesThatTheListDoesNotShowAreNotLost) {
 }
 
 TEST_F(RVGitSubmoduleManagerTest, UntrackedFilesAloneDoNotProtectIt) {
+    RVGIT_TEST_NEEDS_GIT("2.31", "it calls a submodule with untracked files dirty");
     addSubmodule("lib");
     writeFile("repository/lib/new", "x");
     EXPECT_TRUE(manager().submoduleContainsUncommittedWork("lib", &error));
@@ -332,7 +338,7 @@ TEST_F(RVGitSubmoduleManagerTest, MovesALinkedWorktreeAndLeavesItsRepository) {
     addSubmodule("lib");
     gitInRepository({"submodule", "--quiet", "deinit", "-f", "lib"});
     fs::remove(pathInRepository("lib"));
-    git({"worktree", "add", "-q", "-b", "wt", pathInRepository("lib")}, "library");
+    git({"worktree", "add", "-b", "wt", pathInRepository("lib")}, "library");
     gitInRepository({"submodule", "init"});
     const auto before = filesBelow(scratchPath("library"));
     EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 4, &error),
@@ -555,6 +561,72 @@ TEST_F(RVGitSubmoduleManagerTest, GitDirectoriesInOneAnotherAreLeftAlone) {
     EXPECT_TRUE(failedWith(manager().renameSubmoduleWithName("lib", "x", &error),
                            RVGitMoveFileOutsideRepositoryError));
     EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
+}
+
+TEST_F(RVGitSubmoduleManagerTest, ModificationsThatAConfigurationHidesAreProtected) {
+    addSubmodule("lib");
+    writeFile("repository/lib/lib.c", "precious\n");
+    const auto isProtected = [&] {
+        EXPECT_FALSE(submoduleAt("lib")->isDirty());
+        const auto before = filesBelow(repositoryPath());
+        EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 0, &error),
+                               RVGitRemoveSubmoduleWithLocalModificationsError));
+        EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
+    };
+    gitInRepository({"config", "-f", ".gitmodules", "submodule.lib.ignore", "all"});
+    gitInRepository({"commit", "-q", "-a", "-m", "Ignore"});
+    isProtected();
+    gitInRepository({"config", "-f", ".gitmodules", "submodule.lib.ignore", "none"});
+    gitInRepository({"config", "submodule.lib.ignore", "dirty"});
+    isProtected();
+    // Untracked files alone are not.
+    gitAt("lib", {"checkout", "-q", "lib.c"});
+    writeFile("repository/lib/new", "x");
+    gitInRepository({"commit", "-q", "-a", "-m", "Ignore none"});
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("lib", 0, &error)));
+}
+
+TEST_F(RVGitSubmoduleManagerTest, AnOperationWhoseCommandsAreCancelledTakesNoFurtherStep) {
+    addSubmodule("lib");
+    writeFile("repository/lib/lib.c", "precious\n");
+    const auto before = filesBelow(repositoryPath());
+    RVGitSubmoduleManager& manager = this->manager();
+    const std::function<bool(RVErrorPlace)> operations[] = {
+        [&](RVErrorPlace e) { return manager.removeSubmoduleAtPath("lib", 0, e); },
+        [&](RVErrorPlace e) {
+            return manager.removeSubmoduleAtPath("lib", RVGitSubmoduleRemoveOptionForce, e);
+        },
+        [&](RVErrorPlace e) { return manager.moveSubmoduleWithPath("lib", "new", e); },
+        [&](RVErrorPlace e) { return manager.relocateSubmoduleWithPath("lib", "new", e); },
+        [&](RVErrorPlace e) { return manager.renameSubmoduleWithName("lib", "new", e); },
+        [&](RVErrorPlace e) {
+            return manager.renameSubmoduleKeepingLinksWithName("lib", "new", e);
+        },
+        [&](RVErrorPlace e) { return !manager.submoduleContainsUncommittedWork("lib", e); }};
+    // Each reads the list by these, and is stopped in the last or the first of them.
+    for (const char* pattern : {"*' diff '*", "*' ls-files '*", "*' submodule status '*"}) {
+        const std::string path = writeFile(
+            "slow-git/git",
+            "#!/bin/sh\ncase \" $* \" in " + std::string(pattern) +
+                ") [ -e \"$BEGUN\" ] || { : > \"$BEGUN\"; exec sleep 60; };; esac\nexec '" +
+                gitPath() + "' \"$@\"\n",
+            0755);
+        setEnvironmentVariable("BEGUN", scratchPath("begun"));
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+        for (const auto& operation : operations) {
+            fs::remove(scratchPath("begun"));
+            std::thread canceller([&] {
+                while (!fileExists("begun"))
+                    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                RVGitCommandQueue::sharedQueue().cancelAllCommands();
+            });
+            error = RVError("", 1);
+            EXPECT_FALSE(operation(&error)) << pattern;
+            canceller.join();
+            EXPECT_EQ(error, std::nullopt);
+            EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "") << pattern;
+        }
+    }
 }
 
 // Uncommitted work.

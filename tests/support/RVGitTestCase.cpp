@@ -56,8 +56,9 @@ RVGitTestCase::~RVGitTestCase() {
     }
     try {
         removeTestTree(scratchDirectory_);
+        RVGitTestEnvironment::writeConfiguration();
     } catch (const std::exception& failure) {
-        ADD_FAILURE() << "the scratch directory stays behind: " << failure.what();
+        ADD_FAILURE() << "the test leaves something behind: " << failure.what();
     }
 }
 

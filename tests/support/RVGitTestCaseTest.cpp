@@ -66,6 +66,22 @@ TEST_F(RVGitTestCaseTest, VariablesSetForATestArePutBack) {
     EXPECT_FALSE(fileExists(directory));
 }
 
+TEST_F(RVGitTestCaseTest, WhatATestPutsIntoTheConfigurationIsTakenOut) {
+    class Inner : public RVGitTestCase {
+    public:
+        Inner() {
+            git({"config", "--global", "user.name", "Somebody"});
+            git({"config", "--global", "some.key", "1"});
+            git({"config", "--file", std::getenv("GIT_CONFIG_SYSTEM"), "some.key", "2"});
+        }
+        void TestBody() override {}
+    };
+    { const Inner inner; }
+    EXPECT_EQ(gitLine({"config", "--global", "user.name"}), "Marie Curie");
+    EXPECT_EQ(runGit({"config", "some.key"}).standardOutput, "");
+    EXPECT_EQ(readFile(std::getenv("GIT_CONFIG_SYSTEM")), "");
+}
+
 TEST_F(RVGitTestCaseTest, TheRecordingGitKeepsTheCallAndHandsItOn) {
     const std::string repository = initRepository();
     setEnvironmentVariable("RVGIT_SOME", "one\ntwo=2");

@@ -70,21 +70,23 @@ void RVGitTestEnvironment::SetUp() {
     if (mkdtemp(root.data()) == nullptr) {
         throw std::system_error(errno, std::generic_category(), "mkdtemp " + root);
     }
-    const std::string home = root + "/home";
+    writeConfiguration();
+    setenv("HOME", (root + "/home").c_str(), 1);
+    // "git config --system" reads and writes the system's file even with GIT_CONFIG_NOSYSTEM.
+    setenv("GIT_CONFIG_SYSTEM", (root + "/etc/gitconfig").c_str(), 1);
+    // A repository in or above the temporary directory is none of the tests' business.
+    setenv("GIT_CEILING_DIRECTORIES", root.c_str(), 1);
+}
+
+void RVGitTestEnvironment::writeConfiguration() {
     // Submodules are cloned from paths, and no background process may outlive its test. Nothing
     // here has to survive a power cut.
-    writeTestFile(home + "/.gitconfig",
+    writeTestFile(root + "/home/.gitconfig",
                   "[user]\n\tname = Marie Curie\n\temail = marie@example.org\n"
                   "[init]\n\tdefaultBranch = main\n"
                   "[protocol \"file\"]\n\tallow = always\n"
                   "[gc]\n\tauto = 0\n[maintenance]\n\tauto = false\n[core]\n\tfsync = none\n");
-    setenv("HOME", home.c_str(), 1);
-    // "git config --system" reads and writes the system's file even with GIT_CONFIG_NOSYSTEM.
-    const std::string systemConfiguration = root + "/etc/gitconfig";
-    writeTestFile(systemConfiguration, "");
-    setenv("GIT_CONFIG_SYSTEM", systemConfiguration.c_str(), 1);
-    // A repository in or above the temporary directory is none of the tests' business.
-    setenv("GIT_CEILING_DIRECTORIES", root.c_str(), 1);
+    writeTestFile(root + "/etc/gitconfig", "");
 }
 
 void RVGitTestEnvironment::TearDown() {

@@ -14,6 +14,9 @@ public:
     /// The directory below which the scratch directories and the private HOME lie. Valid while
     /// tests run.
     [[nodiscard]] static const std::string& rootDirectory();
+    /// Writes the user's and the system's configuration as every test is to find them, whatever the
+    /// one before has put there.
+    static void writeConfiguration();
 
     void SetUp() override;
     void TearDown() override;

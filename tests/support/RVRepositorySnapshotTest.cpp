@@ -82,7 +82,7 @@ TEST_F(RVRepositorySnapshotTest, ALongFileIsComparedToItsEnd) {
 }
 
 TEST_F(RVRepositorySnapshotTest, ALinkedWorktreeAndABareRepositoryHaveTheirOwn) {
-    git({"worktree", "add", "-q", scratchPath("linked"), "-b", "linked"}, path_);
+    git({"worktree", "add", scratchPath("linked"), "-b", "linked"}, path_);
     const RVRepositorySnapshot linked(scratchPath("linked"));
     EXPECT_EQ(linked.head, "ref: refs/heads/linked\n");
     EXPECT_EQ(linked.workingTree.size(), 1u);

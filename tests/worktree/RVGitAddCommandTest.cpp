@@ -5,6 +5,7 @@
 
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/worktree/RVGitFlagTestCase.h"
 
 namespace {
@@ -82,6 +83,7 @@ TEST_F(RVGitAddCommandTest, AFailureThatNamesNoFileNamesTheFirstOfThePaths) {
 }
 
 TEST_F(RVGitAddCommandTest, ErrorsAreIgnoredForTheOtherFiles) {
+    RVGIT_TEST_NEEDS_GIT("2.22", "it adds a repository without a commit as if it were a directory");
     writeFile("repository/good", "one\n");
     // A socket or a repository without a commit cannot be added; the latter needs no privilege.
     initRepository("repository/nested");

@@ -202,7 +202,8 @@ TEST_F(RVGitStashFilesTest, AFileTakenOutOfTheIndexAloneAndSavedAsUntrackedIsInI
             return RVGitStash::applyStashAtIndex(0, repository(), true, error);
         },
         failsWith(RVGitRVGitGenericError));
-    EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
+    // Older gits see before they begin that the file is in the way.
+    EXPECT_THAT(readFile("repository/file.txt"), testing::AnyOf("changed\n", "1"));
     EXPECT_THAT(stashList(), testing::StartsWith("stash@{0}"));
     EXPECT_EQ(git({"show", "stash@{0}^3:file.txt"}, repositoryPath()), "changed\n");
 }

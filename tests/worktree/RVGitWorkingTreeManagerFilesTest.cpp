@@ -424,7 +424,7 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, RevertingWhatIsOnlyIntendedToBeAddedKee
 
 TEST_F(RVGitWorkingTreeManagerFilesTest, ALinkedWorkingTreeHasAnIndexAndALockOfItsOwn) {
     const std::string path = scratchPath("linked");
-    git({"worktree", "add", "-q", "-b", "linked", path}, repositoryPath());
+    git({"worktree", "add", "-b", "linked", path}, repositoryPath());
     const std::string gitDirectory = gitLine({"rev-parse", "--absolute-git-dir"}, path);
     RVGitWorkingTreeManager linked(
         RVGitRepository::repositoryWithWorkingTreeDirectoryPath(path, gitDirectory));
@@ -476,6 +476,8 @@ TEST_F(RVGitWorkingTreeManagerFilesTest, EachResetModeKeepsWhatItPromises) {
     EXPECT_TRUE(resetTo(base, RVGitResetModeNone));
     EXPECT_THAT(status(), ElementsAre(" M dir/inner", " M file", "?? untracked"));
     EXPECT_TRUE(resetTo(tip, RVGitResetModeNone));
+    // Has git look at the files: 2.23 does not after a reset, and then takes them for changed.
+    EXPECT_THAT(status(), ElementsAre(" M dir/inner", "?? untracked"));
     EXPECT_TRUE(resetTo(base, RVGitResetModeKeep));
     EXPECT_THAT(status(), ElementsAre(" M dir/inner", "?? untracked"));
     write("file", "changed\n");

@@ -7,8 +7,10 @@
 
 namespace {
 
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::IsEmpty;
 using Paths = std::vector<std::string>;
 
 /// Names that git takes for themselves.
@@ -169,17 +171,18 @@ TEST_F(RVGitWorkingTreeManagerPatternsTest, AWildcardMatchesItsOwnNameAndOthers)
                 ElementsAre("M  back\\slash", "M  backslash"));
 }
 
-// Having found the name itself, git looks no further for what the pattern matches, but the files
-// that sort before it are gone by then.
+// Having found the name itself, git (2.45 does) looks no further for what the pattern matches, but
+// the files that sort before it are gone by then. Newer ones (2.55 does) take all that match.
 
 TEST_F(RVGitWorkingTreeManagerPatternsTest, RemovingAFileNamedAsAWildcardRemovesThoseBeforeIt) {
     EXPECT_THAT(statusAfter({"#first", "*", "other"}, [&] { return manager().removeFiles({"*"}); }),
-                ElementsAre("D  #first", "D  *", " M other"));
+                AnyOf(ElementsAre("D  #first", "D  *", " M other"),
+                      ElementsAre("D  #first", "D  *", "D  other")));
 }
 
 TEST_F(RVGitWorkingTreeManagerPatternsTest, RevertingAFileNamedAsAWildcardRevertsThoseBeforeIt) {
     EXPECT_THAT(statusAfter({"0", "?", "x"}, [&] { return manager().revertFiles({"?"}); }),
-                ElementsAre(" M x"));
+                AnyOf(ElementsAre(" M x"), IsEmpty()));
 }
 
 TEST_F(RVGitWorkingTreeManagerPatternsTest, UnstagingAFileNamedAsAWildcardUnstagesOthers) {
@@ -191,7 +194,8 @@ TEST_F(RVGitWorkingTreeManagerPatternsTest, UnstagingAFileNamedAsAWildcardUnstag
 
 TEST_F(RVGitWorkingTreeManagerPatternsTest, UntrackingAFileNamedAsAWildcardUntracksThoseBeforeIt) {
     EXPECT_THAT(statusAfter({"0", "?", "x"}, [&] { return manager().untrackFiles({"?"}); }),
-                ElementsAre("D  0", "D  ?", " M x", "?? 0", "?? ?"));
+                AnyOf(ElementsAre("D  0", "D  ?", " M x", "?? 0", "?? ?"),
+                      ElementsAre("D  0", "D  ?", "D  x", "?? 0", "?? ?", "?? x")));
 }
 
 TEST_F(RVGitWorkingTreeManagerPatternsTest, UntrackingASetThatIsNoFileUntracksItsMembers) {

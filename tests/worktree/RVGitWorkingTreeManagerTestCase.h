@@ -47,7 +47,8 @@ protected:
     }
     /// "XY path" of each file that git lists as changed, sorted; untracked files are "?? path".
     [[nodiscard]] Paths status() const {
-        return records({"status", "--porcelain", "-z", "--untracked-files=all", "--no-renames"});
+        return records(
+            {"-c", "diff.renames=false", "status", "--porcelain", "-z", "--untracked-files=all"});
     }
     /// The NUL-terminated records that git prints.
     [[nodiscard]] Paths records(const std::vector<std::string>& arguments) const {

@@ -13,28 +13,11 @@
 #include "RVGit/worktree/RVGitStash.h"
 #include "RVGit/worktree/RVGitWorkingTreeManager.h"
 #include "tests/support/RVTestFiles.h"
+#include "tests/support/RVTestLines.h"
 
 namespace {
 
 using Lines = std::vector<std::string>;
-
-/// Each line with the newline at its end.
-Lines linesOf(const std::string& text) {
-    Lines lines;
-    for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = text.find('\n', start) + 1;
-        lines.push_back(text.substr(start, end - start));
-        start = end;
-    }
-    return lines;
-}
-
-std::string joined(const Lines& lines) {
-    std::string text;
-    for (const std::string& line : lines)
-        text += line;
-    return text;
-}
 
 /// The file that is left of the chunk's side `base` (0 old, 1 new) when the selected changes are
 /// made in it, or taken back.

@@ -59,15 +59,15 @@ TEST_F(RVGitWorkingTreePathNamesTest, EveryNameComesThroughStatusAndIndex) {
 }
 
 TEST_F(RVGitWorkingTreePathNamesTest,
-       WithoutQuotesOfGitOtherScriptsComeThroughUnlessTheyAreQuotedAnyway) {
+       NamesOfOtherScriptsAreTheSameWhetherOrNotGitIsConfiguredToQuoteThem) {
     gitInRepository({"config", "core.quotePath", "false"});
-    for (const char* name : {"caf\u00E9", "cafe\u0301", "\u00E9 a", "\U0001F389"})
+    for (const char* name : {"caf\u00E9", "cafe\u0301", "\u00E9 a", "\U0001F389", "\u00E9\t",
+                             "\u00E9 \"q\" \\", "\u00E9\n"})
         writeFile(std::string("repository/") + name, "");
     EXPECT_THAT(listing(), UnorderedElementsAre("?? Regular caf\u00E9", "?? Regular cafe\u0301",
-                                                "?? Regular \u00E9 a", "?? Regular \U0001F389"));
-    // Quoted text that is not ASCII loses its quotes alone.
-    writeFile("repository/\u00E9\t", "");
-    EXPECT_THAT(listing(), Contains("?? None \u00E9\\t"));
+                                                "?? Regular \u00E9 a", "?? Regular \U0001F389",
+                                                "?? Regular \u00E9\t", "?? Regular \u00E9 \"q\" \\",
+                                                "?? Regular \u00E9\n"));
 }
 
 TEST_F(RVGitWorkingTreePathNamesTest, ANameThatIsNoUTF8IsTextThatNamesNoFile) {

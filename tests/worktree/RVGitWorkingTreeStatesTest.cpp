@@ -6,6 +6,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/worktree/RVGitWorkingTreeStatesTestCase.h"
 
 namespace {
@@ -48,7 +49,7 @@ private:
                 stage(file);
                 break;
             case 'D':
-                gitInRepository({"rm", "-q", "--cached", "--", file});
+                gitInRepository({"rm", "-q", "--cached", "--", ":(literal)" + file});
                 if (right == ' ')
                     remove(file);
                 break;
@@ -120,6 +121,7 @@ TEST_F(RVGitWorkingTreeStatesTest, EachPairOfLettersOfRenamedFiles) {
 }
 
 TEST_F(RVGitWorkingTreeStatesTest, ACopyIsListedWhereGitLooksForCopies) {
+    RVGIT_TEST_NEEDS_GIT("2.18", "it cannot be told to look for copies");
     writeContents("original");
     gitInRepository({"add", "."});
     commitIndex();
@@ -138,6 +140,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyIsListedWhereGitLooksForCopies) {
 }
 
 TEST_F(RVGitWorkingTreeStatesTest, ACopyMayBeDeletedOrReplacedByALink) {
+    RVGIT_TEST_NEEDS_GIT("2.18", "it cannot be told to look for copies");
     gitInRepository({"config", "status.renames", "copies"});
     writeContents("original");
     gitInRepository({"add", "."});
@@ -154,6 +157,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyMayBeDeletedOrReplacedByALink) {
 }
 
 TEST_F(RVGitWorkingTreeStatesTest, ARenameInTheWorkingTreeAloneKeepsBothNamesInOnePath) {
+    RVGIT_TEST_NEEDS_GIT("2.17", "it does not tell the new name of a rename");
     writeContents("old");
     gitInRepository({"add", "."});
     commitIndex();
@@ -165,6 +169,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ARenameInTheWorkingTreeAloneKeepsBothNamesInO
 }
 
 TEST_F(RVGitWorkingTreeStatesTest, ACopyInTheWorkingTreeAloneKeepsBothNamesInOnePath) {
+    RVGIT_TEST_NEEDS_GIT("2.18", "it cannot be told to look for copies");
     gitInRepository({"config", "status.renames", "copies"});
     writeContents("old");
     gitInRepository({"add", "."});
@@ -176,6 +181,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ACopyInTheWorkingTreeAloneKeepsBothNamesInOne
 }
 
 TEST_F(RVGitWorkingTreeStatesTest, ADeletedFileMayComeBackAsARenamedOrCopiedOne) {
+    RVGIT_TEST_NEEDS_GIT("2.18", "it cannot be told to look for copies");
     for (const char* file : {"old", "new"})
         writeContents(file);
     gitInRepository({"add", "."});
@@ -345,7 +351,7 @@ TEST_F(RVGitWorkingTreeStatesTest, ABareRepositoryHasNoWorkingTree) {
 TEST_F(RVGitWorkingTreeStatesTest, ALinkedWorktreeHasAListingOfItsOwn) {
     makeCommit();
     const std::string path = scratchPath("linked");
-    gitInRepository({"worktree", "add", "-q", path});
+    gitInRepository({"worktree", "add", path});
     writeFile("linked/file.txt", "changed");
     writeFile("repository/new", "");
     const auto linked = RVGitRepository::repositoryWithPath(path);
