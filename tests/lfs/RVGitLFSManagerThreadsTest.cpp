@@ -11,6 +11,7 @@
 
 #include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/lfs/RVGitLFSCleanCommand.h"
@@ -26,6 +27,28 @@
 namespace {
 
 class RVGitLFSManagerThreadsTest : public RVGitLFSManagerTestCase {};
+
+TEST_F(RVGitLFSManagerThreadsTest, RunsBesideASharedQueueThatIsFull) {
+    std::promise<void> go;
+    auto waiting = go.get_future().share();
+    std::atomic<int> holding = 0;
+    RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
+    const std::size_t slots = queue.maxConcurrentOperationCount();
+    std::vector<std::thread> holders;
+    for (std::size_t index = 0; index < slots; ++index)
+        holders.emplace_back([&] {
+            queue.runBlock([&] {
+                ++holding;
+                waiting.wait();
+            });
+        });
+    while (holding < static_cast<int>(slots))
+        std::this_thread::yield();
+    EXPECT_TRUE(manager_.prune());
+    go.set_value();
+    for (std::thread& holder : holders)
+        holder.join();
+}
 
 TEST_F(RVGitLFSManagerThreadsTest, TrackAndUntrackGiveTheFinishedCommand) {
     const auto tracked = manager_.track({"*.psd"});

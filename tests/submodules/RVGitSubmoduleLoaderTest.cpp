@@ -355,6 +355,25 @@ TEST_F(RVGitSubmoduleLoaderTest, AnUnknownFailureOfOnePathEndsTheList) {
     EXPECT_EQ(error->code(), RVGitRVGitGenericError);
 }
 
+TEST_F(RVGitSubmoduleLoaderTest, AnUnknownFailureOfOneDiffEndsTheList) {
+    addSubmodule("a");
+    const std::string path =
+        writeFile("failing-git",
+                  "#!/bin/sh\ncase \" $* \" in *' diff '*)\n"
+                  "if [ -e \"$ASKED\" ]; then echo 'fatal: something else' >&2; "
+                  "exit 1; fi\n: > \"$ASKED\"\n"
+                  "echo 'fatal: Not a git repository' >&2; exit 128;; esac\n"
+                  "exec \"$REAL\" \"$@\"\n",
+                  0755);
+    setEnvironmentVariable("ASKED", scratchPath("asked"));
+    setEnvironmentVariable("REAL", gitPath());
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    EXPECT_EQ(loader().allSubmodules(&error), std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_TRUE(fileExists("asked"));
+}
+
 TEST_F(RVGitSubmoduleLoaderTest, ACrashOfGitForOnePathIsUninitialized) {
     addSubmodule("a");
     RVFakeGit fake = useFakeGit();

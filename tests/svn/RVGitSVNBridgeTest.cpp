@@ -147,6 +147,15 @@ TEST_F(RVGitSVNBridgeTest, AStandardLayoutIsClonedFetchedCommittedToBranchedAndT
         succeeds(RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository, remote)));
     EXPECT_EQ(fileInSubversion("trunk/new"), "three\n");
 
+    // Up to a revision.
+    commitFile("clone", "first", "1\n", "First\n");
+    commitFile("clone", "second", "2\n", "Second\n");
+    ASSERT_TRUE(succeeds(
+        RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository, remote, "HEAD~1")));
+    EXPECT_EQ(fileInSubversion("trunk/first"), "1\n");
+    EXPECT_EQ(fileInSubversion("trunk/second"), "");
+    git({"reset", "-q", "--hard", "refs/remotes/svn/trunk"}, "clone");
+
     const auto branch = RVGitSVNBranchCommand::gitSVNBranchCommandWithRepository(
         repository, remote, "topic", std::nullopt);
     branch->setMessage("-Branch \u00e9");
