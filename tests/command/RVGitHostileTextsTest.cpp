@@ -1013,6 +1013,7 @@ TEST_F(RVGitHostileTextsTest, EveryCommandClassAndEachOfItsTextsHasARow) {
     std::set<std::string> derivedFrom;
     for (const auto& entry : bases)
         derivedFrom.insert(entry.second);
+    std::size_t classes = 0;
     for (const auto& entry : bases) {
         const std::string& name = entry.first;
         if (!isCommand(name) || name == "RVGitCommand")
