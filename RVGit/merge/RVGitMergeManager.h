@@ -18,6 +18,7 @@ class RVGitIndex;
 class RVGitMergeSequenceContentParser;
 class RVGitMergeTreeEntry;
 class RVGitRepository;
+class RVGitSequencerCommand;
 class RVGitWorkingTreeManager;
 enum RVGitIndexStage : std::uint64_t;
 
@@ -395,8 +396,8 @@ private:
     [[nodiscard]] bool restoreVersion(const std::vector<std::string>& filePaths,
                                       const std::string& side, RVErrorPlace error);
     [[nodiscard]] bool commitEmptyStep(const std::string& commitMessage, RVErrorPlace error);
-    template <typename Command>
-    [[nodiscard]] bool continueSequence(const std::optional<std::string>& commitMessage,
+    [[nodiscard]] bool continueSequence(RVGitSequencerCommand& command,
+                                        const std::optional<std::string>& commitMessage,
                                         RVErrorPlace error);
     void replaceProposedMessage(std::string_view path, const std::string& commitMessage) const;
 
