@@ -7,6 +7,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
@@ -199,8 +200,7 @@ TEST_F(RVGitBlobTest, AMissingFileFailsWith1200) {
 TEST_F(RVGitBlobTest, AnUnreadableFileFailsWith1200) {
     writeFile(workingTreePath("secret"), "secret", 0000);
     const RVUnprivilegedUser user(repositoryPath());
-    if (!user.isEffective())
-        GTEST_SKIP() << "nothing is forbidden to this user";
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     expectUnreadable("secret");
 }
 

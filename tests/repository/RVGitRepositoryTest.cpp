@@ -7,6 +7,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
@@ -207,8 +208,7 @@ TEST_F(RVGitRepositoryTest, ADescriptionThatCannotBeWrittenFailsWith301) {
 TEST_F(RVGitRepositoryTest, ADescriptionWithoutWritePermissionFailsWith301) {
     writeFile(descriptionFile(), "old", 0444);
     const RVUnprivilegedUser user(gitDirectory());
-    if (!user.isEffective())
-        GTEST_SKIP() << "nothing is forbidden to this user";
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     std::optional<RVError> error;
     EXPECT_FALSE(repository()->setDescription("new", &error));
     expectError(error, RVGitDescriptionWriteError, repositoryPath());

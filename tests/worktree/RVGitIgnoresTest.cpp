@@ -17,6 +17,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVDamagedOutput.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace fs = std::filesystem;
@@ -366,8 +367,7 @@ TEST_F(RVGitIgnoresTest, AReadOnlyFileFailsWith401) {
     writeFile(path, "old\n", 0444);
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         EXPECT_THAT(ignores->readIgnorePatterns(), Optional(ElementsAre("old")));
         expectUnwritable();
         EXPECT_FALSE(ignores->addIgnorePattern("a"));
@@ -381,8 +381,7 @@ TEST_F(RVGitIgnoresTest, AReadOnlyDirectoryFailsWith401OnlyForANewFile) {
     fs::permissions(repositoryPath(), fs::perms(0555));
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         expectUnwritable();
         EXPECT_FALSE(
             RVGitIgnores(repository(), repositoryPath() + "/new/.gitignore").addIgnorePattern("a"));
@@ -403,8 +402,7 @@ TEST_F(RVGitIgnoresTest, AFileThatCannotBeReadCanBeReplaced) {
     writeFile(path, "old\n", 0222);
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         EXPECT_TRUE(ignores->writeIgnorePatterns({"new"}));
     }
     fs::permissions(path, fs::perms(0644));
@@ -415,8 +413,7 @@ TEST_F(RVGitIgnoresTest, AnUnreadableFileFailsWith400) {
     writeFile(path, "old\n", 0222);
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         expectUnreadable();
     }
     fs::permissions(path, fs::perms(0644));
@@ -546,8 +543,7 @@ TEST_F(RVGitIgnoresTest, AFullDiskFailsWith401AndKeepsTheOldContents) {
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
-    if (WEXITSTATUS(status) == NotMounted)
-        GTEST_SKIP() << "no disk can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(WEXITSTATUS(status) != NotMounted, "no disk can be mounted");
     EXPECT_EQ(WEXITSTATUS(status), Kept);
 }
 
