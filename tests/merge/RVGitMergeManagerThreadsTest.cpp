@@ -1,6 +1,5 @@
 #include "RVGit/merge/RVGitMergeManager.h"
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <thread>
@@ -9,6 +8,7 @@
 #include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/command/RVGitCommandQueue.h"
 #include "tests/merge/RVGitMergeTestCase.h"
+#include "tests/support/RVCanceller.h"
 #include "tests/support/RVErrorMatchers.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
@@ -37,14 +37,9 @@ TEST_F(RVGitMergeManagerThreadsTest, ACommitThatIsCancelledIsNotGoneOnFrom) {
               0755);
     gitHere({"config", "core.hooksPath", hooks});
     const RVRepositorySnapshot before(path());
-    std::thread canceller([&] {
-        while (!fileExists(started))
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        RVGitCommandQueue::sharedQueue().cancelAllCommands();
-    });
+    const RVCanceller canceller(started);
     std::optional<RVError> error;
     EXPECT_FALSE(manager().continueEmptyRebaseWithCommitMessage("Mine", &error));
-    canceller.join();
     EXPECT_EQ(error, std::nullopt);
     EXPECT_EQ(RVRepositorySnapshot(path()).differencesFrom(before), "");
     EXPECT_EQ(read("file"), "precious\n");

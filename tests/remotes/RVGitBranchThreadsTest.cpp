@@ -1,7 +1,6 @@
 #include "RVGit/remotes/RVGitBranch.h"
 
 #include <atomic>
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -11,8 +10,8 @@
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
-#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "tests/support/RVCanceller.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 namespace {
@@ -29,15 +28,10 @@ TEST_F(RVGitBranchThreadsTest, AListingThatIsCancelledIsNoListAndNoError) {
                       started + "'; exec sleep 60;; esac\nexec '" + gitPath() + "' \"$@\"\n",
                   0755);
     RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
-    std::thread canceller([&] {
-        while (!fileExists(started))
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        RVGitCommandQueue::sharedQueue().cancelAllCommands();
-    });
+    const RVCanceller canceller(started);
     std::optional<RVError> error = RVError("before", 1);
     EXPECT_FALSE(RVGitBranch::allBranchesForRepository(repository(), &error).has_value());
     EXPECT_FALSE(error.has_value());
-    canceller.join();
 }
 
 TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListAndNoError) {
@@ -63,15 +57,10 @@ TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListA
     };
     for (const auto& listing : listings) {
         std::filesystem::remove(started);
-        std::thread canceller([&] {
-            while (!fileExists(started))
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            RVGitCommandQueue::sharedQueue().cancelAllCommands();
-        });
+        const RVCanceller canceller(started);
         std::optional<RVError> error = RVError("before", 1);
         EXPECT_FALSE(listing(&error));
         EXPECT_FALSE(error.has_value());
-        canceller.join();
     }
 }
 

@@ -449,6 +449,19 @@ TEST_F(RVGitConfigTest, NoSectionIsGivenANameThatGitCouldNotReadAnyMore) {
     gitInRepository({"status"});
 }
 
+TEST_F(RVGitConfigTest, ValuesThatCannotBeReadWholeAreNone) {
+    RVFakeGit fake = useFakeGit();
+    fake.setAnswer({.exitCode = 1});
+    std::optional<RVError> error = RVError("before", 1);
+    EXPECT_EQ(config().wholeValuesForConfigKeyByRegularExpression("^branch.*", &error),
+              RVOptions());
+    EXPECT_EQ(error, std::nullopt);
+    fake.setAnswer({.standardError = "fatal: bad config line 1\n", .exitCode = 128});
+    EXPECT_EQ(config().wholeValuesForConfigKeyByRegularExpression("^branch.*", &error),
+              std::nullopt);
+    EXPECT_EQ(codeOf(error), RVGitConfigInvalidFileError);
+}
+
 TEST_F(RVGitConfigTest, ASectionThatCannotBeWrittenFailsWith1006ThoughGitExitsWith0) {
     EXPECT_TRUE(config().setValue("one", "branch.old.remote"));
     const std::string before = readFile(configFile());

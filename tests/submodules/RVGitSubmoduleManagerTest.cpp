@@ -3,13 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <filesystem>
-#include <functional>
-#include <thread>
 
-#include "RVGit/command/RVGitBinary.h"
-#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
@@ -584,49 +579,6 @@ TEST_F(RVGitSubmoduleManagerTest, ModificationsThatAConfigurationHidesAreProtect
     writeFile("repository/lib/new", "x");
     gitInRepository({"commit", "-q", "-a", "-m", "Ignore none"});
     EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("lib", 0, &error)));
-}
-
-TEST_F(RVGitSubmoduleManagerTest, AnOperationWhoseCommandsAreCancelledTakesNoFurtherStep) {
-    addSubmodule("lib");
-    writeFile("repository/lib/lib.c", "precious\n");
-    const auto before = filesBelow(repositoryPath());
-    RVGitSubmoduleManager& manager = this->manager();
-    const std::function<bool(RVErrorPlace)> operations[] = {
-        [&](RVErrorPlace e) { return manager.removeSubmoduleAtPath("lib", 0, e); },
-        [&](RVErrorPlace e) {
-            return manager.removeSubmoduleAtPath("lib", RVGitSubmoduleRemoveOptionForce, e);
-        },
-        [&](RVErrorPlace e) { return manager.moveSubmoduleWithPath("lib", "new", e); },
-        [&](RVErrorPlace e) { return manager.relocateSubmoduleWithPath("lib", "new", e); },
-        [&](RVErrorPlace e) { return manager.renameSubmoduleWithName("lib", "new", e); },
-        [&](RVErrorPlace e) {
-            return manager.renameSubmoduleKeepingLinksWithName("lib", "new", e);
-        },
-        [&](RVErrorPlace e) { return !manager.submoduleContainsUncommittedWork("lib", e); }};
-    // Each reads the list by these, and is stopped in the last or the first of them.
-    for (const char* pattern : {"*' diff '*", "*' ls-files '*", "*' submodule status '*"}) {
-        const std::string path = writeFile(
-            "slow-git/git",
-            "#!/bin/sh\ncase \" $* \" in " + std::string(pattern) +
-                ") [ -e \"$BEGUN\" ] || { : > \"$BEGUN\"; exec sleep 60; };; esac\nexec '" +
-                gitPath() + "' \"$@\"\n",
-            0755);
-        setEnvironmentVariable("BEGUN", scratchPath("begun"));
-        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
-        for (const auto& operation : operations) {
-            fs::remove(scratchPath("begun"));
-            std::thread canceller([&] {
-                while (!fileExists("begun"))
-                    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-                RVGitCommandQueue::sharedQueue().cancelAllCommands();
-            });
-            error = RVError("", 1);
-            EXPECT_FALSE(operation(&error)) << pattern;
-            canceller.join();
-            EXPECT_EQ(error, std::nullopt);
-            EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "") << pattern;
-        }
-    }
 }
 
 // Uncommitted work.

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "RVGit/command/RVGitCommandQueue.h"
+
+/// Cancels all commands of the shared queue, on a thread of its own, as soon as there is a file at
+/// the path: a git that the test has made leaves it there, and goes on waiting. Ends with the
+/// scope.
+class RVCanceller {
+public:
+    explicit RVCanceller(std::string path)
+        : thread_([this, path = std::move(path)] {
+              while (!isOver_) {
+                  if (std::filesystem::exists(path)) {
+                      RVGitCommandQueue::sharedQueue().cancelAllCommands();
+                      return;
+                  }
+                  std::this_thread::sleep_for(std::chrono::milliseconds(2));
+              }
+          }) {}
+    RVCanceller(const RVCanceller&) = delete;
+    RVCanceller& operator=(const RVCanceller&) = delete;
+    ~RVCanceller() {
+        isOver_ = true;
+        thread_.join();
+    }
+
+private:
+    std::atomic<bool> isOver_ = false;
+    std::thread thread_;
+};
