@@ -32,7 +32,9 @@ public:
     void setRemoteRefName(std::optional<std::string> name) { remoteRefName_ = std::move(name); }
 
     /// The form that git takes. An absent local name is "HEAD" beside a remote one; both absent
-    /// give "".
+    /// give "". Names stand in it as they are: a "+" ahead of the local one forces the update, and
+    /// a branch may be named so. The full name of a ref ("refs/heads/+main") is never taken for
+    /// more than a name.
     [[nodiscard]] std::string stringValue() const;
     [[nodiscard]] std::string description() const { return stringValue(); }
 

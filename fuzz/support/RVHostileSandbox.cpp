@@ -238,6 +238,10 @@ constexpr std::string_view attachedOptions[] = {
     "-U",
 };
 
+/// Commands for which the end of a range, too, could be one of their options.
+const std::set<std::string_view> takesRanges = {"blame", "diff",       "format-patch", "log",
+                                                "show",  "merge-base", "rev-list",     "shortlog"};
+
 /// Whether the option in front takes the next argument for its value, whatever that begins with.
 bool takesValue(const std::string& command, const std::string& subCommand,
                 const std::string& option) {
@@ -426,7 +430,7 @@ void RVHostileSandbox::checkCall(const Arguments& arguments, const Texts& texts)
         if (takesValue(command, subCommand, arguments[index - 1]))
             continue;
         for (const std::string& text : texts)
-            if (text.starts_with('-') &&
+            if (takesRanges.contains(command) && text.starts_with('-') &&
                 (argument.ends_with(".." + text) || argument.starts_with("^" + text)))
                 fail("The end of a range is an option", argument, arguments);
         if (!argument.starts_with('-')) {
