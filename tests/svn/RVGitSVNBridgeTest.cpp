@@ -178,7 +178,7 @@ TEST_F(RVGitSVNBridgeTest, AStandardLayoutIsClonedFetchedCommittedToBranchedAndT
     ASSERT_TRUE(
         succeeds(RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote)));
     EXPECT_EQ(git({"show", "refs/remotes/upstream/trunk:file"}, "clone"), "four\n");
-    EXPECT_EQ(git({"rev-list", "--count", "refs/remotes/upstream/trunk"}, "clone"), "4\n");
+    EXPECT_EQ(git({"rev-list", "--count", "refs/remotes/upstream/trunk"}, "clone"), "5\n");
 }
 
 TEST_F(RVGitSVNBridgeTest, OtherDirectoriesAreCloned) {
