@@ -176,7 +176,7 @@ const std::vector<Command>& allCommands() {
          "        | pointer FILE | smudge FILE     what the pointer in FILE stands for",
          runLFS},
         {"svn",
-         "svn clone [--stdlayout] [--trunk DIR] [--branches DIR] [--tags DIR] URL [PATH]\n"
+         "svn clone [--stdlayout] [--trunk DIR]... [--branches DIR]... [--tags DIR]... URL [PATH]\n"
          "        | fetch [REMOTE] | rebase | dcommit [REV]\n"
          "        | branch | tag [-m MESSAGE] [--destination DIR] [--parents] NAME [REV]",
          runSVN, false},

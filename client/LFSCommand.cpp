@@ -120,6 +120,8 @@ void printPointer(const Repository& repository, RVGitLFSManager& manager, Argume
                                                   promise.set_value({pointer, error});
                                               });
     const auto [pointer, error] = promise.get_future().get();
+    if (!pointer && error && status.st_size == 0)
+        throw Failure(*error, "An empty file has no pointer: git keeps it as it is.");
     require(pointer != nullptr, error);
     output << pointer->stringRepresentation();
 }
@@ -145,7 +147,7 @@ void printContents(const Repository& repository, RVGitLFSManager& manager, Argum
 
 void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments arguments,
             Output& output) {
-    const std::string action = arguments.valueOf("lfs");
+    const std::string action = arguments.next().value_or("");
     // Kept for whoever interrupts.
     const auto manager = std::make_shared<RVGitLFSManager>(repository);
     whenInterrupted([manager] { manager->commandQueue().cancelAllOperations(); });
@@ -170,12 +172,14 @@ void runLFS(const std::shared_ptr<RVGitRepository>& repository, Arguments argume
         requireNoMore(arguments, action);
         return require(manager->pullRemote(remote, std::nullopt, &error), error);
     }
+    if (action != "fetch" && action != "checkout" && action != "prune")
+        throw UsageError((action.empty() ? "lfs needs to be told what to do"
+                                         : "lfs has no " + printable(action)) +
+                         "; see rvgit help lfs");
     requireNoMore(arguments, action);
     if (action == "fetch")
         return require(manager->fetchRemote(nullptr, std::nullopt, &error), error);
     if (action == "checkout")
         return require(manager->checkout(std::nullopt, &error), error);
-    if (action == "prune")
-        return require(manager->prune(std::nullopt, &error), error);
-    throw UsageError("lfs has no " + action);
+    require(manager->prune(std::nullopt, &error), error);
 }

@@ -1,7 +1,11 @@
 #include <filesystem>
 
+#include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
+#include "RVGit/command/RVGitError.h"
+#include "RVGit/merge/RVGitMergeManager.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "RVGit/repository/RVGitInitCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/svn/RVGitSVNCommand.h"
 #include "client/Commands.h"
@@ -30,7 +34,8 @@ std::string workingDirectory() {
 Repository repositoryHere() {
     const auto repository = RVGitRepository::repositoryWithPath(workingDirectory());
     if (!repository->isValid())
-        throw UsageError("there is no repository at " + printable(workingDirectory()));
+        throw Failure(gitErrorWithCode(RVGitNoGitRepoError,
+                                       {{RVGitRepositoryPathErrorKey, workingDirectory()}}));
     return repository;
 }
 
@@ -48,7 +53,22 @@ std::shared_ptr<RVGitRemote> remoteFor(const Repository& repository,
                           : "there is no Subversion remote");
 }
 
-void clone(Arguments& arguments) {
+// git svn clone takes one of them alone.
+void cloneWithSeveralTrunks(const std::string& address, const std::string& path,
+                            const RVOptions& options) {
+    if (RVFileManager::fileExistsAtPath(path) && !RVFileManager::isEmptyDirectoryAtPath(path))
+        throw UsageError(printable(path) + " is not empty");
+    run(*RVGitInitCommand::gitInitCommandWithPath(path, std::nullopt));
+    const auto repository = RVGitRepository::repositoryWithPath(path);
+    std::optional<RVError> error;
+    const auto remote =
+        RVGitRemote::createSVNRemoteWithName("svn", address, repository, options, &error);
+    if (!remote)
+        throw Failure(error);
+    run(*RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote));
+}
+
+void clone(Arguments& arguments, Output& output) {
     RVOptions options;
     const auto add = [&](const char* key, const std::string& value) {
         RVValue::StringList list;
@@ -74,12 +94,21 @@ void clone(Arguments& arguments) {
     }
     if (words.empty())
         throw UsageError("svn clone needs an address");
-    const std::string path = words.size() == 2 ? words[1] : lastPathComponent(words[0]);
-    if (words.size() == 1 && (path.empty() || path == "/" || path == "." || path == ".."))
+    const std::string name = words.size() == 2 ? words[1] : lastPathComponent(words[0]);
+    if (words.size() == 1 && (name.empty() || name == "/" || name == "." || name == ".."))
         throw UsageError("svn clone needs a path, since the address holds no name");
-    run(*RVGitSVNCloneCommand::gitSVNCloneCommandWithRemoteURL(
-        words[0], isAbsolutePath(path) ? path : pathByAppendingComponent(workingDirectory(), path),
-        options));
+    const std::string path =
+        isAbsolutePath(name) ? name : pathByAppendingComponent(workingDirectory(), name);
+    const auto trunks = options.find(RVGitSVNOptionTrunkDirectories);
+    const bool hasSeveralTrunks =
+        trunks != options.end() && trunks->second.stringList()->size() +
+                                           options.contains(RVGitSVNOptionStandardDirectoryLayout) >
+                                       1;
+    if (hasSeveralTrunks)
+        cloneWithSeveralTrunks(words[0], path, options);
+    else
+        run(*RVGitSVNCloneCommand::gitSVNCloneCommandWithRemoteURL(words[0], path, options));
+    output << "Cloned into " << printable(name) << "\n";
 }
 
 template <typename Command>
@@ -112,18 +141,32 @@ void copy(Command make, Arguments& arguments, const std::string& action) {
     run(*command);
 }
 
+void rebase(const Repository& repository, const std::shared_ptr<RVGitRemote>& remote) {
+    try {
+        run(*RVGitSVNRebaseCommand::gitSVNRebaseCommandWithRepository(repository, remote));
+    } catch (Failure& failure) {
+        if (RVGitMergeManager::mergeManagerWithRepository(repository)->currentMergeMode() ==
+            RVGitMergeModeRebase)
+            failure.advice =
+                "Resolve the conflicts and go on with rvgit continue, or give up with rvgit abort.";
+        throw;
+    }
+}
+
 }  // namespace
 
-void runSVN(const std::shared_ptr<RVGitRepository>&, Arguments arguments, Output&) {
-    const std::string action = arguments.valueOf("svn");
+void runSVN(const std::shared_ptr<RVGitRepository>&, Arguments arguments, Output& output) {
+    const std::string action = arguments.next().value_or("");
     if (action == "clone")
-        return clone(arguments);
+        return clone(arguments, output);
     if (action == "branch")
         return copy(&RVGitSVNBranchCommand::gitSVNBranchCommandWithRepository, arguments, action);
     if (action == "tag")
         return copy(&RVGitSVNTagCommand::gitSVNTagCommandWithRepository, arguments, action);
     if (action != "fetch" && action != "rebase" && action != "dcommit")
-        throw UsageError("svn has no " + action);
+        throw UsageError((action.empty() ? "svn needs to be told what to do"
+                                         : "svn has no " + printable(action)) +
+                         "; see rvgit help svn");
 
     const auto word = action == "rebase" ? std::nullopt : arguments.nextOperand("svn " + action);
     if (const auto more = arguments.nextOperand("svn " + action))
@@ -133,7 +176,7 @@ void runSVN(const std::shared_ptr<RVGitRepository>&, Arguments arguments, Output
     if (action == "fetch")
         run(*RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote));
     else if (action == "rebase")
-        run(*RVGitSVNRebaseCommand::gitSVNRebaseCommandWithRepository(repository, remote));
+        rebase(repository, remote);
     else
         run(*RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository, remote, word));
 }

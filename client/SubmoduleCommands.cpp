@@ -74,6 +74,20 @@ void printSubmodules(const Repository& repository, Output& output) {
     }
 }
 
+// Git leaves them out of an update without a word.
+void tellOfUninitialized(const Repository& repository, const std::vector<std::string>& paths,
+                         Output& output) {
+    const auto submodules = repository->allSubmodules();
+    if (!submodules)
+        return;
+    for (const auto& submodule : *submodules)
+        if (!submodule->isRegistered() &&
+            (paths.empty() ||
+             std::find(paths.begin(), paths.end(), submodule->path()) != paths.end()))
+            output << printable(submodule->path())
+                   << " is not initialized: update --init checks it out\n";
+}
+
 /// The options that are given, taken out of the words; the rest are the operands.
 struct Words {
     Words(Arguments& arguments, const std::map<std::string, unsigned>& bits,
@@ -138,10 +152,13 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
         {"move", {}},
         {"rename", {}},
     };
-    const std::string action = arguments.next().value_or("list");
+    std::string action = arguments.next().value_or("list");
+    // As git calls it.
+    if (action == "status")
+        action = "list";
     const auto found = actions.find(action);
     if (found == actions.end())
-        throw UsageError("submodule has no " + action);
+        throw UsageError("submodule has no " + printable(action) + "; see rvgit help submodule");
     const Words words(arguments, found->second, action);
     const auto& operands = words.operands;
     if (action == "list") {
@@ -154,14 +171,15 @@ void runSubmodule(const std::shared_ptr<RVGitRepository>& repository, Arguments 
     bool done = false;
     if (action == "add") {
         words.requireOperands(2, "an address and a path");
-        done = manager->canAddSubmoduleAtPath(operands[1], &error) &&
-               manager->addSubmoduleWithURL(operands[0], operands[1], words.options, &error);
+        done = manager->addSubmoduleWithURL(operands[0], operands[1], words.options, &error);
     } else if (action == "init") {
         done = operands.empty() ? manager->initAllSubmodules(&error)
                                 : manager->initSubmodulesAtPaths(operands, &error);
     } else if (action == "update") {
         done = operands.empty() ? manager->updateAllSubmodulesWithOptions(words.options, &error)
                                 : manager->updateSubmoduleAtPaths(operands, words.options, &error);
+        if (done && !(words.options & RVGitSubmoduleUpdateOptionInitialize))
+            tellOfUninitialized(repository, operands, output);
     } else if (action == "sync") {
         if (operands.size() > 1)
             throw UsageError("submodule sync takes one path");

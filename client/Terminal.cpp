@@ -81,10 +81,13 @@ void printError(const RVError& error, bool verbose) {
         !error.localizedDescription()) {
         const auto words = error.userInfo().find(RVGitCommandErrorOutputErrorKey);
         if (words != error.userInfo().end() && words->second.string())
-            for (const std::string& line :
-                 componentsSeparatedByString(*words->second.string(), "\n"))
-                if (!line.empty())
-                    text += printable(line) + "\n";
+            for (std::string line : componentsSeparatedByString(*words->second.string(), "\n")) {
+                if (line.ends_with('\r'))
+                    line.pop_back();
+                // Of a line that was written anew again and again, as a terminal leaves it.
+                if (const auto shown = line.substr(line.rfind('\r') + 1); !shown.empty())
+                    text += printable(shown) + "\n";
+            }
     }
     if (verbose) {
         text += "\n" + error.domain() + " " + std::to_string(error.code()) + "\n";

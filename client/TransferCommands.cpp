@@ -142,6 +142,7 @@ enum class Direction { Fetch, Push };
 /// take.
 std::shared_ptr<RVGitRemote> remoteFor(std::optional<std::string> name, Direction direction,
                                        const Repository& repository) {
+    const bool isTyped = name.has_value();
     if (!name && direction == Direction::Push)
         name = configuredValue(repository, {"pushRemote", "remote.pushDefault"});
     if (!name)
@@ -151,9 +152,11 @@ std::shared_ptr<RVGitRemote> remoteFor(std::optional<std::string> name, Directio
     auto remote = RVGitRemote::remoteForName(wanted, repository, &error);
     if (error)
         throw Failure(error);
-    return remote ? remote
-                  : RVGitRemote::remoteWithRepository(repository, addressFrom(wanted), std::nullopt,
-                                                      std::nullopt, std::nullopt);
+    if (remote)
+        return remote;
+    // What is configured is a path from the repository on.
+    return RVGitRemote::remoteWithRepository(repository, isTyped ? addressFrom(wanted) : wanted,
+                                             std::nullopt, std::nullopt, std::nullopt);
 }
 
 std::shared_ptr<RVGitRefSpec> refSpecFrom(const std::string& text) {

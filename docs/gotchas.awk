@@ -1,9 +1,9 @@
-# Makes docs/gotchas.md of the comments in the headers and sources named on the command line: each
+# Makes docs/gotchas.md of the comments in the headers that are named on the command line: each
 # sentence that tells of something kept for compatibility, with a link to the file.
 
 # The name that a line of code declares: what the remark above it is about.
 function declared(code) {
-    if (match(code, /(class|struct)( RVGIT_EXPORT)? RV[A-Za-z]+/)) {
+    if (match(code, /(class|struct|enum)( RVGIT_EXPORT)? RV[A-Za-z]+/)) {
         code = substr(code, RSTART, RLENGTH)
         sub(/.* /, "", code)
         return code
@@ -13,6 +13,11 @@ function declared(code) {
     if (match(code, /RVGit[A-Za-z]+(\[\])? = /)) {
         code = substr(code, RSTART, RLENGTH)
         sub(/(\[\])? = $/, "", code)
+        return code
+    }
+    if (match(code, /[A-Za-z]+( = [^;]*)?;$/)) {
+        code = substr(code, RSTART, RLENGTH)
+        sub(/( = .*)?;$/, "", code)
         return code
     }
     return ""
@@ -36,11 +41,15 @@ function finish(code,    count, index_, sentences, sentence, file, subject) {
             file = FILENAME
             sub(/.*\//, "", file)
             sub(/\.[a-z]+$/, "", file)
-            subject = FILENAME ~ /\.h$/ ? declared(code) : ""
+            subject = declared(code)
             if (subject != "" && subject != file)
                 subject = ", `" subject "`"
             else
                 subject = ""
+            if (pending != "") {
+                printf "\n## %s\n\n", pending
+                pending = ""
+            }
             printf "- [`%s`](../%s)%s: %s.\n", file, FILENAME, subject, sentence
         }
     }
@@ -61,11 +70,6 @@ FNR == 1 {
     line = $0
     sub(/^ *\/\/\/? /, "", line)
     block = block (block == "" ? "" : " ") line
-    if (pending != "" && line ~ /[Kk]ept for compat/) {
-        heading = pending
-        pending = ""
-        printf "\n## %s\n\n", heading
-    }
     next
 }
 { finish($0) }
@@ -74,6 +78,6 @@ END { finish("") }
 BEGIN {
     print "# Traps"
     print ""
-    print "What callers rely on is kept, also where it surprises. Each is told where it stands, too; this page"
-    print "is made of those remarks by `./dev pages`."
+    print "What callers rely on is kept, also where it surprises. Each line is a remark of the header that it"
+    print "links to; `./dev pages` makes this page of them."
 }

@@ -79,7 +79,7 @@ public:
     /// Null before the first run.
     [[nodiscard]] std::shared_ptr<RVGitArchiveCommand> command() const;
 
-    // What the command calls.
+    // What the command calls, and nobody else.
 
     void gitCommandDidUpdateProgress(RVGitCommandProgress& progress);
     void gitCommandDidFinish(RVGitArchiveCommand& command);

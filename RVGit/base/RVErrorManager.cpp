@@ -10,11 +10,12 @@ RVErrorManager& RVErrorManager::sharedManager() {
     return *manager;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): its elements are moved.
 void RVErrorManager::addErrorDefinitions(std::vector<RVErrorDefinition> definitions,
                                          const std::string& domain) {
     const std::lock_guard lock(mutex_);
     auto& definitionsOfDomain = definitions_[domain];
-    for (auto& definition : definitions) {
+    for (RVErrorDefinition& definition : definitions) {
         const auto code = definition.code;
         definitionsOfDomain.try_emplace(code, std::move(definition));
     }

@@ -111,9 +111,10 @@ bool RVFileManager::isExecutableFileAtPath(const std::string& path) {
 bool RVFileManager::isEmptyDirectoryAtPath(const std::string& path, RVErrorPlace error) {
     std::optional<RVError> failure;
     const auto names = namesInDirectoryAtPath(path, &failure);
-    if (failure)
-        fillErrorPlace(error, *std::move(failure));
-    return !failure && names.empty();
+    if (!failure)
+        return names.empty();
+    fillErrorPlace(error, *std::move(failure));
+    return false;
 }
 
 std::vector<std::string> RVFileManager::namesInDirectoryAtPath(const std::string& path,

@@ -68,7 +68,7 @@ bool rvgit::isPlainRelativePath(std::string_view path) {
 }
 
 std::string rvgit::standardizedPath(std::string_view path) {
-    const std::string expanded = pathByExpandingTilde(path);
+    std::string expanded = pathByExpandingTilde(path);
     if (expanded.empty())
         return expanded;
     const bool isAbsolute = isAbsolutePath(expanded);
@@ -80,11 +80,10 @@ std::string rvgit::standardizedPath(std::string_view path) {
         start = end + 1;
         if (component.empty() || component == ".")
             continue;
-        if (component != "..")
-            components.push_back(component);
-        else if (!components.empty() && components.back() != "..")
+        const bool isParent = component == "..";
+        if (isParent && !components.empty() && components.back() != "..")
             components.pop_back();
-        else if (!isAbsolute)
+        else if (!isParent || !isAbsolute)
             components.push_back(component);
     }
     std::string result(isAbsolute ? "/" : "");

@@ -65,7 +65,7 @@ std::string RVValue::displayString() const {
                 std::vector<std::string> pairs;
                 pairs.reserve(value.size());
                 for (const auto& [name, text] : value)
-                    pairs.push_back(name + "=" + text);
+                    pairs.emplace_back(name).append(1, '=').append(text);
                 return stringByJoiningComponents(pairs, ", ");
             },
             [](RVDate value) { return rfc3339DateString(value); },

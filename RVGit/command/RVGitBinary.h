@@ -8,10 +8,10 @@
 
 #include "RVGit/base/RVExport.h"
 
-/// One installation of git. The application picks it and makes it the default; nothing here
-/// searches for one. Making one runs git once to ask for its version, and waits for it. A binary
-/// that cannot run or is too old is no error: it is not valid. Set up on one thread before
-/// commands use it, then read by any.
+/// One installation of git. The application picks it and makes it the default: no other operation
+/// of the library searches for one. Making one runs git once to ask for its version, and waits for
+/// it. A binary that cannot run or is too old is no error: it is not valid. Set up on one thread
+/// before commands use it, then read by any.
 class RVGIT_EXPORT RVGitBinary {
 public:
     /// `libexecPath` is git's exec directory, if it is not the one that git itself knows.
@@ -47,7 +47,9 @@ public:
         return launchAdditionalPaths_;
     }
     [[nodiscard]] const std::optional<std::string>& libexecPath() const { return libexecPath_; }
-    /// These two are derived from the exec directory, and absent without one.
+    /// These two are derived from the exec directory, and absent without one. Kept for
+    /// compatibility: PERL5LIB of a command is this path with ":$PERL5LIB" behind it, letter by
+    /// letter, since nothing expands it.
     [[nodiscard]] const std::optional<std::string>& perlLibraryPath() const {
         return perlLibraryPath_;
     }

@@ -35,14 +35,18 @@ private:
     RVUserInfo userInfo_;
 };
 
+/// What can be ended early.
 class RVGIT_EXPORT RVGitCommandCancelling {
 public:
     virtual ~RVGitCommandCancelling() = default;
+    /// Any thread, before the run, too.
     virtual void cancel() = 0;
 };
 
+/// Called on the operation's thread while the child runs, and once when it has ended.
 using RVGitCommandProgressHandler = std::function<void(RVGitCommandProgress&)>;
 
+/// What tells how far it has come.
 class RVGIT_EXPORT RVGitCommandProgressObserving {
 public:
     virtual ~RVGitCommandProgressObserving() = default;
@@ -98,9 +102,12 @@ public:
     [[nodiscard]] static std::shared_ptr<RVGitCommand> gitCommandWithRepository(
         const std::shared_ptr<RVGitRepository>& repository);
 
-    // Building.
+    // Building. Texts that come as data are added by the operations for revisions, names and paths.
+
+    /// Behind "git", ahead of the command word.
     void addGitOption(std::string option);
     void addGitOptions(const std::vector<std::string>& options);
+    /// Behind the command word, ahead of the arguments.
     void addGitCommandOption(std::string option);
     void addGitCommandOptions(const std::vector<std::string>& options);
     /// Those options whose flags are set.
@@ -210,6 +217,7 @@ public:
     /// Whether variables that would redirect git are removed from the environment first.
     [[nodiscard]] bool sanitizesEnvironment() const { return sanitizesEnvironment_; }
     void setSanitizesEnvironment(bool sanitizes) { sanitizesEnvironment_ = sanitizes; }
+    /// Whether git's standard error is read for progress, and handed to the progress handler.
     [[nodiscard]] bool isSupportingProgressOutput() const { return supportsProgressOutput_; }
     void setSupportsProgressOutput(bool supports) { supportsProgressOutput_ = supports; }
     /// Stored for callers; the library neither sets nor reads it.

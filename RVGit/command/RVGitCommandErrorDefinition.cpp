@@ -52,13 +52,14 @@ bool RVGitErrorOutput::mayBeMatchedBy(const RVRegularExpression& expression) con
     if (!folded_)
         folded_ = foldedString(*text_);
     // Linear, whatever the text.
-    return memmem(folded_->data(), folded_->size(), required.data(), required.size()) != nullptr;
+    const std::string_view text = *folded_;
+    return memmem(text.data(), text.size(), required.data(), required.size()) != nullptr;
 }
 
 RVGitCommandErrorDefinition::RVGitCommandErrorDefinition(std::string name, Cache cache)
     : name_(std::move(name)),
       row_(gitErrorRow(0)),
-      cache_(cache ? std::move(cache) : sharedRegularExpressionCache()) {}
+      cache_(cache ? std::move(cache) : Cache(sharedRegularExpressionCache())) {}
 
 RVGitCommandErrorDefinition::RVGitCommandErrorDefinition(RVGitErrorRow definition, Cache cache)
     : RVGitCommandErrorDefinition(std::to_string(definition.errorCode), std::move(cache)) {

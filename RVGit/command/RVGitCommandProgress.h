@@ -43,6 +43,7 @@ public:
     /// Takes in a chunk of output. Each chunk begins a new current line, so that one that
     /// continues an unfinished line overwrites it: a chunk usually brings a whole refreshed line.
     void updateProgressWithOutputData(std::string_view bytes);
+    /// The same of text that is decoded already.
     void updateProgressWithOutputString(std::string_view text);
     /// Computes overallProgress() anew.
     void updateProgress();
@@ -52,6 +53,7 @@ public:
     /// Forgets the output; progress and flags stay.
     void reset();
 
+    /// The stages of a command; those of most commands for one that is not named below.
     [[nodiscard]] static const std::vector<RVRegularExpression>& regularExpressionsForCommand(
         const std::optional<std::string>& command);
     /// The mean of the percentages that the expressions find first, from 0 to 1.

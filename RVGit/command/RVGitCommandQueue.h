@@ -12,6 +12,8 @@ class RVOperationQueue;
 
 /// The one queue that every git process of the library runs on, bounded by
 /// RVGitConfiguration's maxConcurrentCommands when it is made. It lives as long as the process.
+/// Large files, external tools and archives run beside it: see RVGitLFSManager, RVGitMergeTool,
+/// RVGitDiffTool and RVGitArchiver. Any thread.
 class RVGIT_EXPORT RVGitCommandQueue {
 public:
     [[nodiscard]] static RVGitCommandQueue& sharedQueue();
@@ -27,6 +29,7 @@ public:
     /// own.
     static bool executeCommandOnQueue(const std::shared_ptr<RVGitCommand>& command,
                                       RVOperationQueue& queue, RVErrorPlace error = nullptr);
+    /// Those that run and those that wait; commands that are added afterwards run.
     void cancelAllCommands();
     /// How often all commands have been cancelled. A cancelled command has succeeded with what it
     /// had printed by then, which may be nothing: an operation that decides by the output of

@@ -2,8 +2,12 @@
 
 #include <cstdint>
 
-/// Codes of the error catalogue, in steps of one hundred by area. Names are part of the
-/// interface, the doubled and the misspelt one too.
+/// Codes of the error catalogue, in steps of one hundred by area: 1 for what no row tells apart, 10
+/// and 11 for the use of git and its output, 100 for what any command meets, 200 for transfers, and
+/// from 300 on one area each. What a person reads of each stands in RVGitErrorCatalogue.cpp; which
+/// operation gives which is said where the operation is. A few codes that have no text are
+/// constants beside their commands: 1801, 2003, 2203 and 2802. Names are part of the interface, the
+/// doubled and the misspelt one too.
 enum RVGitErrorCode : std::int64_t {
     RVGitRVGitGenericError = 1,
     RVGitCommandUsageError = 10,

@@ -20,6 +20,7 @@ enum RVGitRefUpdateType : std::int64_t {
     RVGitRefUpdateTypeRejected = 6,
 };
 
+/// One row of git's table of refs.
 struct RVGIT_EXPORT RVGitRefUpdatesOutputParserResultItem {
     /// An RVGitRefUpdateType.
     std::int64_t type = RVGitRefUpdateTypeNone;

@@ -10,6 +10,7 @@
 
 class RVGitRefSpec;
 
+/// What an object is.
 enum RVGitObjectType : std::uint64_t {
     RVGitObjectTypeNone = 0,
     RVGitObjectTypeTree = 1,
@@ -29,6 +30,7 @@ enum RVGitFileMode : std::uint64_t {
     RVGitFileModeSubmodule = 57344,
 };
 
+/// How a file differs: in a comparison, or in the working tree and the index.
 enum RVGitFileStatus : std::uint64_t {
     RVGitFileStatusNone = 0,
     RVGitFileStatusUntracked = 1,
@@ -43,6 +45,7 @@ enum RVGitFileStatus : std::uint64_t {
     RVGitFileStatusUnmerged = 10,
 };
 
+/// Which version of a file an entry of the index holds: the staged one, or one of a conflict.
 enum RVGitIndexStage : std::uint64_t {
     RVGitIndexStageDefault = 0,
     RVGitIndexStageBase = 1,
@@ -50,6 +53,7 @@ enum RVGitIndexStage : std::uint64_t {
     RVGitIndexStageTheirs = 3,
 };
 
+/// Of which kind a ref is, by its name.
 enum RVGitRefType : std::uint64_t {
     RVGitRefTypeNone = 0,
     RVGitRefTypeBranch = 1,
@@ -109,6 +113,7 @@ inline namespace RVGIT_EXPORT rvgit {
 
 }  // namespace rvgit
 
+/// The same as isValidCommitHash().
 [[nodiscard]] RVGIT_EXPORT bool RVGitValidateCommitHash(std::string_view hash);
 /// The first 8 characters; a shorter hash comes back whole, an absent one absent.
 [[nodiscard]] RVGIT_EXPORT std::optional<std::string> RVGitShortenHash(

@@ -12,13 +12,22 @@
 #include "RVGit/command/RVGitFilePathsCommand.h"
 
 // Options, all boolean.
+
+/// See RVGitApplyCommand::noVerify().
 inline constexpr char RVGitApplyOptionNoVerify[] = "RVGitApplyOptionNoVerify";
+/// To the index alone: what stages.
 inline constexpr char RVGitApplyOptionCached[] = "cached";
+/// To the working tree and the index, which must be alike.
 inline constexpr char RVGitApplyOptionIndex[] = "index";
+/// Backwards: what unstages, with RVGitApplyOptionCached, or discards.
 inline constexpr char RVGitApplyOptionReverse[] = "reverse";
+/// Lines of context may differ in blanks.
 inline constexpr char RVGitApplyOptionIgnoresWhitespace[] = "ignores-whitespace";
+/// For a patch without context: see RVGitApplyCommand.
 inline constexpr char RVGitApplyOptionUnidiffZero[] = "unidiffZero";
+/// Counts lines instead of believing the chunk headers.
 inline constexpr char RVGitApplyOptionRecount[] = "recount";
+/// For patches of programs that do not see whether the last line ends.
 inline constexpr char RVGitApplyOptionInaccurateEOF[] = "inaccurate-eof";
 
 /// Runs `git apply` for one patch in memory, or for patch files. Without further options the patch

@@ -32,8 +32,8 @@ public:
         Entries entries);
 
     // Comparing, each by one run of git, as the operations of RVGitDiff that are named alike.
-    // Without file paths all files are compared. Null, with git's error in the place, if git
-    // failed.
+    // Which say what is compared with what. Without file paths all files are compared. Null, with
+    // git's error in the place, if git failed.
 
     /// What a revision changed against its parent; the options may be those of RVGitLogCommand too.
     /// Without options (std::nullopt, not RVOptions(), and `{}` does not compile) the working tree

@@ -1,8 +1,10 @@
 #include "RVGit/diff/RVGitComparisonLoader.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "RVGit/command/RVGitRevisionArguments.h"
+#include "RVGit/command/RVGitValues.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/history/RVGitLogCommand.h"
 
@@ -31,7 +33,9 @@ RVGitComparisonLoader::Command RVGitComparisonLoader::commandWithOptions(
         command->addGitCommandRevisions(revisions(), refusalCode);
         if (!filePaths.empty()) {
             command->addGitCommandFilePaths(filePaths);
-        } else if (!logOptions()) {
+        } else if (!logOptions() &&
+                   std::ranges::find(revisions(), RVGitNullFile) == revisions().end()) {
+            // Beside /dev/null it is a file that is meant.
             separateRevisionsFromFiles(*command);
         }
         return command;

@@ -58,30 +58,40 @@ public:
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, RVEmptyBraces options,
         RVErrorPlace error = nullptr) = delete;
+    /// What leads from the first revision to the second, as a patch.
     [[nodiscard]] static std::optional<RVData> generatePatchByComparingRevision(
         const std::string& revision, const std::string& withRevision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    /// Of two revisions, what leads from the first to the second; of one, from it to the working
+    /// tree; of none, from the index to the working tree. With RVGitDiffOptionStaged the index
+    /// stands in the place of the working tree, and HEAD in that of the index.
     [[nodiscard]] static Diffs allDiffsByComparingRevisions(
         const std::vector<std::string>& revisions, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    /// What leads from one end of "a..b" to the other, or to the second of "a...b" from what both
+    /// have in common.
     [[nodiscard]] static Diffs allDiffsForRevisionRange(
         const std::string& revisionRange, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    /// What has changed and is not staged.
     [[nodiscard]] static Diffs allDiffsByComparingWorkingTreeWithIndexWithForFilePaths(
         const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr);
+    /// What leads from the revision to the working tree, staged or not.
     [[nodiscard]] static Diffs allDiffsByComparingWorkingTreeWithRevision(
         const std::string& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
-    /// An absent or empty revision leaves the choice to git, which is HEAD.
+    /// What leads from the revision to the index. An absent or empty one leaves the choice to git,
+    /// which is HEAD.
     [[nodiscard]] static Diffs allDiffsByComparingIndexWithRevision(
         const std::optional<std::string>& revision, const FilePaths& filePaths,
         const std::shared_ptr<RVGitRepository>& repository, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
+    /// What is staged.
     [[nodiscard]] static Diffs allDiffsByComparingIndexWithBaseForFilePaths(
         const FilePaths& filePaths, const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<RVOptions>& options, RVErrorPlace error = nullptr);
@@ -107,6 +117,7 @@ public:
 
     // Converting.
 
+    /// What a parser has read of one file.
     [[nodiscard]] static std::shared_ptr<RVGitDiff> diffWithRepository(
         std::shared_ptr<RVGitRepository> repository, const RVGitDiffMap& gitDiff);
     /// A diff without a repository, of the text of one file's diff. Null, with code 11, if the text

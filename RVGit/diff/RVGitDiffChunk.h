@@ -22,6 +22,7 @@ class RVGitDiff;
 /// shows.
 class RVGIT_EXPORT RVGitDiffChunkLines {
 public:
+    /// Goes through the lines once; what it points at is made anew each time.
     class Iterator {
     public:
         using iterator_category = std::input_iterator_tag;

@@ -19,9 +19,9 @@ struct RVGitDiffStatsOutputParserResultItem;
 inline constexpr char RVGitDiffOptionStaged[] = "RVGitDiffOptionStaged";
 /// Boolean: prints the contents of binary files.
 inline constexpr char RVGitDiffOptionBinary[] = "RVGitDiffOptionBinary";
-/// Boolean.
+/// Boolean: a rename is a deletion and an addition.
 inline constexpr char RVGitDiffOptionNoRenames[] = "RVGitDiffOptionNoRenames";
-/// Boolean.
+/// Boolean: lines that differ in blanks alone are the same.
 inline constexpr char RVGitDiffOptionIgnoreWhitespaceChanges[] =
     "RVGitDiffOptionIgnoreWhitespaceChanges";
 /// Text: how git shows a changed submodule: "short" as a diff of one line, whatever is configured;

@@ -18,6 +18,7 @@ struct RVGIT_EXPORT RVGitDiffRange {
     friend bool operator==(const RVGitDiffRange&, const RVGitDiffRange&) = default;
 };
 
+/// What a line of a chunk is.
 enum RVGitDiffLineType : std::uint32_t {
     RVGitDiffLineContext = 0,
     RVGitDiffLineAdded = 1,
@@ -33,6 +34,7 @@ struct RVGIT_EXPORT RVGitDiffContents {
         std::uint32_t start = 0;
         std::uint32_t end = 0;
     };
+    /// A line of the text, and of what kind it is.
     struct Line {
         Line(std::size_t lineStart, std::size_t lineLength, std::size_t columnsLength,
              RVGitDiffLineType lineType)
@@ -47,6 +49,7 @@ struct RVGIT_EXPORT RVGitDiffContents {
         std::uint32_t statusLength : 30;
         std::uint32_t type : 2;
     };
+    /// A chunk, with its place in `lines` and `lineNumbers`.
     struct Chunk {
         Range raw;
         std::uint32_t firstLine = 0;

@@ -312,7 +312,7 @@ RVData RVGitDiffPatchGenerator::headerOfNewFileAsModified() const {
 }
 
 RVData RVGitDiffPatchGenerator::headerOfDeletedFileAsModified() const {
-    const RVData gitHeader = diff_->headerBytes().value_or("");
+    RVData gitHeader = diff_->headerBytes().value_or("");
     const auto oldName = restOfHeaderLine(gitHeader, "--- ");
     const auto bothNames = restOfHeaderLine(gitHeader, "diff --git ");
     if (!oldName || !bothNames)

@@ -26,9 +26,9 @@ class RVGitTree;
 ///
 /// A commit of a listing is a place in what git printed; texts are made on request, and objects
 /// when they are first asked for: author() and committer() make these two, signature() and the
-/// setters make copies of all texts. It keeps the whole
-/// output of its listing alive: keep commits of long listings as long as the listing is of use,
-/// and what is needed of single ones beyond that as strings.
+/// setters make copies of all texts. It keeps the whole output of its listing alive: keep commits
+/// of long listings as long as the listing is of use, and what is needed of single ones beyond that
+/// as strings.
 ///
 /// Any number of threads may read one commit; a setter needs it for itself. Each setter tells the
 /// observers of its field; "mergeCommit" and "rootCommit" change with "parentCommitHashes".

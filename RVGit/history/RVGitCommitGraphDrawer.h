@@ -23,10 +23,10 @@ class RVGitCommit;
 /// message, contents), which leave out commits in between: their lanes would never close, and each
 /// row be wider than the one above it. A limit, an offset or dates cut a list off, which leaves
 /// lanes open at its end alone.
-/// Nothing is
-/// looked up in the repository and nothing is known of later commits: the state is the list of
-/// open lanes, and a drawer that is given the list of another goes on where that one stopped.
-/// Used by one thread at a time.
+///
+/// Nothing is looked up in the repository and nothing is known of later commits: the state is the
+/// list of open lanes, and a drawer that is given the list of another goes on where that one
+/// stopped. Used by one thread at a time.
 class RVGIT_EXPORT RVGitCommitGraphDrawer {
 public:
     /// Without a list of lanes, the drawing begins with a new one.

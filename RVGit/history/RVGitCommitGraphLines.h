@@ -12,6 +12,7 @@
 inline constexpr int KTCommitLineColumnWidth = 10;
 inline constexpr int KTCommitLineColumnMiddle = 7;
 
+/// A point in drawing units.
 struct RVGIT_EXPORT RVGitCommitGraphPoint {
     double x = 0;
     double y = 0;

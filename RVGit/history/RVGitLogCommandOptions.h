@@ -4,17 +4,28 @@
 /// too. The value of each key is its own name.
 class RVGitLogCommandOptions {};
 
-// Booleans.
+// Booleans, false unless given.
+
+/// Tells of each commit the refs that point to it. RVGitCommit's lists do so by themselves.
 inline constexpr char RVGitLogOptionDecorate[] = "RVGitLogOptionDecorate";
+/// Follows the first parent of each merge alone.
 inline constexpr char RVGitLogOptionFirstParent[] = "RVGitLogOptionFirstParent";
 /// Kept for compatibility: has no effect. RVGitLogCommand::setUsesExtendedRegexSyntax() has.
 inline constexpr char RVGitLogOptionExtendedRegexSyntax[] = "RVGitLogOptionExtendedRegexSyntax";
+/// Verifies signatures: gpg or ssh-keygen runs for each commit.
 inline constexpr char RVGitLogOptionVerifiesSignatures[] = "RVGitLogOptionVerifiesSignatures";
+/// The oldest first; limit and offset count from the newest all the same.
 inline constexpr char RVGitLogOptionReverseOrder[] = "RVGitLogOptionReverseOrder";
+/// No parent ahead of its children, and lines of history not mixed. Without this and the next, by
+/// the committer's date alone.
 inline constexpr char RVGitLogOptionSortByTopoOrder[] = "RVGitLogOptionSortByTopoOrder";
+/// No parent ahead of its children, and otherwise by the committer's date.
 inline constexpr char RVGitLogOptionSortByDate[] = "RVGitLogOptionSortByDate";
+/// Goes on with the former name of a file; takes exactly one path.
 inline constexpr char RVGitLogOptionFollowRenames[] = "RVGitLogOptionFollowRenames";
+/// Of diffs: a rename is a deletion and an addition.
 inline constexpr char RVGitLogOptionNoRenames[] = "RVGitLogOptionNoRenames";
+/// Begins at all branches, beside the revisions that are given; so the next two.
 inline constexpr char RVGitLogOptionAllBranches[] = "RVGitLogOptionAllBranches";
 inline constexpr char RVGitLogOptionAllRemoteBranches[] = "RVGitLogOptionAllRemoteBranches";
 inline constexpr char RVGitLogOptionAllTags[] = "RVGitLogOptionAllTags";
@@ -37,6 +48,6 @@ inline constexpr char RVGitLogOptionSearchCommitterPatterns[] =
 /// Searched in the lines that a commit adds or removes.
 inline constexpr char RVGitLogOptionSearchContentPatterns[] = "RVGitLogOptionSearchContentPatterns";
 
-// Dates.
+// Dates, of the committer: commits that are not older, and not newer, than these.
 inline constexpr char RVGitLogOptionSinceDate[] = "RVGitLogOptionSinceDate";
 inline constexpr char RVGitLogOptionUntilDate[] = "RVGitLogOptionUntilDate";

@@ -10,6 +10,7 @@
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
+/// One common ancestor.
 struct RVGitMergeBaseOutputParserResultItem {
     std::string commitHash;
 };

@@ -11,6 +11,7 @@
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
+/// One person, as `git shortlog -s -e` tells of it.
 struct RVGitShortlogOutputItem {
     /// In composed Unicode form.
     std::string authorName;

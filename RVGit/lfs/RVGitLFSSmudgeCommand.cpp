@@ -26,7 +26,7 @@ std::string linesBehindVersion(const RVGitLFSPointer& pointer) {
     std::string lines = "\n";
     for (const auto& [key, value] : pointer.allEntries())
         if (key.starts_with("ext-"))
-            lines += key + " " + value + "\n";
+            lines.append(key).append(" ").append(value).append("\n");
     return lines + "oid " + pointer.objectID() + "\nsize " + pointer.size() + "\n";
 }
 

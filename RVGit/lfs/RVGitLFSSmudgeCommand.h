@@ -35,8 +35,8 @@ public:
     [[nodiscard]] const std::shared_ptr<RVGitLFSPointer>& pointer() const { return pointer_; }
     void setPointer(std::shared_ptr<RVGitLFSPointer> pointer) { pointer_ = std::move(pointer); }
     /// Where the contents are written to, in one step; a file that is there keeps its permissions.
-    /// Kept for compatibility: a failure to write
-    /// them is no failure of the command; outputError() has it.
+    /// Kept for compatibility: a failure to write them is no failure of the command; outputError()
+    /// has it.
     [[nodiscard]] const std::optional<std::string>& outputPath() const { return outputPath_; }
     void setOutputPath(std::optional<std::string> path) { outputPath_ = std::move(path); }
 

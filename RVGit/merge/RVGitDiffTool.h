@@ -16,7 +16,9 @@ class RVOperationQueue;
 
 /// Bits of RVGitDiffTool's options.
 enum RVGitDiffToolOption : unsigned {
+    /// The tool is run once, with two directories, and not once for each file.
     RVGitDiffToolOptionPerformsDirectoryDiff = 1,
+    /// What is staged, in the place of the working tree.
     RVGitDiffToolOptionComparesIndex = 2,
 };
 

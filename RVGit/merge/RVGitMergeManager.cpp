@@ -212,7 +212,8 @@ bool RVGitMergeManager::continueCherryPick(RVErrorPlace error) {
 
 bool RVGitMergeManager::continueCherryPickWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    return continueSequence<RVGitCherryPickCommand>(commitMessage, error);
+    return continueSequence(*std::make_shared<RVGitCherryPickCommand>(repository_, std::nullopt),
+                            commitMessage, error);
 }
 
 bool RVGitMergeManager::continueEmptyCherryPickWithCommitMessage(const std::string& commitMessage,
@@ -251,7 +252,8 @@ bool RVGitMergeManager::continueRevert(RVErrorPlace error) {
 
 bool RVGitMergeManager::continueRevertWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    return continueSequence<RVGitRevertCommand>(commitMessage, error);
+    return continueSequence(*std::make_shared<RVGitRevertCommand>(repository_, std::nullopt),
+                            commitMessage, error);
 }
 
 bool RVGitMergeManager::continueEmptyRevertWithCommitMessage(const std::string& commitMessage,
@@ -274,16 +276,15 @@ bool RVGitMergeManager::quitRevert(RVErrorPlace error) {
                                            error);
 }
 
-template <typename Command>
-bool RVGitMergeManager::continueSequence(const std::optional<std::string>& commitMessage,
+bool RVGitMergeManager::continueSequence(RVGitSequencerCommand& command,
+                                         const std::optional<std::string>& commitMessage,
                                          RVErrorPlace error) {
-    const auto command = std::make_shared<Command>(repository_, std::nullopt);
-    command->setContinuesProcess(true);
+    command.setContinuesProcess(true);
     if (commitMessage) {
         replaceProposedMessage("MERGE_MSG", *commitMessage);
-        takeMessagesAsUTF8(*command);
+        takeMessagesAsUTF8(command);
     }
-    return command->run(error);
+    return command.run(error);
 }
 
 void RVGitMergeManager::replaceProposedMessage(std::string_view path,

@@ -18,6 +18,7 @@ class RVGitIndex;
 class RVGitMergeSequenceContentParser;
 class RVGitMergeTreeEntry;
 class RVGitRepository;
+class RVGitSequencerCommand;
 class RVGitWorkingTreeManager;
 enum RVGitIndexStage : std::uint64_t;
 
@@ -182,7 +183,8 @@ public:
                                            RVErrorPlace error = nullptr);
     [[nodiscard]] bool continueCherryPick(RVErrorPlace error = nullptr);
     /// The message replaces git's proposal in its file, if there is one; git strips lines that
-    /// begin with the comment character.
+    /// begin with the comment character. Kept for compatibility: the operation goes on whether or
+    /// not the message could be written.
     [[nodiscard]] bool continueCherryPickWithCommitMessage(
         const std::optional<std::string>& commitMessage, RVErrorPlace error = nullptr);
     /// As continueEmptyRebaseWithCommitMessage(). Kept for compatibility: of a single commit, the
@@ -394,8 +396,8 @@ private:
     [[nodiscard]] bool restoreVersion(const std::vector<std::string>& filePaths,
                                       const std::string& side, RVErrorPlace error);
     [[nodiscard]] bool commitEmptyStep(const std::string& commitMessage, RVErrorPlace error);
-    template <typename Command>
-    [[nodiscard]] bool continueSequence(const std::optional<std::string>& commitMessage,
+    [[nodiscard]] bool continueSequence(RVGitSequencerCommand& command,
+                                        const std::optional<std::string>& commitMessage,
                                         RVErrorPlace error);
     void replaceProposedMessage(std::string_view path, const std::string& commitMessage) const;
 

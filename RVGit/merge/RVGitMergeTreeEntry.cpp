@@ -82,15 +82,16 @@ RVGitMergeTreeEntry::Identity RVGitMergeTreeEntry::identityOf(RVGitMergeTreeEntr
 }
 
 RVGitMergeTreeEntry::RVGitMergeTreeEntry(RVGitMergeTreeEntryType type,
-                                         std::optional<std::string> diff, Version baseVersion,
-                                         Version ourVersion, Version theirVersion,
-                                         Version resultVersion, bool isBinaryFile,
+                                         std::optional<std::string> diff,
+                                         const Version& baseVersion, const Version& ourVersion,
+                                         const Version& theirVersion, const Version& resultVersion,
+                                         bool isBinaryFile,
                                          std::shared_ptr<RVGitRepository> repository)
     : RVGitMergeTreeEntry(identityOf(type, baseVersion, ourVersion, theirVersion, resultVersion),
                           type, std::move(diff), baseVersion, ourVersion, theirVersion,
                           resultVersion, isBinaryFile, std::move(repository)) {}
 
-RVGitMergeTreeEntry::RVGitMergeTreeEntry(Identity identity, RVGitMergeTreeEntryType type,
+RVGitMergeTreeEntry::RVGitMergeTreeEntry(const Identity& identity, RVGitMergeTreeEntryType type,
                                          std::optional<std::string> diff, Version baseVersion,
                                          Version ourVersion, Version theirVersion,
                                          Version resultVersion, bool isBinaryFile,

@@ -36,9 +36,9 @@ public:
 
     /// Versions that the report does not tell are null. The repository is required.
     RVGitMergeTreeEntry(RVGitMergeTreeEntryType type, std::optional<std::string> diff,
-                        Version baseVersion, Version ourVersion, Version theirVersion,
-                        Version resultVersion, bool isBinaryFile,
-                        std::shared_ptr<RVGitRepository> repository);
+                        const Version& baseVersion, const Version& ourVersion,
+                        const Version& theirVersion, const Version& resultVersion,
+                        bool isBinaryFile, std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitMergeTreeEntry> mergeTreeEntryWithType(
         RVGitMergeTreeEntryType type, std::optional<std::string> diff, Version baseVersion,
         Version ourVersion, Version theirVersion, Version resultVersion, bool isBinaryFile,
@@ -90,7 +90,7 @@ private:
                                              const Version& baseVersion, const Version& ourVersion,
                                              const Version& theirVersion,
                                              const Version& resultVersion);
-    RVGitMergeTreeEntry(Identity identity, RVGitMergeTreeEntryType type,
+    RVGitMergeTreeEntry(const Identity& identity, RVGitMergeTreeEntryType type,
                         std::optional<std::string> diff, Version baseVersion, Version ourVersion,
                         Version theirVersion, Version resultVersion, bool isBinaryFile,
                         std::shared_ptr<RVGitRepository> repository);

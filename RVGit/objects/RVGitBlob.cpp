@@ -1,5 +1,6 @@
 #include "RVGit/objects/RVGitBlob.h"
 
+#include <filesystem>
 #include <utility>
 
 #include "RVGit/base/RVDataBuffer.h"
@@ -8,6 +9,25 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/objects/RVGitShowCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
+
+namespace {
+
+bool liesBehindSymbolicLink(const std::string& directory, const std::string& filePath) {
+    for (auto end = filePath.find('/'); end != filePath.npos; end = filePath.find('/', end + 1))
+        if (RVFileManager::isSymbolicLinkAtPath(
+                pathByAppendingComponent(directory, filePath.substr(0, end))))
+            return true;
+    return false;
+}
+
+std::optional<RVData> contentsOfRegularFile(const std::string& path) {
+    std::error_code failure;
+    return std::filesystem::is_regular_file(path, failure)
+               ? RVFileManager::contentsOfFileAtPath(path)
+               : std::nullopt;
+}
+
+}  // namespace
 
 RVGitBlob::RVGitBlob(std::shared_ptr<RVGitRepository> repository,
                      std::optional<std::string> blobHash, std::optional<std::string> revision,
@@ -75,10 +95,11 @@ std::shared_ptr<RVGitBlob> RVGitBlob::blobForCurrentFileAtPath(
     if (const auto& workingTree = repository->workingTreeDirectoryPath()) {
         const std::string path = pathByAppendingComponent(*workingTree, filePath);
         // Follows the link: one whose target cannot be read is not readable either.
-        if (RVFileManager::isReadableFileAtPath(path))
+        if (RVFileManager::isReadableFileAtPath(path) &&
+            !liesBehindSymbolicLink(*workingTree, filePath))
             contents = RVFileManager::isSymbolicLinkAtPath(path)
                            ? RVFileManager::destinationOfSymbolicLinkAtPath(path)
-                           : RVFileManager::contentsOfFileAtPath(path);
+                           : contentsOfRegularFile(path);
     }
     if (!contents) {
         fillErrorPlace(error,

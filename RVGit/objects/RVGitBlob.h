@@ -47,7 +47,8 @@ public:
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
     /// Reads the file from the working tree; no git is run. The contents of a symbolic link are
     /// its target's path. The path is joined with the top of the working tree as it is, so ".."
-    /// leaves the tree. Null with code 1200 if the file, or what a link points to, cannot be read.
+    /// leaves the tree. Null with code 1200 if the file, or what a link points to, cannot be read,
+    /// is no regular file, or lies behind a link, where git sees no file of the tree.
     [[nodiscard]] static std::shared_ptr<RVGitBlob> blobForCurrentFileAtPath(
         const std::string& filePath, const std::shared_ptr<RVGitRepository>& repository,
         RVErrorPlace error = nullptr);

@@ -53,6 +53,8 @@ const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
 
 void RVGitTagCommand::gitCommandWillInitialize() {
     setGitCommand("tag");
+    // With tag.gpgSign git makes an annotated tag of every one, and asks for the message.
+    setValueForEnvironmentVariable(":", "GIT_EDITOR");
     if (deletesTag_)
         addGitCommandOption("-d");
     if (message_) {

@@ -17,7 +17,8 @@ public:
     explicit RVGitTagCommand(const std::shared_ptr<RVGitRepository>& repository);
 
     /// With a message the tag is annotated, without one it is lightweight. Without a revision it
-    /// stands at HEAD.
+    /// stands at HEAD. Where tag.gpgSign is configured, git signs every tag, and one without a
+    /// message fails: no editor is opened for it.
     [[nodiscard]] static std::shared_ptr<RVGitTagCommand> gitCreateTagCommandWithRepository(
         const std::shared_ptr<RVGitRepository>& repository, std::string refName,
         std::optional<std::string> revision, std::optional<std::string> message);

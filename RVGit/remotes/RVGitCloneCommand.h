@@ -31,9 +31,11 @@ inline constexpr char RVGitCloneOptionSingleBranch[] = "RVGitCloneOptionSingleBr
 /// fails with code 100. A relative path as the address is then relative to that directory.
 /// Otherwise git makes the local path, and removes it again if it fails or is cancelled.
 ///
-/// Failure: code 200 to 204 for a remote that cannot be reached, asks for a password that nobody
-/// gives, refuses it, or has no such repository; 1 for everything else, an address that begins with
-/// "-" too, which is never given to git. A failure holds the address under RVGitRemoteURLErrorKey.
+/// Failure: code 202 where the remote refuses a password or a key, and for most failures of http;
+/// 203 where it has no such repository; 204 where it refuses the connection; 1 for everything else,
+/// a name or a password that nobody gives (200 where the system calls that "Device not
+/// configured"), and an address that begins with "-", which is never given to git. A failure holds
+/// the address under RVGitRemoteURLErrorKey.
 class RVGIT_EXPORT RVGitCloneCommand : public RVGitCommand {
 public:
     RVGitCloneCommand(std::string remoteURL, std::string localPath,

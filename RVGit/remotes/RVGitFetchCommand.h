@@ -28,9 +28,8 @@ inline constexpr char RVGitFetchOptionUnshallow[] = "RVGitFetchOptionUnshallow";
 /// Runs `git fetch`. It reports progress, and its standard error holds the table that
 /// RVGitRefUpdatesOutputParser reads.
 ///
-/// Failure: code 200 to 204 for a remote that cannot be reached, asks for a password that nobody
-/// gives, refuses it, or has no such repository; 1 for everything else, a name, address or spec
-/// that begins with "-" too, which is never given to git. A failure holds RVGitRemoteNameErrorKey,
+/// Failure: the codes of RVGitCloneCommand, and 1 for a name, address or spec that begins with "-",
+/// which is never given to git. A failure holds RVGitRemoteNameErrorKey,
 /// and RVGitRefSpecErrorKey and RVGitRemoteURLErrorKey where there is one.
 class RVGIT_EXPORT RVGitFetchCommand : public RVGitCommand {
 public:

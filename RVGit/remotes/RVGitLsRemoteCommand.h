@@ -18,10 +18,8 @@ inline constexpr char RVGitLsRemoteOptionTags[] = "tags";
 /// Lists the refs at an address: git ls-remote, with no repository and without progress. A
 /// repository without refs gives an empty list.
 ///
-/// Failure: code 200 to 204 for a remote that cannot be reached, asks for a password that nobody
-/// gives, refuses it, or has no such repository; 11 for output that cannot be read; 1 for
-/// everything else, an address that begins with "-" too, which is never given to git. A failure
-/// holds the address under RVGitRemoteURLErrorKey.
+/// Failure: the codes of RVGitCloneCommand, and 11 for output that cannot be read. A failure holds
+/// the address under RVGitRemoteURLErrorKey.
 class RVGIT_EXPORT RVGitLsRemoteCommand : public RVGitCommand {
 public:
     RVGitLsRemoteCommand(std::string remoteURL, const std::optional<RVOptions>& options);

@@ -27,12 +27,11 @@ inline constexpr char RVGitPushOptionNoVerify[] = "noVerify";
 /// Runs `git push`. It reports progress, and its standard error holds the table that
 /// RVGitRefUpdatesOutputParser reads.
 ///
-/// Failure: code 2401 where a ref was rejected; 200 to 204 for a remote that cannot be reached,
-/// asks for a password that nobody gives, refuses it, or has no such repository; 201 for an exit
-/// code of 1 that nothing else explains, a refusal by a hook of the remote among them; 1 for
-/// everything else, a name or spec that begins with "-" too, which is never given to git. Kept for
-/// compatibility: code 2400 is looked for on standard output, while git tells of a missing upstream
-/// branch on standard error, so that this is code 1. A failure holds RVGitRemoteNameErrorKey,
+/// Failure: code 2401 where a ref was rejected; 201 for an exit code of 1 that nothing else
+/// explains, a refusal by a hook of the remote among them; the codes of RVGitCloneCommand; and 1
+/// for a name or spec that begins with "-", which is never given to git. Kept for compatibility:
+/// code 2400 is looked for on standard output, while git tells of a missing upstream branch on
+/// standard error, so that this is code 1. A failure holds RVGitRemoteNameErrorKey,
 /// RVGitRevisionErrorKey with the branch of the first spec, and RVGitRemoteURLErrorKey where there
 /// is one.
 class RVGIT_EXPORT RVGitPushCommand : public RVGitCommand {

@@ -8,6 +8,7 @@
 #include "RVGit/base/RVExport.h"
 #include "RVGit/command/RVGitOutputParser.h"
 
+/// One remote branch, as `git branch -v -r` tells it.
 struct RVGIT_EXPORT RVGitRemoteBranchOutputParserResultItem {
     std::string fullRefName;
     /// Absent for a branch that only the remote's HEAD names.

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "RVGit/base/RVCharacter.h"
-#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVContainedFiles.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
@@ -210,8 +210,9 @@ std::shared_ptr<RVGitRef> RVGitRef::headRefForRepository(
     const auto refName = repository->HEADRefName();
     if (!refName) {
         // For its error.
-        (void)RVFileManager::UTF8ContentsOfFileAtPath(repository->HEADFilePath().value_or(""),
-                                                      error);
+        constexpr std::size_t maximumSize = 64 * 1024;
+        (void)RVContainedFiles(repository->gitDirectoryPath())
+            .UTF8Contents("HEAD", maximumSize, error);
         return nullptr;
     }
     return refForFullRefName(makeFullRefName(*refName, RVGitRefTypeBranch), repository,

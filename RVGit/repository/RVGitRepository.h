@@ -52,6 +52,7 @@ public:
     /// Never null: see isValid().
     [[nodiscard]] static std::shared_ptr<RVGitRepository> repositoryWithPath(
         const std::string& path);
+    /// Takes the path as it is, without running git: see the second constructor, here and below.
     [[nodiscard]] static std::shared_ptr<RVGitRepository> bareRepositoryWithGitDirectoryPath(
         const std::optional<std::string>& gitDirectoryPath);
     [[nodiscard]] static std::shared_ptr<RVGitRepository> repositoryWithWorkingTreeDirectoryPath(
@@ -75,8 +76,9 @@ public:
 
     // Identity.
 
+    /// Whether git has found a repository, or a git directory was given.
     [[nodiscard]] bool isValid() const { return valid_; }
-    /// Absent when `path` is.
+    /// Of `path`; absent where that is empty.
     [[nodiscard]] std::optional<RVURL> fileURL() const;
     /// The root: the working tree, or the git directory when bare. Empty only for an object made
     /// of no path at all.
@@ -168,12 +170,14 @@ public:
     /// the repository is invalid. Runs git.
     [[nodiscard]] std::optional<std::string> objectFormat() const;
 
-    // Named paths, which need not exist.
+    // Named paths, which need not exist. All are absolute; nothing is run.
 
     [[nodiscard]] std::optional<std::string> configFilePath() const;
     [[nodiscard]] std::optional<std::string> HEADFilePath() const;
     [[nodiscard]] std::optional<std::string> cherryPickHEADFilePath() const;
     [[nodiscard]] std::optional<std::string> mergeHEADFilePath() const;
+    /// "rebase-apply", that of one of git's two ways to rebase: RVGitMergeManager tells whether a
+    /// rebase is under way.
     [[nodiscard]] std::optional<std::string> rebaseDirectoryPath() const;
     [[nodiscard]] std::optional<std::string> descriptionPath() const;
     [[nodiscard]] std::optional<std::string> defaultIgnoresPath() const;

@@ -11,6 +11,9 @@
 
 namespace {
 
+// More than any path takes.
+constexpr std::size_t maximumSizeOfLinkFile = 64 * 1024;
+
 // What git prints in a directory, trimmed; absent if it fails. The bytes are not decoded, since a
 // path in another encoding must stay the one that it is.
 std::optional<std::string> outputOfGit(const std::string& directoryPath, const char* gitCommand,
@@ -29,7 +32,7 @@ bool leadsToGitDirectory(const std::string& workingTree, const std::string& gitD
     const std::string link = pathByAppendingComponent(workingTree, ".git");
     std::string target = link;
     if (!RVFileManager::isDirectoryAtPath(link)) {
-        const auto contents = RVContainedFiles(workingTree).contents(".git", 64 * 1024);
+        const auto contents = RVContainedFiles(workingTree).contents(".git", maximumSizeOfLinkFile);
         constexpr std::string_view prefix = "gitdir:";
         if (!contents || !contents->starts_with(prefix))
             return false;
@@ -176,8 +179,8 @@ bool RVGitRepository::isAlternateWorktreeGitDirectoryAtURL(const RVURL& url) {
 std::optional<RVURL> RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(
     const RVURL& url) {
     // The newline at the end goes with the last component.
-    auto contents =
-        RVFileManager::UTF8ContentsOfFileAtPath(pathByAppendingComponent(url.path(), "gitdir"));
+    const auto contents =
+        RVContainedFiles(url.path()).UTF8Contents("gitdir", maximumSizeOfLinkFile);
     if (!contents)
         return std::nullopt;
     return RVURL::fileURLWithPath(*contents, url).URLByDeletingLastPathComponent();

@@ -16,6 +16,7 @@ inline constexpr char RVGitShowRefOptionHead[] = "head";
 inline constexpr char RVGitShowRefOptionHeads[] = "heads";
 inline constexpr char RVGitShowRefOptionTags[] = "tags";
 
+/// One ref, as `git show-ref` or `git ls-remote` tells it.
 struct RVGitRefOutputParserResultItem {
     std::string fullRefName;
     /// Of an annotated tag whose peeled line was printed: the object that the tag points to.

@@ -1,5 +1,7 @@
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include "RVGit/base/RVNeverDestroyed.h"
@@ -22,6 +24,28 @@ RVGitSubmoduleStatus statusOfFlag(std::string_view flag) {
         default:
             return RVGitSubmoduleStatusUnmerged;
     }
+}
+
+// Git says so and ends with 0 all the same, where it is the configuration of a submodule that has
+// been added, or a file of one that is checked out.
+bool saysThatSomethingIsNotWritten(std::string_view standardError) {
+    constexpr std::array<std::string_view, 6> beginnings = {
+        "error: could not lock config file ",
+        "error: could not write config file ",
+        "error: failed to write new configuration file ",
+        "error: unable to create file ",
+        "error: unable to unlink ",
+        "error: unable to write file ",
+    };
+    for (std::size_t start = 0; start < standardError.size();) {
+        const std::size_t end = std::min(standardError.find('\n', start), standardError.size());
+        const std::string_view line = standardError.substr(start, end - start);
+        if (std::any_of(beginnings.begin(), beginnings.end(),
+                        [line](std::string_view text) { return line.starts_with(text); }))
+            return true;
+        start = end + 1;
+    }
+    return false;
 }
 
 std::optional<std::string> textOf(const std::optional<std::string_view>& text) {
@@ -190,8 +214,12 @@ void RVGitSubmoduleCommand::gitCommandDidTerminate() {
 }
 
 bool RVGitSubmoduleCommand::gitCommandWillParseOutput(RVErrorPlace error) {
-    if (!isStatus())
-        return true;
+    if (!isStatus()) {
+        if (exitCode() != 0 || !saysThatSomethingIsNotWritten(standardErrorData()))
+            return true;
+        fillErrorPlace(error, makeGitError());
+        return false;
+    }
     RVGitSubmoduleStatusOutputParser parser(standardOutputData());
     const bool parsed = parser.parse(error);
     submodules_ = parser.takeResults();

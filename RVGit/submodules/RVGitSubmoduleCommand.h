@@ -65,6 +65,9 @@ enum RVGitSubmoduleUpdateOptions : unsigned {
 /// status 2800 where ".gitmodules" has no entry for a path, 2801 where a git directory is gone, and
 /// 2802, which has no texts, where git itself crashed.
 ///
+/// The others fail with code 1, too, where git says that it could not write a configuration or a
+/// file, and ends with 0 all the same.
+///
 /// Kept for compatibility: a status that prints anything on standard error has failed, whatever its
 /// exit code. A shell or a Perl that warns of a missing locale "en_US.UTF-8", or git that warns of
 /// a suspicious name in ".gitmodules", makes it fail with code 1.

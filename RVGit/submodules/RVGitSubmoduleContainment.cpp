@@ -31,11 +31,6 @@ bool isPlainDirectory(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool isGitDirectory(const std::string& path) {
-    return RVGitSubmoduleContainment::somethingIsAt(pathByAppendingComponent(path, "HEAD")) &&
-           RVFileManager::isDirectoryAtPath(pathByAppendingComponent(path, "objects"));
-}
-
 bool holdsGitDirectories(const std::string& path, int depth) {
     if (depth == 0)
         return true;
@@ -46,7 +41,7 @@ bool holdsGitDirectories(const std::string& path, int depth) {
         const std::string item = pathByAppendingComponent(path, name);
         if (std::find(known.begin(), known.end(), name) != known.end() || !isPlainDirectory(item))
             continue;
-        if (isGitDirectory(item) || holdsGitDirectories(item, depth - 1))
+        if (RVGitSubmoduleContainment::isGitDirectory(item) || holdsGitDirectories(item, depth - 1))
             return true;
     }
     return false;
@@ -131,6 +126,11 @@ bool RVGitSubmoduleContainment::requirePlainSubmodulesFile(RVErrorPlace error) c
                                 RVGitMakeErrorUserInfo(
                                     repository_, {{RVGitConfigFileErrorKey, file.value_or("")}})));
     return false;
+}
+
+bool RVGitSubmoduleContainment::isGitDirectory(const std::string& path) {
+    return somethingIsAt(pathByAppendingComponent(path, "HEAD")) &&
+           RVFileManager::isDirectoryAtPath(pathByAppendingComponent(path, "objects"));
 }
 
 bool RVGitSubmoduleContainment::somethingIsAt(const std::string& path) {

@@ -33,6 +33,8 @@ public:
     /// another file, or a special file; with code 102 for a bare repository.
     [[nodiscard]] bool requirePlainSubmodulesFile(RVErrorPlace error = nullptr) const;
 
+    /// Whether the directory at the path looks like a git directory.
+    [[nodiscard]] static bool isGitDirectory(const std::string& path);
     /// True for anything at the path, a dangling link too.
     [[nodiscard]] static bool somethingIsAt(const std::string& path);
     /// Whether a pipe, a device or a socket is there, which git would read or wait for without end.

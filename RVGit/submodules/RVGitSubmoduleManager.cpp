@@ -21,6 +21,7 @@
 #include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
 #include "RVGit/submodules/RVGitSubmoduleContainment.h"
 #include "RVGit/submodules/RVGitSubmoduleHelper.h"
+#include "RVGit/submodules/RVGitSubmoduleLinks.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "RVGit/submodules/RVGitSubmodulePathspec.h"
 #include "RVGit/worktree/RVGitMoveCommand.h"
@@ -203,6 +204,12 @@ bool setLinks(const std::string& gitDirectory, const Places& places, const std::
                std::filesystem::path(*resolved).lexically_relative(workingTree).string(), error);
 }
 
+// Of the name form, there or not, with the links in front of the name resolved.
+std::string resolvedGitDirectory(const std::string& name, const Repository& repository) {
+    const std::string modules = repository->clonedSubmodulesDirectory().value_or("");
+    return pathByAppendingComponent(Containment::resolvedPath(modules).value_or(modules), name);
+}
+
 }  // namespace
 
 RVGitSubmoduleManager::RVGitSubmoduleManager(std::shared_ptr<RVGitRepository> repository)
@@ -244,16 +251,6 @@ bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErr
     return true;
 }
 
-bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
-                                                unsigned options, RVErrorPlace error) {
-    const Repository repository = this->repository();
-    return requireContainedPaths({{atPath}}, error) &&
-           Containment(repository).requirePlainSubmodulesFile(error) &&
-           RVGitSubmoduleCommand::gitSubmoduleAddCommandWithRepository(repository, atPath, URL,
-                                                                       options)
-               ->run(error);
-}
-
 bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsigned options,
                                                   RVErrorPlace error) {
     const CancellationWatch watch;
@@ -288,7 +285,7 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
     if (places.hasRepository && !losesModifications && workingDirectoryExists) {
         std::optional<RVError> failure;
         const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNo,
-                                          RVGitIgnoreSubmodulesModeDefault, &failure);
+                                          RVGitIgnoreSubmodulesModeNone, &failure);
         if (work == Work::Some)
             return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo,
                         error);
@@ -417,6 +414,8 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
 
     if (watch.isCancelled(error))
         return false;
+    const std::string resolvedOldDirectory =
+        Containment::resolvedPath(oldDirectory).value_or(resolvedGitDirectory(name, repository));
     // It has been moved where an earlier call failed behind this step.
     if (directoryExists && !Containment::isSameFile(oldDirectory, newDirectory)) {
         ParentDirectories parents(newDirectory);
@@ -426,6 +425,9 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
     }
     if (keepsLinks) {
         if (!setLinks(newDirectory, places, submodule->path(), repository, error))
+            return false;
+        const auto resolved = Containment::resolvedPath(newDirectory);
+        if (resolved && !relinkNestedSubmodules(resolvedOldDirectory, *resolved, repository, error))
             return false;
     } else if (places.hasRepository) {
         (void)RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
@@ -506,83 +508,4 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
     if (failure)
         fillErrorPlace(error, *std::move(failure));
     return work != Work::None;
-}
-
-bool RVGitSubmoduleManager::requireContainedPaths(
-    const std::optional<std::vector<std::string>>& paths, RVErrorPlace error) const {
-    const Repository repository = this->repository();
-    std::vector<std::string> checkedPaths = paths.value_or(std::vector<std::string>());
-    if (!paths)
-        // Where the index cannot be read, it is git's turn to say so.
-        if (const auto entries =
-                RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath())
-            for (const auto& entry : *entries)
-                checkedPaths.push_back(entry.first);
-    for (const std::string& path : checkedPaths)
-        if (!Containment(repository).containsWorkingDirectory(path))
-            return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError,
-                        {{RVGitSubmoduleNameErrorKey, path}}, error);
-    return true;
-}
-
-bool RVGitSubmoduleManager::updateSubmodules(const std::optional<std::vector<std::string>>& paths,
-                                             unsigned options, RVErrorPlace error) const {
-    // Without any path git would take them all.
-    if (paths && paths->empty())
-        return true;
-    return requireContainedPaths(paths, error) &&
-           RVGitSubmoduleCommand::gitSubmoduleUpdateCommandWithRepository(repository(), paths,
-                                                                          options)
-               ->run(error);
-}
-
-bool RVGitSubmoduleManager::initSubmodules(const std::optional<std::vector<std::string>>& paths,
-                                           RVErrorPlace error) const {
-    if (paths && paths->empty())
-        return true;
-    return RVGitSubmoduleCommand::gitSubmoduleInitCommandWithRepository(repository(), paths)
-        ->run(error);
-}
-
-bool RVGitSubmoduleManager::synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
-                                            RVErrorPlace error) const {
-    return requireContainedPaths(paths, error) &&
-           RVGitSubmoduleCommand::gitSubmoduleSyncCommandWithRepository(repository(), paths)
-               ->run(error);
-}
-
-bool RVGitSubmoduleManager::updateAllSubmodulesWithOptions(unsigned options, RVErrorPlace error) {
-    return updateSubmodules(std::nullopt, options, error);
-}
-
-bool RVGitSubmoduleManager::updateSubmoduleAtPath(const std::string& path, unsigned options,
-                                                  RVErrorPlace error) {
-    return updateSubmodules({{path}}, options, error);
-}
-
-bool RVGitSubmoduleManager::updateSubmoduleAtPaths(const std::vector<std::string>& paths,
-                                                   unsigned options, RVErrorPlace error) {
-    return updateSubmodules(paths, options, error);
-}
-
-bool RVGitSubmoduleManager::initAllSubmodules(RVErrorPlace error) {
-    return initSubmodules(std::nullopt, error);
-}
-
-bool RVGitSubmoduleManager::initSubmoduleAtPath(const std::string& path, RVErrorPlace error) {
-    return initSubmodules({{path}}, error);
-}
-
-bool RVGitSubmoduleManager::initSubmodulesAtPaths(const std::vector<std::string>& paths,
-                                                  RVErrorPlace error) {
-    return initSubmodules(paths, error);
-}
-
-bool RVGitSubmoduleManager::synchronizeAllSubmoduleURLs(RVErrorPlace error) {
-    return synchronizeURLs(std::nullopt, error);
-}
-
-bool RVGitSubmoduleManager::synchronizeURLForSubmoduleAtPath(const std::string& path,
-                                                             RVErrorPlace error) {
-    return synchronizeURLs({{path}}, error);
 }

@@ -58,6 +58,13 @@ public:
     /// 2804 and 2805 for what is in the way; 2803 without running git for a path that leaves the
     /// working tree. Since git 2.38.1 an address that is a local path needs the configuration
     /// "protocol.file.allow" to be "always". An address that cannot be cloned leaves no submodule.
+    /// An empty directory at the path makes room.
+    ///
+    /// A failure behind the clone leaves what was done by then; the same call again goes on from
+    /// there, for which git has to be forced. Where a full disk ended the checkout, it registers
+    /// the submodule, which is dirty then: an update with force checks it out. Kept for
+    /// compatibility: a directory that may not be written in is code 202, since "Permission denied"
+    /// counts as said by a server.
     [[nodiscard]] bool addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
                                            unsigned options, RVErrorPlace error = nullptr);
 
@@ -93,13 +100,15 @@ public:
     ///
     /// Kept for compatibility: "core.worktree" of the submodule stays as it is, and is wrong where
     /// the new name has another number of components: git fails in the submodule then, and the list
-    /// of all with it. Use renameSubmoduleKeepingLinksWithName() instead. Whether the ".git" file
-    /// could be written is not reported.
+    /// of all with it. So do the links of submodules in it, whatever the name. Use
+    /// renameSubmoduleKeepingLinksWithName() instead. Whether the ".git" file could be written is
+    /// not reported.
     [[nodiscard]] bool renameSubmoduleWithName(const std::string& name,
                                                const std::string& toNewName,
                                                RVErrorPlace error = nullptr);
-    /// The same for a name of any number of components: "core.worktree" is set, too, and a failure
-    /// to write either link ends the operation.
+    /// The same for a name of any number of components: "core.worktree" is set, too, also of the
+    /// submodules in it, whose git directories move along, and a failure to write a link ends the
+    /// operation.
     [[nodiscard]] bool renameSubmoduleKeepingLinksWithName(const std::string& name,
                                                            const std::string& toNewName,
                                                            RVErrorPlace error = nullptr);
@@ -123,6 +132,8 @@ public:
     // RVGitSubmoduleUpdateOptions. A list without paths, here and below, is a success, and nothing
     // runs.
 
+    /// Without bit 4, code 2804 and nothing is updated where the directory of a submodule whose git
+    /// directory is kept has no repository, but files that git would replace without a word.
     [[nodiscard]] bool updateAllSubmodulesWithOptions(unsigned options,
                                                       RVErrorPlace error = nullptr);
     [[nodiscard]] bool updateSubmoduleAtPath(const std::string& path, unsigned options,
@@ -160,4 +171,6 @@ private:
                                        RVErrorPlace error) const;
     [[nodiscard]] bool requireContainedPaths(const std::optional<std::vector<std::string>>& paths,
                                              RVErrorPlace error) const;
+    [[nodiscard]] bool requireReplaceableFiles(const std::optional<std::vector<std::string>>& paths,
+                                               unsigned options, RVErrorPlace error) const;
 };

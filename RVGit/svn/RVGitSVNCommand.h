@@ -52,6 +52,8 @@ private:
 
 /// Runs `git svn clone`, with no repository. Refs are kept below "refs/remotes/svn/", whatever is
 /// asked for. Where something exists at the local path, git runs inside it and clones into ".".
+/// Of several trunks git-svn takes the last: RVGitRemote::createSVNRemoteWithName() in a new
+/// repository, and RVGitSVNFetchCommand for what it gives, take them all.
 /// After a cancelled clone, RVGitSVNFetchCommand in what has been made goes on with it. It reports
 /// progress. A failure holds the address under RVGitRemoteURLErrorKey.
 class RVGIT_EXPORT RVGitSVNCloneCommand : public RVGitSVNCommand {

@@ -12,6 +12,7 @@
 enum RVGitCommitOptions : unsigned {
     /// Replaces the last commit.
     RVGitCommitOptionAmend = 1,
+    /// Adds a "Signed-off-by" line.
     RVGitCommitOptionSignOff = 2,
     /// Commits without changes, too.
     RVGitCommitOptionAllowEmpty = 4,

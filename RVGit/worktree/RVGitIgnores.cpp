@@ -15,22 +15,33 @@
 
 namespace {
 
-// A link may lead to a device, which could be read without end or not be written without harm.
-bool isRegularFile(const std::string& path) {
-    std::error_code failure;
-    return std::filesystem::is_regular_file(path, failure);
+// A directory, and a path from there.
+using Place = std::pair<std::string, std::string>;
+
+// Where the file lies in the repository; absent for one that lies elsewhere, which is the caller's
+// own. The git directories come first, since ".git" may be a link.
+std::optional<Place> placeInRepository(const RVGitRepository* repository,
+                                       const std::string& filePath) {
+    if (!repository)
+        return std::nullopt;
+    for (const auto& root : {repository->gitDirectoryPath(), repository->commonGitDirectoryPath(),
+                             repository->workingTreeDirectoryPath()})
+        if (root && filePath.starts_with(*root + "/"))
+            return Place(*root, filePath.substr(root->size() + 1));
+    return std::nullopt;
 }
 
-// The directory of the repository that the file lies below, and the path from there. A file that
-// lies elsewhere is the caller's own, whose directory is made if it is missing.
-std::pair<std::string, std::string> containedPathForWriting(const RVGitRepository* repository,
-                                                            const std::string& filePath) {
-    if (repository) {
-        for (const auto& root :
-             {repository->workingTreeDirectoryPath(), repository->gitDirectoryPath()})
-            if (root && filePath.starts_with(*root + "/"))
-                return {*root, filePath.substr(root->size() + 1)};
-    }
+// The contents of the caller's own file. A link may lead to a device, which could be read without
+// end.
+std::optional<std::string> contentsOfOwnFile(const std::string& filePath) {
+    std::error_code failure;
+    return std::filesystem::is_regular_file(filePath, failure)
+               ? RVFileManager::UTF8ContentsOfFileAtPath(filePath)
+               : std::nullopt;
+}
+
+// Where the caller's own file is written; its directory is made if it is missing.
+Place placeForWritingOwnFile(const std::string& filePath) {
     std::string directory = pathByDeletingLastComponent(filePath);
     std::error_code failure;
     std::filesystem::create_directories(directory, failure);
@@ -106,9 +117,11 @@ std::optional<std::vector<std::string>> RVGitIgnores::rawIgnorePatterns(RVErrorP
 std::optional<std::vector<std::string>> RVGitIgnores::readIgnorePatterns(RVErrorPlace error) const {
     if (!RVFileManager::fileExistsAtPath(filePath_))
         return std::vector<std::string>();
-    auto contents = RVFileManager::isReadableFileAtPath(filePath_) && isRegularFile(filePath_)
-                        ? RVFileManager::UTF8ContentsOfFileAtPath(filePath_)
-                        : std::nullopt;
+    const auto place = placeInRepository(repository().get(), filePath_);
+    auto contents = place
+                        ? RVContainedFiles(place->first)
+                              .UTF8Contents(place->second, std::numeric_limits<std::size_t>::max())
+                        : contentsOfOwnFile(filePath_);
     if (!contents) {
         fillErrorPlace(error, gitErrorWithCode(RVGitIgnoresReadError, makeErrorUserInfo()));
         return std::nullopt;
@@ -137,7 +150,8 @@ bool RVGitIgnores::writeIgnorePatterns(const std::vector<std::string>& patterns,
 }
 
 bool RVGitIgnores::writeContents(const std::string& contents) const {
-    const auto [directory, path] = containedPathForWriting(repository().get(), filePath_);
+    const auto inRepository = placeInRepository(repository().get(), filePath_);
+    const auto [directory, path] = inRepository ? *inRepository : placeForWritingOwnFile(filePath_);
     const RVContainedFiles files(directory);
     std::optional<RVData> oldContents = "";
     if (files.exists(path)) {

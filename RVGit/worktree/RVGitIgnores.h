@@ -22,7 +22,8 @@ class RVGitRepository;
 /// escaped what git reads otherwise. A newline cannot be: "?" matches it.
 ///
 /// A file that does not exist has no lines. Code 400 if the file cannot be read, is no regular file
-/// or is no valid UTF-8, which leaves it untouched; 401 if it cannot be written. The paths are
+/// or is no valid UTF-8, which leaves it untouched; 401 if it cannot be written. Within the
+/// repository no link is followed: one in the place of the file cannot be read. The paths are
 /// under RVGitRepositoryPathErrorKey and RVGitFilePathErrorKey; kept for compatibility: the text of
 /// these errors takes its path from RVGitIgnoresPathErrorKey, which is not filled, so that it shows
 /// none.

@@ -17,6 +17,7 @@
 enum RVGitStashSaveOptions : unsigned {
     /// What is staged stays in the working tree, and is saved as well.
     RVGitStashSaveOptionKeepsIndex = 1,
+    /// But not ignored ones.
     RVGitStashSaveOptionIncludesUntrackedFiles = 2,
 };
 

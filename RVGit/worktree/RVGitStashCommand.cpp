@@ -151,6 +151,9 @@ const RVGitErrorTable& RVGitStashCommand::gitErrorDefinitions() {
 
 void RVGitStashCommand::gitCommandWillInitialize() {
     setGitCommand("stash");
+    // The message is UTF-8, whatever encoding git would say that it is in.
+    if (savesStash_ || createsStash_)
+        overrideGitConfiguration("i18n.commitEncoding", "UTF-8");
     if (savesStash_) {
         const bool pushes = gitBinary()->isVersionAtLeast("2.13.2");
         setGitSubCommand(pushes ? "push" : "save");

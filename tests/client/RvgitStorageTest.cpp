@@ -80,8 +80,12 @@ TEST_F(RvgitStorageTest, LargeFilesAreTrackedPushedAndPulled) {
     EXPECT_EQ(outputOf({"lfs", "smudge", "pointer"}), "large");
     EXPECT_EQ(rvgit({"lfs", "smudge", "a file"}).exitCode, 2);
     writeFile("repository/empty", "");
-    EXPECT_EQ(rvgit({"lfs", "pointer", "empty"}).exitCode, 1);
-    EXPECT_EQ(rvgit({"lfs", "pointer", "missing"}).exitCode, 1);
+    const auto empty = rvgit({"lfs", "pointer", "empty"});
+    EXPECT_EQ(empty.exitCode, 1);
+    EXPECT_THAT(empty.standardError, HasSubstr("An empty file has no pointer"));
+    const auto missing = rvgit({"lfs", "pointer", "missing"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.standardError, HasSubstr("No such file"));
     EXPECT_EQ(rvgit({"lfs", "pull", "missing"}).exitCode, 2);
     EXPECT_EQ(rvgit({"lfs", "track", "--lockable"}).exitCode, 2);
     for (const char* action : {"", "nothing", "untrack", "smudge", "pointer"})
@@ -98,7 +102,7 @@ TEST_F(RvgitStorageTest, SubversionIsClonedAndCommittedTo) {
     ASSERT_EQ(runProgram({"svn", "import", "-q", "-m", "m", scratchPath("import"), url}).exitCode,
               0);
     makeDirectory("work");
-    EXPECT_EQ(outputOf({"svn", "clone", "--stdlayout", url}, "work"), "");
+    EXPECT_EQ(outputOf({"svn", "clone", "--stdlayout", url}, "work"), "Cloned into svn\n");
     EXPECT_EQ(readFile("work/svn/file"), "one\n");
     commitFile(scratchPath("work/svn"), "new", "two\n", "New\n");
     EXPECT_EQ(outputOf({"svn", "rebase"}, "work/svn"), "");
@@ -106,13 +110,31 @@ TEST_F(RvgitStorageTest, SubversionIsClonedAndCommittedTo) {
     EXPECT_EQ(outputOf({"svn", "branch", "-m", "Branch", "topic"}, "work/svn"), "");
     EXPECT_EQ(outputOf({"svn", "tag", "v1"}, "work/svn"), "");
     EXPECT_EQ(outputOf({"-C", scratchPath("work/svn"), "svn", "fetch", "svn"}), "");
+    EXPECT_EQ(
+        outputOf({"svn", "clone", "--trunk", "trunk", "--trunk", "tags/v1", url, "both"}, "work"),
+        "Cloned into both\n");
+    EXPECT_EQ(git({"for-each-ref", "--format=%(refname)", "refs/remotes"}, "work/both"),
+              "refs/remotes/svn/tags/v1\nrefs/remotes/svn/trunk\n");
+    EXPECT_EQ(readFile("work/both/new"), "two\n");
+    EXPECT_EQ(rvgit({"svn", "clone", "--trunk", "a", "--trunk", "b", url}, "work").exitCode, 2);
     for (const char* path : {"trunk/new", "branches/topic/new", "tags/v1/new"})
         EXPECT_EQ(runProgram({"svn", "cat", url + "/" + path}).standardOutput, "two\n") << path;
 
     EXPECT_EQ(rvgit({"svn", "fetch", "missing"}, "work/svn").exitCode, 2);
     EXPECT_EQ(rvgit({"svn", "rebase"}).exitCode, 2);
-    EXPECT_EQ(rvgit({"svn", "rebase"}, "work").exitCode, 2);
+    EXPECT_EQ(rvgit({"svn", "rebase"}, "work").exitCode, 1);
     EXPECT_EQ(rvgit({"svn", "clone", "file://" + scratchPath("missing")}, "work").exitCode, 1);
+    // Theirs and mine do not fit together.
+    commitFile(scratchPath("work/svn"), "file", "mine\n", "Mine\n");
+    ASSERT_EQ(runProgram({"svnmucc", "-m", "Theirs", "put", writeFile("theirs", "theirs\n"),
+                          url + "/trunk/file"})
+                  .exitCode,
+              0);
+    const auto refused = rvgit({"svn", "rebase"}, "work/svn");
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.standardError, HasSubstr("\nerror: could not apply "));
+    EXPECT_THAT(refused.standardError, HasSubstr("rvgit abort"));
+    EXPECT_EQ(outputOf({"-C", scratchPath("work/svn"), "abort"}), "");
     for (const char* action : {"", "nothing", "clone", "branch"})
         EXPECT_EQ(rvgit({"svn", action}, "work/svn").exitCode, 2) << action;
 }

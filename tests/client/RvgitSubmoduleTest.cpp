@@ -58,6 +58,9 @@ TEST_F(RvgitSubmoduleTest, InitializesUpdatesAndSynchronizes) {
     add("lib");
     git({"submodule", "--quiet", "deinit", "lib"}, repository_);
     EXPECT_THAT(outputOf({}), HasSubstr("uninitialized          lib"));
+    EXPECT_EQ(outputOf({"status"}), outputOf({"list"}));
+    EXPECT_THAT(outputOf({"update"}), HasSubstr("lib is not initialized"));
+    EXPECT_THAT(outputOf({"update", "lib"}), HasSubstr("lib is not initialized"));
     outputOf({"init", "lib"});
     outputOf({"update", "lib"});
     EXPECT_EQ(readFile("repository/lib/lib.c"), "int one;\n");
@@ -75,7 +78,7 @@ TEST_F(RvgitSubmoduleTest, RemovesOnlyWhatIsCommitted) {
     add("lib");
     writeFile("repository/lib/new", "x");
     const auto refused = rvgit({"remove", "lib"});
-    EXPECT_NE(refused.exitCode, 0);
+    EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.standardError, HasSubstr("--force"));
     EXPECT_EQ(readFile("repository/lib/new"), "x");
     outputOf({"remove", "--force", "--git-directory", "lib"});
@@ -109,7 +112,8 @@ TEST_F(RvgitSubmoduleTest, SaysWhatItCannotDo) {
     EXPECT_THAT(complaintOf({"remove", "other"}), HasSubstr("there is no submodule other"));
     EXPECT_THAT(complaintOf({"move", "other", "x"}), HasSubstr("there is no submodule other"));
     EXPECT_THAT(complaintOf({"rename", "other", "x"}), HasSubstr("there is no submodule other"));
-    EXPECT_THAT(complaintOf({"frobnicate"}), HasSubstr("submodule has no frobnicate"));
+    EXPECT_THAT(complaintOf({"frobnicate"}),
+                HasSubstr("submodule has no frobnicate; see rvgit help submodule"));
     EXPECT_THAT(complaintOf({"update", "--remote"}), HasSubstr("takes no --remote"));
     EXPECT_THAT(complaintOf({"move", "lib"}), HasSubstr("needs a path and a new path"));
     EXPECT_THAT(complaintOf({"add", scratchPath("library"), "../x"}),

@@ -139,6 +139,18 @@ TEST_F(RvgitTransferTest, APushGoesWhereThatIsConfigured) {
     EXPECT_TRUE(has("other"));
 }
 
+TEST_F(RvgitTransferTest, APathThatIsConfiguredIsOneFromTheRepository) {
+    const std::string real = initBareRepository("real");
+    initBareRepository("elsewhere/real");
+    const std::string here = makeDirectory("elsewhere/here");
+    git({"push", "-q", real, "main:there"}, repositoryPath());
+    gitInRepository({"config", "branch.main.remote", "../real"});
+    gitInRepository({"config", "branch.main.merge", "refs/heads/there"});
+    const auto result = runProgram({RVGIT_CLIENT, "-C", repositoryPath(), "pull"}, here);
+    EXPECT_EQ(result.exitCode, 0) << result.standardError;
+    EXPECT_THAT(result.standardOutput, HasSubstr("up to date"));
+}
+
 TEST_F(RvgitTransferTest, Pushes) {
     makeCommit();
     gitInRepository({"tag", "v1"});

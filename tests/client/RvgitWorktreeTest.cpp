@@ -253,7 +253,7 @@ TEST_F(RvgitWorktreeTest, WrongCommandLinesExitWith2AndChangeNothing) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"add"},
                                                       {"add", "--all", "file"},
                                                       {"add", "--all", "--force"},
-                                                      {"ignore", "--help"},
+                                                      {"ignore", "--nonsense"},
                                                       {"show", "--output=made"},
                                                       {"add", "--nonsense", "file"},
                                                       {"discard"},

@@ -14,6 +14,7 @@
 #include "RVGit/repository/RVGitRefSpec.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/lfs/RVGitLFSManagerTestCase.h"
+#include "tests/support/RVTestRights.h"
 
 namespace {
 
@@ -159,8 +160,7 @@ TEST_F(RVGitLFSSlowTest, AHundredMegabytesGoThroughCleanAndSmudge) {
         ASSERT_TRUE(data);
         EXPECT_EQ(data->view(), contents);
     });
-    if (!run)
-        GTEST_SKIP() << "nothing can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(run, "nothing can be mounted");
 }
 
 }  // namespace

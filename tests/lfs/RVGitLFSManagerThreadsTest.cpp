@@ -11,6 +11,7 @@
 
 #include "RVGit/base/RVOperationQueue.h"
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/lfs/RVGitLFSCleanCommand.h"
@@ -21,10 +22,33 @@
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "tests/lfs/RVGitLFSManagerTestCase.h"
+#include "tests/support/RVTestRights.h"
 
 namespace {
 
 class RVGitLFSManagerThreadsTest : public RVGitLFSManagerTestCase {};
+
+TEST_F(RVGitLFSManagerThreadsTest, RunsBesideASharedQueueThatIsFull) {
+    std::promise<void> go;
+    auto waiting = go.get_future().share();
+    std::atomic<int> holding = 0;
+    RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
+    const std::size_t slots = queue.maxConcurrentOperationCount();
+    std::vector<std::thread> holders;
+    for (std::size_t index = 0; index < slots; ++index)
+        holders.emplace_back([&] {
+            queue.runBlock([&] {
+                ++holding;
+                waiting.wait();
+            });
+        });
+    while (holding < static_cast<int>(slots))
+        std::this_thread::yield();
+    EXPECT_TRUE(manager_.prune());
+    go.set_value();
+    for (std::thread& holder : holders)
+        holder.join();
+}
 
 TEST_F(RVGitLFSManagerThreadsTest, TrackAndUntrackGiveTheFinishedCommand) {
     const auto tracked = manager_.track({"*.psd"});
@@ -273,8 +297,7 @@ TEST_F(RVGitLFSManagerThreadsTest, MakesFilesAndDataFromPointers) {
         // Kept for compatibility.
         EXPECT_TRUE(manager_.createFileFromPointer(pointer, scratchPath("missing/file")));
     });
-    if (!run)
-        GTEST_SKIP() << "nothing can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(run, "nothing can be mounted");
 }
 
 TEST_F(RVGitLFSManagerThreadsTest, TwoManagersSmudgeAtOnce) {
@@ -298,8 +321,7 @@ TEST_F(RVGitLFSManagerThreadsTest, TwoManagersSmudgeAtOnce) {
         EXPECT_EQ(wrong, 0);
         EXPECT_FALSE(fileExists("/tmp/smudge_input"));
     });
-    if (!run)
-        GTEST_SKIP() << "nothing can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(run, "nothing can be mounted");
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"
 #include "tests/lfs/RVGitLFSSmudgeTestCase.h"
+#include "tests/support/RVTestRights.h"
 
 namespace {
 
@@ -248,8 +249,7 @@ TEST_F(RVGitLFSSmudgeCommandTest, WhatIsNoPlainFileIsRefused) {
 }
 
 TEST_F(RVGitLFSSmudgeCommandTest, AFileOfAnotherUserIsRefusedAndLeftAsItIs) {
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can give a file away";
+    RVGIT_TEST_NEEDS_RIGHTS(::geteuid() == 0, "only root can give a file away");
     IN_PRIVATE_TEMPORARY_DIRECTORY({
         for (const char* path : {inputPath, lockPath}) {
             std::filesystem::remove(lockPath);

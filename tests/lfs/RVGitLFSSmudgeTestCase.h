@@ -10,6 +10,7 @@
 
 #include "RVGit/lfs/RVGitLFSSmudgeCommand.h"
 #include "tests/lfs/RVGitLFSTestCase.h"
+#include "tests/support/RVTestRights.h"
 
 /// Base of the tests of smudging.
 class RVGitLFSSmudgeTestCase : public RVGitLFSTestCase {
@@ -37,6 +38,6 @@ protected:
 };
 
 /// Runs the block with a /tmp of its own, or skips the test.
-#define IN_PRIVATE_TEMPORARY_DIRECTORY(...)              \
-    if (!withPrivateTemporaryDirectory([&] __VA_ARGS__)) \
-    GTEST_SKIP() << "nothing can be mounted"
+#define IN_PRIVATE_TEMPORARY_DIRECTORY(...)                                 \
+    RVGIT_TEST_NEEDS_RIGHTS(withPrivateTemporaryDirectory([&] __VA_ARGS__), \
+                            "nothing can be mounted")

@@ -139,6 +139,11 @@ TEST_F(RVGitLFSTrackCommandTest, ALineThatCannotBeReadFailsTheListing) {
     EXPECT_THAT(track(std::nullopt), failsWith(RVGitOutputParserError));
 }
 
+TEST(RVGitLFSTrackCommandNamesTest, TheKeysAreTheirNames) {
+    EXPECT_STREQ(RVGitLFSTrackCommandPattern, "RVGitLFSTrackCommandPattern");
+    EXPECT_STREQ(RVGitLFSTrackCommandAttributeFile, "RVGitLFSTrackCommandAttributeFile");
+}
+
 TEST_F(RVGitLFSTrackCommandTest, NothingTrackedIsAnEmptyList) {
     writeFile("repository/.gitattributes", "");
     const auto listing = track(std::nullopt);

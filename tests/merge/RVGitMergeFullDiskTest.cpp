@@ -23,7 +23,9 @@
 #include "RVGit/merge/RVGitMergeTool.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/merge/RVGitRewritingTestCase.h"
+#include "tests/support/RVErrorMatchers.h"
 #include "tests/support/RVRepositorySnapshot.h"
+#include "tests/support/RVTestRights.h"
 
 namespace fs = std::filesystem;
 
@@ -42,8 +44,8 @@ TEST_F(RVGitMergeFullDiskTest, InAProcessWithMountsOfItsOwn) {
         runProgram({"unshare", "--mount", "--propagation", "private",
                     fs::read_symlink("/proc/self/exe").string(), "--gtest_also_run_disabled_tests",
                     "--gtest_filter=RVGitFullTemporaryDirectoryTest.*"});
-    if (result.standardError.find("unshare") != std::string::npos)
-        GTEST_SKIP() << "no disk can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(result.standardError.find("unshare") == std::string::npos,
+                            "no disk can be mounted");
     EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
     EXPECT_THAT(result.standardOutput, HasSubstr("PASSED  ] 8 tests"));
 }
@@ -77,7 +79,7 @@ protected:
                     ElementsAre("filler"));
     }
     void expectFull(const std::function<bool(RVErrorPlace)>& operation) {
-        EXPECT_EQ(errorOf(operation).code(), ENOSPC);
+        EXPECT_THAT(operation, failsWith(ENOSPC));
         expectNothingDone();
     }
     /// As a state to go back to.

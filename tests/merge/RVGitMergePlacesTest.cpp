@@ -33,11 +33,6 @@ protected:
             EXPECT_EQ(test.gitHere({"status", "--porcelain"}), "");
         }
     }
-    [[nodiscard]] std::int64_t codeOf(const std::function<bool(RVErrorPlace)>& operation) const {
-        std::optional<RVError> error;
-        EXPECT_FALSE(operation(&error));
-        return error ? error->code() : 0;
-    }
 };
 
 TEST_F(RVGitMergePlacesTest, CommitsAreMoved) {
@@ -102,9 +97,8 @@ TEST_F(RVGitMergePlacesTest, ACommitIsEdited) {
 TEST_F(RVGitMergePlacesTest, AGestureThatConflictsIsGivenUp) {
     inEachPlace(*this, [&] {
         const RVRepositorySnapshot before(path());
-        EXPECT_EQ(
-            codeOf([&](RVErrorPlace e) { return manager().deleteRevisions({hash("Two")}, e); }),
-            RVGitRebaseConflictsError);
+        EXPECT_THAT([&](RVErrorPlace e) { return manager().deleteRevisions({hash("Two")}, e); },
+                    failsWith(RVGitRebaseConflictsError));
         EXPECT_EQ(manager().currentMergeMode(), RVGitMergeModeRebase);
         EXPECT_EQ(manager().originalRefName(), refName("topic"));
         EXPECT_TRUE(manager().abortCurrentOperation());
@@ -125,10 +119,11 @@ TEST_F(RVGitMergePlacesTest, AMergeIsForetold) {
         const RVRepositorySnapshot before(path());
         EXPECT_TRUE(manager().canMergeRevision("clean", "main"));
         RVGitMergeManager::MergeTreeEntries conflicts;
-        EXPECT_EQ(codeOf([&](RVErrorPlace e) {
-                      return manager().canMergeRevision("topic", "main", &conflicts, e);
-                  }),
-                  RVGitMergeWillFailDueToConflictsError);
+        EXPECT_THAT(
+            [&](RVErrorPlace e) {
+                return manager().canMergeRevision("topic", "main", &conflicts, e);
+            },
+            failsWith(RVGitMergeWillFailDueToConflictsError));
         ASSERT_EQ(conflicts.size(), 1u);
         EXPECT_TRUE(conflicts.front()->hasConflict());
         EXPECT_EQ(RVRepositorySnapshot(path()).differencesFrom(before), "");

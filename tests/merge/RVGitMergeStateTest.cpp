@@ -18,6 +18,7 @@
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVTestFiles.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace fs = std::filesystem;
@@ -476,8 +477,8 @@ TEST_F(RVGitHostileMergeStateTest, NoReaderWaitsForAPipe) {
 }
 
 TEST_F(RVGitHostileMergeStateTest, NoReaderOpensADevice) {
-    if (mknod(gitFile("test").c_str(), S_IFCHR | 0600, makedev(1, 5)) != 0)
-        GTEST_SKIP() << "devices cannot be made here";
+    RVGIT_TEST_NEEDS_RIGHTS(mknod(gitFile("test").c_str(), S_IFCHR | 0600, makedev(1, 5)) == 0,
+                            "devices cannot be made here");
     fs::remove(gitFile("test"));
     // It would never end.
     forEachStateFile(
@@ -536,8 +537,7 @@ TEST_F(RVGitHostileMergeStateTest, FilesThatMayNotBeReadExistAllTheSame) {
         fs::permissions(gitFile(name), fs::perms::none);
     }
     const RVUnprivilegedUser user(repositoryPath());
-    if (!user.isEffective())
-        GTEST_SKIP() << "nothing is forbidden to this user";
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     EXPECT_EQ(manager_->currentMergeMode(), RVGitMergeModeRebase);
     EXPECT_EQ(manager_->mergeCommitMessage(), std::nullopt);
     EXPECT_EQ(manager_->mergedRevision(), std::nullopt);

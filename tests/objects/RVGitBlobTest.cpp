@@ -1,9 +1,13 @@
 #include "RVGit/objects/RVGitBlob.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "RVGit/base/RVDataBuffer.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
@@ -167,6 +171,22 @@ TEST_F(RVGitBlobTest, ADanglingLinkFailsWith1200) {
     expectUnreadable("link");
 }
 
+TEST_F(RVGitBlobTest, WhatLiesBehindALinkFailsWith1200) {
+    makeDirectory("elsewhere/inner");
+    writeFile("elsewhere/inner/file", "secret");
+    ASSERT_EQ(symlink(scratchPath("elsewhere").c_str(), workingTreePath("dir").c_str()), 0);
+    expectUnreadable("dir/inner/file");
+    expectUnreadable("dir/inner");
+    // A device would be read without end.
+    ASSERT_EQ(symlink("/dev", workingTreePath("devices").c_str()), 0);
+    expectUnreadable("devices/zero");
+}
+
+TEST_F(RVGitBlobTest, WhatIsNoRegularFileFailsWith1200) {
+    ASSERT_EQ(mkfifo(workingTreePath("pipe").c_str(), 0600), 0);
+    expectUnreadable("pipe");
+}
+
 TEST_F(RVGitBlobTest, ADirectoryFailsWith1200) {
     makeDirectory(workingTreePath("directory"));
     expectUnreadable("directory");
@@ -180,8 +200,7 @@ TEST_F(RVGitBlobTest, AMissingFileFailsWith1200) {
 TEST_F(RVGitBlobTest, AnUnreadableFileFailsWith1200) {
     writeFile(workingTreePath("secret"), "secret", 0000);
     const RVUnprivilegedUser user(repositoryPath());
-    if (!user.isEffective())
-        GTEST_SKIP() << "nothing is forbidden to this user";
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     expectUnreadable("secret");
 }
 

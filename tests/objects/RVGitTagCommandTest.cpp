@@ -32,6 +32,16 @@ private:
     RVRecordingGit recorder_ = useRecordingGit();
 };
 
+// git would make an annotated tag of it, and wait for whoever is to write the message.
+TEST_F(RVGitTagCommandTest, NoEditorIsOpenedForATagThatIsToBeSigned) {
+    makeCommit();
+    gitInRepository({"config", "tag.gpgSign", "true"});
+    gitInRepository({"config", "core.editor", "touch " + scratchPath("edited") + ";:"});
+    EXPECT_THAT(createCommand("v1"), failsWith(RVGitRVGitGenericError));
+    EXPECT_FALSE(fileExists("edited"));
+    EXPECT_EQ(gitInRepository({"tag"}), "");
+}
+
 TEST_F(RVGitTagCommandLineTest, CreatesALightweightTag) {
     makeCommit();
     const auto command = createCommand("v1");

@@ -5,6 +5,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVGitRequirement.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
@@ -201,8 +202,7 @@ TEST_F(RVGitCloneCommandTest, IntoAnUnwritableDirectoryFailsAndLeavesItEmpty) {
     const std::string directory = makeDirectory("unwritable");
     std::filesystem::permissions(directory, std::filesystem::perms(0555));
     const RVUnprivilegedUser user(scratchDirectory());
-    if (!user.isEffective())
-        GTEST_SKIP() << "nothing is forbidden to this user";
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     EXPECT_NE(errorOfClone(repositoryPath(), directory).code(), 0);
     EXPECT_NE(errorOfClone(repositoryPath(), directory + "/new").code(), 0);
     EXPECT_TRUE(std::filesystem::is_empty(directory));

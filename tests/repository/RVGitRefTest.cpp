@@ -1,5 +1,7 @@
 #include "RVGit/repository/RVGitRef.h"
 
+#include <filesystem>
+
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/objects/RVGitTag.h"
@@ -406,6 +408,17 @@ TEST_F(RVGitRefTest, AnUnreadableHeadIsTheReadError) {
     ASSERT_NE(error, nullopt);
     EXPECT_EQ(error->domain(), RVPOSIXErrorDomain);
     EXPECT_EQ(error->code(), ENOENT);
+}
+
+TEST_F(RVGitRefTest, AHeadThatIsALinkElsewhereIsNotRead) {
+    const std::string directory = makeDirectory("bare");
+    // It would be read without end.
+    std::filesystem::create_symlink("/dev/zero", directory + "/HEAD");
+    const auto repository = RVGitRepository::bareRepositoryWithGitDirectoryPath(directory);
+    std::optional<RVError> error;
+    EXPECT_EQ(RVGitRef::headRefForRepository(repository, &error), nullptr);
+    ASSERT_NE(error, nullopt);
+    EXPECT_EQ(error->code(), ELOOP);
 }
 
 TEST_F(RVGitRefTest, TheInitialRefIsTheBranchThatHeadNames) {

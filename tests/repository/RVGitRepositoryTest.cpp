@@ -7,6 +7,7 @@
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace {
@@ -207,8 +208,7 @@ TEST_F(RVGitRepositoryTest, ADescriptionThatCannotBeWrittenFailsWith301) {
 TEST_F(RVGitRepositoryTest, ADescriptionWithoutWritePermissionFailsWith301) {
     writeFile(descriptionFile(), "old", 0444);
     const RVUnprivilegedUser user(gitDirectory());
-    if (!user.isEffective())
-        GTEST_SKIP() << "nothing is forbidden to this user";
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     std::optional<RVError> error;
     EXPECT_FALSE(repository()->setDescription("new", &error));
     expectError(error, RVGitDescriptionWriteError, repositoryPath());
@@ -342,6 +342,22 @@ TEST_F(RVGitRepositoryTest, ATreeNamedRelativelyIsFoundFromTheGitDirectory) {
         RVURL::fileURLWithPath(directory));
     ASSERT_TRUE(tree);
     EXPECT_EQ(tree->path(), scratchPath("tree"));
+}
+
+TEST_F(RVGitRepositoryTest, ALinkInThePlaceOfTheFileThatNamesTheTreeIsNotFollowed) {
+    const RVURL url = RVURL::fileURLWithPath(makeDirectory("directory"));
+    writeFile("elsewhere", "/tree/.git\n");
+    // A device would be read without end.
+    for (const std::string target : {"../elsewhere", "/dev/full"}) {
+        std::filesystem::create_symlink(target, scratchPath("directory/gitdir"));
+        EXPECT_EQ(RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url),
+                  std::nullopt)
+            << target;
+        std::filesystem::remove(scratchPath("directory/gitdir"));
+    }
+    writeFile("directory/gitdir", std::string(std::size_t{1} << 20, 'a'));
+    EXPECT_EQ(RVGitRepository::workingTreeDirectoryURLFromAlternateGitDirectoryAtURL(url),
+              std::nullopt);
 }
 
 TEST_F(RVGitRepositoryTest, OneOfTheTwoFilesMakesNoLinkedWorktree) {

@@ -196,13 +196,27 @@ TEST_F(RVGitSubmoduleLoaderTest, WhatIsDirtyIsWhatTheLastDiffSaysWhereTheWholeOn
 
 TEST_F(RVGitSubmoduleLoaderTest, AllStatesAtOnce) {
     RVGIT_TEST_NEEDS_GIT("2.20", "its submodule status stops at the first that is broken");
+    makeLibrary("outer");
+    git({"submodule", "--quiet", "add", scratchPath("library"), "inner"}, "outer");
+    git({"commit", "-q", "-m", "Add"}, "outer");
     addSubmodule("clean");
+    addSubmodule("conflict");
     addSubmodule("deep/ly/nested (x)", "n.a me");
     addSubmodule("dirty");
     addSubmodule("gone");
     addSubmodule("nomapping");
     addSubmodule("uninit (v1)");
+    addSubmodule("untracked");
     addSubmodule("updated");
+    addSubmodule("z by its own", {}, scratchPath("outer"));
+    gitInRepository({"submodule", "--quiet", "update", "--init", "--recursive"});
+    const std::string head = gitLine({"rev-parse", "HEAD"}, "library");
+    std::string stages = "0 " + std::string(40, '0') + "\tconflict\n";
+    for (const char* stage : {"1", "2", "3"})
+        stages += "160000 " + head + " " + stage + "\tconflict\n";
+    git({"update-index", "--index-info"}, repositoryPath(), stages);
+    writeFile("repository/untracked/new", "x");
+    writeFile("repository/z by its own/inner/lib.c", "changed\n");
     gitInRepository({"submodule", "--quiet", "deinit", "-f", "uninit (v1)"});
     gitInRepository({"config", "-f", ".gitmodules", "--remove-section", "submodule.nomapping"});
     fs::remove_all(pathInRepository(".git/modules/gone"));
@@ -210,9 +224,11 @@ TEST_F(RVGitSubmoduleLoaderTest, AllStatesAtOnce) {
     writeFile("repository/updated/lib.c", "changed\n");
     writeFile("repository/dirty/lib.c", "changed\n");
     declareSubmodule("declared", "declared");
-    EXPECT_THAT(summary(), ElementsAre("clean: 1", "deep/ly/nested (x): 1", "dirty: 1", "gone: 6",
-                                       "nomapping: 5", "uninit (v1): 2", "updated: 3 dirty",
-                                       "updated: 3 dirty", "declared: 7"));
+    // What the last diff says is all that is dirty then.
+    EXPECT_THAT(summary(), ElementsAre("clean: 1", "conflict: 4", "deep/ly/nested (x): 1",
+                                       "dirty: 1", "gone: 6", "nomapping: 5", "uninit (v1): 2",
+                                       "untracked: 1", "updated: 3", "z by its own: 1 dirty",
+                                       "z by its own: 1 dirty", "declared: 7"));
 }
 
 TEST_F(RVGitSubmoduleLoaderTest, APathInBracketsIsNoDescribe) {
@@ -339,6 +355,25 @@ TEST_F(RVGitSubmoduleLoaderTest, AnUnknownFailureOfOnePathEndsTheList) {
                               .exitCode = 1});
     EXPECT_EQ(loader().allSubmodules(&error), std::nullopt);
     EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+}
+
+TEST_F(RVGitSubmoduleLoaderTest, AnUnknownFailureOfOneDiffEndsTheList) {
+    addSubmodule("a");
+    const std::string path =
+        writeFile("failing-git",
+                  "#!/bin/sh\ncase \" $* \" in *' diff '*)\n"
+                  "if [ -e \"$ASKED\" ]; then echo 'fatal: something else' >&2; "
+                  "exit 1; fi\n: > \"$ASKED\"\n"
+                  "echo 'fatal: Not a git repository' >&2; exit 128;; esac\n"
+                  "exec \"$REAL\" \"$@\"\n",
+                  0755);
+    setEnvironmentVariable("ASKED", scratchPath("asked"));
+    setEnvironmentVariable("REAL", gitPath());
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    EXPECT_EQ(loader().allSubmodules(&error), std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_TRUE(fileExists("asked"));
 }
 
 TEST_F(RVGitSubmoduleLoaderTest, ACrashOfGitForOnePathIsUninitialized) {

@@ -2,12 +2,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -15,7 +11,7 @@
 #include "RVGit/submodules/RVGitSubmoduleManager.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
 #include "tests/support/RVGitRequirement.h"
-#include "tests/support/RVUnprivilegedUser.h"
+#include "tests/support/RVTestRights.h"
 
 namespace fs = std::filesystem;
 
@@ -23,7 +19,6 @@ namespace {
 
 using testing::_;
 using testing::Contains;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Key;
 using testing::Not;
@@ -38,8 +33,6 @@ protected:
         const std::string& path = "lib", const std::string& name = "name") const {
         return placesOf(path, name);
     }
-    void lock(const std::string& file) { writeFile("repository/" + file + ".lock", ""); }
-    void unlock(const std::string& file) { fs::remove(pathInRepository(file + ".lock")); }
     [[nodiscard]] std::string section(const std::string& file) const {
         return readFile("repository/" + file);
     }
@@ -185,41 +178,7 @@ TEST_F(RVGitSubmoduleManagerStepsTest, RenamingWithALockedConfiguration) {
 
 // Missing permissions.
 
-class RVGitSubmodulePermissionsTest : public RVGitSubmoduleManagerStepsTest {
-protected:
-    static constexpr uid_t nobody = 65534;
-
-    /// All that a test has made belongs to the other user, but for the directory.
-    void protectDirectory(const std::string& path) {
-        gitInRepository({"config", "--global", "--replace-all", "safe.directory", "*"});
-        for (const auto& entry : fs::recursive_directory_iterator(scratchDirectory()))
-            if (::lchown(entry.path().c_str(), nobody, nobody) != 0 && ::geteuid() == 0)
-                ADD_FAILURE() << entry.path();
-        if (::geteuid() == 0) {
-            EXPECT_EQ(::chown(pathInRepository(path).c_str(), 0, 0), 0);
-        }
-        fs::permissions(pathInRepository(path), fs::perms(0555));
-        protected_ = path;
-        user_.emplace(scratchDirectory());
-    }
-    void unprotect() {
-        user_.reset();
-        if (::geteuid() == 0) {
-            EXPECT_EQ(::chown(pathInRepository(protected_).c_str(), nobody, nobody), 0);
-        }
-        fs::permissions(pathInRepository(protected_), fs::perms(0755));
-        user_.emplace(scratchDirectory());
-    }
-    void TearDown() override {
-        user_.reset();
-        if (existsInRepository(protected_))
-            fs::permissions(pathInRepository(protected_), fs::perms(0755));
-    }
-
-private:
-    std::optional<RVUnprivilegedUser> user_;
-    std::string protected_;
-};
+class RVGitSubmodulePermissionsTest : public RVGitSubmoduleManagerStepsTest {};
 
 TEST_F(RVGitSubmodulePermissionsTest, RemovingAWorkingTreeThatMayNotBeRemoved) {
     protectDirectory("lib");
@@ -279,30 +238,12 @@ TEST_F(RVGitSubmodulePermissionsTest, RenamingWithALinkThatMayNotBeWritten) {
 
 // A full disk. It can only be had in a process with mounts of its own.
 
-class RVGitSubmoduleFullDiskTest : public RVGitSubmoduleManagerStepsTest {
-protected:
-    void fillDisk() {
-        std::ofstream filler(scratchPath("filler"), std::ios::binary);
-        const std::string block(4096, 'x');
-        while (filler.write(block.data(), static_cast<std::streamsize>(block.size())).flush()) {
-        }
-    }
-    void makeRoom() { fs::remove(scratchPath("filler")); }
-};
+class RVGitSubmoduleFullDiskTest : public RVGitSubmoduleManagerStepsTest {};
 
 TEST_F(RVGitSubmoduleManagerStepsTest, AFullDisk) {
-    const std::string disk = makeDirectory("disk");
-    const std::string script = "mount -t tmpfs -o size=6m tmpfs " + disk +
-                               " || exit 77; TMPDIR=" + disk +
-                               " exec \"$0\" --gtest_also_run_disabled_tests"
-                               " --gtest_filter='RVGitSubmoduleFullDiskTest.*'";
-    const auto result = runProgram(
-        {"unshare", "--mount", "sh", "-c", script, fs::read_symlink("/proc/self/exe").string()});
-    if (result.exitCode == 77 || result.standardError.find("unshare") != std::string::npos)
-        GTEST_SKIP() << "no disk can be mounted";
-    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
-    EXPECT_THAT(result.standardOutput,
-                HasSubstr(isTestedGitAtLeast("2.34") ? "PASSED  ] 4 tests" : "PASSED  ] 3 tests"));
+    const auto numberOfTests = runOnSmallDisk("RVGitSubmoduleFullDiskTest.*");
+    RVGIT_TEST_NEEDS_RIGHTS(numberOfTests, "no disk can be mounted");
+    EXPECT_EQ(numberOfTests, isTestedGitAtLeast("2.34") ? 4 : 3);
 }
 
 TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_ListingFailsBeforeTheFirstStep) {

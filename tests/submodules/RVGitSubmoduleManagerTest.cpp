@@ -168,6 +168,27 @@ TEST_F(RVGitSubmoduleManagerTest, ADirtyOneIsNotRemovedAndNothingIsTouched) {
     EXPECT_FALSE(existsInRepository("lib"));
 }
 
+TEST_F(RVGitSubmoduleManagerTest, ChangesThatTheListDoesNotShowAreNotLost) {
+    addSubmodule("gone");
+    addSubmodule("lib");
+    addSubmodule("z");
+    const auto refuses = [&] {
+        const auto before = filesBelow(repositoryPath());
+        EXPECT_FALSE(submoduleAt("lib")->isDirty());
+        EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 0, &error),
+                               RVGitRemoveSubmoduleWithLocalModificationsError));
+        EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
+    };
+    writeFile("repository/lib/lib.c", "changed\n");
+    gitInRepository({"config", "submodule.lib.ignore", "all"});
+    refuses();
+    gitInRepository({"config", "--unset", "submodule.lib.ignore"});
+    fs::remove_all(pathInRepository(".git/modules/gone"));
+    refuses();
+    gitAt("lib", {"commit", "-q", "-a", "-m", "Keep"});
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("lib", 0, &error)));
+}
+
 TEST_F(RVGitSubmoduleManagerTest, UntrackedFilesAloneDoNotProtectIt) {
     RVGIT_TEST_NEEDS_GIT("2.31", "it calls a submodule with untracked files dirty");
     addSubmodule("lib");
@@ -436,6 +457,66 @@ TEST_F(RVGitSubmoduleManagerTest, RenamesToANameOfAnyDepthAndKeepsBothLinksRight
     EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName(name, "last", &error)));
     gitInRepository({"submodule", "--quiet", "update", "--init"});
     EXPECT_EQ(submoduleAt("libs/a")->status(), RVGitSubmoduleStatusClean);
+}
+
+TEST_F(RVGitSubmoduleManagerTest, RenamesAndRelocatesOneWithSubmodulesInIt) {
+    const auto addInner = [&](const std::string& outer, const std::string& inner,
+                              const std::string& path) {
+        makeLibrary(outer);
+        git({"submodule", "--quiet", "add", scratchPath(inner), path}, outer);
+        git({"commit", "-q", "-m", "Add"}, outer);
+    };
+    addInner("middle", "library", "deep/est");
+    addInner("outer", "middle", "in ner");
+    addSubmodule("a/outer", "outer/name", scratchPath("outer"));
+    gitInRepository({"submodule", "--quiet", "update", "--init", "--recursive"});
+    const auto stateOfAll = [&] {
+        return gitInRepository({"submodule", "--quiet", "foreach", "--recursive",
+                                "git rev-parse --show-toplevel; git status --short"});
+    };
+    const auto expected = [&](const std::string& path) {
+        const std::string outer = pathInRepository(path);
+        return outer + "\n" + outer + "/in ner\n" + outer + "/in ner/deep/est";
+    };
+    EXPECT_EQ(stateOfAll(), expected("a/outer"));
+    EXPECT_TRUE(succeeded(manager().relocateSubmoduleWithPath("a/outer", "x", &error)));
+    EXPECT_EQ(stateOfAll(), expected("x"));
+    std::string name = "outer/name";
+    for (const std::string next : {"short", "of/an/other"}) {
+        SCOPED_TRACE(next);
+        EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName(name, next, &error)));
+        EXPECT_EQ(stateOfAll(), expected("x"));
+        name = next;
+    }
+    EXPECT_EQ(submoduleAt("x")->status(), RVGitSubmoduleStatusClean);
+    EXPECT_FALSE(submoduleAt("x")->isDirty());
+
+    // The same call again goes on where one of the links could not be written.
+    const std::string inner = ".git/modules/of/an/other/modules/in ner/modules/deep/est/config";
+    writeFile("repository/" + inner + ".lock", "");
+    EXPECT_FALSE(manager().renameSubmoduleKeepingLinksWithName(name, "last", &error));
+    EXPECT_TRUE(error);
+    fs::remove(pathInRepository(".git/modules/last/modules/in ner/modules/deep/est/config.lock"));
+    EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName(name, "last", &error)));
+    EXPECT_EQ(stateOfAll(), expected("x"));
+}
+
+TEST_F(RVGitSubmoduleManagerTest, LinksOfOtherPlacesAreLeftByARename) {
+    makeLibrary("middle");
+    git({"submodule", "--quiet", "add", scratchPath("library"), "inner"}, "middle");
+    git({"commit", "-q", "-m", "Add"}, "middle");
+    addSubmodule("lib", {}, scratchPath("middle"));
+    gitInRepository({"submodule", "--quiet", "update", "--init", "--recursive"});
+    // A working tree elsewhere, which refers to the git directory, too.
+    const std::string config = pathInRepository(".git/modules/lib/modules/inner/config");
+    writeFile("elsewhere/.git", "gitdir: " + pathInRepository(".git/modules/lib/modules/inner"));
+    git({"config", "-f", config, "core.worktree", scratchPath("elsewhere")});
+    EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName("lib", "new", &error)));
+    EXPECT_EQ(readFile("elsewhere/.git"),
+              "gitdir: " + pathInRepository(".git/modules/lib/modules/inner"));
+    EXPECT_EQ(gitLine({"config", "-f", pathInRepository(".git/modules/new/modules/inner/config"),
+                       "core.worktree"}),
+              scratchPath("elsewhere"));
 }
 
 TEST_F(RVGitSubmoduleManagerTest, RenamesOneWithoutAGitDirectory) {

@@ -1,6 +1,9 @@
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
 
+#include <unistd.h>
+
 #include <filesystem>
+#include <fstream>
 
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
@@ -149,4 +152,73 @@ testing::AssertionResult RVGitSubmoduleTestCase::succeeded(bool result) const {
                 failure << "\n  " << key << ": " << *value.string();
     }
     return failure;
+}
+
+RVGitSubmoduleTestCase::~RVGitSubmoduleTestCase() {
+    user_.reset();
+    std::error_code ignored;
+    if (!protected_.empty())
+        fs::permissions(pathInRepository(protected_), fs::perms(0755), ignored);
+}
+
+void RVGitSubmoduleTestCase::unlock(const std::string& file) const {
+    fs::remove_all(pathInRepository(file + ".lock"));
+}
+
+void RVGitSubmoduleTestCase::protectDirectory(const std::string& path) {
+    user_.reset();
+    gitInRepository({"config", "--global", "--replace-all", "safe.directory", "*"});
+    for (const auto& entry : fs::recursive_directory_iterator(scratchDirectory()))
+        if (::lchown(entry.path().c_str(), RVUnprivilegedUser::nobody,
+                     RVUnprivilegedUser::nobody) != 0 &&
+            ::geteuid() == 0)
+            ADD_FAILURE() << entry.path();
+    if (::geteuid() == 0) {
+        EXPECT_EQ(::chown(pathInRepository(path).c_str(), 0, 0), 0);
+    }
+    fs::permissions(pathInRepository(path), fs::perms(0555));
+    protected_ = path;
+    user_.emplace(scratchDirectory());
+}
+
+void RVGitSubmoduleTestCase::unprotect() {
+    user_.reset();
+    if (::geteuid() == 0) {
+        EXPECT_EQ(::chown(pathInRepository(protected_).c_str(), RVUnprivilegedUser::nobody,
+                          RVUnprivilegedUser::nobody),
+                  0);
+    }
+    fs::permissions(pathInRepository(protected_), fs::perms(0755));
+    user_.emplace(scratchDirectory());
+}
+
+void RVGitSubmoduleTestCase::fillDisk(std::size_t bytesLeft) const {
+    std::ofstream filler(scratchPath("filler"), std::ios::binary);
+    const std::string block(4096, 'x');
+    while (filler.write(block.data(), static_cast<std::streamsize>(block.size())).flush()) {
+    }
+    filler.close();
+    const auto size = fs::file_size(scratchPath("filler"));
+    fs::resize_file(scratchPath("filler"), size - std::min<std::uintmax_t>(size, bytesLeft));
+}
+
+void RVGitSubmoduleTestCase::makeRoom() const {
+    fs::remove(scratchPath("filler"));
+}
+
+std::optional<int> RVGitSubmoduleTestCase::runOnSmallDisk(const std::string& filter) const {
+    const std::string disk = makeDirectory("disk");
+    const std::string script =
+        "mount -t tmpfs -o size=6m tmpfs " + disk + " || exit 77; TMPDIR=" + disk +
+        " exec \"$0\" --gtest_also_run_disabled_tests --gtest_filter='" + filter + "'";
+    const auto result = runProgram(
+        {"unshare", "--mount", "sh", "-c", script, fs::read_symlink("/proc/self/exe").string()});
+    if (result.exitCode == 77 || result.standardError.find("unshare") != std::string::npos)
+        return std::nullopt;
+    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
+    const std::string passed = "PASSED  ] ";
+    const std::size_t place = result.standardOutput.find(passed);
+    return place == std::string::npos
+               ? 0
+               : std::atoi(result.standardOutput.c_str() + place + passed.size());
 }

@@ -8,6 +8,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVUnprivilegedUser.h"
 
 class RVGitSubmodule;
 class RVGitSubmoduleLoader;
@@ -17,6 +18,7 @@ class RVGitSubmoduleManager;
 class RVGitSubmoduleTestCase : public RVGitRepositoryTestCase {
 protected:
     RVGitSubmoduleTestCase();
+    ~RVGitSubmoduleTestCase() override;
 
     /// A repository of that name beside the superproject, with one commit; returns its path.
     std::string makeLibrary(std::string_view name = "library") const;
@@ -61,7 +63,26 @@ protected:
     [[nodiscard]] testing::AssertionResult failedWith(bool result, std::int64_t code) const;
     [[nodiscard]] testing::AssertionResult succeeded(bool result) const;
 
+    // What makes a step fail.
+
+    /// Holds git's lock on a file of the superproject.
+    void lock(const std::string& file) const { writeFile("repository/" + file + ".lock", ""); }
+    void unlock(const std::string& file) const;
+    /// Goes on as a user to whom all that the test has made belongs, but for that directory of the
+    /// superproject, which he may not write in.
+    void protectDirectory(const std::string& path);
+    void unprotect();
+    /// Leaves so many bytes free, or none, on a small disk.
+    void fillDisk(std::size_t bytesLeft = 0) const;
+    void makeRoom() const;
+    /// Runs disabled tests of this program in a process whose temporary directory is a disk of six
+    /// megabytes. How many there were, all of which have passed; absent where no disk can be
+    /// mounted.
+    [[nodiscard]] std::optional<int> runOnSmallDisk(const std::string& filter) const;
+
 private:
     std::shared_ptr<RVGitSubmoduleManager> manager_;
     std::shared_ptr<RVGitSubmoduleLoader> loader_;
+    std::optional<RVUnprivilegedUser> user_;
+    std::string protected_;
 };

@@ -29,6 +29,7 @@ constexpr const char* allowedVariables[] = {
     "RVGIT_TEST_HISTORY",
     "RVGIT_TEST_LONG_LISTS",
     "RVGIT_TEST_ROUNDS",
+    "RVGIT_TEST_EXPECT_RIGHTS",
     "RVGIT_TEST_REF_FORMAT",
 };
 

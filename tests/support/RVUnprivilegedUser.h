@@ -9,6 +9,8 @@
 /// Another user than root, to whom something is forbidden, while it lives.
 class RVUnprivilegedUser {
 public:
+    static constexpr uid_t nobody = 65534;
+
     /// The directory of the test is opened to that user.
     explicit RVUnprivilegedUser(const std::string& directory) {
         if (!wasRoot_)
@@ -18,11 +20,12 @@ public:
              path = path.parent_path())
             std::filesystem::permissions(path, std::filesystem::perms(0055),
                                          std::filesystem::perm_options::add);
-        changed_ = ::seteuid(nobody) == 0;
+        // The real one, too: a shell would go back to it.
+        changed_ = ::setresuid(nobody, nobody, 0) == 0;
     }
     ~RVUnprivilegedUser() {
         if (changed_)
-            (void)!::seteuid(0);
+            (void)!::setresuid(0, 0, 0);
     }
     RVUnprivilegedUser(const RVUnprivilegedUser&) = delete;
     RVUnprivilegedUser& operator=(const RVUnprivilegedUser&) = delete;
@@ -30,7 +33,6 @@ public:
     [[nodiscard]] bool isEffective() const { return !wasRoot_ || changed_; }
 
 private:
-    static constexpr uid_t nobody = 65534;
     bool wasRoot_ = ::geteuid() == 0;
     bool changed_ = false;
 };

@@ -24,6 +24,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Optional;
 using testing::UnorderedElementsAre;
 
 /// svnserve for the repositories below a directory.
@@ -75,6 +76,12 @@ protected:
         writeFile("import/trunk/file", "one\n");
         makeDirectory("import/branches");
         makeDirectory("import/tags");
+        import("import");
+    }
+    void makeTwoTrunks() const {
+        writeFile("import/one/file", "one\n");
+        writeFile("import/two/file", "two\n");
+        writeFile("import/lines/x/file", "three\n");
         import("import");
     }
     [[nodiscard]] std::shared_ptr<RVGitRepository> repositoryAt(const std::string& name) const {
@@ -144,6 +151,15 @@ TEST_F(RVGitSVNBridgeTest, AStandardLayoutIsClonedFetchedCommittedToBranchedAndT
         succeeds(RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository, remote)));
     EXPECT_EQ(fileInSubversion("trunk/new"), "three\n");
 
+    // Up to a revision.
+    commitFile("clone", "first", "1\n", "First\n");
+    commitFile("clone", "second", "2\n", "Second\n");
+    ASSERT_TRUE(succeeds(
+        RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository, remote, "HEAD~1")));
+    EXPECT_EQ(fileInSubversion("trunk/first"), "1\n");
+    EXPECT_EQ(fileInSubversion("trunk/second"), "");
+    git({"reset", "-q", "--hard", "refs/remotes/svn/trunk"}, "clone");
+
     const auto branch = RVGitSVNBranchCommand::gitSVNBranchCommandWithRepository(
         repository, remote, "topic", std::nullopt);
     branch->setMessage("-Branch \u00e9");
@@ -183,25 +199,106 @@ TEST_F(RVGitSVNBridgeTest, OtherDirectoriesAreCloned) {
     EXPECT_EQ(readFile("clone/file"), "one\n");
 }
 
-TEST_F(RVGitSVNBridgeTest, ARemoteWithSeveralTrunksIsMadeAndFetched) {
-    writeFile("import/one/file", "one\n");
-    writeFile("import/two/file", "two\n");
-    writeFile("import/lines/x/file", "three\n");
-    import("import");
+TEST_F(RVGitSVNBridgeTest, OfSeveralTrunksACloneTakesTheLast) {
+    makeTwoTrunks();
+    (void)clone({{RVGitSVNOptionTrunkDirectories, RVValue::StringList{"one", "two"}}});
+    EXPECT_THAT(refs(), ElementsAre("refs/remotes/svn/trunk"));
+    EXPECT_EQ(readFile("clone/file"), "two\n");
+}
+
+TEST_F(RVGitSVNBridgeTest, ARemoteWithSeveralTrunksGoesThroughItsWholeLife) {
+    makeTwoTrunks();
     initRepository("clone");
     const auto repository = repositoryAt("clone");
-    const auto remote = RVGitRemote::createSVNRemoteWithName(
+    auto remote = RVGitRemote::createSVNRemoteWithName(
         "vendor", url_, repository,
         RVOptions{{RVGitSVNOptionTrunkDirectories, RVValue::StringList{"one", "two"}},
                   {RVGitSVNOptionBranchesDirectories, RVValue::StringList{"lines"}}});
     ASSERT_TRUE(remote);
-    EXPECT_EQ(remote->SVNPrefix(), "vendor");
-    ASSERT_TRUE(
-        succeeds(RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote)));
+    const auto fetch = [&] {
+        return succeeds(RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote));
+    };
+    ASSERT_TRUE(fetch());
     EXPECT_THAT(refs(), UnorderedElementsAre("refs/remotes/vendor/one", "refs/remotes/vendor/two",
                                              "refs/remotes/vendor/x"));
-    EXPECT_TRUE(RVGitRemote::deleteRemoteWithName("vendor", repository));
-    EXPECT_FALSE(RVGitRemote::remoteForName("vendor", repository));
+
+    // Listed, beside a plain remote.
+    git({"remote", "add", "origin", "x"}, "clone");
+    const auto remotes = RVGitRemote::allRemotesForRepository(repository);
+    ASSERT_TRUE(remotes);
+    ASSERT_EQ(remotes->size(), 2U);
+    remote = RVGitRemote::remoteForName("vendor", repository);
+    ASSERT_TRUE(remote);
+    EXPECT_TRUE(remote->isSVNRemote());
+    EXPECT_EQ(remote->SVNPrefix(), "vendor");
+    EXPECT_TRUE(remote->SVNUUID());
+    EXPECT_THAT(remote->SVNTrunkRefSpecs(), Optional(ElementsAre("one:refs/remotes/vendor/one",
+                                                                 "two:refs/remotes/vendor/two")));
+
+    // A branch on each trunk goes back to where it came from.
+    for (const std::string trunk : {"one", "two"}) {
+        git({"checkout", "-q", "-B", trunk, "refs/remotes/vendor/" + trunk}, "clone");
+        commitFile("clone", "new", "on " + trunk + "\n", "New\n");
+        ASSERT_TRUE(
+            succeeds(RVGitSVNRebaseCommand::gitSVNRebaseCommandWithRepository(repository, remote)));
+        ASSERT_TRUE(succeeds(
+            RVGitSVNDCommitCommand::gitSVNDCommitCommandWithRepository(repository, remote)));
+    }
+    EXPECT_EQ(fileInSubversion("one/new"), "on one\n");
+    EXPECT_EQ(fileInSubversion("two/new"), "on two\n");
+
+    // A third one, which is a branch in Subversion's eyes.
+    auto refSpecs = *remote->SVNTrunkRefSpecs();
+    refSpecs.push_back("lines/x:refs/remotes/vendor/third");
+    ASSERT_TRUE(RVGitRemote::setSVNTrunkRefSpecs(refSpecs, "vendor", repository));
+    ASSERT_TRUE(fetch());
+    EXPECT_EQ(git({"show", "refs/remotes/vendor/third:file"}, "clone"), "three\n");
+
+    ASSERT_TRUE(RVGitRemote::renameRemoteWithName("vendor", "upstream", repository));
+    remote = RVGitRemote::remoteForName("upstream", repository);
+    ASSERT_TRUE(remote);
+    EXPECT_EQ(remote->SVNPrefix(), "upstream");
+    EXPECT_EQ(remote->SVNTrunkRefSpecs()->size(), 3U);
+    commitToSubversion("one/file", "more of one\n");
+    commitToSubversion("two/file", "more of two\n");
+    ASSERT_TRUE(fetch());
+    EXPECT_THAT(refs(),
+                UnorderedElementsAre("refs/remotes/upstream/one", "refs/remotes/upstream/two",
+                                     "refs/remotes/upstream/third", "refs/remotes/upstream/x"));
+    EXPECT_EQ(git({"show", "refs/remotes/upstream/one:file"}, "clone"), "more of one\n");
+    EXPECT_EQ(git({"show", "refs/remotes/upstream/two:file"}, "clone"), "more of two\n");
+    EXPECT_EQ(git({"rev-list", "--count", "refs/remotes/upstream/one"}, "clone"), "3\n");
+
+    EXPECT_TRUE(RVGitRemote::deleteRemoteWithName("upstream", repository));
+    EXPECT_FALSE(RVGitRemote::remoteForName("upstream", repository));
+    EXPECT_TRUE(RVGitRemote::remoteForName("origin", repository));
+    EXPECT_EQ(readFile("clone/.git/svn/.metadata").find("svn-remote"), std::string::npos);
+    // Of a Subversion remote the refs stay.
+    EXPECT_EQ(refs().size(), 4U);
+}
+
+TEST_F(RVGitSVNBridgeTest, TwoRemotesOfOneRepositoryAreKeptApart) {
+    makeTwoTrunks();
+    initRepository("clone");
+    const auto repository = repositoryAt("clone");
+    for (const std::string name : {"one", "two"}) {
+        const auto remote = RVGitRemote::createSVNRemoteWithName(
+            name, url_, repository,
+            RVOptions{{RVGitSVNOptionTrunkDirectories, RVValue::StringList{name}}});
+        ASSERT_TRUE(remote);
+        ASSERT_TRUE(
+            succeeds(RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote)));
+    }
+    ASSERT_TRUE(RVGitRemote::renameRemoteWithName("one", "first", repository));
+    EXPECT_THAT(refs(), ElementsAre("refs/remotes/first/one", "refs/remotes/two/two"));
+    ASSERT_TRUE(RVGitRemote::deleteRemoteWithName("first", repository));
+    const auto remote = RVGitRemote::remoteForName("two", repository);
+    ASSERT_TRUE(remote);
+    EXPECT_TRUE(remote->SVNUUID());
+    commitToSubversion("two/file", "more\n");
+    ASSERT_TRUE(
+        succeeds(RVGitSVNFetchCommand::gitSVNFetchCommandWithRepository(repository, remote)));
+    EXPECT_EQ(git({"show", "refs/remotes/two/two:file"}, "clone"), "more\n");
 }
 
 TEST_F(RVGitSVNBridgeTest, ARebaseEndsInAConflictAndCanBeAborted) {

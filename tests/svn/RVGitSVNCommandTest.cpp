@@ -151,6 +151,17 @@ TEST_F(RVGitSVNCommandTest, NamesThatAreOptionsNeverReachGit) {
                                                                       "--parents"));
 }
 
+TEST_F(RVGitSVNCommandTest, KeysOfOptionsAreTheirNames) {
+    EXPECT_STREQ(RVGitSVNOptionStandardDirectoryLayout, "RVGitSVNOptionStandardDirectoryLayout");
+    EXPECT_STREQ(RVGitSVNOptionTrunkDirectories, "RVGitSVNOptionTrunkDirectories");
+    EXPECT_STREQ(RVGitSVNOptionBranchesDirectories, "RVGitSVNOptionBranchesDirectories");
+    EXPECT_STREQ(RVGitSVNOptionTagsDirectories, "RVGitSVNOptionTagsDirectories");
+    // A name without behaviour.
+    const auto recorder = useRecordingGit();
+    RVGitSVNShowIgnoreCommand command(repository());
+    EXPECT_THAT(argumentsOf(recorder, command), testing::IsEmpty());
+}
+
 TEST_F(RVGitSVNCommandTest, EachRowHasItsCode) {
     auto fake = useFakeGit();
     const auto codeFor = [&](const std::string& text, int exitCode) {

@@ -134,6 +134,19 @@ TEST_F(RVGitSVNRemoteTest, TheMetadataGoesOverTheConfiguration) {
     EXPECT_FALSE(RVGitRemote::SVNRemoteForUUID("22B06DE0", repository()));
 }
 
+TEST_F(RVGitSVNRemoteTest, AFailureOfTheMetadataIsIgnoredAndOneOfTheConfigurationIsNot) {
+    ASSERT_TRUE(create("svn", standardLayout()));
+    writeFile("repository/.git/svn/.metadata", "[broken\n");
+    std::optional<RVError> error;
+    const auto options = RVGitRemote::SVNRemoteConfigOptionsForRepository(repository(), &error);
+    ASSERT_TRUE(options);
+    EXPECT_TRUE(options->contains("svn"));
+    EXPECT_EQ(remote("svn")->SVNUUID(), std::nullopt);
+    writeFile("repository/.git/config", "[broken\n");
+    EXPECT_FALSE(RVGitRemote::SVNRemoteConfigOptionsForRepository(repository(), &error));
+    EXPECT_TRUE(error);
+}
+
 TEST_F(RVGitSVNRemoteTest, ThePrefixIsThatOfAllTrunks) {
     const auto prefixFor = [this](const Texts& refSpecs) {
         const auto made = RVGitRemote::SVNRemoteWithRepository(repository(), "svn", "", "", {});

@@ -17,6 +17,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVDamagedOutput.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVTestRights.h"
 #include "tests/support/RVUnprivilegedUser.h"
 
 namespace fs = std::filesystem;
@@ -366,8 +367,7 @@ TEST_F(RVGitIgnoresTest, AReadOnlyFileFailsWith401) {
     writeFile(path, "old\n", 0444);
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         EXPECT_THAT(ignores->readIgnorePatterns(), Optional(ElementsAre("old")));
         expectUnwritable();
         EXPECT_FALSE(ignores->addIgnorePattern("a"));
@@ -381,8 +381,7 @@ TEST_F(RVGitIgnoresTest, AReadOnlyDirectoryFailsWith401OnlyForANewFile) {
     fs::permissions(repositoryPath(), fs::perms(0555));
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         expectUnwritable();
         EXPECT_FALSE(
             RVGitIgnores(repository(), repositoryPath() + "/new/.gitignore").addIgnorePattern("a"));
@@ -403,8 +402,7 @@ TEST_F(RVGitIgnoresTest, AFileThatCannotBeReadCanBeReplaced) {
     writeFile(path, "old\n", 0222);
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         EXPECT_TRUE(ignores->writeIgnorePatterns({"new"}));
     }
     fs::permissions(path, fs::perms(0644));
@@ -415,8 +413,7 @@ TEST_F(RVGitIgnoresTest, AnUnreadableFileFailsWith400) {
     writeFile(path, "old\n", 0222);
     {
         const RVUnprivilegedUser user(repositoryPath());
-        if (!user.isEffective())
-            GTEST_SKIP() << "nothing is forbidden to this user";
+        RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
         expectUnreadable();
     }
     fs::permissions(path, fs::perms(0644));
@@ -434,12 +431,31 @@ TEST_F(RVGitIgnoresTest, TheFileKeepsItsIdentityAndPermissions) {
     EXPECT_EQ(readFile("other"), "a\n");
 }
 
-TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALink) {
+TEST_F(RVGitIgnoresTest, NothingIsReadOrWrittenThroughALink) {
     writeFile("shared", "a\n", 0600);
     fs::create_symlink("../shared", path);
+    expectUnreadable();
     expectUnwritable();
     EXPECT_TRUE(fs::is_symlink(path));
     EXPECT_EQ(readFile("shared"), "a\n");
+}
+
+TEST_F(RVGitIgnoresTest, AFileOfTheCallersOwnIsReadThroughALink) {
+    writeFile("shared", "a\n");
+    fs::create_symlink("shared", scratchPath("own"));
+    EXPECT_THAT(RVGitIgnores(repository(), scratchPath("own")).readIgnorePatterns(),
+                Optional(ElementsAre("a")));
+}
+
+TEST_F(RVGitIgnoresTest, TheGitDirectoryItselfMayBeALink) {
+    const std::string tree = makeDirectory("tree");
+    fs::create_symlink(repositoryPath() + "/.git", tree + "/.git");
+    const auto other =
+        RVGitRepository::repositoryWithWorkingTreeDirectoryPath(tree, tree + "/.git");
+    const auto excludes = RVGitIgnores::ignoresWithExcludeFileForRepository(other);
+    EXPECT_TRUE(excludes->setIgnorePatterns({"a"}));
+    EXPECT_THAT(excludes->readIgnorePatterns(), Optional(ElementsAre("a")));
+    EXPECT_EQ(readFile("repository/.git/info/exclude"), "a\n");
 }
 
 TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughADanglingLink) {
@@ -448,6 +464,17 @@ TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughADanglingLink) {
     expectUnwritable();
     EXPECT_TRUE(fs::is_symlink(path));
     EXPECT_FALSE(fileExists("shared"));
+}
+
+TEST_F(RVGitIgnoresTest, NothingIsReadThroughALinkOnTheWay) {
+    makeDirectory("elsewhere");
+    writeFile("elsewhere/.gitignore", "secret\n");
+    fs::create_symlink("../elsewhere", repositoryPath() + "/link");
+    std::optional<RVError> error;
+    EXPECT_EQ(RVGitIgnores(repository(), repositoryPath() + "/link/.gitignore")
+                  .readIgnorePatterns(&error),
+              std::nullopt);
+    EXPECT_EQ(error.value().code(), RVGitIgnoresReadError);
 }
 
 TEST_F(RVGitIgnoresTest, NothingIsWrittenThroughALinkOnTheWay) {
@@ -516,8 +543,7 @@ TEST_F(RVGitIgnoresTest, AFullDiskFailsWith401AndKeepsTheOldContents) {
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     ASSERT_TRUE(WIFEXITED(status)) << "killed by signal " << WTERMSIG(status);
-    if (WEXITSTATUS(status) == NotMounted)
-        GTEST_SKIP() << "no disk can be mounted";
+    RVGIT_TEST_NEEDS_RIGHTS(WEXITSTATUS(status) != NotMounted, "no disk can be mounted");
     EXPECT_EQ(WEXITSTATUS(status), Kept);
 }
 

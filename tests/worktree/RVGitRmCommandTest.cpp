@@ -2,38 +2,39 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
 
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
+#include "tests/support/RVTestRights.h"
+#include "tests/support/RVUnprivilegedUser.h"
 #include "tests/worktree/RVGitFlagTestCase.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using testing::ElementsAre;
 
 class RVGitRmCommandTest : public RVGitFlagTestCase {
 protected:
-    void TearDown() override {
-        if (!immutablePath_.empty()) {
-            EXPECT_EQ(runProgram({"chattr", "-i", immutablePath_}).exitCode, 0);
-        }
-    }
-
-    /// Until the test ends, so that the scratch directory can be deleted. False where the file
-    /// system or the privileges do not allow it.
-    [[nodiscard]] bool makeImmutable(const std::string& path) {
-        if (runProgram({"chattr", "+i", path}).exitCode != 0)
-            return false;
-        immutablePath_ = path;
-        return true;
+    /// What the other user may change, but not remove: a file of root's in a directory in which
+    /// everyone may remove what is his own.
+    void protectFilesInRepository() const {
+        git({"config", "--global", "--replace-all", "safe.directory", "*"});
+        for (const auto& entry : fs::recursive_directory_iterator(repositoryPath() + "/.git"))
+            EXPECT_EQ(::lchown(entry.path().c_str(), RVUnprivilegedUser::nobody, gid_t(-1)), 0);
+        EXPECT_EQ(
+            ::lchown((repositoryPath() + "/.git").c_str(), RVUnprivilegedUser::nobody, gid_t(-1)),
+            0);
+        fs::permissions(repositoryPath(), fs::perms(01777));
     }
     [[nodiscard]] std::shared_ptr<RVGitRmCommand> commandFor(
         std::optional<Arguments> filePaths) const {
         return RVGitRmCommand::gitRmCommandWithRepository(repository(), std::move(filePaths));
     }
-
-private:
-    std::string immutablePath_;
 };
 
 TEST_F(RVGitRmCommandTest, ArgumentsOfEachField) {
@@ -67,8 +68,10 @@ TEST_F(RVGitRmCommandTest, OptionsOfTheCallerStandFirst) {
 
 TEST_F(RVGitRmCommandTest, AFileThatMayNotBeRemovedFailsWith2600) {
     commitFile("repository", "it's fixed", "one\n", "Message");
-    if (!makeImmutable(scratchPath("repository/it's fixed")))
-        GTEST_SKIP() << "the file system or the privileges do not allow immutable files";
+    RVGIT_TEST_NEEDS_RIGHTS(::geteuid() == 0, "all files are this user's own");
+    protectFilesInRepository();
+    const RVUnprivilegedUser user(repositoryPath());
+    RVGIT_TEST_NEEDS_RIGHTS(user.isEffective(), "nothing is forbidden to this user");
     const auto error = errorOf(*commandFor(Arguments{"it's fixed"}));
     EXPECT_EQ(error.code(), RVGitRemoveOperationNotPermittedError);
     EXPECT_EQ(error.userInfoString(RVGitSubmodulePathErrorKey), "it's fixed");

@@ -557,6 +557,21 @@ TEST_F(RVGitStashTest, ConfigurationOfTheUserChangesNothing) {
     EXPECT_EQ(listed(), plain);
 }
 
+TEST_F(RVGitStashTest, AMessageIsUTF8WhateverEncodingOfCommitsIsConfigured) {
+    makeCommit();
+    change();
+    gitInRepository({"config", "i18n.commitEncoding", "ISO-8859-1"});
+    const auto created = RVGitStash::createStashFromWorkingTreeInRepository(repository(), "Été");
+    ASSERT_TRUE(created);
+    EXPECT_EQ(save("Été")->userMessage(), "Été");
+    gitInRepository({"config", "--unset", "i18n.commitEncoding"});
+    EXPECT_EQ(stashes().at(0)->userMessage(), "Été");
+    const std::string hash = created->substr(0, created->find('\n'));
+    for (const std::string& revision : {hash, std::string("stash@{0}")})
+        EXPECT_EQ(gitInRepository({"log", "-1", "--format=%e|%s", revision, "--"}),
+                  "|On main: Été");
+}
+
 TEST_F(RVGitStashTest, AListOfManyStashesIsInOrder) {
     makeCommit();
     change();

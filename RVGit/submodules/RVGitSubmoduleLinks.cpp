@@ -1,0 +1,92 @@
+#include "RVGit/submodules/RVGitSubmoduleLinks.h"
+
+#include <filesystem>
+
+#include "RVGit/base/RVFileManager.h"
+#include "RVGit/base/RVPath.h"
+#include "RVGit/repository/RVGitConfig.h"
+#include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitSubmoduleContainment.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Containment = RVGitSubmoduleContainment;
+
+constexpr int maximumDepth = 32;
+
+class Relinking {
+public:
+    Relinking(const std::shared_ptr<RVGitRepository>& superproject, RVErrorPlace error)
+        : containment_(superproject),
+          top_(Containment::resolvedPath(superproject->path()).value_or(superproject->path())),
+          error_(error) {}
+
+    /// Of all git directories below a folder.
+    [[nodiscard]] bool relinkBelow(const fs::path& oldFolder, const fs::path& newFolder,
+                                   int depth) const {
+        if (depth == 0)
+            return true;
+        for (const std::string& name : RVFileManager::namesInDirectoryAtPath(newFolder.string())) {
+            const fs::path old = oldFolder / name;
+            const fs::path now = newFolder / name;
+            if (!fs::is_directory(fs::symlink_status(now)))
+                continue;
+            // A name may have a slash.
+            const bool isGitDirectory = Containment::isGitDirectory(now.string());
+            if (isGitDirectory && !relink(old, now))
+                return false;
+            if (!(isGitDirectory ? relinkBelow(old / "modules", now / "modules", depth - 1)
+                                 : relinkBelow(old, now, depth - 1)))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    [[nodiscard]] bool relink(const fs::path& old, const fs::path& now) const {
+        const auto config = RVGitConfig::configWithFilePath((now / "config").string());
+        const auto value = config->valueForConfigKey("core.worktree");
+        if (!value)
+            return true;
+        // The value is the old one, or the new one where an earlier call failed behind it.
+        for (const fs::path& base : {old, now}) {
+            const fs::path workingTree = (base / *value).lexically_normal();
+            if (!refersTo(workingTree, old) && !refersTo(workingTree, now))
+                continue;
+            if (!containment_.containsWorkingDirectory(
+                    workingTree.lexically_relative(top_).string()))
+                continue;
+            return config->setValue(workingTree.lexically_relative(now).string(), "core.worktree",
+                                    error_) &&
+                   RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
+                       workingTree.string(), now.lexically_relative(workingTree).string(), error_);
+        }
+        return true;
+    }
+
+    /// Whether the ".git" file of a working tree names the git directory.
+    [[nodiscard]] static bool refersTo(const fs::path& workingTree, const fs::path& gitDirectory) {
+        const std::string file = (workingTree / ".git").string();
+        if (RVFileManager::isDirectoryAtPath(file))
+            return false;
+        const auto link = RVGitRepository::bareRepositoryWithGitDirectoryPath(file)
+                              ->gitDirectoryPathFromGitDirectoryFileLink();
+        return link && (workingTree / *link).lexically_normal() == gitDirectory.lexically_normal();
+    }
+
+    RVGitSubmoduleContainment containment_;
+    fs::path top_;
+    RVErrorPlace error_;
+};
+
+}  // namespace
+
+bool rvgit::relinkNestedSubmodules(const std::string& oldGitDirectory,
+                                   const std::string& newGitDirectory,
+                                   const std::shared_ptr<RVGitRepository>& superproject,
+                                   RVErrorPlace error) {
+    return Relinking(superproject, error)
+        .relinkBelow(fs::path(oldGitDirectory) / "modules", fs::path(newGitDirectory) / "modules",
+                     maximumDepth);
+}
