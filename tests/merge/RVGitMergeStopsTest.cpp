@@ -205,6 +205,7 @@ TEST_F(RVGitMergeStopsTest, Edit) {
 }
 
 TEST_F(RVGitMergeStopsTest, RewordWithConflicts) {
+    RVGIT_TEST_NEEDS_GIT("2.20", "it marks every such stop as one to edit");
     expectStopOfRebase("pick %One\nreword %Two\npick %Three", "main",
                        {.mode = RVGitMergeModeRebase, .nextRevision = "Two", .message = "Two\n"});
 }
@@ -230,11 +231,13 @@ TEST_F(RVGitMergeStopsTest, ExecThatFailsGivesItsOwnWordForARevision) {
 }
 
 TEST_F(RVGitMergeStopsTest, FixupWithConflicts) {
+    RVGIT_TEST_NEEDS_GIT("2.20", "it marks every such stop as one to edit");
     expectStopOfRebase("pick %One\nfixup %Two\npick %Three", "main",
                        {.mode = RVGitMergeModeEditing, .nextRevision = "HEAD", .message = "One\n"});
 }
 
 TEST_F(RVGitMergeStopsTest, SquashStepWithConflicts) {
+    RVGIT_TEST_NEEDS_GIT("2.20", "it marks every such stop as one to edit");
     expectStopOfRebase("pick %One\nsquash %Two\npick %Three", "main",
                        {.mode = RVGitMergeModeEditing,
                         .nextRevision = "HEAD",

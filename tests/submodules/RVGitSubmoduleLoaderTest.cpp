@@ -195,6 +195,7 @@ TEST_F(RVGitSubmoduleLoaderTest, WhatIsDirtyIsWhatTheLastDiffSaysWhereTheWholeOn
 }
 
 TEST_F(RVGitSubmoduleLoaderTest, AllStatesAtOnce) {
+    RVGIT_TEST_NEEDS_GIT("2.20", "its submodule status stops at the first that is broken");
     makeLibrary("outer");
     git({"submodule", "--quiet", "add", scratchPath("library"), "inner"}, "outer");
     git({"commit", "-q", "-m", "Add"}, "outer");
@@ -240,6 +241,7 @@ TEST_F(RVGitSubmoduleLoaderTest, APathInBracketsIsNoDescribe) {
 }
 
 TEST_F(RVGitSubmoduleLoaderTest, UglyNamesAndPaths) {
+    RVGIT_TEST_NEEDS_GIT("2.20", "its submodule script cannot read all of these names");
     const std::vector<std::string> paths = {"*",      ":x",        "[ab]",  "a b",   "caf\u00e9",
                                             "d.o.ts", "quo\"te'",  "ti~ld", "x\\y",  "#hash",
                                             "{c}",    "%percent%", "$var",  "\ttab", "!no"};
@@ -406,13 +408,14 @@ TEST_F(RVGitSubmoduleLoaderTest, ALineWithoutAHashHasNoCommit) {
 TEST_F(RVGitSubmoduleLoaderTest, EachSourceThatFailsFailsTheList) {
     addSubmodule("a");
     const std::string config = readFile("repository/.git/config");
+    const std::string modules = readFile("repository/.gitmodules");
     writeFile("repository/.gitmodules", "[broken\n");
     EXPECT_EQ(loader().allSubmodules(&error), std::nullopt);
     EXPECT_EQ(error->code(), RVGitConfigInvalidFileError);
     EXPECT_EQ(loader().allSubmoduleNames(&error), std::nullopt);
     EXPECT_EQ(loader().submoduleConfigsBySubmoduleName(&error), std::nullopt);
     EXPECT_EQ(loader().submoduleConfigsBySubmodulePath(&error), std::nullopt);
-    gitInRepository({"checkout", "-q", ".gitmodules"});
+    writeFile("repository/.gitmodules", modules);
 
     RVFakeGit fake = useFakeGit();
     fake.passOtherCallsOn();

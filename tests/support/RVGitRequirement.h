@@ -16,3 +16,13 @@
 #define RVGIT_TEST_NEEDS_GIT(version, reason) \
     if (!isTestedGitAtLeast(version))         \
     GTEST_SKIP() << "needs git " << (version) << ", an older one: " << (reason)
+
+/// Whether the repositories of the tests keep each ref in a file of its own, and not in tables as
+/// the variable RVGIT_TEST_REF_FORMAT may ask for.
+[[nodiscard]] bool areTestedRefsInFiles();
+
+/// Skips the test, in whose body it stands, where refs are kept in tables. `reason` says what for
+/// it needs the files.
+#define RVGIT_TEST_NEEDS_REF_FILES(reason) \
+    if (!areTestedRefsInFiles())           \
+    GTEST_SKIP() << "needs refs in files: " << (reason)

@@ -13,6 +13,7 @@
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/svn/RVGitSVNCommand.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVGitTestCase.h"
 #include "tests/support/RVTestServers.h"
 
@@ -94,6 +95,9 @@ protected:
                         url_, scratchPath("clone"), options)
                         ->run(&error))
             << textOf(error);
+        // Older gits have a name of their own for the first branch.
+        if (!isTestedGitAtLeast("2.28"))
+            git({"branch", "-M", "main"}, "clone");
         return repositoryAt("clone");
     }
     [[nodiscard]] static std::string textOf(const std::optional<RVError>& error) {

@@ -158,17 +158,19 @@ protected:
 };
 
 // What happens to names with a meaning that are passed as they are: the pattern counts, so that
-// other files are hit as well.
+// other files are hit as well. Some gits (2.45 does) stage the file of that name alone.
 
 TEST_F(RVGitWorkingTreeManagerPatternsTest, AWildcardMatchesItsOwnNameAndOthers) {
     EXPECT_THAT(statusAfter({"*", "other"}, [&] { return manager().stageFiles({"*"}); }),
-                ElementsAre("M  *", "M  other"));
+                AnyOf(ElementsAre("M  *", "M  other"), ElementsAre("M  *", " M other")));
     EXPECT_THAT(
         statusAfter({"[ab]", "a", "b", "c"}, [&] { return manager().stageFiles({"[ab]"}); }),
-        ElementsAre("M  [ab]", "M  a", "M  b", " M c"));
+        AnyOf(ElementsAre("M  [ab]", "M  a", "M  b", " M c"),
+              ElementsAre("M  [ab]", " M a", " M b", " M c")));
     EXPECT_THAT(statusAfter({"back\\slash", "backslash"},
                             [&] { return manager().stageFiles({"back\\slash"}); }),
-                ElementsAre("M  back\\slash", "M  backslash"));
+                AnyOf(ElementsAre("M  back\\slash", "M  backslash"),
+                      ElementsAre("M  back\\slash", " M backslash")));
 }
 
 // Having found the name itself, git (2.45 does) looks no further for what the pattern matches, but

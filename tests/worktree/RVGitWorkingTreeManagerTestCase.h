@@ -47,8 +47,18 @@ protected:
     }
     /// "XY path" of each file that git lists as changed, sorted; untracked files are "?? path".
     [[nodiscard]] Paths status() const {
-        return records(
+        Paths list = records(
             {"-c", "diff.renames=false", "status", "--porcelain", "-z", "--untracked-files=all"});
+        // Older gits look for renames all the same, and name the old path behind the new one.
+        for (std::size_t index = 0; index < list.size(); ++index)
+            if (list[index].starts_with("R")) {
+                list[index][0] = 'A';
+                list[++index].insert(0, "D  ");
+            }
+        std::ranges::stable_sort(list, {}, [](const std::string& record) {
+            return std::pair(record.starts_with("??"), record.substr(3));
+        });
+        return list;
     }
     /// The NUL-terminated records that git prints.
     [[nodiscard]] Paths records(const std::vector<std::string>& arguments) const {
