@@ -24,7 +24,7 @@ std::shared_ptr<RVGitDiff> changesOf(const std::string& path, bool isStaged,
     const auto diffs = compare({path}, repository, std::nullopt, &error);
     if (!diffs)
         throw Failure(error);
-    const auto diff = RVGitDiff::diffOfFile(diffs, path);
+    auto diff = RVGitDiff::diffOfFile(diffs, path);
     if (!diff || diff->chunks().empty())
         throw UsageError(path + (isStaged ? " has no lines that are staged"
                                           : " has no lines that are changed and not staged"));

@@ -34,9 +34,10 @@ bool removeItem(const std::string& path, const std::vector<std::string>& keptPat
     for (const std::string& name : RVFileManager::namesInDirectoryAtPath(path, &failure))
         if (!removeItem(pathByAppendingComponent(path, name), keptPaths, error))
             return false;
-    if (failure)
-        fillErrorPlace(error, *std::move(failure));
-    return !failure;
+    if (!failure)
+        return true;
+    fillErrorPlace(error, *std::move(failure));
+    return false;
 }
 
 bool rename(const std::string& from, const std::string& to) {

@@ -188,8 +188,8 @@ RVValue::StringMap RVGitConfig::allEffectiveConfigValues(RVErrorPlace error) con
     RVValue::StringMap effectiveValues;
     for (const auto& [key, value] : allConfigValues(error)) {
         const auto* values = value.stringList();
-        effectiveValues.emplace(
-            key, stringByTrimmingWhitespaceAndNewline(values ? values->back() : *value.string()));
+        if (const std::string* effective = values ? &values->back() : value.string())
+            effectiveValues.emplace(key, stringByTrimmingWhitespaceAndNewline(*effective));
     }
     return effectiveValues;
 }

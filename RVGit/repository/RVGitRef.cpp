@@ -210,7 +210,7 @@ std::shared_ptr<RVGitRef> RVGitRef::headRefForRepository(
     const auto refName = repository->HEADRefName();
     if (!refName) {
         // For its error.
-        constexpr std::size_t maximumSize = 64 * 1024;
+        constexpr std::size_t maximumSize = std::size_t{64} << 10;
         (void)RVContainedFiles(repository->gitDirectoryPath())
             .UTF8Contents("HEAD", maximumSize, error);
         return nullptr;

@@ -26,7 +26,7 @@ namespace {
 constexpr std::string_view gitDirectoryLinkPrefix = "gitdir:";
 
 // More than any path or ref name takes.
-constexpr std::size_t maximumSizeOfShortFile = 64 * 1024;
+constexpr std::size_t maximumSizeOfShortFile = std::size_t{64} << 10;
 
 bool writeGitDirectoryFileLink(const std::string& directoryPath,
                                const std::string& gitDirectoryPath, RVErrorPlace error) {

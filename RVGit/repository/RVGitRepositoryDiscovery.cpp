@@ -12,7 +12,7 @@
 namespace {
 
 // More than any path takes.
-constexpr std::size_t maximumSizeOfLinkFile = 64 * 1024;
+constexpr std::size_t maximumSizeOfLinkFile = std::size_t{64} << 10;
 
 // What git prints in a directory, trimmed; absent if it fails. The bytes are not decoded, since a
 // path in another encoding must stay the one that it is.

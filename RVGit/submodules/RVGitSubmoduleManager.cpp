@@ -486,11 +486,12 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
     if (watch.isCancelled(error))
         return true;
     if (!submodule) {
-        if (failure)
+        const bool failed = failure.has_value();
+        if (failed)
             fillErrorPlace(error, *std::move(failure));
         else
             clearErrorPlace(error);
-        return failure.has_value();
+        return failed;
     }
     const Places places = placesOfSubmodule(*submodule, repository);
     if (!places.workingDirectoryIsContained) {

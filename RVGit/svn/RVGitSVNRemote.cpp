@@ -112,7 +112,8 @@ std::shared_ptr<RVGitRemote> RVGitRemote::createSVNRemoteWithName(
     readOption(options, RVGitSVNOptionBranchesDirectories, branchDirectories);
     readOption(options, RVGitSVNOptionTagsDirectories, tagDirectories);
     for (const std::string& path : trunkDirectories)
-        if (!config->addValue(path + prefix + "/" + path, key(RVGitSVNRemoteFetchConfigKey), error))
+        if (!config->addValue(std::string(path).append(prefix).append("/").append(path),
+                              key(RVGitSVNRemoteFetchConfigKey), error))
             return nullptr;
     for (const std::string& path : branchDirectories)
         if (!config->addValue(pathWithWildcard(path) + prefix + "/*",
