@@ -157,8 +157,8 @@ RVTestListener::~RVTestListener() {
     close(socket_);
 }
 
-void RVTestListener::start() {
-    thread_ = std::thread([this] {
+void RVTestListener::start(std::function<void(int)> didAccept, std::function<void()> tidyUp) {
+    thread_ = std::thread([this, didAccept = std::move(didAccept), tidyUp = std::move(tidyUp)] {
         while (!stopped_) {
             pollfd descriptor = {socket_, POLLIN, 0};
             if (poll(&descriptor, 1, pollInterval) > 0) {
@@ -168,7 +168,8 @@ void RVTestListener::start() {
                     didAccept(connection);
                 }
             }
-            tidyUp();
+            if (tidyUp)
+                tidyUp();
         }
     });
 }
@@ -185,7 +186,7 @@ RVTestProgramServer::RVTestProgramServer(std::vector<std::string> commandLine,
     : commandLine_(std::move(commandLine)),
       environment_(std::move(environment)),
       logPath_(std::move(logPath)) {
-    start();
+    start([this](int connection) { serve(connection); }, [this] { reapChildren(); });
 }
 
 RVTestProgramServer::~RVTestProgramServer() {
@@ -194,12 +195,12 @@ RVTestProgramServer::~RVTestProgramServer() {
         endProcess(child);
 }
 
-void RVTestProgramServer::didAccept(int connection) {
+void RVTestProgramServer::serve(int connection) {
     children_.push_back(spawn(commandLine_, environment_, connection, logPath_));
     close(connection);
 }
 
-void RVTestProgramServer::tidyUp() {
+void RVTestProgramServer::reapChildren() {
     std::erase_if(children_, [](pid_t child) { return waitpid(child, nullptr, WNOHANG) == child; });
 }
 
@@ -377,7 +378,7 @@ std::string RVTestWebServer::httpsURL(std::string_view path, std::string_view cr
 }
 
 RVTestSilentServer::RVTestSilentServer() {
-    start();
+    start([this](int connection) { connections_.push_back(connection); });
 }
 
 RVTestSilentServer::~RVTestSilentServer() {
@@ -386,14 +387,12 @@ RVTestSilentServer::~RVTestSilentServer() {
         close(connection);
 }
 
-void RVTestSilentServer::didAccept(int connection) {
-    connections_.push_back(connection);
-}
-
 RVTestCuttingServer::RVTestCuttingServer(int serverPort, std::size_t numberOfBytes,
                                          Afterwards afterwards)
     : serverPort_(serverPort), numberOfBytes_(numberOfBytes), afterwards_(afterwards) {
-    start();
+    start([this](int connection) {
+        threads_.emplace_back([this, connection] { pass(connection); });
+    });
 }
 
 RVTestCuttingServer::~RVTestCuttingServer() {
@@ -401,10 +400,6 @@ RVTestCuttingServer::~RVTestCuttingServer() {
     ended_ = true;
     for (std::thread& thread : threads_)
         thread.join();
-}
-
-void RVTestCuttingServer::didAccept(int connection) {
-    threads_.emplace_back([this, connection] { pass(connection); });
 }
 
 void RVTestCuttingServer::pass(int connection) {

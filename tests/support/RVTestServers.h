@@ -30,14 +30,12 @@ public:
     [[nodiscard]] int numberOfConnections() const { return numberOfConnections_; }
 
 protected:
-    /// Called by the most derived constructor.
-    void start();
-    /// Called by the most derived destructor, before anything else.
+    /// To be called once all is there that the functions need. Both are called on the thread that
+    /// accepts: the first takes over the descriptor, the second comes now and then. No virtual
+    /// ones, since the thread runs while classes derived from the caller's are made and destroyed.
+    void start(std::function<void(int connection)> didAccept, std::function<void()> tidyUp = {});
+    /// Called by the destructor of the class that has called start(), before anything else.
     void stop();
-    /// Called on the thread that accepts; takes over the descriptor.
-    virtual void didAccept(int connection) = 0;
-    /// Called on the same thread now and then.
-    virtual void tidyUp() {}
 
 private:
     int socket_ = -1;
@@ -55,10 +53,11 @@ public:
 protected:
     RVTestProgramServer(std::vector<std::string> commandLine,
                         std::map<std::string, std::string> environment, std::string logPath);
-    void didAccept(int connection) override;
-    void tidyUp() override;
 
 private:
+    void serve(int connection);
+    void reapChildren();
+
     std::vector<std::string> commandLine_;
     std::map<std::string, std::string> environment_;
     std::string logPath_;
@@ -143,9 +142,6 @@ public:
     RVTestSilentServer();
     ~RVTestSilentServer() override;
 
-protected:
-    void didAccept(int connection) override;
-
 private:
     std::vector<int> connections_;
 };
@@ -159,9 +155,6 @@ public:
     RVTestCuttingServer(int serverPort, std::size_t numberOfBytes,
                         Afterwards afterwards = Afterwards::Closes);
     ~RVTestCuttingServer() override;
-
-protected:
-    void didAccept(int connection) override;
 
 private:
     void pass(int connection);
