@@ -136,6 +136,12 @@ std::optional<std::string> configuredValue(const Repository& repository,
     return std::nullopt;
 }
 
+/// Whether git takes the value for false; what is neither true nor false is a kind of true.
+bool isOff(std::string_view value) {
+    const std::string word = foldedString(value);
+    return word.empty() || word == "false" || word == "no" || word == "off" || word == "0";
+}
+
 enum class Direction { Fetch, Push };
 
 /// A remote of that name, or an address in the place of one. Without a name, the one that git would
@@ -273,7 +279,7 @@ void runPull(const Repository& repository, Arguments arguments, Output& output) 
                                   Direction::Fetch, repository);
     // Git is told one or the other, whatever is configured.
     if (!usesRebase)
-        usesRebase = configuredValue(repository, {"rebase", "pull.rebase"}) == "true";
+        usesRebase = !isOff(configuredValue(repository, {"rebase", "pull.rebase"}).value_or(""));
     options.insert_or_assign(RVGitPullOptionRebase, *usesRebase);
     const auto command = RVGitPullCommand::gitPullCommandWithRepository(
         repository, remote, words.size() == 2 ? refSpecFrom(words[1]) : nullptr, options);

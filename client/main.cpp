@@ -196,7 +196,7 @@ int run(std::vector<std::string> words) {
     try {
         command->run(repository, Arguments(std::move(words)), output);
     } catch (const UsageError& error) {
-        return complain(error.what(), 2);
+        return complain(printable(error.what()), 2);
     } catch (const Failure& failure) {
         if (!interrupted)
             printError(failure.error, verbose);

@@ -12,23 +12,12 @@
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVSystem.h"
-#include "RVGit/command/RVGitError.h"
-#include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/lfs/RVGitLFSPointer.h"
 
 namespace {
 
 constexpr char inputPath[] = "/tmp/smudge_input";
 constexpr char lockPath[] = "/tmp/smudge_input.lock";
-
-// As git-lfs writes them, with the line break ahead of them. The version is always its latest one.
-std::string linesBehindVersion(const RVGitLFSPointer& pointer) {
-    std::string lines = "\n";
-    for (const auto& [key, value] : pointer.allEntries())
-        if (key.starts_with("ext-"))
-            lines.append(key).append(" ").append(value).append("\n");
-    return lines + "oid " + pointer.objectID() + "\nsize " + pointer.size() + "\n";
-}
 
 // A file that is replaced stays executable.
 unsigned permissionsForFile(const std::string& path) {
@@ -159,26 +148,13 @@ void RVGitLFSSmudgeCommand::gitCommandDidTerminate() {
     inputFile_.reset();
 }
 
-bool RVGitLFSSmudgeCommand::gitCommandWillParseOutput(RVErrorPlace error) {
+bool RVGitLFSSmudgeCommand::gitCommandWillParseOutput(RVErrorPlace) {
     // What a cancelled run has printed may be cut off, and must not replace a whole file.
     if (isCancelled() && exitCode() != 0)
         return true;
-    if (outputIsThePointer()) {
-        fillErrorPlace(error, gitErrorWithCode(RVGitRVGitGenericError, makeGitErrorUserInfo()));
-        return false;
-    }
     data_ = standardOutputBuffer();
     if (outputPath_)
         (void)RVFileManager::writeFileAtomically(*outputPath_, data_->view(),
                                                  permissionsForFile(*outputPath_), &outputError_);
     return true;
-}
-
-bool RVGitLFSSmudgeCommand::outputIsThePointer() const {
-    const std::string_view output = standardOutputData();
-    return pointer_ && !output.empty() &&
-           (output == pointer_->stringRepresentation() ||
-            (output.starts_with("version ") &&
-             output.substr(std::min(output.find('\n'), output.size())) ==
-                 linesBehindVersion(*pointer_)));
 }

@@ -21,9 +21,10 @@ class RVGitLFSPointer;
 /// neither read nor replaced: that fails with the error of the system and the path, before git is
 /// launched.
 ///
-/// Other failures: code 1, above all where the contents are neither here nor with the server. It is
-/// code 1, too, where git-lfs prints the pointer in their place and calls that a success, as
-/// ".lfsconfig", a stranger's file, or GIT_LFS_SKIP_SMUDGE may have it do.
+/// Other failures: code 1, above all where the contents are neither here nor with the server. Kept
+/// for compatibility: it is no failure where git-lfs prints the pointer in their place and calls
+/// that a success, as ".lfsconfig", a stranger's file, or GIT_LFS_SKIP_SMUDGE may have it do. Ask
+/// RVGitLFSPointer::pointerFromData() of the data before they replace anything.
 class RVGIT_EXPORT RVGitLFSSmudgeCommand : public RVGitLFSCommand {
 public:
     explicit RVGitLFSSmudgeCommand(const std::shared_ptr<RVGitRepository>& repository);
@@ -55,8 +56,6 @@ protected:
 
 private:
     class InputFile;
-
-    [[nodiscard]] bool outputIsThePointer() const;
 
     std::shared_ptr<RVGitLFSPointer> pointer_;
     std::optional<std::string> outputPath_;

@@ -4,6 +4,7 @@
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
+#include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitSubmoduleContainment.h"
@@ -30,7 +31,8 @@ public:
         for (const std::string& name : RVFileManager::namesInDirectoryAtPath(newFolder.string())) {
             const fs::path old = oldFolder / name;
             const fs::path now = newFolder / name;
-            if (!fs::is_directory(fs::symlink_status(now)))
+            std::error_code isUnknown;
+            if (!fs::is_directory(fs::symlink_status(now, isUnknown)))
                 continue;
             // A name may have a slash.
             const bool isGitDirectory = Containment::isGitDirectory(now.string());
@@ -46,7 +48,12 @@ public:
 private:
     [[nodiscard]] bool relink(const fs::path& old, const fs::path& now) const {
         const auto config = RVGitConfig::configWithFilePath((now / "config").string());
-        const auto value = config->valueForConfigKey("core.worktree");
+        std::optional<RVError> failure;
+        const auto value = config->valueForConfigKey("core.worktree", &failure);
+        if (failure && failure->code() != RVGitConfigKeyNotFoundError) {
+            fillErrorPlace(error_, *std::move(failure));
+            return false;
+        }
         if (!value)
             return true;
         // The value is the old one, or the new one where an earlier call failed behind it.

@@ -13,10 +13,10 @@
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
-#include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitCancellationWatch.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
 #include "RVGit/submodules/RVGitSubmoduleContainment.h"
@@ -47,21 +47,6 @@ bool failToMove(const Repository& repository, RVGitErrorCode code, const std::st
         {{RVGitSourceFilePathErrorKey, source}, {RVGitDestinationFilePathErrorKey, destination}},
         error);
 }
-
-/// Notices that all commands are cancelled while an operation of several steps is under way.
-class CancellationWatch {
-public:
-    /// True, with a cleared place, if the operation is to take no further step.
-    [[nodiscard]] bool isCancelled(RVErrorPlace error) const {
-        if (RVGitCommandQueue::sharedQueue().numberOfCancellations() == number_)
-            return false;
-        clearErrorPlace(error);
-        return true;
-    }
-
-private:
-    std::uint64_t number_ = RVGitCommandQueue::sharedQueue().numberOfCancellations();
-};
 
 bool isEmptyPlainDirectory(const std::string& path) {
     return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
@@ -253,7 +238,7 @@ bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErr
 
 bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsigned options,
                                                   RVErrorPlace error) {
-    const CancellationWatch watch;
+    const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
     if (watch.isCancelled(error) || !submodule)
@@ -320,13 +305,14 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
            !watch.isCancelled(error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
-               ->removeConfigSectionForSubmoduleWithName(submodule->name(), error);
+               ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
+           !watch.isCancelled(error);
 }
 
 bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
                                                   const std::string& toNewPath,
                                                   RVErrorPlace error) {
-    const CancellationWatch watch;
+    const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
     if (watch.isCancelled(error) || !submodule)
@@ -386,7 +372,7 @@ bool RVGitSubmoduleManager::renameSubmoduleKeepingLinksWithName(const std::strin
 
 bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::string& toNewName,
                                             bool keepsLinks, RVErrorPlace error) const {
-    const CancellationWatch watch;
+    const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
     const RVGitSubmoduleLoader loader(repository);
     const auto submodule = loader.submoduleForName(name, error);
@@ -414,10 +400,14 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
 
     if (watch.isCancelled(error))
         return false;
+    // It has been moved where an earlier call failed behind this step; what has not been linked
+    // anew then still names the directory of the old name.
+    const bool isMoved = Containment::isSameFile(oldDirectory, newDirectory);
     const std::string resolvedOldDirectory =
-        Containment::resolvedPath(oldDirectory).value_or(resolvedGitDirectory(name, repository));
-    // It has been moved where an earlier call failed behind this step.
-    if (directoryExists && !Containment::isSameFile(oldDirectory, newDirectory)) {
+        isMoved ? resolvedGitDirectory(name, repository)
+                : Containment::resolvedPath(oldDirectory)
+                      .value_or(resolvedGitDirectory(name, repository));
+    if (directoryExists && !isMoved) {
         ParentDirectories parents(newDirectory);
         if (!moveItem(oldDirectory, newDirectory, error))
             return false;
@@ -439,13 +429,14 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
                ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error) &&
            !watch.isCancelled(error) &&
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
-               ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error);
+               ->renameConfigSectionForSubmoduleWithName(submodule->name(), toNewName, error) &&
+           !watch.isCancelled(error);
 }
 
 bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
                                                       const std::string& toNewPath,
                                                       RVErrorPlace error) {
-    const CancellationWatch watch;
+    const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
     const auto submodule = submoduleForPath(path, error);
     if (watch.isCancelled(error) || !submodule)
@@ -479,7 +470,7 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
 
 bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& atPath,
                                                              RVErrorPlace error) {
-    const CancellationWatch watch;
+    const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
     std::optional<RVError> failure;
     const auto submodule = submoduleForPath(atPath, &failure);

@@ -12,6 +12,7 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitCancellationWatch.h"
 #include "RVGit/submodules/RVGitSubmoduleConfig.h"
 #include "RVGit/submodules/RVGitSubmoduleContainment.h"
 #include "RVGit/submodules/RVGitSubmoduleHelper.h"
@@ -139,9 +140,10 @@ bool RVGitSubmoduleManager::requireContainedPaths(
 
 bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const std::string& atPath,
                                                 unsigned options, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
     if (!requireContainedPaths({{atPath}}, error) ||
-        !Containment(repository).requirePlainSubmodulesFile(error))
+        !Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
     const auto add = [&](unsigned addOptions, RVErrorPlace place) {
         return RVGitSubmoduleCommand::gitSubmoduleAddCommandWithRepository(repository, atPath, URL,
@@ -161,7 +163,7 @@ bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const st
         ::mkdir(directory.c_str(), 0777);
     if (failure && failure->code() == RVGitAddSubmodulePathAlreadyExistsError &&
         isHalfAdded(repository, URL, atPath))
-        return add(options | RVGitSubmoduleAddOptionForce, error);
+        return !watch.isCancelled(error) && add(options | RVGitSubmoduleAddOptionForce, error);
     if (failure)
         fillErrorPlace(error, *std::move(failure));
     return false;
@@ -192,7 +194,8 @@ bool RVGitSubmoduleManager::requireReplaceableFiles(
         const std::string directory = absolutePath(path);
         if (!isAskedFor(directory))
             continue;
-        if ((options & RVGitSubmoduleUpdateOptionRecursive) &&
+        // Through a link git does not go.
+        if ((options & RVGitSubmoduleUpdateOptionRecursive) && isPlainDirectory(directory) &&
             RVFileManager::fileExistsAtPath(pathByAppendingComponent(directory, ".gitmodules"))) {
             const auto opened = RVGitRepository::repositoryWithPath(directory);
             if (opened->isValid() && Containment::isSameFile(opened->path(), directory) &&
@@ -233,9 +236,11 @@ bool RVGitSubmoduleManager::updateSubmodules(const std::optional<std::vector<std
     // Without any path git would take them all.
     if (paths && paths->empty())
         return true;
+    const RVGitCancellationWatch watch;
     return requireContainedPaths(paths, error) &&
            ((options & RVGitSubmoduleUpdateOptionForce) ||
             requireReplaceableFiles(paths, options, error)) &&
+           !watch.isCancelled(error) &&
            RVGitSubmoduleCommand::gitSubmoduleUpdateCommandWithRepository(repository(), paths,
                                                                           options)
                ->run(error);
@@ -251,7 +256,8 @@ bool RVGitSubmoduleManager::initSubmodules(const std::optional<std::vector<std::
 
 bool RVGitSubmoduleManager::synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
                                             RVErrorPlace error) const {
-    return requireContainedPaths(paths, error) &&
+    const RVGitCancellationWatch watch;
+    return requireContainedPaths(paths, error) && !watch.isCancelled(error) &&
            RVGitSubmoduleCommand::gitSubmoduleSyncCommandWithRepository(repository(), paths)
                ->run(error);
 }

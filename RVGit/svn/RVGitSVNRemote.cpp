@@ -75,8 +75,10 @@ bool changeMetadata(const Repository& repository, const Change& change, RVErrorP
     const auto metadata = RVGitConfig::gitSVNConfigForRepository(repository);
     std::optional<RVError> failure;
     if (!metadata->configFile() || change(*metadata, &failure) || !failure ||
-        failure->code() == RVGitConfigSectionNotFoundError ||
-        !fs::exists(repository->SVNMetadatapath().value_or("")))
+        failure->code() == RVGitConfigSectionNotFoundError)
+        return true;
+    std::error_code isUnknown;
+    if (!fs::exists(repository->SVNMetadatapath().value_or(""), isUnknown) && !isUnknown)
         return true;
     fillErrorPlace(error, *std::move(failure));
     return false;

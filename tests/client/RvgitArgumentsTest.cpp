@@ -266,8 +266,10 @@ TEST_F(RvgitArgumentsTest, GitEndsWithATerminalThatIsClosed) {
 
 TEST_F(RvgitArgumentsTest, WhoWaitsForSomebodyElseCanBeInterrupted) {
     const std::string interrupt =
-        " & pid=$!; sleep 0.5; kill -INT $pid; sleep 1; kill -KILL $pid 2>/dev/null; wait $pid; "
-        "echo $? >&2";
+        // Again and again: until the client listens, what the shell starts so is deaf.
+        " & pid=$!; tries=0; while [ $tries -lt 100 ] && ! grep -q '^State:.Z' /proc/$pid/status; "
+        "do kill -INT $pid; sleep 0.1; tries=$((tries + 1)); done; kill -KILL $pid 2>/dev/null; "
+        "wait $pid; echo $? >&2";
     // For a line that nobody writes, and for a reader that does not read.
     EXPECT_THAT(inShell("mkfifo ../in; exec 3<>../in; \"$0\" credential approve https://host/ <&3" +
                         interrupt)

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/client/RvgitTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
 namespace {
@@ -90,8 +91,9 @@ TEST_F(RvgitMergeTest, AMergeAndEachWayToResolve) {
     EXPECT_THAT(refusal({"quit"}), HasSubstr("only a cherry-pick or a revert"));
     outputOf({"continue"});
     // Older gits name the branch into which they merge.
-    EXPECT_THAT(subjects(), AnyOf(StartsWith("Merge branch 'topic'\n"),
-                                  StartsWith("Merge branch 'topic' into main\n")));
+    EXPECT_THAT(subjects(),
+                StartsWith(isTestedGitAtLeast("2.34") ? "Merge branch 'topic'\n"
+                                                      : "Merge branch 'topic' into main\n"));
     EXPECT_FALSE(fileExists(repository_ + "/file"));
 }
 

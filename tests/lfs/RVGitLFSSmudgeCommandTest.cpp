@@ -111,28 +111,28 @@ TEST_F(RVGitLFSSmudgeCommandTest, MissingContentsFailAndChangeNothing) {
     });
 }
 
-TEST_F(RVGitLFSSmudgeCommandTest, APointerInPlaceOfTheContentsIsNoSuccess) {
+TEST_F(RVGitLFSSmudgeCommandTest, APointerInPlaceOfTheContentsIsToldByWhatItIs) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
-        writeFile("output", "before");
-        const auto expectFailure = [&](const std::shared_ptr<RVGitLFSPointer>& pointer) {
+        const auto expectPointer = [&](const std::shared_ptr<RVGitLFSPointer>& pointer) {
             const auto command = commandFor(pointer, scratchPath("output"));
-            EXPECT_EQ(errorOf(*command).code(), RVGitRVGitGenericError);
-            EXPECT_EQ(command->data(), nullptr);
-            EXPECT_EQ(readFile("output"), "before");
+            EXPECT_TRUE(command->run());
+            ASSERT_NE(command->data(), nullptr);
+            const auto data = RVGitLFSPointer::pointerFromData(command->data()->view());
+            ASSERT_TRUE(data);
+            EXPECT_EQ(data->objectID(), pointer->objectID());
+            EXPECT_EQ(readFile("output"), command->data()->view());
         };
         const auto missing = pointerFor("nowhere");
         for (const char* line : {"skipdownloaderrors = true", "fetchexclude = *"}) {
             writeFile(repositoryPath() + "/.lfsconfig", "[lfs]\n\t" + std::string(line) + "\n");
-            expectFailure(missing);
+            expectPointer(missing);
         }
         std::filesystem::remove(repositoryPath() + "/.lfsconfig");
         setEnvironmentVariable("GIT_LFS_SKIP_SMUDGE", "1");
-        expectFailure(missing);
-        // A text that git-lfs does not take for a pointer comes back as it is.
+        expectPointer(missing);
         RVGitLFSPointer::Entries entries = missing->allEntries();
-        expectFailure(std::make_shared<RVGitLFSPointer>(entries, "no pointer\n"));
         // One that it takes for a pointer and writes in its own way.
-        expectFailure(std::make_shared<RVGitLFSPointer>(
+        expectPointer(std::make_shared<RVGitLFSPointer>(
             entries, "version http://git-media.io/v/2\noid " + missing->objectID() + "\nsize " +
                          missing->size()));
         setEnvironmentVariable("GIT_LFS_SKIP_SMUDGE", std::nullopt);

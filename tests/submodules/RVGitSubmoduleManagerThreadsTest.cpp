@@ -57,4 +57,30 @@ TEST_F(RVGitSubmoduleManagerThreadsTest, AnOperationWhoseCommandsAreCancelledTak
     }
 }
 
+TEST_F(RVGitSubmoduleManagerThreadsTest, WhatIsCancelledBeforeItHasLookedChangesNothing) {
+    addSubmodule("lib");
+    const std::string path =
+        writeFile("slow-git/git",
+                  "#!/bin/sh\ncase \" $* \" in *' submodule '*) : > \"$CHANGED\";; esac\n"
+                  "case \" $* \" in *' ls-files '*) [ -e \"$BEGUN\" ] || { : > \"$BEGUN\"; exec "
+                  "sleep 60; };; "
+                  "esac\nexec '" +
+                      gitPath() + "' \"$@\"\n",
+                  0755);
+    setEnvironmentVariable("BEGUN", scratchPath("begun"));
+    setEnvironmentVariable("CHANGED", scratchPath("changed"));
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    const std::function<bool(RVErrorPlace)> operations[] = {
+        [&](RVErrorPlace e) { return manager().updateAllSubmodulesWithOptions(0, e); },
+        [&](RVErrorPlace e) { return manager().synchronizeAllSubmoduleURLs(e); }};
+    for (const auto& operation : operations) {
+        fs::remove(scratchPath("begun"));
+        const RVCanceller canceller(scratchPath("begun"));
+        error = RVError("", 1);
+        EXPECT_FALSE(operation(&error));
+        EXPECT_EQ(error, std::nullopt);
+        EXPECT_FALSE(fileExists("changed"));
+    }
+}
+
 }  // namespace
