@@ -126,7 +126,7 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_HalfAListIsNotWorkedOff) {
 
 TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_AMessageThatDoesNotFitLeavesNoListBehind) {
     const std::string message = "Subject\n\n" + std::string(2 * block, 'm');
-    for (const std::size_t blocksLeft : {1, 2}) {
+    for (const std::size_t blocksLeft : {1u, 2u}) {
         fill(blocksLeft);
         expectFull(
             [&](RVErrorPlace e) { return manager().setCommitMessage(message, hash(18), e); });
@@ -160,7 +160,7 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_WhatHasStoppedStaysAsItIs) {
         fs::remove(temporaryDirectory() + "/" + name);
     rememberState();
     const std::string message(2 * block, 'm');
-    for (const std::size_t blocksLeft : {0, 1}) {
+    for (const std::size_t blocksLeft : {0u, 1u}) {
         fill(blocksLeft);
         expectFull(
             [&](RVErrorPlace e) { return manager().continueRebaseWithCommitMessage(message, e); });
