@@ -32,7 +32,7 @@ std::string workingDirectory() {
 }
 
 Repository repositoryHere() {
-    const auto repository = RVGitRepository::repositoryWithPath(workingDirectory());
+    auto repository = RVGitRepository::repositoryWithPath(workingDirectory());
     if (!repository->isValid())
         throw Failure(gitErrorWithCode(RVGitNoGitRepoError,
                                        {{RVGitRepositoryPathErrorKey, workingDirectory()}}));

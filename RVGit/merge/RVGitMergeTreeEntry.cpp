@@ -114,12 +114,12 @@ RVGitMergeTreeEntry::RVGitMergeTreeEntry(const Identity& identity, RVGitMergeTre
 }
 
 std::shared_ptr<RVGitMergeTreeEntry> RVGitMergeTreeEntry::mergeTreeEntryWithType(
-    RVGitMergeTreeEntryType type, std::optional<std::string> diff, Version baseVersion,
-    Version ourVersion, Version theirVersion, Version resultVersion, bool isBinaryFile,
-    std::shared_ptr<RVGitRepository> repository) {
-    return std::make_shared<RVGitMergeTreeEntry>(
-        type, std::move(diff), std::move(baseVersion), std::move(ourVersion),
-        std::move(theirVersion), std::move(resultVersion), isBinaryFile, std::move(repository));
+    RVGitMergeTreeEntryType type, std::optional<std::string> diff, const Version& baseVersion,
+    const Version& ourVersion, const Version& theirVersion, const Version& resultVersion,
+    bool isBinaryFile, std::shared_ptr<RVGitRepository> repository) {
+    return std::make_shared<RVGitMergeTreeEntry>(type, std::move(diff), baseVersion, ourVersion,
+                                                 theirVersion, resultVersion, isBinaryFile,
+                                                 std::move(repository));
 }
 
 std::shared_ptr<RVGitMergeTreeEntry> RVGitMergeTreeEntry::mergeTreeEntryWithParserResultItem(
@@ -132,13 +132,12 @@ std::shared_ptr<RVGitMergeTreeEntry> RVGitMergeTreeEntry::mergeTreeEntryWithPars
                                                        std::move(hash), mode);
     };
     const auto type = typeFromMessage(item.message);
-    auto base = version(item.baseFilepath, item.baseObjectHash, item.baseFileMode);
-    auto our = version(item.ourFilepath, item.ourObjectHash, item.ourFileMode);
-    auto their = version(item.theirFilepath, item.theirObjectHash, item.theirFileMode);
-    auto result = version(item.resultFilepath, item.resultObjectHash, item.resultFileMode);
-    return mergeTreeEntryWithType(type, std::move(item.diff), std::move(base), std::move(our),
-                                  std::move(their), std::move(result), item.isBinaryFile,
-                                  std::move(repository));
+    const auto base = version(item.baseFilepath, item.baseObjectHash, item.baseFileMode);
+    const auto our = version(item.ourFilepath, item.ourObjectHash, item.ourFileMode);
+    const auto their = version(item.theirFilepath, item.theirObjectHash, item.theirFileMode);
+    const auto result = version(item.resultFilepath, item.resultObjectHash, item.resultFileMode);
+    return mergeTreeEntryWithType(type, std::move(item.diff), base, our, their, result,
+                                  item.isBinaryFile, std::move(repository));
 }
 
 RVGitMergeTreeEntryType RVGitMergeTreeEntry::typeFromMessage(

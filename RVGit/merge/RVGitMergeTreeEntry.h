@@ -40,9 +40,9 @@ public:
                         const Version& theirVersion, const Version& resultVersion,
                         bool isBinaryFile, std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitMergeTreeEntry> mergeTreeEntryWithType(
-        RVGitMergeTreeEntryType type, std::optional<std::string> diff, Version baseVersion,
-        Version ourVersion, Version theirVersion, Version resultVersion, bool isBinaryFile,
-        std::shared_ptr<RVGitRepository> repository);
+        RVGitMergeTreeEntryType type, std::optional<std::string> diff, const Version& baseVersion,
+        const Version& ourVersion, const Version& theirVersion, const Version& resultVersion,
+        bool isBinaryFile, std::shared_ptr<RVGitRepository> repository);
     [[nodiscard]] static std::shared_ptr<RVGitMergeTreeEntry> mergeTreeEntryWithParserResultItem(
         RVGitMergeTreeOutputParserResultItem item, std::shared_ptr<RVGitRepository> repository);
 
