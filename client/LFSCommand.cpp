@@ -113,7 +113,8 @@ void printPointer(const Repository& repository, RVGitLFSManager& manager, Argume
     if (::lstat(path.c_str(), &status) != 0 || ::access(path.c_str(), R_OK) != 0)
         throw Failure(posixError(errno, path));
     if (!S_ISREG(status.st_mode))
-        throw UsageError(printable(path) + " is no plain file");
+        throw Failure(posixError(S_ISDIR(status.st_mode) ? EISDIR : EINVAL, path),
+                      "It is no plain file");
     std::promise<std::pair<std::shared_ptr<RVGitLFSPointer>, std::optional<RVError>>> promise;
     (void)manager.createPointerFromFileAtPath(path, std::nullopt,
                                               [&](const auto& pointer, const auto& error) {

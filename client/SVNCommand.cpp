@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <filesystem>
 
 #include "RVGit/base/RVFileManager.h"
@@ -57,7 +58,7 @@ std::shared_ptr<RVGitRemote> remoteFor(const Repository& repository,
 void cloneWithSeveralTrunks(const std::string& address, const std::string& path,
                             const RVOptions& options) {
     if (RVFileManager::fileExistsAtPath(path) && !RVFileManager::isEmptyDirectoryAtPath(path))
-        throw UsageError(printable(path) + " is not empty");
+        throw Failure(posixError(ENOTEMPTY, path));
     run(*RVGitInitCommand::gitInitCommandWithPath(path, std::nullopt));
     const auto repository = RVGitRepository::repositoryWithPath(path);
     std::optional<RVError> error;

@@ -163,6 +163,8 @@ int run(std::vector<std::string> words) {
     // the variables name, and not the one that its user names.
     RVGitConfiguration::sharedConfiguration().setSanitizesInheritedEnvironment(true);
     const auto gitBinary = RVGitBinary::gitBinaryInPath();
+    if (interrupted)
+        return exitInterrupted;
     if (!gitBinary || !gitBinary->isValid())
         return complain("there is no git in PATH, or it is older than " +
                             RVGitBinary::minimumVersionRequirement(),

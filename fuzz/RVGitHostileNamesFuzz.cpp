@@ -35,9 +35,6 @@ using Arguments = std::vector<std::string>;
 
 using Operation = std::function<void(const Repository&, const Text& a, const Text& b)>;
 
-template <typename Result>
-void use(const Result&) {}
-
 const std::vector<Operation>& operations() {
     static const RVNeverDestroyed<std::vector<Operation>> list = {
         [](auto& r, auto& a, auto&) { use(RVGitTag::createTagWithRefName(a, "HEAD", r)); },
@@ -152,7 +149,5 @@ const std::vector<RVHostileSandbox::Operation>& sandboxOperations() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static RVHostileSandbox sandbox([](const RVHostileSandbox&, const std::string&) {});
-    sandbox.runOne(sandboxOperations(), data, size);
-    return 0;
+    return runInSandbox(sandboxOperations(), data, size);
 }

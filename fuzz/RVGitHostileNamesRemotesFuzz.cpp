@@ -30,9 +30,6 @@ using Text = std::string;
 using Operation = Sandbox::Operation;
 using Repository = std::shared_ptr<RVGitRepository>;
 
-template <typename Result>
-void use(const Result&) {}
-
 Operation plain(void (*run)(const Repository&, const Text& a, const Text& b), unsigned flags = 0) {
     return {[run](const Sandbox& sandbox, const Text& a, const Text& b) {
                 run(sandbox.repository(), a, b);
@@ -274,7 +271,5 @@ const std::vector<Operation>& operations() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static RVHostileSandbox sandbox([](const RVHostileSandbox&, const std::string&) {});
-    sandbox.runOne(operations(), data, size);
-    return 0;
+    return runInSandbox(operations(), data, size);
 }

@@ -30,9 +30,6 @@ using Texts = std::vector<std::string>;
 using Operation = Sandbox::Operation;
 using Repository = std::shared_ptr<RVGitRepository>;
 
-template <typename Result>
-void use(const Result&) {}
-
 std::shared_ptr<RVGitRemote> remoteNamed(const Repository& repository, const Text& name) {
     return RVGitRemote::remoteWithRepository(repository, name, std::nullopt, std::nullopt,
                                              std::nullopt);
@@ -222,7 +219,5 @@ const std::vector<Operation>& operations() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static RVHostileSandbox sandbox([](const RVHostileSandbox&, const std::string&) {});
-    sandbox.runOne(operations(), data, size);
-    return 0;
+    return runInSandbox(operations(), data, size);
 }

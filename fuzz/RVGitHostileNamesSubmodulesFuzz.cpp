@@ -24,9 +24,6 @@ using Text = std::string;
 using Operation = Sandbox::Operation;
 using Repository = std::shared_ptr<RVGitRepository>;
 
-template <typename Result>
-void use(const Result&) {}
-
 Text quoted(const Text& text) {
     Text result = "\"";
     for (const char c : text) {
@@ -200,7 +197,5 @@ const std::vector<Operation>& operations() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static RVHostileSandbox sandbox([](const RVHostileSandbox&, const std::string&) {});
-    sandbox.runOne(operations(), data, size);
-    return 0;
+    return runInSandbox(operations(), data, size);
 }

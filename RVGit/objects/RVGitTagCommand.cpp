@@ -6,8 +6,17 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
 
+namespace {
+
+// With tag.gpgSign git makes an annotated tag of every one, and asks for the message.
+constexpr char noEditor[] = ":";
+
+}  // namespace
+
 RVGitTagCommand::RVGitTagCommand(const std::shared_ptr<RVGitRepository>& repository)
-    : RVGitCommand(repository) {}
+    : RVGitCommand(repository) {
+    setValueForEnvironmentVariable(noEditor, "GIT_EDITOR");
+}
 
 std::shared_ptr<RVGitTagCommand> RVGitTagCommand::gitCreateTagCommandWithRepository(
     const std::shared_ptr<RVGitRepository>& repository, std::string refName,
@@ -53,8 +62,9 @@ const RVGitErrorTable& RVGitTagCommand::gitErrorDefinitions() {
 
 void RVGitTagCommand::gitCommandWillInitialize() {
     setGitCommand("tag");
-    // With tag.gpgSign git makes an annotated tag of every one, and asks for the message.
-    setValueForEnvironmentVariable(":", "GIT_EDITOR");
+    // It is taken away where the environment is sanitized.
+    if (!valueForEnvironmentVariable("GIT_EDITOR"))
+        setValueForEnvironmentVariable(noEditor, "GIT_EDITOR");
     if (deletesTag_)
         addGitCommandOption("-d");
     if (message_) {

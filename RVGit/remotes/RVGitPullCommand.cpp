@@ -19,6 +19,7 @@ RVGitPullCommand::RVGitPullCommand(const std::shared_ptr<RVGitRepository>& repos
       preservesMergeCommits_(optionIsSet(options, RVGitPullOptionPreserveMergeCommits)),
       noVerify_(optionIsSet(options, RVGitPullOptionNoVerify)) {
     setSupportsProgressOutput(true);
+    openNoEditor(*this);
 }
 
 std::shared_ptr<RVGitPullCommand> RVGitPullCommand::gitPullCommandWithRepository(
@@ -44,7 +45,7 @@ const RVGitErrorTable& RVGitPullCommand::gitErrorDefinitions() {
 
 void RVGitPullCommand::gitCommandWillInitialize() {
     setGitCommand("pull");
-    openNoEditor(*this);
+    openNoEditorUnlessSet(*this);
     addGitCommandOptions({"-v", "--progress"});
     addGitCommandOptionsThatAreSet({{noVerify_, "--no-verify"},
                                     {usesRebase_, "--rebase"},

@@ -34,20 +34,6 @@ using Repository = std::shared_ptr<RVGitRepository>;
 using Containment = RVGitSubmoduleContainment;
 using Helper = RVGitSubmoduleHelper;
 
-bool fail(const Repository& repository, RVGitErrorCode code, const RVUserInfo& userInfo,
-          RVErrorPlace error) {
-    fillErrorPlace(error, gitErrorWithCode(code, RVGitMakeErrorUserInfo(repository, userInfo)));
-    return false;
-}
-
-bool failToMove(const Repository& repository, RVGitErrorCode code, const std::string& source,
-                const std::string& destination, RVErrorPlace error) {
-    return fail(
-        repository, code,
-        {{RVGitSourceFilePathErrorKey, source}, {RVGitDestinationFilePathErrorKey, destination}},
-        error);
-}
-
 bool isEmptyPlainDirectory(const std::string& path) {
     return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
            RVFileManager::isEmptyDirectoryAtPath(path);
@@ -210,6 +196,20 @@ std::shared_ptr<RVGitSubmoduleManager> RVGitSubmoduleManager::managerWithReposit
     return std::make_shared<RVGitSubmoduleManager>(std::move(repository));
 }
 
+bool RVGitSubmoduleManager::fail(RVGitErrorCode code, const RVUserInfo& userInfo,
+                                 RVErrorPlace error) const {
+    fillErrorPlace(error, gitErrorWithCode(code, RVGitMakeErrorUserInfo(repository(), userInfo)));
+    return false;
+}
+
+bool RVGitSubmoduleManager::failToMove(RVGitErrorCode code, const std::string& source,
+                                       const std::string& destination, RVErrorPlace error) const {
+    return fail(
+        code,
+        {{RVGitSourceFilePathErrorKey, source}, {RVGitDestinationFilePathErrorKey, destination}},
+        error);
+}
+
 std::shared_ptr<RVGitSubmodule> RVGitSubmoduleManager::submoduleForPath(const std::string& path,
                                                                         RVErrorPlace error) const {
     return RVGitSubmoduleLoader(repository()).submoduleForPath(path, error);
@@ -223,16 +223,16 @@ bool RVGitSubmoduleManager::canAddSubmoduleAtPath(const std::string& path, RVErr
     // The top itself is a directory that is not empty.
     if (absolutePath != repository->path() &&
         !Containment(repository).containsWorkingDirectory(absolutePath))
-        return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError, userInfo, error);
+        return fail(RVGitAddSubmodulePathOutsideRepositoryError, userInfo, error);
     if (RVGitSubmoduleContainment::somethingIsAt(absolutePath) &&
         !isEmptyPlainDirectory(absolutePath))
-        return fail(repository, RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
+        return fail(RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
     const auto names = RVGitSubmoduleLoader(repository).allSubmoduleNames(error);
     if (!names)
         return false;
     for (const std::string& name : *names)
         if (isEqualToUnicodeString(name, path))
-            return fail(repository, RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
+            return fail(RVGitAddSubmodulePathAlreadyExistsError, userInfo, error);
     return true;
 }
 
@@ -248,7 +248,7 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
     const bool removesGitDirectory = options & RVGitSubmoduleRemoveOptionRemoveGitDirectory;
     const RVUserInfo userInfo = {{RVGitSubmodulePathErrorKey, submodule->path()}};
     if (submodule->isDirty() && !losesModifications)
-        return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
+        return fail(RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
 
     const Places places = placesOfSubmodule(*submodule, repository);
     const bool gitDirectoryExists =
@@ -257,14 +257,14 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         (gitDirectoryExists && (!places.gitDirectoryIsContained ||
                                 Containment::holdsOtherGitDirectories(places.gitDirectory))) ||
         (removesGitDirectory && !Containment::isSafeName(submodule->name())))
-        return fail(repository, RVGitRemoveOperationNotPermittedError, userInfo, error);
+        return fail(RVGitRemoveOperationNotPermittedError, userInfo, error);
     if (!Containment(repository).requirePlainSubmodulesFile(error))
         return false;
     // What ".gitmodules" alone declares may be any directory of the superproject.
     const bool workingDirectoryExists = RVFileManager::isDirectoryAtPath(places.workingDirectory);
     if (submodule->status() == RVGitSubmoduleStatusMissingWorkingTreePath && !losesModifications &&
         workingDirectoryExists && !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory))
-        return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
+        return fail(RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
     // The list leaves out what ".gitmodules" or the user's configuration says to ignore, and what
     // git had no time to tell where it was cancelled.
     if (places.hasRepository && !losesModifications && workingDirectoryExists) {
@@ -272,8 +272,7 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNo,
                                           RVGitIgnoreSubmodulesModeNone, &failure);
         if (work == Work::Some)
-            return fail(repository, RVGitRemoveSubmoduleWithLocalModificationsError, userInfo,
-                        error);
+            return fail(RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
         if (failure) {
             fillErrorPlace(error, *std::move(failure));
             return false;
@@ -327,9 +326,9 @@ bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
         !Containment(repository).containsWorkingDirectory(newDirectory) ||
         (configExists &&
          (!places.gitDirectoryIsContained || RVFileManager::isSymbolicLinkAtPath(configFile))))
-        return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
+        return failToMove(RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
     if (oldDirectory == newDirectory)
-        return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
+        return failToMove(RVGitMoveFileSelfTargetError, path, toNewPath, error);
     if (!Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
 
@@ -388,7 +387,7 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
         (directoryExists && (!places.gitDirectoryIsContained ||
                              Containment::holdsOtherGitDirectories(oldDirectory))) ||
         (places.hasRepository && !places.workingDirectoryIsContained))
-        return failToMove(repository, RVGitMoveFileOutsideRepositoryError, name, toNewName, error);
+        return failToMove(RVGitMoveFileOutsideRepositoryError, name, toNewName, error);
     if (!Containment(repository).requirePlainSubmodulesFile(error))
         return false;
     // Git would make one section of both.
@@ -396,7 +395,7 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
     if (!names)
         return false;
     if (std::find(names->begin(), names->end(), toNewName) != names->end())
-        return failToMove(repository, RVGitMoveFileAlreadyExistsError, name, toNewName, error);
+        return failToMove(RVGitMoveFileAlreadyExistsError, name, toNewName, error);
 
     if (watch.isCancelled(error))
         return false;
@@ -447,16 +446,16 @@ bool RVGitSubmoduleManager::relocateSubmoduleWithPath(const std::string& path,
     if (!places.workingDirectoryIsContained || isAbsolutePath(toNewPath) ||
         !Containment(repository).containsWorkingDirectory(newDirectory) ||
         (places.hasRepository && !places.gitDirectoryIsContained))
-        return failToMove(repository, RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
+        return failToMove(RVGitMoveFileOutsideRepositoryError, path, toNewPath, error);
     if (places.workingDirectory == newDirectory)
-        return failToMove(repository, RVGitMoveFileSelfTargetError, path, toNewPath, error);
+        return failToMove(RVGitMoveFileSelfTargetError, path, toNewPath, error);
     if (!Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
     // Git would move it into a directory that is there.
     const bool makesRoom = isEmptyPlainDirectory(newDirectory);
     if (RVGitSubmoduleContainment::somethingIsAt(newDirectory) &&
         (!makesRoom || ::rmdir(newDirectory.c_str()) != 0))
-        return failToMove(repository, RVGitMoveFileAlreadyExistsError, path, toNewPath, error);
+        return failToMove(RVGitMoveFileAlreadyExistsError, path, toNewPath, error);
     ParentDirectories parents(newDirectory);
     if (RVGitMoveCommand::gitMoveCommandWithRepository(repository, submodule->path(), toNewPath)
             ->run(error)) {
@@ -486,7 +485,7 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
     }
     const Places places = placesOfSubmodule(*submodule, repository);
     if (!places.workingDirectoryIsContained) {
-        (void)fail(repository, RVGitRemoveOperationNotPermittedError,
+        (void)fail(RVGitRemoveOperationNotPermittedError,
                    {{RVGitSubmodulePathErrorKey, submodule->path()}}, error);
         return true;
     }

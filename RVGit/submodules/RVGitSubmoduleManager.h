@@ -7,6 +7,7 @@
 
 #include "RVGit/base/RVError.h"
 #include "RVGit/base/RVExport.h"
+#include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/repository/RVGitRepositoryPart.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 
@@ -159,6 +160,10 @@ private:
     /// The repository's own, which does not keep it alive.
     explicit RVGitSubmoduleManager(std::weak_ptr<RVGitRepository> owner);
 
+    /// False, with the place filled.
+    bool fail(RVGitErrorCode code, const RVUserInfo& userInfo, RVErrorPlace error) const;
+    [[nodiscard]] bool failToMove(RVGitErrorCode code, const std::string& source,
+                                  const std::string& destination, RVErrorPlace error) const;
     [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
                                                                    RVErrorPlace error) const;
     [[nodiscard]] bool renameSubmodule(const std::string& name, const std::string& newName,

@@ -11,6 +11,7 @@
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitError.h"
+#include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/submodules/RVGitCancellationWatch.h"
 #include "RVGit/submodules/RVGitSubmoduleConfig.h"
@@ -27,23 +28,21 @@ using Repository = std::shared_ptr<RVGitRepository>;
 using Containment = RVGitSubmoduleContainment;
 using Helper = RVGitSubmoduleHelper;
 
-bool fail(const Repository& repository, RVGitErrorCode code, const RVUserInfo& userInfo,
-          RVErrorPlace error) {
-    fillErrorPlace(error, gitErrorWithCode(code, RVGitMakeErrorUserInfo(repository, userInfo)));
-    return false;
-}
-
 std::string checkedOutHash(RVGitRepository& repository) {
     const std::string ref = repository.HEADRefName().value_or("");
     return ref.starts_with("refs/") ? repository.HEADRevision().value_or("") : ref;
 }
 
-bool hasUnstagedSubmodulesFile(const RVGitSubmoduleLoader& loader, const Repository& repository) {
-    const std::string name = ".gitmodules";
-    if (!repository->index()->indexEntryForFilePath(name))
+// Whether ".gitmodules" has the section, and as it is staged has not.
+bool isSectionUnstaged(const std::string& name, const RVGitSubmoduleLoader& loader,
+                       const Repository& repository) {
+    const std::string file = ".gitmodules";
+    if (!repository->index()->indexEntryForFilePath(file))
         return true;
-    const auto diffs = loader.loadDiffsForFilePaths({name});
-    return diffs && !diffs->empty();
+    const auto diffs = loader.loadDiffsForFilePaths({file});
+    return diffs && !diffs->empty() &&
+           diffs->front()->rawDiff().value_or("").find("\n+[submodule \"" + name + "\"]") !=
+               std::string::npos;
 }
 
 // Whether an earlier add of the same came as far as the index and failed behind it: git would take
@@ -70,7 +69,7 @@ bool isHalfAdded(const Repository& repository, const std::string& URL, const std
         return false;
     const auto localConfig = localConfigs->find(config->second->name());
     return localConfig == localConfigs->end() || !localConfig->second->URL() ||
-           hasUnstagedSubmodulesFile(loader, repository);
+           isSectionUnstaged(config->second->name(), loader, repository);
 }
 
 bool isPlainDirectory(const std::string& path) {
@@ -133,7 +132,7 @@ bool RVGitSubmoduleManager::requireContainedPaths(
                 checkedPaths.push_back(entry.first);
     for (const std::string& path : checkedPaths)
         if (!Containment(repository).containsWorkingDirectory(path))
-            return fail(repository, RVGitAddSubmodulePathOutsideRepositoryError,
+            return fail(RVGitAddSubmodulePathOutsideRepositoryError,
                         {{RVGitSubmoduleNameErrorKey, path}}, error);
     return true;
 }
@@ -225,7 +224,7 @@ bool RVGitSubmoduleManager::requireReplaceableFiles(
         if ((isInitialized || (options & RVGitSubmoduleUpdateOptionInitialize)) &&
             Containment::isSafeName(name) && RVFileManager::isDirectoryAtPath(gitDirectory) &&
             wouldReplaceFiles(directory, gitDirectory, entry->objectHash().value_or("")))
-            return fail(repository, RVGitAddSubmodulePathAlreadyExistsError,
+            return fail(RVGitAddSubmodulePathAlreadyExistsError,
                         {{RVGitSubmodulePathErrorKey, path}}, error);
     }
     return true;

@@ -31,6 +31,16 @@ std::optional<Place> placeInRepository(const RVGitRepository* repository,
     return std::nullopt;
 }
 
+// The same for reading. The folder "info" may be a link, as tools make it whose repositories share
+// theirs; the file itself may not.
+std::optional<Place> placeForReading(const RVGitRepository* repository,
+                                     const std::string& filePath) {
+    auto place = placeInRepository(repository, filePath);
+    if (place && place->second == "info/exclude")
+        place = Place(pathByDeletingLastComponent(filePath), lastPathComponent(filePath));
+    return place;
+}
+
 // The contents of the caller's own file. A link may lead to a device, which could be read without
 // end.
 std::optional<std::string> contentsOfOwnFile(const std::string& filePath) {
@@ -117,7 +127,7 @@ std::optional<std::vector<std::string>> RVGitIgnores::rawIgnorePatterns(RVErrorP
 std::optional<std::vector<std::string>> RVGitIgnores::readIgnorePatterns(RVErrorPlace error) const {
     if (!RVFileManager::fileExistsAtPath(filePath_))
         return std::vector<std::string>();
-    const auto place = placeInRepository(repository().get(), filePath_);
+    const auto place = placeForReading(repository().get(), filePath_);
     auto contents = place
                         ? RVContainedFiles(place->first)
                               .UTF8Contents(place->second, std::numeric_limits<std::size_t>::max())

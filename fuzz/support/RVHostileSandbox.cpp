@@ -283,10 +283,10 @@ RVHostileSandbox::RVHostileSandbox(const Fill& fill) {
         fail("No temporary directory", "");
     base_ = *directory;
     root_ = base_ + "/a/b/c/d/e/f";
-    for (const char* name : {"/work/out", "/tmp", "/calls", "/home", "/canary/.git", "/bin"})
+    for (const char* name : {"/place/out", "/tmp", "/calls", "/home", "/canary/.git", "/bin"})
         fs::create_directories(root_ + name);
     for (const char* name : {"/canary/HEAD", "/canary/config", "/canary/file", "/home/.profile",
-                             "/config", "/work/config"})
+                             "/config", "/place/config"})
         writeFile(root_ + name, "canary\n");
     writeFile(root_ + "/home/.gitconfig",
               "[user]\n\tname = Marie Curie\n\temail = marie@example.org\n[init]\n"
@@ -386,20 +386,21 @@ std::string RVHostileSandbox::component(std::string text) {
 
 void RVHostileSandbox::makeFreshCopy() const {
     std::error_code ignored;
-    for (const char* name : {"/work", "/tmp", "/calls"})
+    for (const char* name : {"/place", "/tmp", "/calls"})
         fs::remove_all(root_ + name, ignored);
-    for (const char* name : {"/work/out", "/tmp", "/calls"})
+    for (const char* name : {"/place/out", "/tmp", "/calls"})
         fs::create_directories(root_ + name);
-    writeFile(root_ + "/work/config", "canary\n");
+    writeFile(root_ + "/place/config", "canary\n");
     for (const char* name : {"/tree", "/remote.git"})
-        fs::copy(root_ + "/template" + name, root_ + "/work" + name,
+        fs::copy(root_ + "/template" + name, root_ + "/place" + name,
                  fs::copy_options::recursive | fs::copy_options::copy_symlinks);
 }
 
 RVHostileSandbox::Snapshot RVHostileSandbox::snapshot(unsigned flags) const {
-    const std::set<std::string> open = {root_ + "/work/tree", root_ + "/tmp", root_ + "/calls",
-                                        flags & Pushes ? root_ + "/work/remote.git" : std::string(),
-                                        flags & Makes ? root_ + "/work/out" : std::string()};
+    const std::set<std::string> open = {
+        root_ + "/place/tree", root_ + "/tmp", root_ + "/calls",
+        flags & Pushes ? root_ + "/place/remote.git" : std::string(),
+        flags & Makes ? root_ + "/place/out" : std::string()};
     Snapshot entries;
     for (fs::recursive_directory_iterator entry(base_), end; entry != end; ++entry) {
         if (open.contains(entry->path().string()))

@@ -24,12 +24,12 @@ class RVGitRepository;
 /// Each of them ends the process with a word of what was found.
 ///
 /// Around the repository lie:
-///     bin/            the git, and a trap by the name of "pwned", with and without the mark
-///     home/           with the user's configuration
-///     canary/         files and folders whose names the texts can guess
-///     work/tree       the repository, fresh for each input
-///     work/remote.git what "origin" names; "origin/main" and "origin/other" are fetched
-///     work/out        where what is cloned or packed may go
+///     bin/             the git, and a trap by the name of "pwned", with and without the mark
+///     home/            with the user's configuration
+///     canary/          files and folders whose names the texts can guess
+///     place/tree       the repository, fresh for each input
+///     place/remote.git what "origin" names; "origin/main" and "origin/other" are fetched
+///     place/out        where what is cloned or packed may go
 /// all of it below several folders, so that a few "../" do not lead out.
 class RVHostileSandbox {
 public:
@@ -46,8 +46,8 @@ public:
     RVHostileSandbox& operator=(const RVHostileSandbox&) = delete;
 
     [[nodiscard]] const std::shared_ptr<RVGitRepository>& repository() const { return repository_; }
-    [[nodiscard]] std::string tree() const { return root_ + "/work/tree"; }
-    [[nodiscard]] std::string out() const { return root_ + "/work/out"; }
+    [[nodiscard]] std::string tree() const { return root_ + "/place/tree"; }
+    [[nodiscard]] std::string out() const { return root_ + "/place/out"; }
     /// A hash of 40 digits: HEAD's, and those of its first parents.
     [[nodiscard]] const std::string& hash(std::size_t generation) const {
         return hashes_.at(generation);
@@ -75,7 +75,7 @@ public:
         RealOnly = 2,
         /// The remote may change.
         Pushes = 4,
-        /// Something may come to be in work/out.
+        /// Something may come to be in place/out.
         Makes = 8,
     };
     struct Operation {
@@ -104,3 +104,15 @@ private:
     std::vector<std::string> hashes_;
     std::shared_ptr<RVGitRepository> repository_;
 };
+
+/// For a result that says nothing to a fuzz target.
+template <typename Result>
+void use(const Result&) {}
+
+/// What a fuzz target does with one input, in a repository that nothing was added to.
+inline int runInSandbox(const std::vector<RVHostileSandbox::Operation>& operations,
+                        const std::uint8_t* data, std::size_t size) {
+    static RVHostileSandbox sandbox([](const RVHostileSandbox&, const std::string&) {});
+    sandbox.runOne(operations, data, size);
+    return 0;
+}

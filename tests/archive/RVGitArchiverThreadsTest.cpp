@@ -18,6 +18,7 @@
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "tests/support/RVFullQueue.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 #include "tests/support/RVTestFiles.h"
 #include "tests/support/RVTestRights.h"
@@ -172,29 +173,12 @@ TEST_F(RVGitArchiverThreadsTest, TooManyPathsAreRaisedToTheWaiterAndToldToTheHan
 TEST_F(RVGitArchiverThreadsTest, RunsBesideASharedQueueThatIsFull) {
     useWaitingGit();
     const auto archiver = archiverFor("a.zip");
-    std::promise<void> go;
-    auto waiting = go.get_future().share();
-    std::atomic<int> holding = 0;
-    RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
-    const std::size_t slots = queue.maxConcurrentOperationCount();
-    std::vector<std::thread> holders;
-    for (std::size_t index = 0; index < slots; ++index)
-        holders.emplace_back([&] {
-            queue.runBlock([&] {
-                ++holding;
-                waiting.wait();
-            });
-        });
-    while (holding < static_cast<int>(slots))
-        std::this_thread::yield();
+    const RVFullQueue full(RVGitCommandQueue::sharedQueue().queue());
     archiver->start();
     waitUntilGitHasBegun();
     letGitGoOn();
     archiver->waitUntilFinished();
     EXPECT_EQ(archiver->error(), std::nullopt);
-    go.set_value();
-    for (std::thread& holder : holders)
-        holder.join();
 }
 
 TEST_F(RVGitArchiverThreadsTest, CannotBeStartedTwiceAtOnce) {

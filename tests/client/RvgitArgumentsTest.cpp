@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVGitTestCase.h"
 #include "tests/support/RVTestFiles.h"
 
@@ -207,7 +208,8 @@ TEST_F(RvgitArgumentsTest, WhereTheCatalogueHasNoWordsThoseOfGitAreShown) {
     initBareRepository();
     EXPECT_THAT(runProgram({RVGIT_CLIENT, "reflog"}, "bare.git").standardError,
                 HasSubstr("does not have any commits yet"));
-    EXPECT_THAT(rvgit({"archive", "missing", "a.zip"}).standardError, HasSubstr("missing"));
+    EXPECT_THAT(rvgit({"archive", "missing", "a.zip"}).standardError,
+                HasSubstr(isTestedGitAtLeast("2.23") ? "missing" : "Not a valid object name"));
 }
 
 TEST_F(RvgitArgumentsTest, APullShowsGitsLinesAsLines) {
@@ -254,8 +256,9 @@ TEST_F(RvgitArgumentsTest, AContentThatCannotBeWrittenIsAFailure) {
     const auto missing = rvgit({"lfs", "pointer", "missing"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.standardError, HasSubstr("No such file or directory"));
-    EXPECT_THAT(inShell("ln -s file link; \"$0\" lfs pointer link").standardError,
-                EndsWith("link is no plain file\n"));
+    const auto link = inShell("ln -s file link; \"$0\" lfs pointer link");
+    EXPECT_EQ(link.exitCode, 1);
+    EXPECT_THAT(link.standardError, HasSubstr("It is no plain file"));
 }
 
 TEST_F(RvgitArgumentsTest, GitEndsWithATerminalThatIsClosed) {
@@ -267,8 +270,8 @@ TEST_F(RvgitArgumentsTest, GitEndsWithATerminalThatIsClosed) {
 TEST_F(RvgitArgumentsTest, WhoWaitsForSomebodyElseCanBeInterrupted) {
     const std::string interrupt =
         // Again and again: until the client listens, what the shell starts so is deaf.
-        " & pid=$!; tries=0; while [ $tries -lt 100 ] && ! grep -q '^State:.Z' /proc/$pid/status; "
-        "do kill -INT $pid; sleep 0.1; tries=$((tries + 1)); done; kill -KILL $pid 2>/dev/null; "
+        " & pid=$!; tries=0; while [ $tries -lt 100 ] && kill -INT $pid 2>/dev/null; "
+        "do sleep 0.1; tries=$((tries + 1)); done; kill -KILL $pid 2>/dev/null; "
         "wait $pid; echo $? >&2";
     // For a line that nobody writes, and for a reader that does not read.
     EXPECT_THAT(inShell("mkfifo ../in; exec 3<>../in; \"$0\" credential approve https://host/ <&3" +

@@ -22,6 +22,7 @@
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "tests/lfs/RVGitLFSManagerTestCase.h"
+#include "tests/support/RVFullQueue.h"
 #include "tests/support/RVTestRights.h"
 
 namespace {
@@ -29,25 +30,8 @@ namespace {
 class RVGitLFSManagerThreadsTest : public RVGitLFSManagerTestCase {};
 
 TEST_F(RVGitLFSManagerThreadsTest, RunsBesideASharedQueueThatIsFull) {
-    std::promise<void> go;
-    auto waiting = go.get_future().share();
-    std::atomic<int> holding = 0;
-    RVOperationQueue& queue = RVGitCommandQueue::sharedQueue().queue();
-    const std::size_t slots = queue.maxConcurrentOperationCount();
-    std::vector<std::thread> holders;
-    for (std::size_t index = 0; index < slots; ++index)
-        holders.emplace_back([&] {
-            queue.runBlock([&] {
-                ++holding;
-                waiting.wait();
-            });
-        });
-    while (holding < static_cast<int>(slots))
-        std::this_thread::yield();
+    const RVFullQueue full(RVGitCommandQueue::sharedQueue().queue());
     EXPECT_TRUE(manager_.prune());
-    go.set_value();
-    for (std::thread& holder : holders)
-        holder.join();
 }
 
 TEST_F(RVGitLFSManagerThreadsTest, TrackAndUntrackGiveTheFinishedCommand) {

@@ -1,6 +1,5 @@
 // A temporary directory on a disk that is full: nothing that was half written is ever run or
-// believed, and nothing is left behind. Such a disk can only be had in a process with mounts of its
-// own: these tests run again in one.
+// believed, and nothing is left behind.
 
 #include <sys/mount.h>
 #include <sys/statvfs.h>
@@ -25,7 +24,7 @@
 #include "tests/merge/RVGitRewritingTestCase.h"
 #include "tests/support/RVErrorMatchers.h"
 #include "tests/support/RVRepositorySnapshot.h"
-#include "tests/support/RVTestRights.h"
+#include "tests/support/RVTestSmallDisk.h"
 
 namespace fs = std::filesystem;
 
@@ -37,29 +36,21 @@ using testing::IsEmpty;
 
 constexpr std::size_t block = 4096;
 
-class RVGitMergeFullDiskTest : public RVGitRewritingTestCase {};
-
-TEST_F(RVGitMergeFullDiskTest, InAProcessWithMountsOfItsOwn) {
-    const auto result =
-        runProgram({"unshare", "--mount", "--propagation", "private",
-                    fs::read_symlink("/proc/self/exe").string(), "--gtest_also_run_disabled_tests",
-                    "--gtest_filter=RVGitFullTemporaryDirectoryTest.*"});
-    RVGIT_TEST_NEEDS_RIGHTS(result.standardError.find("unshare") == std::string::npos,
-                            "no disk can be mounted");
-    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
-    EXPECT_THAT(result.standardOutput, HasSubstr("PASSED  ] 8 tests"));
-}
-
 /// "A" to "T", with "T" at HEAD; each test fills the disk as far as it needs.
 class RVGitFullTemporaryDirectoryTest : public RVGitRewritingTestCase {
 protected:
     void SetUp() override {
+        if (!isOnSmallDisk())
+            return;
         hashes_ = makeLetters(20);
         ASSERT_EQ(
             ::mount("tmpfs", temporaryDirectory().c_str(), "tmpfs", 0, "size=64k,nr_inodes=16"), 0);
         before_.emplace(repositoryPath());
     }
-    void TearDown() override { ::umount2(temporaryDirectory().c_str(), MNT_DETACH); }
+    void TearDown() override {
+        if (isOnSmallDisk())
+            ::umount2(temporaryDirectory().c_str(), MNT_DETACH);
+    }
 
     /// Leaves so many blocks.
     void fill(std::size_t blocksLeft) {
@@ -90,7 +81,8 @@ private:
     std::optional<RVRepositorySnapshot> before_;
 };
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_NoGestureBegins) {
+TEST_F(RVGitFullTemporaryDirectoryTest, NoGestureBegins) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     fill(0);
     expectFull([&](RVErrorPlace e) {
         return manager().moveRevisionsAboveRevision({hash(5)}, hash(7), e);
@@ -111,7 +103,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_NoGestureBegins) {
     EXPECT_EQ(subjects(), "A B C D E G H I J K L M N O P Q R S T");
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_HalfAListIsNotWorkedOff) {
+TEST_F(RVGitFullTemporaryDirectoryTest, HalfAListIsNotWorkedOff) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     // More than a block: a script that ends anywhere would drop the commits behind.
     for (int count = 0; count < 60; ++count)
         (void)makeCommit("More");
@@ -124,7 +117,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_HalfAListIsNotWorkedOff) {
     EXPECT_EQ(gitInRepository({"rev-list", "--count", "HEAD"}), "79");
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_AMessageThatDoesNotFitLeavesNoListBehind) {
+TEST_F(RVGitFullTemporaryDirectoryTest, AMessageThatDoesNotFitLeavesNoListBehind) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     const std::string message = "Subject\n\n" + std::string(2 * block, 'm');
     for (const std::size_t blocksLeft : {1u, 2u}) {
         fill(blocksLeft);
@@ -140,7 +134,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_AMessageThatDoesNotFitLeavesNoL
     EXPECT_EQ(gitInRepository({"log", "-1", "--format=%s", "HEAD~1"}), "Subject");
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_NoFileCanBeMade) {
+TEST_F(RVGitFullTemporaryDirectoryTest, NoFileCanBeMade) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     std::vector<std::string> names;
     for (int count = 0; count < 16; ++count)
         if (std::ofstream(temporaryDirectory() + "/" + std::to_string(count)))
@@ -153,7 +148,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_NoFileCanBeMade) {
     EXPECT_EQ(subjects(), "A B C D E F G H I J K L M N O P Q R S T");
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_WhatHasStoppedStaysAsItIs) {
+TEST_F(RVGitFullTemporaryDirectoryTest, WhatHasStoppedStaysAsItIs) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     EXPECT_TRUE(manager().editRevision(hash(10), true));
     gitInRepository({"commit", "-q", "--amend", "-m", "Changed"});
     for (const auto& name : RVFileManager::namesInDirectoryAtPath(temporaryDirectory()))
@@ -179,7 +175,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_WhatHasStoppedStaysAsItIs) {
     EXPECT_THAT(subjects(), HasSubstr("J Changed L"));
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_MergesAndPreviewsNeedNoTemporaryFile) {
+TEST_F(RVGitFullTemporaryDirectoryTest, MergesAndPreviewsNeedNoTemporaryFile) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     gitInRepository({"checkout", "-q", "-b", "side", hash(10)});
     (void)makeCommit("Side");
     gitInRepository({"checkout", "-q", "main"});
@@ -193,7 +190,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_MergesAndPreviewsNeedNoTemporar
     EXPECT_THAT(RVFileManager::namesInDirectoryAtPath(temporaryDirectory()), ElementsAre("filler"));
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_NoToolIsShownHalfAFile) {
+TEST_F(RVGitFullTemporaryDirectoryTest, NoToolIsShownHalfAFile) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     const std::string contents(3 * block, 'c');
     (void)commitFile("repository", "large", contents, "Large");
     (void)commitFile("repository", "large", contents + "more\n", "Larger");
@@ -223,7 +221,8 @@ TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_NoToolIsShownHalfAFile) {
     EXPECT_EQ(RVRepositorySnapshot(repositoryPath()).stateFiles.size(), 0u);
 }
 
-TEST_F(RVGitFullTemporaryDirectoryTest, DISABLED_ThereIsNoFileForSignersThen) {
+TEST_F(RVGitFullTemporaryDirectoryTest, ThereIsNoFileForSignersThen) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     RVGitRepository::setTemporaryFilePath(std::nullopt);
     for (int count = 0; count < 16; ++count)
         (void)std::ofstream(temporaryDirectory() + "/" + std::to_string(count));

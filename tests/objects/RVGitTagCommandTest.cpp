@@ -2,6 +2,7 @@
 
 #include "RVGit/command/RVGitError.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -34,6 +35,7 @@ private:
 
 // git would make an annotated tag of it, and wait for whoever is to write the message.
 TEST_F(RVGitTagCommandTest, NoEditorIsOpenedForATagThatIsToBeSigned) {
+    RVGIT_TEST_NEEDS_GIT("2.23", "it does not know tag.gpgSign");
     makeCommit();
     gitInRepository({"config", "tag.gpgSign", "true"});
     gitInRepository({"config", "core.editor", "touch " + scratchPath("edited") + ";:"});

@@ -11,7 +11,7 @@
 #include "RVGit/submodules/RVGitSubmoduleManager.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
 #include "tests/support/RVGitRequirement.h"
-#include "tests/support/RVTestRights.h"
+#include "tests/support/RVTestSmallDisk.h"
 
 namespace fs = std::filesystem;
 
@@ -25,14 +25,8 @@ using testing::Not;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 
-class RVGitSubmoduleManagerStepsTest : public RVGitSubmoduleTestCase {
+class RVGitSubmoduleManagerStepsTest : public RVGitOneSubmoduleTestCase {
 protected:
-    RVGitSubmoduleManagerStepsTest() { addSubmodule("lib", "name"); }
-
-    [[nodiscard]] std::map<std::string, std::string> places(
-        const std::string& path = "lib", const std::string& name = "name") const {
-        return placesOf(path, name);
-    }
     [[nodiscard]] std::string section(const std::string& file) const {
         return readFile("repository/" + file);
     }
@@ -240,14 +234,9 @@ TEST_F(RVGitSubmodulePermissionsTest, RenamingWithALinkThatMayNotBeWritten) {
 
 class RVGitSubmoduleFullDiskTest : public RVGitSubmoduleManagerStepsTest {};
 
-TEST_F(RVGitSubmoduleManagerStepsTest, AFullDisk) {
-    const auto numberOfTests = runOnSmallDisk("RVGitSubmoduleFullDiskTest.*");
-    RVGIT_TEST_NEEDS_RIGHTS(numberOfTests, "no disk can be mounted");
-    EXPECT_EQ(numberOfTests, isTestedGitAtLeast("2.34") ? 4 : 3);
-}
-
-TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_ListingFailsBeforeTheFirstStep) {
+TEST_F(RVGitSubmoduleFullDiskTest, ListingFailsBeforeTheFirstStep) {
     RVGIT_TEST_NEEDS_GIT("2.34", "its listing writes nothing, and does not fail");
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     fillDisk();
     const auto before = filesBelow(repositoryPath());
     // Git would write the index of the submodule anew where it only looks.
@@ -260,7 +249,8 @@ TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_ListingFailsBeforeTheFirstStep) {
     EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
 }
 
-TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_Removing) {
+TEST_F(RVGitSubmoduleFullDiskTest, Removing) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     setEnvironmentVariable("GIT_OPTIONAL_LOCKS", "0");
     fillDisk();
     const auto before = places();
@@ -273,7 +263,8 @@ TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_Removing) {
     EXPECT_THAT(places(), Not(Contains(Key(".gitmodules"))));
 }
 
-TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_Moving) {
+TEST_F(RVGitSubmoduleFullDiskTest, Moving) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     setEnvironmentVariable("GIT_OPTIONAL_LOCKS", "0");
     fillDisk();
     EXPECT_FALSE(manager().moveSubmoduleWithPath("lib", "new", &error));
@@ -287,7 +278,8 @@ TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_Moving) {
     EXPECT_EQ(submoduleAt("new")->status(), RVGitSubmoduleStatusClean);
 }
 
-TEST_F(RVGitSubmoduleFullDiskTest, DISABLED_Renaming) {
+TEST_F(RVGitSubmoduleFullDiskTest, Renaming) {
+    RVGIT_TEST_NEEDS_SMALL_DISK();
     setEnvironmentVariable("GIT_OPTIONAL_LOCKS", "0");
     fillDisk();
     // Git says that it succeeded.

@@ -205,20 +205,3 @@ void RVGitSubmoduleTestCase::fillDisk(std::size_t bytesLeft) const {
 void RVGitSubmoduleTestCase::makeRoom() const {
     fs::remove(scratchPath("filler"));
 }
-
-std::optional<int> RVGitSubmoduleTestCase::runOnSmallDisk(const std::string& filter) const {
-    const std::string disk = makeDirectory("disk");
-    const std::string script =
-        "mount -t tmpfs -o size=6m tmpfs " + disk + " || exit 77; TMPDIR=" + disk +
-        " exec \"$0\" --gtest_also_run_disabled_tests --gtest_filter='" + filter + "'";
-    const auto result = runProgram(
-        {"unshare", "--mount", "sh", "-c", script, fs::read_symlink("/proc/self/exe").string()});
-    if (result.exitCode == 77 || result.standardError.find("unshare") != std::string::npos)
-        return std::nullopt;
-    EXPECT_EQ(result.exitCode, 0) << result.standardOutput << result.standardError;
-    const std::string passed = "PASSED  ] ";
-    const std::size_t place = result.standardOutput.find(passed);
-    return place == std::string::npos
-               ? 0
-               : std::atoi(result.standardOutput.c_str() + place + passed.size());
-}

@@ -75,14 +75,21 @@ protected:
     /// Leaves so many bytes free, or none, on a small disk.
     void fillDisk(std::size_t bytesLeft = 0) const;
     void makeRoom() const;
-    /// Runs disabled tests of this program in a process whose temporary directory is a disk of six
-    /// megabytes. How many there were, all of which have passed; absent where no disk can be
-    /// mounted.
-    [[nodiscard]] std::optional<int> runOnSmallDisk(const std::string& filter) const;
 
 private:
     std::shared_ptr<RVGitSubmoduleManager> manager_;
     std::shared_ptr<RVGitSubmoduleLoader> loader_;
     std::optional<RVUnprivilegedUser> user_;
     std::string protected_;
+};
+
+/// With one submodule, "lib", whose name is "name".
+class RVGitOneSubmoduleTestCase : public RVGitSubmoduleTestCase {
+protected:
+    RVGitOneSubmoduleTestCase() { addSubmodule("lib", "name"); }
+
+    [[nodiscard]] std::map<std::string, std::string> places(
+        const std::string& path = "lib", const std::string& name = "name") const {
+        return placesOf(path, name);
+    }
 };

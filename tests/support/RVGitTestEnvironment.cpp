@@ -30,6 +30,8 @@ constexpr const char* allowedVariables[] = {
     "RVGIT_TEST_LONG_LISTS",
     "RVGIT_TEST_ROUNDS",
     "RVGIT_TEST_EXPECT_RIGHTS",
+    "RVGIT_TEST_MEGABYTES",
+    "RVGIT_TEST_ON_SMALL_DISK",
     "RVGIT_TEST_REF_FORMAT",
 };
 
