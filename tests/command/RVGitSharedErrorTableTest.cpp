@@ -216,12 +216,7 @@ TEST_F(RVGitSharedErrorTableTest, GitRefusesToMergeWhatIsNotSignedOrNotTrusted) 
               RVGitGPGSignatureMissingError)
         << lastError_;
 
-    std::string commit = git({"cat-file", "commit", "side"}, repository);
-    commit.insert(commit.find("\n\n"),
-                  "\ngpgsig -----BEGIN PGP SIGNATURE-----\n x\n"
-                  " -----END PGP SIGNATURE-----");
-    std::string hash = git({"hash-object", "-t", "commit", "-w", "--stdin"}, repository, commit);
-    hash.pop_back();
+    const std::string hash = makeSignedCopyOfCommit("side", repository);
     git({"config", "gpg.program",
          signatureProgram("[GNUPG:] NEWSIG\\n[GNUPG:] GOODSIG 0123456789ABCDEF Someone\\n"
                           "[GNUPG:] TRUST_UNDEFINED\\n")},

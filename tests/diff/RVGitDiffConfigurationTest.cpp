@@ -39,7 +39,7 @@ protected:
         write("kopie", "1\n2\n3\n4\n5\n6\n7\n8\n");
         std::filesystem::rename(repositoryPath() + "/old", repositoryPath() + "/new");
         commitAll();
-        signLastCommit();
+        gitInRepository({"update-ref", "HEAD", makeSignedCopyOfCommit("HEAD", repositoryPath())});
     }
     void write(const std::string& name, const std::string& contents) const {
         writeFile(repositoryPath() + "/" + name, contents);
@@ -47,16 +47,6 @@ protected:
     void commitAll() const {
         gitInRepository({"add", "-A"});
         gitInRepository({"commit", "--quiet", "-m", "Message"});
-    }
-    void signLastCommit() const {
-        std::string commit = git({"cat-file", "commit", "HEAD"}, repositoryPath());
-        commit.insert(commit.find("\n\n") + 1,
-                      "gpgsig -----BEGIN PGP SIGNATURE-----\n \n iQ==\n"
-                      " -----END PGP SIGNATURE-----\n");
-        std::string hash =
-            git({"hash-object", "-w", "-t", "commit", "--stdin"}, repositoryPath(), commit);
-        hash.pop_back();
-        gitInRepository({"update-ref", "HEAD", hash});
     }
     static std::string text(const RVGitDiff& diff) {
         std::string text = diff.oldFilePath().value_or("(none)") + " > " +

@@ -82,12 +82,21 @@ protected:
     [[nodiscard]] std::string unmergedFiles() const {
         return gitInRepository({"diff", "--name-only", "--diff-filter=U"});
     }
-    /// Waits until the file is there, which a tool makes as a sign of life.
-    void waitForFile(const std::string& path) const {
-        for (int count = 0; count < 3000 && !fileExists(path); ++count)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        ASSERT_TRUE(fileExists(path));
+    // Steps of a tool's script, and what a test does with them.
+    [[nodiscard]] std::string showsThatItRuns() const {
+        return "touch " + quotedForShell(scratchPath("running")) + "; ";
     }
+    void waitUntilToolRuns() const {
+        for (int count = 0; count < 3000 && !fileExists("running"); ++count)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_TRUE(fileExists("running"));
+    }
+    [[nodiscard]] std::string waitsForRelease() const {
+        return "until test -e " + quotedForShell(scratchPath("released")) +
+               "; do sleep 0.05; done; ";
+    }
+    void releaseTool() const { writeFile("released", ""); }
+
     /// A binary that cannot be launched.
     void useMissingGit() {
         const auto fake = useFakeGit();
@@ -162,12 +171,11 @@ TEST_F(RVGitToolThreadsTest, AToolThatAsksAtTheTerminalGetsNoAnswer) {
 
 TEST_F(RVGitToolThreadsTest, AMergeToolThatHangsIsCancelled) {
     makeConflict();
-    const std::string alive = scratchPath("alive");
-    defineTool("mergetool", "hanging", "touch " + quotedForShell(alive) + "; sleep 300");
+    defineTool("mergetool", "hanging", showsThatItRuns() + "sleep 300");
     const auto tool = RVGitMergeTool::mergeToolWithRepository(repository(), "hanging");
     Endings endings;
     tool->launchWithFilePath("file", endings.handler());
-    waitForFile(alive);
+    waitUntilToolRuns();
     tool->cancel();
     const auto told = endings.waitFor(1);
     EXPECT_NE(told[0].exitCode, 0);
@@ -177,16 +185,13 @@ TEST_F(RVGitToolThreadsTest, AMergeToolThatHangsIsCancelled) {
 
 TEST_F(RVGitToolThreadsTest, ASecondLaunchWaitsForTheFirst) {
     makeConflict();
-    const std::string alive = scratchPath("alive");
-    const std::string released = scratchPath("released");
     defineTool("mergetool", "slow",
-               "touch " + quotedForShell(alive) + "; until test -e " + quotedForShell(released) +
-                   "; do sleep 0.05; done; echo resolved >\"$1\"");
+               showsThatItRuns() + waitsForRelease() + "echo resolved >\"$1\"");
     const auto tool = RVGitMergeTool::mergeToolWithRepository(repository(), "slow");
     Endings first;
     Endings second;
     tool->launchWithFilePath("file", first.handler());
-    waitForFile(alive);
+    waitUntilToolRuns();
     const auto firstCommand = tool->mergeToolCommand();
     tool->launchWithFilePath("file", second.handler());
     EXPECT_NE(tool->mergeToolCommand(), firstCommand);
@@ -194,7 +199,7 @@ TEST_F(RVGitToolThreadsTest, ASecondLaunchWaitsForTheFirst) {
     tool->cancel();
     EXPECT_TRUE(tool->mergeToolCommand()->isFinished());
     EXPECT_FALSE(firstCommand->isFinished());
-    writeFile(released, "");
+    releaseTool();
     EXPECT_EQ(first.waitFor(1)[0].exitCode, 0);
     const auto told = second.waitFor(1);
     EXPECT_EQ(told[0].exitCode, 128 + SIGTERM);
@@ -219,17 +224,14 @@ TEST_F(RVGitToolThreadsTest, AHandlerMayLaunchAgain) {
 
 TEST_F(RVGitToolThreadsTest, AToolOutlivesItsObject) {
     makeConflict();
-    const std::string alive = scratchPath("alive");
-    const std::string released = scratchPath("released");
     defineTool("mergetool", "slow",
-               "touch " + quotedForShell(alive) + "; until test -e " + quotedForShell(released) +
-                   "; do sleep 0.05; done; echo resolved >\"$1\"");
+               showsThatItRuns() + waitsForRelease() + "echo resolved >\"$1\"");
     Endings endings;
     auto tool = RVGitMergeTool::mergeToolWithRepository(repository(), "slow");
     tool->launchWithFilePath("file", endings.handler());
-    waitForFile(alive);
+    waitUntilToolRuns();
     tool.reset();
-    writeFile(released, "");
+    releaseTool();
     EXPECT_EQ(endings.waitFor(1)[0].exitCode, 0);
 }
 
@@ -286,9 +288,7 @@ TEST_F(RVGitToolThreadsTest, WhatIsRaisedWhileALaunchIsPreparedIsToldOnce) {
 
 TEST_F(RVGitToolThreadsTest, ToolsAreNotCountedAgainstTheLimitOfTheCommands) {
     makeConflict();
-    const std::string released = scratchPath("released");
-    defineTool("mergetool", "slow",
-               "until test -e " + quotedForShell(released) + "; do sleep 0.05; done; exit 1");
+    defineTool("mergetool", "slow", waitsForRelease() + "exit 1");
     const auto limit = RVGitCommandQueue::sharedQueue().queue().maxConcurrentOperationCount();
     std::vector<std::shared_ptr<RVGitMergeTool>> tools(limit + 1);
     Endings endings;
@@ -297,7 +297,7 @@ TEST_F(RVGitToolThreadsTest, ToolsAreNotCountedAgainstTheLimitOfTheCommands) {
         tool->launchWithFilePath("file", endings.handler());
     }
     EXPECT_TRUE(repository()->HEADRevision());
-    writeFile(released, "");
+    releaseTool();
     EXPECT_EQ(endings.waitFor(tools.size()).size(), tools.size());
 }
 
@@ -364,12 +364,11 @@ TEST_F(RVGitToolThreadsTest, ADiffToolThatFailsIsTold) {
 TEST_F(RVGitToolThreadsTest, ADiffToolThatHangsIsCancelled) {
     commitFile("repository", "file", "one\n", "First");
     writeFile("repository/file", "two\n");
-    const std::string alive = scratchPath("alive");
-    defineTool("difftool", "hanging", "touch " + quotedForShell(alive) + "; sleep 300");
+    defineTool("difftool", "hanging", showsThatItRuns() + "sleep 300");
     const auto tool = RVGitDiffTool::diffToolWithRepository(repository(), "hanging");
     Endings endings;
     tool->launchWithRevisions(std::nullopt, std::nullopt, 0, endings.handler());
-    waitForFile(alive);
+    waitUntilToolRuns();
     // Nothing is to be read of a launch that is under way.
     EXPECT_EQ(tool->standardOutput(), std::nullopt);
     tool->cancel();

@@ -103,13 +103,7 @@ TEST_F(RVGitRefLogEntryManagerTest, CountsEntries) {
 // git would say of each signature what it thinks of it, between the entries.
 TEST_F(RVGitRefLogEntryManagerTest, SignaturesAreNotShownWhateverIsConfigured) {
     makeCommit("First");
-    std::string commit = git({"cat-file", "commit", "HEAD"}, repositoryPath());
-    commit.insert(commit.find("\n\n") + 1,
-                  "gpgsig -----BEGIN PGP SIGNATURE-----\n \n iQ==\n"
-                  " -----END PGP SIGNATURE-----\n");
-    std::string hash =
-        git({"hash-object", "-w", "-t", "commit", "--stdin"}, repositoryPath(), commit);
-    hash.pop_back();
+    const std::string hash = makeSignedCopyOfCommit("HEAD", repositoryPath());
     gitInRepository({"update-ref", "-m", "signed", "HEAD", hash});
     gitInRepository({"config", "log.showSignature", "true"});
     setEnvironmentVariable("GIT_CONFIG_PARAMETERS", "'log.showSignature=true'");

@@ -158,6 +158,18 @@ std::string RVGitTestCase::commitFile(std::string_view repositoryPath, std::stri
     return gitLine({"rev-parse", "HEAD"}, repositoryPath);
 }
 
+std::string RVGitTestCase::makeSignedCopyOfCommit(std::string_view revision,
+                                                  std::string_view repositoryPath) const {
+    std::string commit = git({"cat-file", "commit", std::string(revision)}, repositoryPath);
+    commit.insert(commit.find("\n\n") + 1,
+                  "gpgsig -----BEGIN PGP SIGNATURE-----\n \n iQ==\n"
+                  " -----END PGP SIGNATURE-----\n");
+    std::string hash =
+        git({"hash-object", "-w", "-t", "commit", "--stdin"}, repositoryPath, commit);
+    hash.pop_back();
+    return hash;
+}
+
 void RVGitTestCase::setEnvironmentVariable(const std::string& name,
                                            const std::optional<std::string>& value) {
     savedVariables_.push_back({name, environmentVariable(name)});

@@ -75,6 +75,9 @@ protected:
     /// hash of the commit.
     std::string commitFile(std::string_view repositoryPath, std::string_view file,
                            std::string_view contents, std::string_view message) const;
+    /// Writes a copy of the commit with a signature that no key has made; returns its hash.
+    std::string makeSignedCopyOfCommit(std::string_view revision,
+                                       std::string_view repositoryPath) const;
 
     // The environment of this process, put back when the test ends.
 

@@ -14,14 +14,7 @@ namespace {
 
 class RVGitWorkingTreeManagerLockTest : public RVGitWorkingTreeManagerTestCase {
 protected:
-    RVGitWorkingTreeManagerLockTest() {
-        for (const char* path : {"a", "b", "c", "d"})
-            write(path, "one\n");
-        commitAll();
-        write("a", "two\n");
-        write("b", "two\n");
-        git({"add", "b"}, repositoryPath());
-    }
+    RVGitWorkingTreeManagerLockTest() { makeChanges(); }
 
     const std::string lock = ".git/index.lock";
 };

@@ -45,6 +45,15 @@ protected:
         git({"add", "--all", "."}, repositoryPath());
         git({"commit", "-q", "-m", "Message"}, repositoryPath());
     }
+    /// Commits the files "a" to "d", and changes "a" and "b" behind that, of which "b" is staged.
+    void makeChanges() const {
+        for (const char* path : {"a", "b", "c", "d"})
+            write(path, "one\n");
+        commitAll();
+        write("a", "two\n");
+        write("b", "two\n");
+        git({"add", "b"}, repositoryPath());
+    }
     /// "XY path" of each file that git lists as changed, sorted; untracked files are "?? path".
     [[nodiscard]] Paths status() const {
         Paths list = records(

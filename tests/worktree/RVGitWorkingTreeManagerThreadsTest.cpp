@@ -16,14 +16,7 @@ namespace {
 
 class RVGitWorkingTreeManagerThreadsTest : public RVGitWorkingTreeManagerTestCase {
 protected:
-    RVGitWorkingTreeManagerThreadsTest() {
-        for (const char* path : {"a", "b", "c", "d"})
-            write(path, "one\n");
-        commitAll();
-        write("a", "two\n");
-        write("b", "two\n");
-        git({"add", "b"}, repositoryPath());
-    }
+    RVGitWorkingTreeManagerThreadsTest() { makeChanges(); }
 };
 
 TEST_F(RVGitWorkingTreeManagerThreadsTest,
