@@ -11,6 +11,22 @@
 
 using Helper = RVGitSubmoduleConfigHelper;
 
+namespace {
+
+// The name is searched as a pattern: taken as it is, "lib" would find "library", and "c++" or
+// "a(b" would not find themselves. What is behind it is one word: "lib" is not "lib.js".
+std::string patternOfKeys(const std::string& name) {
+    const std::string key = Helper::submoduleConfigKeyWithSubmoduleName(name, "");
+    return "^" + RVRegularExpression::escapedPatternForString(key) + "[^.]*$";
+}
+
+// Git finds the keys of such a section, but not the section.
+bool isLostOnGit(const std::string& name) {
+    return name.find(']') != std::string::npos;
+}
+
+}  // namespace
+
 RVGitSubmoduleConfigManager::RVGitSubmoduleConfigManager(
     std::shared_ptr<RVGitRepository> repository, RVGitSubmoduleConfigType configType)
     : repository_(std::move(repository)), configType_(configType) {
@@ -121,11 +137,29 @@ bool RVGitSubmoduleConfigManager::unsetRecurseSubmodulesOptionForSubmoduleWithNa
 
 bool RVGitSubmoduleConfigManager::containsSectionForSubmoduleWithName(
     const std::string& name) const {
-    // The name is searched as a pattern: taken as it is, "lib" would find "library", and "c++" or
-    // "a(b" would not find themselves.
-    const std::string key = Helper::submoduleConfigKeyWithSubmoduleName(name, "");
-    return config_->containsSectionWithName("^" +
-                                            RVRegularExpression::escapedPatternForString(key));
+    return !config_->valuesForConfigKeyByRegularExpression(patternOfKeys(name)).empty();
+}
+
+bool RVGitSubmoduleConfigManager::moveKeys(const std::string& name,
+                                           const std::optional<std::string>& newName,
+                                           RVErrorPlace error) const {
+    const auto values =
+        config_->wholeValuesForConfigKeyByRegularExpression(patternOfKeys(name), error);
+    if (!values)
+        return false;
+    for (const auto& [key, value] : *values) {
+        const std::string word = key.substr(key.rfind('.') + 1);
+        const auto* several = value.stringList();
+        const RVValue::StringList texts =
+            several ? *several : RVValue::StringList{value.string() ? *value.string() : ""};
+        if (newName &&
+            !config_->setValues(texts, Helper::submoduleConfigKeyWithSubmoduleName(*newName, word),
+                                error))
+            return false;
+        if (!config_->unsetConfigKey(key, error))
+            return false;
+    }
+    return true;
 }
 
 void RVGitSubmoduleConfigManager::failToWrite(RVErrorPlace error) const {
@@ -147,6 +181,8 @@ bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
         failToWrite(error);
         return false;
     }
+    if (isLostOnGit(name))
+        return moveKeys(name, toNewName, error);
     return !containsSectionForSubmoduleWithName(name) ||
            config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
                                   Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
@@ -157,6 +193,8 @@ bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const 
                                                                           RVErrorPlace error) {
     if (!mayWrite(error))
         return false;
+    if (isLostOnGit(name))
+        return moveKeys(name, std::nullopt, error);
     return !containsSectionForSubmoduleWithName(name) ||
            config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error);
 }

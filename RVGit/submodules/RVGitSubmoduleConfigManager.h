@@ -75,6 +75,9 @@ private:
     [[nodiscard]] bool unsetValue(const std::string& name, const char* key,
                                   RVErrorPlace error) const;
     [[nodiscard]] bool containsSectionForSubmoduleWithName(const std::string& name) const;
+    /// One key after the other; to nowhere without a new name.
+    [[nodiscard]] bool moveKeys(const std::string& name, const std::optional<std::string>& newName,
+                                RVErrorPlace error) const;
     void failToWrite(RVErrorPlace error) const;
 
     std::shared_ptr<RVGitRepository> repository_;

@@ -290,7 +290,7 @@ TEST_F(RVGitSubmoduleConfigTest, WithoutTheSectionRenamingAndRemovingSucceed) {
 
 TEST_F(RVGitSubmoduleConfigTest, ANameIsNoPattern) {
     for (const char* name : {"c++", "a(b", "a[b", "x{2}", "a|b", "$a^", "a.*", "back\\slash",
-                             "q\"q", "caf\u00e9", "a b"}) {
+                             "q\"q", "caf\u00e9", "a b", "[x] y", "]"}) {
         SCOPED_TRACE(name);
         ASSERT_TRUE(manager->setPath("p", name, &error));
         ASSERT_NE(loader->submoduleConfigForSubmoduleWithName(name), nullptr);
@@ -300,6 +300,28 @@ TEST_F(RVGitSubmoduleConfigTest, ANameIsNoPattern) {
         EXPECT_TRUE(manager->removeConfigSectionForSubmoduleWithName(name, &error));
         EXPECT_THAT(loader->allSubmoduleConfigs(), Optional(IsEmpty()));
     }
+}
+
+TEST_F(RVGitSubmoduleConfigTest, ANameThatBeginsAnotherIsNotTheOther) {
+    const std::string text = "[submodule \"three.js\"]\n\tpath = p\n\turl = u\n";
+    writeSubmodulesFile(text);
+    EXPECT_TRUE(manager->renameConfigSectionForSubmoduleWithName("three", "new", &error));
+    EXPECT_TRUE(manager->removeConfigSectionForSubmoduleWithName("three", &error));
+    EXPECT_FALSE(error);
+    EXPECT_EQ(submodulesFile(), text);
+}
+
+TEST_F(RVGitSubmoduleConfigTest, ASectionThatGitDoesNotFindByItsNameMovesKeyByKey) {
+    writeSubmodulesFile(
+        "[submodule \"a]\"]\n\tpath = p q\n\turl = u\n\tx = 1\n\tx = 2\n"
+        "[submodule \"a].b\"]\n\tpath = b\n");
+    EXPECT_TRUE(manager->renameConfigSectionForSubmoduleWithName("a]", "c", &error));
+    EXPECT_EQ(gitInRepository({"config", "-f", ".gitmodules", "--list"}),
+              "submodule.a].b.path=b\nsubmodule.c.path=p q\nsubmodule.c.url=u\n"
+              "submodule.c.x=1\nsubmodule.c.x=2");
+    EXPECT_TRUE(manager->removeConfigSectionForSubmoduleWithName("a].b", &error));
+    EXPECT_TRUE(manager->removeConfigSectionForSubmoduleWithName("a].b", &error));
+    EXPECT_EQ(loader->submoduleConfigForSubmoduleWithName("a].b"), nullptr);
 }
 
 TEST_F(RVGitSubmoduleConfigTest, ALinkInTheFilesPlaceIsNeverWrittenThrough) {
