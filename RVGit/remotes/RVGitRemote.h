@@ -201,7 +201,8 @@ public:
     /// One step of renameRemoteWithName() for a Subversion remote whose section has the new name:
     /// moves the directories of refs, in the git directory and in that of the bridge, and rewrites
     /// the ref specs under the key ("fetch", "branches" or "tags") whose local ref begins with
-    /// "refs/remotes/" and the old name. Refs that git has packed stay under the old name.
+    /// "refs/remotes/" and the old name. Refs that git has packed or keeps in tables move along;
+    /// EEXIST where one of another value stands under the new name.
     [[nodiscard]] static bool updateSVNRefSpecsForConfigKey(
         const std::string& configKey, const std::string& oldRemoteName,
         const std::string& newRemoteName, const std::shared_ptr<RVGitRepository>& repository,

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <map>
 #include <system_error>
 
 #include "RVGit/base/RVPath.h"
@@ -11,6 +12,8 @@
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/repository/RVGitShowRefCommand.h"
+#include "RVGit/repository/RVGitUpdateRefCommand.h"
 #include "RVGit/svn/RVGitSVNOptions.h"
 #include "RVGit/svn/RVGitSVNRefSpec.h"
 
@@ -55,6 +58,66 @@ bool moveRefDirectory(const std::optional<std::string>& root, const std::string&
     if (failure)
         fillErrorPlace(error, posixError(failure.value(), to));
     return !failure;
+}
+
+using Refs = std::map<std::string, std::string, std::less<>>;
+
+// The hashes of a remote's refs, by their names.
+std::optional<Refs> refsOfRemote(const std::string& name, const Repository& repository,
+                                 RVErrorPlace error) {
+    const auto command = RVGitShowRefCommand::gitShowRefCommandWithRepository(repository, {});
+    if (!command->run(error))
+        return std::nullopt;
+    if (command->isCancelled()) {
+        clearErrorPlace(error);
+        return std::nullopt;
+    }
+    const std::string prefix = refPrefix(name);
+    Refs refs;
+    for (const auto& ref : command->refs())
+        if (ref.commitHash &&
+            (ref.fullRefName == prefix || ref.fullRefName.starts_with(prefix + "/")))
+            refs.emplace(ref.fullRefName, *ref.commitHash);
+    return refs;
+}
+
+// Of the refs that were there before the directory has moved, those that git keeps elsewhere, in
+// one file for many or in a table.
+bool moveOtherRefs(const Refs& refs, const std::string& oldName, const std::string& newName,
+                   const Repository& repository, RVErrorPlace error) {
+    const auto left = refsOfRemote(oldName, repository, error);
+    if (!left)
+        return false;
+    if (left->empty())
+        return true;
+    const auto moved = refsOfRemote(newName, repository, error);
+    if (!moved)
+        return false;
+    Texts instructions;
+    for (const auto& [ref, hash] : *left)
+        instructions.push_back(std::string("delete ").append(ref).append(" ").append(hash));
+    for (const auto& [ref, hash] : refs) {
+        const std::string newRef = refPrefix(newName) + ref.substr(refPrefix(oldName).size());
+        const auto there = moved->find(newRef);
+        if (there == moved->end()) {
+            instructions.push_back(std::string("create ").append(newRef).append(" ").append(hash));
+        } else if (there->second != hash) {
+            fillErrorPlace(error, posixError(EEXIST, newRef));
+            return false;
+        }
+    }
+    const auto command = RVGitUpdateRefCommand::gitUpdateRefCommandWithRepository(repository, {});
+    command->setInstructions(std::move(instructions));
+    return command->run(error) && command->exitCode() == 0;
+}
+
+// Both names are plain. True where there is nothing to move.
+bool moveRefs(const Repository& repository, const std::string& oldName, const std::string& newName,
+              RVErrorPlace error) {
+    const auto refs = refsOfRemote(oldName, repository, error);
+    return refs && moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error) &&
+           (refs->empty() || moveOtherRefs(*refs, oldName, newName, repository, error)) &&
+           moveRefDirectory(repository->SVNDirectoryPath(), oldName, newName, error);
 }
 
 bool failWithCode(std::int64_t code, const Repository& repository, const std::string& name,
@@ -191,10 +254,7 @@ bool RVGitRemote::updateSVNRefSpecsForConfigKey(const std::string& configKey,
         if (!refSpec->localRefName() || !refSpec->localRefName()->starts_with(oldPrefix))
             continue;
         if (isPlainRelativePath(oldRemoteName) && isPlainRelativePath(newRemoteName) &&
-            !(moveRefDirectory(repository->gitDirectoryPath(), oldRemoteName, newRemoteName,
-                               error) &&
-              moveRefDirectory(repository->SVNDirectoryPath(), oldRemoteName, newRemoteName,
-                               error)))
+            !moveRefs(repository, oldRemoteName, newRemoteName, error))
             return false;
         RVGitSVNRefSpec changed = *refSpec;
         changed.setLocalRefName(newPrefix + refSpec->localRefName()->substr(oldPrefix.size()));

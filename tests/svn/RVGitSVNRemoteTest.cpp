@@ -208,6 +208,39 @@ TEST_F(RVGitSVNRemoteTest, RenamingMovesRefsMetadataAndRefSpecs) {
     EXPECT_FALSE(fileExists("repository/.git/svn/refs/remotes/svn"));
 }
 
+TEST_F(RVGitSVNRemoteTest, RefsThatGitHasPackedMoveAlong) {
+    ASSERT_TRUE(create("svn", standardLayout()));
+    addFetched("svn");
+    const std::string packed = gitInRepository({"rev-parse", "refs/remotes/svn/trunk"});
+    gitInRepository({"update-ref", "refs/remotes/svn/tags/1.0", packed});
+    gitInRepository({"update-ref", "refs/remotes/svn2/trunk", packed});
+    gitInRepository({"pack-refs", "--all"});
+    // The packed value of this one counts no more.
+    const std::string loose = makeCommit();
+    gitInRepository({"update-ref", "refs/remotes/svn/trunk", loose});
+    std::optional<RVError> error;
+    ASSERT_TRUE(rename("svn", "other", &error)) << error->localizedFailureReason().value_or("");
+    EXPECT_EQ(
+        gitInRepository({"for-each-ref", "--format=%(refname) %(objectname)", "refs/remotes"}),
+        "refs/remotes/other/tags/1.0 " + packed + "\nrefs/remotes/other/trunk " + loose +
+            "\nrefs/remotes/svn2/trunk " + packed);
+    gitInRepository({"pack-refs", "--all"});
+    ASSERT_TRUE(rename("other", "a/b", &error)) << error->localizedFailureReason().value_or("");
+    EXPECT_EQ(gitInRepository({"for-each-ref", "--format=%(refname)", "refs/remotes"}),
+              "refs/remotes/a/b/tags/1.0\nrefs/remotes/a/b/trunk\nrefs/remotes/svn2/trunk");
+}
+
+TEST_F(RVGitSVNRemoteTest, APackedRefInTheWayOfARenameIsKept) {
+    ASSERT_TRUE(create("svn", standardLayout()));
+    addFetched("svn");
+    gitInRepository({"update-ref", "refs/remotes/other/trunk", makeCommit()});
+    gitInRepository({"pack-refs", "--all"});
+    const std::string before = gitInRepository({"for-each-ref"});
+    EXPECT_THAT([&](RVErrorPlace error) { return rename("svn", "other", error); },
+                failsWith(EEXIST));
+    EXPECT_EQ(gitInRepository({"for-each-ref"}), before);
+}
+
 TEST_F(RVGitSVNRemoteTest, ARemoteThatWasNeverFetchedFromIsRenamed) {
     ASSERT_TRUE(create("svn", standardLayout()));
     EXPECT_TRUE(rename("svn", "a/b"));
