@@ -10,6 +10,7 @@
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/command/RVGitErrorRow.h"
+#include "RVGit/command/RVGitValues.h"
 
 namespace {
 
@@ -82,7 +83,7 @@ bool RVGitSubmoduleStatusOutputParser::parseOutputLine(std::string_view line) {
         item.path = *parts[2];
         item.status = statusOfFlag(*parts[1]);
     } else {
-        return true;
+        return line.empty() || !beginsWithSHA256Hash(line.substr(1));
     }
     resultForKeyMakingIt(item.path) = item;
     return true;

@@ -24,7 +24,7 @@ struct RVGIT_EXPORT RVGitSubmoduleOutputParserResultItem {
 /// name of the commit in brackets. A line that is none of this is left out; of several with the
 /// same path the last one counts. Where there is no name of the commit, a path that ends in
 /// brackets is read as if it had one: RVGitSubmoduleLoader, which knows the paths, sets it right. A
-/// path with a line break cannot be read.
+/// path with a line break cannot be read. Code 11 for a hash by SHA-256.
 class RVGIT_EXPORT RVGitSubmoduleStatusOutputParser
     : public RVGitItemOutputParser<RVGitSubmoduleOutputParserResultItem> {
 public:

@@ -74,6 +74,14 @@ TEST(RVGitSubmoduleStatusOutputParserTest, LeavesOutWhatFitsNothing) {
     EXPECT_THAT(parsed(std::string(" ") + hash + " \n"), IsEmpty());
 }
 
+TEST(RVGitSubmoduleStatusOutputParserTest, AHashBySHA256IsRefused) {
+    Parser parser(" " + std::string(64, 'a') + " lib (heads/main)\n");
+    std::optional<RVError> error;
+    EXPECT_FALSE(parser.parse(&error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitOutputParserError);
+}
+
 TEST(RVGitSubmoduleStatusOutputParserTest, OfTheSamePathTheLastLineCounts) {
     EXPECT_THAT(parsed(std::string(" ") + hash + " a (x)\n-" + hash + " b\n-" + hash + " a\n"),
                 ElementsAre(std::string("2|a|") + hash + "|-", std::string("2|b|") + hash + "|-"));
