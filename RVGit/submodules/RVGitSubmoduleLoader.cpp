@@ -10,6 +10,7 @@
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
+#include "RVGit/submodules/RVGitCancellationWatch.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/submodules/RVGitSubmoduleConfigLoader.h"
@@ -112,6 +113,7 @@ std::shared_ptr<RVGitSubmoduleConfigLoader> RVGitSubmoduleLoader::submoduleConfi
 
 std::optional<RVGitSubmoduleLoader::Submodules> RVGitSubmoduleLoader::allSubmodules(
     RVErrorPlace error) const {
+    const RVGitCancellationWatch watch;
     const auto entries = submoduleIndexEntriesBySubmodulePath(error);
     if (!entries)
         return std::nullopt;
@@ -126,7 +128,8 @@ std::optional<RVGitSubmoduleLoader::Submodules> RVGitSubmoduleLoader::allSubmodu
     std::transform(entries->begin(), entries->end(), std::back_inserter(paths),
                    [](const auto& entry) { return entry.first; });
     const auto infos = loadSubmoduleStatusForSubmodulePaths(paths, error);
-    if (!infos)
+    // What is missing in a list that was cut off would count as missing in the index.
+    if (watch.isCancelled(error) || !infos)
         return std::nullopt;
 
     Submodules submodules;

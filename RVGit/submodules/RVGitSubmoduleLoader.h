@@ -50,7 +50,8 @@ public:
     [[nodiscard]] std::shared_ptr<RVGitSubmoduleConfigLoader> submoduleConfigLoader() const;
 
     /// Those of the index, in the order of git's status, and behind them those that ".gitmodules"
-    /// alone names. Absent where the index, a configuration or the diff cannot be read. Five
+    /// alone names. Absent where the index, a configuration or the diff cannot be read, and with a
+    /// cleared place where all commands of the queue are cancelled meanwhile. Five
     /// processes; where the status fails, one more for each submodule. Kept for compatibility: the
     /// last submodule then stands twice, unless it is the broken one, and what is dirty is what the
     /// diff of the last path says; and a status that fails for another reason than a broken
