@@ -94,7 +94,21 @@ struct Places {
     bool gitDirectoryIsContained = false;
     /// Whether a repository was found that is not the superproject.
     bool hasRepository = false;
+    /// The same of what is in the working directory itself, whatever the list says of the
+    /// submodule; null without one.
+    Repository ownRepository = {};
+    /// Whether that one has the git directory.
+    bool linksToGitDirectory = false;
 };
+
+// The repository in a directory, and not the one that the directory is in.
+Repository repositoryInDirectory(const std::string& directory) {
+    if (!RVGitSubmoduleContainment::somethingIsAt(pathByAppendingComponent(directory, ".git")))
+        return nullptr;
+    auto opened = RVGitRepository::repositoryWithPath(directory);
+    return opened->isValid() && Containment::isSameFile(opened->path(), directory) ? opened
+                                                                                   : nullptr;
+}
 
 Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository) {
     const Containment containment(repository);
@@ -106,6 +120,9 @@ Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository
     places.workingDirectoryIsContained =
         containment.containsWorkingDirectory(places.workingDirectory) &&
         !submodule.path().starts_with('/');
+    if (places.workingDirectoryIsContained &&
+        !RVFileManager::isSymbolicLinkAtPath(places.workingDirectory))
+        places.ownRepository = repositoryInDirectory(places.workingDirectory);
 
     const std::string foundGitDirectory =
         Helper::absoluteGitDirectoryPathForSubmodule(submodule, repository);
@@ -116,6 +133,10 @@ Places placesOfSubmodule(RVGitSubmodule& submodule, const Repository& repository
     if (!places.hasRepository) {
         places.gitDirectoryIsContained = Containment::isSafeName(submodule.name()) &&
                                          containment.containsGitDirectory(places.gitDirectory);
+        places.linksToGitDirectory =
+            places.ownRepository &&
+            Containment::isSameFile(places.ownRepository->gitDirectoryPath().value_or(""),
+                                    places.gitDirectory);
         return places;
     }
     places.gitDirectory = foundGitDirectory;
@@ -136,12 +157,12 @@ enum class Work { None, Some, Unknown };
 /// Whether there are changes in the submodule's working tree, asked of git in the submodule itself,
 /// where no configuration of the superproject hides them. Unknown is what a cancelled command and
 /// one that fails, which leaves its error, have found out.
-Work workInSubmodule(RVGitSubmodule& submodule, RVGitUntrackedFilesMode untrackedFiles,
-                     RVGitIgnoreSubmodulesMode ignoreSubmodules, RVErrorPlace error) {
-    const auto command = RVGitStatusCommand::gitStatusCommandWithRepository(
-        submodule.submoduleRepository(), std::nullopt);
+Work workInSubmodule(const Repository& submodule, RVGitUntrackedFilesMode untrackedFiles,
+                     RVErrorPlace error) {
+    const auto command =
+        RVGitStatusCommand::gitStatusCommandWithRepository(submodule, std::nullopt);
     command->setUntrackedFilesMode(untrackedFiles);
-    command->setIgnoreSubmodulesMode(ignoreSubmodules);
+    command->setIgnoreSubmodulesMode(RVGitIgnoreSubmodulesModeNone);
     if (!command->run(error))
         return Work::Unknown;
     if (!command->changedFiles().empty())
@@ -149,13 +170,43 @@ Work workInSubmodule(RVGitSubmodule& submodule, RVGitUntrackedFilesMode untracke
     return command->isCancelled() ? Work::Unknown : Work::None;
 }
 
+// Whether the git directory of the repository, or of a submodule in it at any depth, would go with
+// the working tree.
+bool embedsGitDirectory(const Repository& repository) {
+    const std::string directory = repository->path();
+    const std::string gitDirectory = pathByAppendingComponent(directory, ".git");
+    if (RVFileManager::isDirectoryAtPath(gitDirectory) &&
+        !RVFileManager::isSymbolicLinkAtPath(gitDirectory))
+        return true;
+    const auto entries = RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath();
+    return entries && std::any_of(entries->begin(), entries->end(), [&](const auto& entry) {
+               const auto nested =
+                   repositoryInDirectory(pathByAppendingComponent(directory, entry.first));
+               return nested && embedsGitDirectory(nested);
+           });
+}
+
 std::string configFileInGitDirectory(const std::string& gitDirectory) {
     return pathByAppendingComponent(gitDirectory, "config");
 }
 
-// Has the git directory and the working tree refer to each other, as far as they did.
-bool setLinks(const std::string& gitDirectory, const Places& places, const std::string& path,
-              const Repository& repository, RVErrorPlace error) {
+// Whether the ".git" file of a working directory names the git directory, which need not be there
+// any more. Both paths have their links resolved.
+bool namesGitDirectory(const std::filesystem::path& workingDirectory,
+                       const std::filesystem::path& gitDirectory) {
+    const std::string file = (workingDirectory / ".git").string();
+    if (RVFileManager::isDirectoryAtPath(file))
+        return false;
+    const auto link = RVGitRepository::bareRepositoryWithGitDirectoryPath(file)
+                          ->gitDirectoryPathFromGitDirectoryFileLink();
+    return link && (workingDirectory / *link).lexically_normal() == gitDirectory.lexically_normal();
+}
+
+// Has the git directory and the working tree refer to each other, as far as they did when it was
+// still in the old one.
+bool setLinks(const std::string& oldGitDirectory, const std::string& gitDirectory,
+              const Places& places, const std::string& path, const Repository& repository,
+              RVErrorPlace error) {
     const auto top = Containment::resolvedPath(repository->path());
     const auto resolved = Containment::resolvedPath(gitDirectory);
     if (!top || !resolved)
@@ -166,9 +217,12 @@ bool setLinks(const std::string& gitDirectory, const Places& places, const std::
         !config->setValue(workingTree.lexically_relative(*resolved).string(), "core.worktree",
                           error))
         return false;
-    const bool isLinked =
-        places.hasRepository && !RVFileManager::isDirectoryAtPath(
-                                    pathByAppendingComponent(places.workingDirectory, ".git"));
+    const bool isLinked = places.hasRepository || places.linksToGitDirectory
+                              ? !RVFileManager::isDirectoryAtPath(
+                                    pathByAppendingComponent(places.workingDirectory, ".git"))
+                              : places.workingDirectoryIsContained &&
+                                    !RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) &&
+                                    namesGitDirectory(workingTree, oldGitDirectory);
     return !isLinked ||
            RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
                places.workingDirectory,
@@ -267,10 +321,10 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         return fail(RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
     // The list leaves out what ".gitmodules" or the user's configuration says to ignore, and what
     // git had no time to tell where it was cancelled.
-    if (places.hasRepository && !losesModifications && workingDirectoryExists) {
+    if (places.ownRepository && !losesModifications) {
         std::optional<RVError> failure;
-        const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNo,
-                                          RVGitIgnoreSubmodulesModeNone, &failure);
+        const Work work =
+            workInSubmodule(places.ownRepository, RVGitUntrackedFilesModeNo, &failure);
         if (work == Work::Some)
             return fail(RVGitRemoveSubmoduleWithLocalModificationsError, userInfo, error);
         if (failure) {
@@ -288,6 +342,12 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         if (!workingTreeManager->untrackFiles(pathspecs, error))
             return false;
     } else {
+        if (!removesGitDirectory && places.ownRepository &&
+            embedsGitDirectory(places.ownRepository) &&
+            !absorbGitDirectories(submodule->path(), error))
+            return false;
+        if (watch.isCancelled(error))
+            return false;
         if (workingDirectoryExists &&
             !RVFileManager::removeItemAtPath(places.workingDirectory, error))
             return false;
@@ -306,6 +366,14 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
            !watch.isCancelled(error);
+}
+
+bool RVGitSubmoduleManager::absorbGitDirectories(const std::string& path,
+                                                 RVErrorPlace error) const {
+    const auto command = std::make_shared<RVGitSubmoduleCommand>(repository());
+    command->setGitSubCommand("absorbgitdirs");
+    command->setFilePaths({{path}});
+    return command->run(error);
 }
 
 bool RVGitSubmoduleManager::moveSubmoduleWithPath(const std::string& path,
@@ -413,12 +481,13 @@ bool RVGitSubmoduleManager::renameSubmodule(const std::string& name, const std::
         parents.keep();
     }
     if (keepsLinks) {
-        if (!setLinks(newDirectory, places, submodule->path(), repository, error))
+        if (!setLinks(resolvedOldDirectory, newDirectory, places, submodule->path(), repository,
+                      error))
             return false;
         const auto resolved = Containment::resolvedPath(newDirectory);
         if (resolved && !relinkNestedSubmodules(resolvedOldDirectory, *resolved, repository, error))
             return false;
-    } else if (places.hasRepository) {
+    } else if (places.hasRepository || places.linksToGitDirectory) {
         (void)RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
             places.workingDirectory,
             Helper::relativeGitDirectoryPathForSubmoduleWithName(toNewName, submodule->path()));
@@ -492,10 +561,10 @@ bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& 
     if (RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) ||
         !RVFileManager::isDirectoryAtPath(places.workingDirectory))
         return RVGitSubmoduleContainment::somethingIsAt(places.workingDirectory);
-    if (!places.hasRepository)
+    if (!places.ownRepository)
         return !RVFileManager::isEmptyDirectoryAtPath(places.workingDirectory, error);
-    const Work work = workInSubmodule(*submodule, RVGitUntrackedFilesModeNormal,
-                                      RVGitIgnoreSubmodulesModeNone, &failure);
+    const Work work =
+        workInSubmodule(places.ownRepository, RVGitUntrackedFilesModeNormal, &failure);
     if (failure)
         fillErrorPlace(error, *std::move(failure));
     return work != Work::None;

@@ -81,6 +81,12 @@ public:
     /// ask submoduleContainsUncommittedWork() first. Where ".gitmodules" has changes that are not
     /// staged git refuses, and the working tree is gone by then.
     ///
+    /// Without bits 2 and 4, a git directory that is in the working tree, or further down in that
+    /// of a submodule in it, is moved to the folder "modules" first, as `git submodule
+    /// absorbgitdirs` does: a failure of that ends the operation before anything is removed. It
+    /// fails for one that
+    /// ".gitmodules" does not name, which bit 4 removes.
+    ///
     /// With bit 4, it is code 2600 where the git directories of other submodules lie in that of
     /// this one ("lib/a" in "lib").
     [[nodiscard]] bool removeSubmoduleAtPath(const std::string& path, unsigned options,
@@ -166,6 +172,9 @@ private:
                                   const std::string& destination, RVErrorPlace error) const;
     [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
                                                                    RVErrorPlace error) const;
+    /// Moves git directories that are in the working tree of the submodule, or in it further down,
+    /// to where git keeps them.
+    [[nodiscard]] bool absorbGitDirectories(const std::string& path, RVErrorPlace error) const;
     [[nodiscard]] bool renameSubmodule(const std::string& name, const std::string& newName,
                                        bool keepsLinks, RVErrorPlace error) const;
     [[nodiscard]] bool updateSubmodules(const std::optional<std::vector<std::string>>& paths,

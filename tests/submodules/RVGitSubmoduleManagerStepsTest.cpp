@@ -230,6 +230,18 @@ TEST_F(RVGitSubmodulePermissionsTest, RenamingWithALinkThatMayNotBeWritten) {
     EXPECT_EQ(places("lib", "new").at(".gitmodules"), "lib");
 }
 
+TEST_F(RVGitSubmodulePermissionsTest, ALinkThatCouldNotBeWrittenIsWrittenByTheNextCall) {
+    protectDirectory("lib");
+    EXPECT_TRUE(
+        failedWith(manager().renameSubmoduleKeepingLinksWithName("name", "n/new", &error), EACCES));
+    EXPECT_EQ(places("lib", "n/new").at("git directory"), "there");
+    EXPECT_EQ(places("lib", "name").at(".gitmodules"), "lib");
+    unprotect();
+    EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName("name", "n/new", &error)));
+    EXPECT_EQ(places("lib", "n/new").at("link"), "gitdir: ../.git/modules/n/new");
+    EXPECT_EQ(gitAt("lib", {"status", "--short"}), "");
+}
+
 // A full disk. It can only be had in a process with mounts of its own.
 
 class RVGitSubmoduleFullDiskTest : public RVGitSubmoduleManagerStepsTest {};

@@ -238,6 +238,87 @@ TEST_F(RVGitSubmoduleManagerTest, RemovesAnOldLayoutWithItsGitDirectory) {
     EXPECT_THAT(placesOf("old", "old"), IsEmpty());
 }
 
+TEST_F(RVGitSubmoduleManagerTest, AGitDirectoryInTheWorkingTreeIsKeptWithoutBit4) {
+    RVGIT_TEST_NEEDS_GIT("2.23", "its status dies of a commit that is not in the index");
+    const auto embed = [&](const std::string& path) {
+        git({"clone", "-q", scratchPath("library"), pathInRepository(path)});
+        return commitInSubmodule(path);
+    };
+    const std::string hash = embed("old");
+    gitInRepository({"submodule", "--quiet", "add", scratchPath("library"), "old"});
+    EXPECT_TRUE(
+        succeeded(manager().removeSubmoduleAtPath("old", RVGitSubmoduleRemoveOptionForce, &error)));
+    EXPECT_THAT(placesOf("old", "old"), testing::ElementsAre(Pair("core.worktree", testing::_),
+                                                             Pair("git directory", "there")));
+    EXPECT_EQ(
+        gitInRepository({"--git-dir=.git/modules/old", "--work-tree=.", "cat-file", "-t", hash}),
+        "commit");
+
+    addSubmodule("outer");
+    const std::string nested = embed("outer/in");
+    git({"submodule", "--quiet", "add", scratchPath("library"), "in"}, pathInRepository("outer"));
+    gitAt("outer", {"commit", "-q", "-m", "Nest"});
+    gitInRepository({"commit", "-q", "-a", "-m", "Nest"});
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("outer", 0, &error)));
+    EXPECT_FALSE(existsInRepository("outer"));
+    EXPECT_EQ(gitInRepository({"--git-dir=.git/modules/outer/modules/in", "--work-tree=.",
+                               "cat-file", "-t", nested}),
+              "commit");
+
+    // No name says where to keep it.
+    embed("nomapping");
+    stageAll();
+    const auto before = filesBelow(repositoryPath());
+    EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("nomapping", 0, &error),
+                           RVGitRVGitGenericError));
+    EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath(
+        "nomapping", RVGitSubmoduleRemoveOptionRemoveGitDirectory, &error)));
+    EXPECT_FALSE(existsInRepository("nomapping"));
+}
+
+TEST_F(RVGitSubmoduleManagerTest, ModificationsAreProtectedWhateverTheListSaysOfTheSubmodule) {
+    addSubmodule("lib");
+    writeFile("repository/lib/lib.c", "precious\n");
+    gitInRepository({"config", "diff.ignoreSubmodules", "all"});
+    const auto isProtected = [&](RVGitSubmoduleStatus status) {
+        EXPECT_EQ(submoduleAt("lib")->status(), status);
+        EXPECT_FALSE(submoduleAt("lib")->isDirty());
+        EXPECT_TRUE(manager().submoduleContainsUncommittedWork("lib", &error));
+        const auto before = filesBelow(repositoryPath());
+        EXPECT_TRUE(failedWith(manager().removeSubmoduleAtPath("lib", 0, &error),
+                               RVGitRemoveSubmoduleWithLocalModificationsError));
+        EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
+    };
+    gitInRepository({"config", "--remove-section", "submodule.lib"});
+    isProtected(RVGitSubmoduleStatusUninitialized);
+    gitInRepository({"config", "-f", ".gitmodules", "--remove-section", "submodule.lib"});
+    gitInRepository({"commit", "-q", "-a", "-m", "No mapping"});
+    isProtected(RVGitSubmoduleStatusMissingConfiguration);
+    gitAt("lib", {"checkout", "-q", "lib.c"});
+    EXPECT_FALSE(manager().submoduleContainsUncommittedWork("lib", &error));
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("lib", 0, &error)));
+}
+
+TEST_F(RVGitSubmoduleManagerTest, OneWhoseNameBeginsThatOfAnotherIsRemovedWhole) {
+    addSubmodule("three");
+    addSubmodule("three.js");
+    const auto other = placesOf("three.js", "three.js");
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("three", 4, &error)));
+    EXPECT_THAT(placesOf("three", "three"), IsEmpty());
+    EXPECT_EQ(placesOf("three.js", "three.js"), other);
+}
+
+TEST_F(RVGitSubmoduleManagerTest, NamesWithBracketsAreRenamedAndRemoved) {
+    addSubmodule("pages/[id]");
+    EXPECT_TRUE(
+        succeeded(manager().renameSubmoduleKeepingLinksWithName("pages/[id]", "[new]", &error)));
+    EXPECT_EQ(placesOf("pages/[id]", "[new]").size(), 7);
+    gitInRepository({"commit", "-q", "-a", "-m", "Rename"});
+    EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath("pages/[id]", 4, &error)));
+    EXPECT_THAT(placesOf("pages/[id]", "[new]"), IsEmpty());
+}
+
 TEST_F(RVGitSubmoduleManagerTest, APatternInAPathRemovesNothingElse) {
     git({"--literal-pathspecs", "submodule", "--quiet", "add", scratchPath("library"), "*"},
         repositoryPath());
@@ -504,6 +585,22 @@ TEST_F(RVGitSubmoduleManagerTest, RenamesAndRelocatesOneWithSubmodulesInIt) {
     fs::remove(pathInRepository(".git/modules/next/modules/in ner/config.lock"));
     EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName("last", "next", &error)));
     EXPECT_EQ(stateOfAll(), expected("x"));
+}
+
+TEST_F(RVGitSubmoduleManagerTest, OneThatTheListTakesForBrokenIsRenamedWithItsLink) {
+    RVGIT_TEST_NEEDS_GIT("2.23", "its status does not look into nested submodules");
+    makeLibrary("outer");
+    git({"submodule", "--quiet", "add", scratchPath("library"), "in"}, "outer");
+    git({"commit", "-q", "-m", "Add"}, "outer");
+    addSubmodule("lib", "name", scratchPath("outer"));
+    gitInRepository({"submodule", "--quiet", "update", "--init", "--recursive"});
+    fs::remove_all(pathInRepository(".git/modules/name/modules/in"));
+    EXPECT_EQ(submoduleAt("lib")->status(), RVGitSubmoduleStatusMissingGitDirectory);
+    EXPECT_TRUE(succeeded(manager().renameSubmoduleWithName("name", "new", &error)));
+    EXPECT_EQ(placesOf("lib", "new").at("link"), "gitdir: ../.git/modules/new");
+    EXPECT_TRUE(succeeded(manager().renameSubmoduleKeepingLinksWithName("new", "a/b", &error)));
+    EXPECT_EQ(placesOf("lib", "a/b").at("link"), "gitdir: ../.git/modules/a/b");
+    EXPECT_EQ(placesOf("lib", "a/b").at("core.worktree"), "../../../../lib");
 }
 
 TEST_F(RVGitSubmoduleManagerTest, LinksOfOtherPlacesAreLeftByARename) {
