@@ -115,7 +115,14 @@ bool moveOtherRefs(const Refs& refs, const std::string& oldName, const std::stri
 bool moveRefs(const Repository& repository, const std::string& oldName, const std::string& newName,
               RVErrorPlace error) {
     const auto refs = refsOfRemote(oldName, repository, error);
-    return refs && moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error) &&
+    if (!refs)
+        return false;
+    // Git may leave empty directories where a packed ref has moved away.
+    const bool leavesDirectory =
+        refs->empty() &&
+        isDirectoryBelow(repository->gitDirectoryPath().value_or(""), refPrefix(newName));
+    return (leavesDirectory ||
+            moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error)) &&
            (refs->empty() || moveOtherRefs(*refs, oldName, newName, repository, error)) &&
            moveRefDirectory(repository->SVNDirectoryPath(), oldName, newName, error);
 }
