@@ -202,7 +202,7 @@ public:
     /// moves the directories of refs, in the git directory and in that of the bridge, and rewrites
     /// the ref specs under the key ("fetch", "branches" or "tags") whose local ref begins with
     /// "refs/remotes/" and the old name. Refs that git has packed or keeps in tables move along;
-    /// EEXIST where one of another value stands under the new name.
+    /// EEXIST where one stands under the new name.
     [[nodiscard]] static bool updateSVNRefSpecsForConfigKey(
         const std::string& configKey, const std::string& oldRemoteName,
         const std::string& newRemoteName, const std::shared_ptr<RVGitRepository>& repository,

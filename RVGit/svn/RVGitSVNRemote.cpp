@@ -98,13 +98,8 @@ bool moveOtherRefs(const Refs& refs, const std::string& oldName, const std::stri
         instructions.push_back(std::string("delete ").append(ref).append(" ").append(hash));
     for (const auto& [ref, hash] : refs) {
         const std::string newRef = refPrefix(newName) + ref.substr(refPrefix(oldName).size());
-        const auto there = moved->find(newRef);
-        if (there == moved->end()) {
+        if (!moved->contains(newRef))
             instructions.push_back(std::string("create ").append(newRef).append(" ").append(hash));
-        } else if (there->second != hash) {
-            fillErrorPlace(error, posixError(EEXIST, newRef));
-            return false;
-        }
     }
     const auto command = RVGitUpdateRefCommand::gitUpdateRefCommandWithRepository(repository, {});
     command->setInstructions(std::move(instructions));
@@ -117,14 +112,20 @@ bool moveRefs(const Repository& repository, const std::string& oldName, const st
     const auto refs = refsOfRemote(oldName, repository, error);
     if (!refs)
         return false;
-    // Git may leave empty directories where a packed ref has moved away.
-    const bool leavesDirectory =
-        refs->empty() &&
-        isDirectoryBelow(repository->gitDirectoryPath().value_or(""), refPrefix(newName));
-    return (leavesDirectory ||
-            moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error)) &&
-           (refs->empty() || moveOtherRefs(*refs, oldName, newName, repository, error)) &&
-           moveRefDirectory(repository->SVNDirectoryPath(), oldName, newName, error);
+    // Behind the first key, all that can be left is an empty directory of refs that git has
+    // deleted.
+    if (refs->empty())
+        return isDirectoryBelow(repository->gitDirectoryPath().value_or(""), refPrefix(newName)) ||
+               moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error);
+    const auto others = refsOfRemote(newName, repository, error);
+    if (!others)
+        return false;
+    if (!others->empty()) {
+        fillErrorPlace(error, posixError(EEXIST, others->begin()->first));
+        return false;
+    }
+    return moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error) &&
+           moveOtherRefs(*refs, oldName, newName, repository, error);
 }
 
 bool failWithCode(std::int64_t code, const Repository& repository, const std::string& name,
@@ -261,7 +262,9 @@ bool RVGitRemote::updateSVNRefSpecsForConfigKey(const std::string& configKey,
         if (!refSpec->localRefName() || !refSpec->localRefName()->starts_with(oldPrefix))
             continue;
         if (isPlainRelativePath(oldRemoteName) && isPlainRelativePath(newRemoteName) &&
-            !moveRefs(repository, oldRemoteName, newRemoteName, error))
+            !(moveRefs(repository, oldRemoteName, newRemoteName, error) &&
+              moveRefDirectory(repository->SVNDirectoryPath(), oldRemoteName, newRemoteName,
+                               error)))
             return false;
         RVGitSVNRefSpec changed = *refSpec;
         changed.setLocalRefName(newPrefix + refSpec->localRefName()->substr(oldPrefix.size()));
