@@ -172,17 +172,19 @@ Work workInSubmodule(const Repository& submodule, RVGitUntrackedFilesMode untrac
 
 // Whether the git directory of the repository, or of a submodule in it at any depth, would go with
 // the working tree.
-bool embedsGitDirectory(const Repository& repository) {
-    const std::string directory = repository->path();
+bool embedsGitDirectory(const std::string& directory, const Repository& repository) {
     const std::string gitDirectory = pathByAppendingComponent(directory, ".git");
+    // One that is damaged, too.
     if (RVFileManager::isDirectoryAtPath(gitDirectory) &&
-        !RVFileManager::isSymbolicLinkAtPath(gitDirectory))
+        !RVFileManager::isSymbolicLinkAtPath(gitDirectory) &&
+        !RVFileManager::isEmptyDirectoryAtPath(gitDirectory))
         return true;
+    if (!repository)
+        return false;
     const auto entries = RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath();
     return entries && std::any_of(entries->begin(), entries->end(), [&](const auto& entry) {
-               const auto nested =
-                   repositoryInDirectory(pathByAppendingComponent(directory, entry.first));
-               return nested && embedsGitDirectory(nested);
+               const std::string place = pathByAppendingComponent(directory, entry.first);
+               return embedsGitDirectory(place, repositoryInDirectory(place));
            });
 }
 
@@ -342,8 +344,8 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         if (!workingTreeManager->untrackFiles(pathspecs, error))
             return false;
     } else {
-        if (!removesGitDirectory && places.ownRepository &&
-            embedsGitDirectory(places.ownRepository) &&
+        if (!removesGitDirectory && !RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) &&
+            embedsGitDirectory(places.workingDirectory, places.ownRepository) &&
             !absorbGitDirectories(submodule->path(), error))
             return false;
         if (watch.isCancelled(error))

@@ -276,6 +276,17 @@ TEST_F(RVGitSubmoduleManagerTest, AGitDirectoryInTheWorkingTreeIsKeptWithoutBit4
     EXPECT_FALSE(existsInRepository("nomapping"));
 }
 
+TEST_F(RVGitSubmoduleManagerTest, ADamagedGitDirectoryInTheWorkingTreeIsKeptWithoutBit4) {
+    git({"clone", "-q", scratchPath("library"), pathInRepository("old")});
+    gitInRepository({"submodule", "--quiet", "add", scratchPath("library"), "old"});
+    gitInRepository({"commit", "-q", "-m", "Add"});
+    fs::remove(pathInRepository("old/.git/HEAD"));
+    EXPECT_FALSE(manager().removeSubmoduleAtPath("old", RVGitSubmoduleRemoveOptionForce, &error));
+    EXPECT_TRUE(error);
+    EXPECT_TRUE(existsInRepository("old/.git/objects"));
+    EXPECT_TRUE(existsInRepository("old/lib.c"));
+}
+
 TEST_F(RVGitSubmoduleManagerTest, ModificationsAreProtectedWhateverTheListSaysOfTheSubmodule) {
     addSubmodule("lib");
     writeFile("repository/lib/lib.c", "precious\n");
