@@ -81,10 +81,11 @@ public:
     /// ask submoduleContainsUncommittedWork() first. Where ".gitmodules" has changes that are not
     /// staged git refuses, and the working tree is gone by then.
     ///
-    /// Without bits 2 and 4, a git directory that is in the working tree, or further down in that of
-    /// a submodule in it, is moved to the folder "modules" first, as `git submodule absorbgitdirs`
-    /// does. A failure of that ends the operation before anything is removed: git moves none that
-    /// the index or ".gitmodules" does not have, nor one with several worktrees. Bit 4 removes it.
+    /// Without bits 2 and 4, a git directory that is in the working tree, or further down in that
+    /// of a submodule in it, is moved to the folder "modules" first, as `git submodule
+    /// absorbgitdirs` does. A failure of that ends the operation before anything is removed: git
+    /// moves none that the index or ".gitmodules" does not have, nor one with several worktrees.
+    /// Bit 4 removes it.
     ///
     /// With bit 4, it is code 2600 where the git directories of other submodules lie in that of
     /// this one ("lib/a" in "lib").
