@@ -8,7 +8,8 @@
 #include "RVGit/base/RVNeverDestroyed.h"
 #include "RVGit/base/RVOperationQueue.h"
 
-// One for each operation that this thread is running, innermost first.
+// One for each operation that this thread is running, or whose completion block it is in, innermost
+// first.
 class RVOperation::Execution {
 public:
     explicit Execution(RVOperation& operation) : operation_(operation), outer_(innermost_) {
@@ -111,6 +112,7 @@ void RVOperation::finish() {
     // Taken out first: the block may hold the operation that holds it.
     if (const CompletionBlock block = std::exchange(completionBlock_, nullptr)) {
         try {
+            const Execution execution(*this);
             block(*this);
         } catch (...) {
             if (!exception_)

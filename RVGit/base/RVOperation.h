@@ -28,13 +28,14 @@ public:
     /// Blocks until the work has finished, and rethrows the exception that ended it, if any. On
     /// a thread of the queue that the operation still waits in, it is run there and then, so that
     /// a queue cannot wait for itself. Throws RVInternalInconsistencyException where the wait could
-    /// never end: in a handler or hook of the operation itself, or of one that it waits for.
+    /// never end: in a handler, a hook or the completion block of the operation itself, or of one
+    /// that it waits for.
     void waitUntilFinished();
 
     using CompletionBlock = std::function<void(RVOperation&)>;
     /// Called once when the work has ended, in whatever way: done, failed, not launched, raised
     /// something, or cancelled before it began. On the thread that ended it, which is that of
-    /// cancel() in the last case, and before those who wait come back, so that it must not wait for
+    /// cancel() in the last case, and before those who wait come back, so that it cannot wait for
     /// its own operation. What it raises reaches those who wait. To be set before the operation is
     /// started or queued.
     void setCompletionBlock(CompletionBlock block) { completionBlock_ = std::move(block); }

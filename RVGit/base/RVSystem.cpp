@@ -85,15 +85,22 @@ public:
 int RVSystem::spawn(const Spawn& spawn, pid_t& pid) {
     SpawnSettings settings;
     posix_spawn_file_actions_t* actions = &settings.actions;
-    if (spawn.standardInput >= 0)
-        posix_spawn_file_actions_adddup2(actions, spawn.standardInput, STDIN_FILENO);
-    else
-        posix_spawn_file_actions_addopen(actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(actions, spawn.standardOutput, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(actions, spawn.standardError, STDERR_FILENO);
-    posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
-    if (spawn.workingDirectory)
-        posix_spawn_file_actions_addchdir_np(actions, spawn.workingDirectory);
+    // Where there is no memory for one of them, the child would run in another place, or with more
+    // open than it is to have.
+    int failure =
+        spawn.standardInput >= 0
+            ? posix_spawn_file_actions_adddup2(actions, spawn.standardInput, STDIN_FILENO)
+            : posix_spawn_file_actions_addopen(actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (!failure)
+        failure = posix_spawn_file_actions_adddup2(actions, spawn.standardOutput, STDOUT_FILENO);
+    if (!failure)
+        failure = posix_spawn_file_actions_adddup2(actions, spawn.standardError, STDERR_FILENO);
+    if (!failure)
+        failure = posix_spawn_file_actions_addclosefrom_np(actions, STDERR_FILENO + 1);
+    if (!failure && spawn.workingDirectory)
+        failure = posix_spawn_file_actions_addchdir_np(actions, spawn.workingDirectory);
+    if (failure)
+        return failure;
 
     sigset_t signals;
     sigfillset(&signals);

@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
         RVGitRepository::repositoryWithPath(std::filesystem::absolute(words[1]).string());
     const std::string file = words.size() > 2 ? words[2] : "";
     std::vector<std::size_t> numbers;
-    for (std::size_t index = 3; index < words.size(); ++index)
+    for (std::size_t index = 3; words[0] == "stage" && index < words.size(); ++index)
         numbers.push_back(std::stoul(words[index]));
     std::optional<RVError> error;
     if (words[0] == "history" ? showHistory(repository, &error)

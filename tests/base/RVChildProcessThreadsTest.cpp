@@ -34,6 +34,23 @@ RVChildProcess::Launch shell(const std::string& script) {
     return launch;
 }
 
+// Prints "early" and ends; what it leaves behind sees that, and then runs the script. Nothing has
+// to be launched within the grace.
+RVChildProcess::Launch childOutlivedBy(const std::string& script) {
+    RVChildProcess::Launch launch;
+    launch.path = "/usr/bin/perl";
+    launch.arguments = {"-e", R"(
+        sub pause { select undef, undef, undef, 0.005 }
+        my $parent = $$;
+        if (fork) {
+            syswrite STDOUT, "early";
+            exit 8;
+        }
+        pause while getppid == $parent;
+        )" + script};
+    return launch;
+}
+
 struct Result {
     int launchError;
     int exitCode;
@@ -274,18 +291,33 @@ TEST(RVChildProcessThreadsTest, ARunThatWasNotCancelledEndsNobodyElse) {
 }
 
 TEST(RVChildProcessThreadsTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
-    EXPECT_EQ(run(shell("(sleep 0.01; printf late) & printf early")).output, "earlylate");
+    EXPECT_EQ(run(childOutlivedBy("pause; syswrite STDOUT, 'late'")).output, "earlylate");
 }
 
 TEST(RVChildProcessThreadsTest, AHandlerThatTakesLongerThanTheGraceLosesNothing) {
     RVChildProcess process;
-    // The second word is written while the handler is still busy with the first.
-    ASSERT_EQ(process.run(shell("(sleep 0.02; printf one; sleep 0.1; printf two) &"),
-                          [](std::string_view) {
-                              std::this_thread::sleep_for(2 * RVChildProcess::outputGrace);
-                          }),
-              0);
-    EXPECT_EQ(process.standardOutput().view(), "onetwo");
+    // The last word is written while the handler is still busy with the one before.
+    const std::string directory = makeTemporaryDirectory();
+    const std::string begun = directory + "/begun";
+    const std::string written = directory + "/written";
+    const auto launch =
+        childOutlivedBy("syswrite STDOUT, 'one'; pause until -e '" + begun +
+                        "'; syswrite STDOUT, 'two'; open FILE, '>', '" + written + "'");
+    std::string seen;
+    ASSERT_EQ(
+        process.run(launch,
+                    [&](std::string_view bytes) {
+                        seen += bytes;
+                        if (seen != "earlyone")
+                            return;
+                        std::ofstream(begun).close();
+                        EXPECT_TRUE(happensSoon([&] { return std::filesystem::exists(written); }));
+                        std::this_thread::sleep_for(2 * RVChildProcess::outputGrace);
+                    }),
+        0);
+    EXPECT_EQ(process.standardOutput().view(), "earlyonetwo");
+    EXPECT_EQ(seen, "earlyonetwo");
+    std::filesystem::remove_all(directory);
 }
 
 TEST(RVChildProcessThreadsTest, AChildKilledBySignalNHasTheExitCode128PlusN) {
@@ -485,10 +517,18 @@ TEST(RVChildProcessThreadsTest, ARunWithoutAnExceptionKeepsNone) {
 
 TEST(RVChildProcessThreadsTest, HandlersReceiveTheBytesAsTheyArrive) {
     RVChildProcess process;
+    const std::string directory = makeTemporaryDirectory();
+    RVChildProcess::Launch launch =
+        shell("printf one; while [ ! -e seen ]; do sleep 0.01; done; printf two");
+    launch.workingDirectory = directory;
     std::vector<std::string> chunks;
-    ASSERT_EQ(process.run(shell("printf one; sleep 0.2; printf two"),
-                          [&](std::string_view bytes) { chunks.emplace_back(bytes); }),
+    ASSERT_EQ(process.run(launch,
+                          [&](std::string_view bytes) {
+                              chunks.emplace_back(bytes);
+                              std::ofstream(directory + "/seen").close();
+                          }),
               0);
+    std::filesystem::remove_all(directory);
     EXPECT_THAT(chunks, testing::ElementsAre("one", "two"));
     EXPECT_EQ(process.standardOutput().view(), "onetwo");
 }
@@ -531,7 +571,7 @@ TEST(RVChildProcessThreadsTest, WithoutADescriptorOfTheChildItsExitIsFoundAllThe
                 _exit(2);
             // The end of the outputs is not that of the child, nor the other way round.
             const Result early = run(shell("exec >&- 2>&-; sleep 0.2; exit 7"));
-            const Result late = run(shell("(sleep 0.05; printf late) & printf early; exit 8"));
+            const Result late = run(childOutlivedBy("pause; syswrite STDOUT, 'late'"));
             const Result killed = run(shell("kill -9 $$"));
             RVChildProcess cancelled;
             std::thread canceller([&] {
@@ -593,7 +633,7 @@ bool childrenThatRunWithFewDescriptorsAreWhole() {
         const Result read = run(shell("printf out; no-such-program; exit 3"));
         RVChildProcess ended;
         ended.terminate();
-        const int launchError = ended.run(shell("sleep 1; exit 9"));
+        const int launchError = ended.run(shell("sleep 60; exit 9"));
         limit.rlim_cur = limit.rlim_max;
         setrlimit(RLIMIT_NOFILE, &limit);
         const bool isWhole = read.exitCode == 3 && read.output == "out" &&

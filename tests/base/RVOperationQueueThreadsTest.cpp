@@ -228,6 +228,27 @@ TEST(RVOperationQueueThreadsTest, AnOperationThatWaitsForItsOwnEndIsTold) {
     EXPECT_TRUE(finishesSoon(own));
 }
 
+TEST(RVOperationQueueThreadsTest, ACompletionBlockThatWaitsForItsOwnOperationIsTold) {
+    RVOperationQueue queue("bounded", 2);
+    std::atomic<int> told = 0;
+    const auto waitsForItself = [&](RVOperation& ended) {
+        EXPECT_THROW(ended.waitUntilFinished(), RVInternalInconsistencyException);
+        ++told;
+    };
+    const auto queued = operation([] {});
+    queued->setCompletionBlock(waitsForItself);
+    queue.addOperation(queued);
+    ASSERT_TRUE(finishesSoon(queued));
+    const auto started = operation([] {});
+    started->setCompletionBlock(waitsForItself);
+    started->start();
+    ASSERT_TRUE(finishesSoon(started));
+    const auto cancelled = operation([] {});
+    cancelled->setCompletionBlock(waitsForItself);
+    cancelled->cancel();
+    EXPECT_EQ(told, 3);
+}
+
 TEST(RVOperationQueueThreadsTest, OfOperationsThatWaitForEachOtherOneIsTold) {
     RVOperationQueue queue("bounded", 3);
     std::vector<std::shared_ptr<RVOperation>> ring(3);

@@ -273,10 +273,14 @@ TEST_F(RVGitCommandThreadsTest, CancellingAfterTheEndChangesNothing) {
 }
 
 TEST_F(RVGitCommandThreadsTest, ProgressIsReadFromBothStreams) {
-    auto command = scripted(
-        "printf 'Compressing objects:  40%% (2/5)\\r' >&2; sleep 0.2; "
-        "printf 'Receiving objects: 100%% (5/5), done.\\n'; sleep 0.2; "
-        "printf 'Resolving deltas: 100%% (1/1), done.\\n' >&2");
+    // Each line waits until the one before is seen, since there is no order between two streams.
+    const std::string seenPrefix = scratchPath("seen");
+    const auto untilSeen = [&](int count) {
+        return "while [ ! -e '" + seenPrefix + std::to_string(count) + "' ]; do sleep 0.01; done; ";
+    };
+    auto command = scripted("printf 'Compressing objects:  40%% (2/5)\\r' >&2; " + untilSeen(1) +
+                            "printf 'Receiving objects: 100%% (5/5), done.\\n'; " + untilSeen(2) +
+                            "printf 'Resolving deltas: 100%% (1/1), done.\\n' >&2");
     command->willInitialize = [](HookedCommand& self) {
         self.setGitCommand("clone");
         self.setSupportsProgressOutput(true);
@@ -285,6 +289,7 @@ TEST_F(RVGitCommandThreadsTest, ProgressIsReadFromBothStreams) {
     command->setProgressHandler([&](RVGitCommandProgress& progress) {
         EXPECT_EQ(&progress, command->commandProgress().get());
         seen.push_back(progress.overallProgress());
+        writeFile("seen" + std::to_string(seen.size()), "");
     });
     EXPECT_TRUE(command->run());
     EXPECT_EQ(command->commandProgress()->command(), "clone");

@@ -61,6 +61,8 @@ RVGitSigningTestCase::Keys makeKeys() {
         std::filesystem::create_directory(home);
         std::filesystem::permissions(home, std::filesystem::perms::owner_all);
     }
+    // It is there when this returns. An agent that gpg starts itself must be within five seconds.
+    run({findTestProgram("gpg-agent"), "--homedir", signingHome(), "--daemon"});
     // Old keys can sign on any day since.
     const std::vector<std::string> madeIn2020 = {"--faked-system-time", "20200101T000000"};
     RVGitSigningTestCase::Keys keys = {

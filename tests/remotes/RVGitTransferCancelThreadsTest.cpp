@@ -54,7 +54,7 @@ protected:
         std::this_thread::sleep_for(std::chrono::microseconds(
             std::uniform_int_distribution<long long>(0, moment)(random_)));
         command.cancel();
-        EXPECT_TRUE(launchedProcessesEndWithin(2));
+        EXPECT_TRUE(launchedProcessesEnd());
         command.waitUntilFinished();
         EXPECT_FALSE(command.error()) << command.standardErrorString();
     }
@@ -189,7 +189,7 @@ TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatCancelsEndsTheTransfer) {
     EXPECT_EQ(codeOf(*command), 0);
     EXPECT_TRUE(command->isCancelled());
     EXPECT_GT(numberOfCalls, 0);
-    EXPECT_TRUE(launchedProcessesEndWithin(2));
+    EXPECT_TRUE(launchedProcessesEnd());
     EXPECT_FALSE(fileExists("new"));
     command->setProgressHandler({});
 }
@@ -200,7 +200,7 @@ TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatThrowsEndsTheTransferAndIsHea
     command->setProgressHandler(
         [](RVGitCommandProgress&) { throw std::runtime_error("the handler's"); });
     EXPECT_THROW((void)command->run(), std::runtime_error);
-    EXPECT_TRUE(launchedProcessesEndWithin(2));
+    EXPECT_TRUE(launchedProcessesEnd());
     EXPECT_FALSE(fileExists("new"));
 }
 

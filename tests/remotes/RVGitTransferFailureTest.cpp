@@ -68,7 +68,7 @@ TEST_F(RVGitTransferFailureTest, ARepositoryThatIsNotThere) {
 }
 
 TEST_F(RVGitTransferFailureTest, NobodyListens) {
-    const int port = unusedTestPort();
+    const RVTestUnusedPort unused;
     const struct {
         const char* scheme;
         std::int64_t code;
@@ -81,7 +81,7 @@ TEST_F(RVGitTransferFailureTest, NobodyListens) {
         {"https", RVGitRemoteAuthError, "unable to access"},
     };
     for (const auto& row : rows) {
-        const auto failure = failureOfClone(localURL(row.scheme, port, "a.git"));
+        const auto failure = failureOfClone(localURL(row.scheme, unused.number(), "a.git"));
         EXPECT_EQ(failure.code, row.code) << row.scheme << "\n" << failure.text;
         EXPECT_THAT(failure.text, HasSubstr(row.text));
     }
@@ -170,40 +170,19 @@ TEST_F(RVGitTransferFailureTest, AConnectionThatIsClosedInTheMiddleOfThePack) {
         noise += static_cast<char>(value >> 24);
     commitFile(source, "noise", noise, "Noise");
     git({"push", servedPath(), "main"}, source);
-    const auto cutURL = [&](Protocol protocol, int port, const RVTestCuttingServer& cutting) {
-        std::string address = url(protocol);
-        const std::string number = ":" + std::to_string(port) + "/";
-        return address.replace(address.find(number), number.size(),
-                               ":" + std::to_string(cutting.port()) + "/");
-    };
-    (void)webServer();
-    (void)sshServer();
-    const struct {
-        Protocol protocol;
-        int port;
-        std::int64_t code;
-    } rows[] = {
-        {Protocol::Git, gitDaemon().port(), RVGitRVGitGenericError},
-        {Protocol::SSH, sshServer().port(), RVGitRVGitGenericError},
-        {Protocol::HTTP, webServer().httpPort(), RVGitRVGitGenericError},
-        {Protocol::HTTPS, webServer().httpsPort(), RVGitRVGitGenericError},
-    };
-    for (const auto& row : rows) {
-        const RVTestCuttingServer cutting(row.port, 200'000);
-        if (row.protocol == Protocol::SSH)
-            setEnvironmentVariable("GIT_SSH_COMMAND", sshServer().sshCommand() +
-                                                          " -o StrictHostKeyChecking=no"
-                                                          " -o LogLevel=ERROR");
-        const auto failure = failureOfClone(cutURL(row.protocol, row.port, cutting));
-        EXPECT_EQ(failure.code, row.code) << testing::PrintToString(row.protocol) << "\n"
-                                          << failure.text;
+    for (const auto protocol : {Protocol::Git, Protocol::SSH, Protocol::HTTP, Protocol::HTTPS}) {
+        const RVTestCuttingServer cutting(port(protocol), 200'000);
+        if (protocol == Protocol::SSH)
+            setEnvironmentVariable("GIT_SSH_COMMAND", sshServer().sshCommandForAnyPort());
+        const auto failure = failureOfClone(urlThrough(cutting, protocol));
+        EXPECT_EQ(failure.code, RVGitRVGitGenericError) << testing::PrintToString(protocol) << "\n"
+                                                        << failure.text;
         EXPECT_GT(cutting.numberOfConnections(), 0);
     }
     // A fetch leaves the repository as it was.
     makeCommit();
     const RVTestCuttingServer cutting(gitDaemon().port(), 200'000);
-    gitInRepository(
-        {"remote", "add", "origin", cutURL(Protocol::Git, gitDaemon().port(), cutting)});
+    gitInRepository({"remote", "add", "origin", urlThrough(cutting, Protocol::Git)});
     const std::string before = refsIn(repositoryPath());
     EXPECT_NE(codeOf(*fetch()), 0);
     EXPECT_EQ(refsIn(repositoryPath()), before);
@@ -221,7 +200,7 @@ TEST_F(RVGitTransferFailureTest, AServerThatSaysNothingIsEndedByCancel) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         EXPECT_FALSE(launchedProcesses().empty());
         command->cancel();
-        EXPECT_TRUE(launchedProcessesEndWithin(2)) << scheme;
+        EXPECT_TRUE(launchedProcessesEnd()) << scheme;
         command->waitUntilFinished();
         EXPECT_FALSE(command->error()) << scheme;
         EXPECT_FALSE(fileExists("new")) << scheme;

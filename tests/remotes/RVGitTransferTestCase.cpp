@@ -66,6 +66,31 @@ std::string RVGitTransferTestCase::url(Protocol protocol, const std::string& nam
     return {};
 }
 
+int RVGitTransferTestCase::port(Protocol protocol) {
+    switch (protocol) {
+        case Protocol::Git:
+            return gitDaemon().port();
+        case Protocol::SSH:
+        case Protocol::ShortSSH:
+            return sshServer().port();
+        case Protocol::HTTP:
+            return webServer().httpPort();
+        case Protocol::HTTPS:
+            return webServer().httpsPort();
+        case Protocol::Path:
+        case Protocol::File:
+            break;
+    }
+    return 0;
+}
+
+std::string RVGitTransferTestCase::urlThrough(const RVTestListener& listener, Protocol protocol) {
+    std::string address = url(protocol);
+    const std::string number = ":" + std::to_string(port(protocol)) + "/";
+    return address.replace(address.find(number), number.size(),
+                           ":" + std::to_string(listener.port()) + "/");
+}
+
 RVTestGitDaemon& RVGitTransferTestCase::gitDaemon() {
     if (!gitDaemon_)
         gitDaemon_ =
@@ -160,8 +185,8 @@ std::vector<pid_t> RVGitTransferTestCase::launchedProcesses() const {
     return processes;
 }
 
-bool RVGitTransferTestCase::launchedProcessesEndWithin(double seconds) const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+bool RVGitTransferTestCase::launchedProcessesEnd() const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (!launchedProcesses().empty()) {
         if (std::chrono::steady_clock::now() > end)
             return false;

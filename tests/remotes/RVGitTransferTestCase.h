@@ -34,6 +34,10 @@ protected:
     std::string serveRepository(const std::string& name = "a.git");
     /// The address of it, once the server runs.
     [[nodiscard]] std::string url(Protocol protocol, const std::string& name = "a.git");
+    /// The same by way of something else that listens, which passes on to `port()`.
+    [[nodiscard]] std::string urlThrough(const RVTestListener& listener, Protocol protocol);
+    /// On which the server of the protocol listens.
+    [[nodiscard]] int port(Protocol protocol);
 
     [[nodiscard]] RVTestGitDaemon& gitDaemon();
     /// GIT_SSH_COMMAND is set so that its key is taken.
@@ -67,8 +71,9 @@ protected:
     /// The processes that have the variable RVGIT_TEST_MARK with the value of this test, which
     /// those that the library launches inherit and servers do not.
     [[nodiscard]] std::vector<pid_t> launchedProcesses() const;
-    /// Waits for them to end; false if they have not within so many seconds.
-    [[nodiscard]] bool launchedProcessesEndWithin(double seconds) const;
+    /// Waits for them to end; false if they have not within a minute, which is meant for those that
+    /// would not end by themselves.
+    [[nodiscard]] bool launchedProcessesEnd() const;
 
 private:
     std::string mark_;

@@ -141,10 +141,10 @@ std::string userName() {
 
 }  // namespace
 
-int unusedTestPort() {
-    int port = 0;
-    close(boundSocket(port));
-    return port;
+RVTestUnusedPort::RVTestUnusedPort() : socket_(boundSocket(number_)) {}
+
+RVTestUnusedPort::~RVTestUnusedPort() {
+    close(socket_);
 }
 
 RVTestListener::RVTestListener() {

@@ -96,6 +96,10 @@ public:
     [[nodiscard]] std::string sshCommandWithUnknownKey() const {
         return sshCommandWith("stranger", "known");
     }
+    /// By way of another port, for which no key is known.
+    [[nodiscard]] std::string sshCommandForAnyPort() const {
+        return sshCommand() + " -o StrictHostKeyChecking=no -o LogLevel=ERROR";
+    }
     /// For somebody who has never seen the server's own key.
     [[nodiscard]] std::string sshCommandWithUnknownHost() const {
         return sshCommandWith("key", "empty");
@@ -166,5 +170,17 @@ private:
     std::vector<std::thread> threads_;
 };
 
-/// A port of loopback on which nobody listens.
-[[nodiscard]] int unusedTestPort();
+/// A port of loopback on which nobody listens: taken, so that nobody else can begin to.
+class RVTestUnusedPort {
+public:
+    RVTestUnusedPort();
+    ~RVTestUnusedPort();
+    RVTestUnusedPort(const RVTestUnusedPort&) = delete;
+    RVTestUnusedPort& operator=(const RVTestUnusedPort&) = delete;
+
+    [[nodiscard]] int number() const { return number_; }
+
+private:
+    int number_ = 0;
+    int socket_;
+};
