@@ -1,9 +1,5 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-
-#include <chrono>
-#include <thread>
 
 #include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVGitTestCase.h"
@@ -40,28 +36,16 @@ protected:
     std::string onTerminal(const std::string& command) {
         return runProgram({"script", "-qec", command, "/dev/null"}, repository_).standardOutput;
     }
-    /// A git that stays for a minute in the first call whose arguments match, having said so, and
-    /// that finds the client in front of the real one.
-    void makeGitStayAt(const std::string& pattern) {
-        writeFile("bin/git",
-                  "#!/bin/sh\ncase \" $* \" in " + pattern + ") [ -e '" + scratchPath("pid") +
-                      "' ] || { echo $$ > '" + scratchPath("pid") +
-                      "'; exec sleep 60; };; esac\nexec '" + gitPath() + "' \"$@\"\n",
-                  0755);
-        setEnvironmentVariable("PATH", scratchPath("bin") + ":" + getenv("PATH"));
-    }
-    /// Runs the client in the shell, sends it a signal once git stays, and prints its exit code.
-    std::string signalled(const std::string& start, const std::string& signal) {
-        return inShell(start + " & pid=$!; while [ ! -s '" + scratchPath("pid") +
-                       "' ]; do sleep 0.02; done; kill -" + signal + " $pid; wait $pid; echo $?")
-            .standardOutput;
-    }
-    /// Whether the git that stayed ends before its minute is over.
-    bool gitEnds() {
-        const pid_t pid = std::stoi(readFile("pid"));
-        for (int attempt = 0; attempt < 1500 && kill(pid, 0) == 0; ++attempt)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        return kill(pid, 0) != 0;
+    /// Runs the client in the shell with a git that hangs at the words, sends it a signal then, and
+    /// prints its exit code. The git ends with it.
+    std::string signalled(const std::string& start, const std::string& words,
+                          const std::string& signal) {
+        const RVHangingGit git = hangingGit(words);
+        setEnvironmentVariable("PATH", scratchPath("hanging-git") + ":" + getenv("PATH"));
+        const auto result = inShell(start + " & pid=$!; " + git.waitingCommand() + "; kill -" +
+                                    signal + " $pid; wait $pid; echo $?");
+        EXPECT_TRUE(git.ends());
+        return result.standardOutput;
     }
 
     const std::string repository_;
@@ -263,9 +247,7 @@ TEST_F(RvgitArgumentsTest, AContentThatCannotBeWrittenIsAFailure) {
 }
 
 TEST_F(RvgitArgumentsTest, GitEndsWithATerminalThatIsClosed) {
-    makeGitStayAt("*\" log \"*");
-    EXPECT_EQ(signalled("\"$0\" log", "HUP"), "130\n");
-    EXPECT_TRUE(gitEnds());
+    EXPECT_EQ(signalled("\"$0\" log", "log", "HUP"), "130\n");
 }
 
 TEST_F(RvgitArgumentsTest, WhoWaitsForSomebodyElseCanBeInterrupted) {
@@ -286,12 +268,10 @@ TEST_F(RvgitArgumentsTest, WhoWaitsForSomebodyElseCanBeInterrupted) {
 }
 
 TEST_F(RvgitArgumentsTest, WhatIsToOutliveTheTerminalDoes) {
-    makeGitStayAt("*\" log \"*");
     // Both signals end it with the same code.
-    EXPECT_EQ(signalled("trap '' HUP; \"$0\" log",
+    EXPECT_EQ(signalled("trap '' HUP; \"$0\" log", "log",
                         "HUP $pid; sleep 0.2; kill -0 $pid && echo alive; kill -TERM"),
               "alive\n130\n");
-    EXPECT_TRUE(gitEnds());
 }
 
 TEST_F(RvgitArgumentsTest, AnInterruptedRemovalOfASubmoduleRemovesNothing) {
@@ -303,9 +283,7 @@ TEST_F(RvgitArgumentsTest, AnInterruptedRemovalOfASubmoduleRemovesNothing) {
     git({"commit", "-q", "-m", "Add"}, repository_);
     writeFile("repository/lib/precious", "x");
     // Stopped while git looks for work that would be lost.
-    makeGitStayAt("*\"--untracked-files=normal\"*");
-    EXPECT_EQ(signalled("\"$0\" submodule remove lib", "INT"), "130\n");
-    EXPECT_TRUE(gitEnds());
+    EXPECT_EQ(signalled("\"$0\" submodule remove lib", "--untracked-files=normal", "INT"), "130\n");
     EXPECT_EQ(readFile("repository/lib/precious"), "x");
     EXPECT_EQ(gitLine({"status", "--porcelain", "-uno"}, repository_), "");
 }

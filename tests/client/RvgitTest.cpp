@@ -1,10 +1,3 @@
-#include <signal.h>
-#include <sys/wait.h>
-
-#include <chrono>
-#include <filesystem>
-#include <thread>
-
 #include "RVGit/base/RVString.h"
 #include "tests/support/RVGitTestCase.h"
 
@@ -245,24 +238,15 @@ TEST_F(RvgitTest, ControlCharactersOfACommitDoNotReachTheTerminal) {
 
 TEST_F(RvgitTest, CtrlCEndsGitAndLeavesNothingBehind) {
     const std::string repository = initRepository();
-    // A git that says which process it is, and would otherwise stay for a minute.
-    const std::string pidFile = scratchPath("pid");
-    writeFile("bin/git",
-              "#!/bin/sh\ncase \"$*\" in *log*) echo $$ > '" + pidFile +
-                  "'; exec sleep 60;; esac\nexec '" + gitPath() + "' \"$@\"\n",
-              0755);
-    setEnvironmentVariable("PATH", scratchPath("bin") + ":" + getenv("PATH"));
+    const RVHangingGit git = hangingGit("log");
+    setEnvironmentVariable("PATH", scratchPath("hanging-git") + ":" + getenv("PATH"));
     const auto result = runProgram(
         {"/bin/sh", "-c",
-         "\"$0\" log & pid=$!; while [ ! -s \"$1\" ]; do sleep 0.02; done; kill -INT $pid; "
-         "wait $pid; echo $?",
-         RVGIT_CLIENT, pidFile},
+         "\"$0\" log & pid=$!; " + git.waitingCommand() + "; kill -INT $pid; wait $pid; echo $?",
+         RVGIT_CLIENT},
         repository);
     EXPECT_EQ(result.standardOutput, "130\n");
-    const pid_t pid = std::stoi(readFile(pidFile));
-    for (int attempt = 0; attempt < 1500 && kill(pid, 0) == 0; ++attempt)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(kill(pid, 0), -1);
+    EXPECT_TRUE(git.ends());
 }
 
 TEST_F(RvgitTest, ShowAndDiffPrintCountsAndLines) {

@@ -1,9 +1,7 @@
 #include "RVGit/history/RVGitLogCommand.h"
 
-#include <chrono>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
@@ -41,13 +39,11 @@ protected:
     }
     // Runs a listing that prints this and then never ends, and cancels it.
     std::shared_ptr<RVGitLogCommand> cancelledCommand(const std::string& output) {
-        const std::string path = writeFile("output", output);
-        useScript("cat " + quoted(path) + "\ntouch " + quoted(scratchPath("printed")) +
-                  "\nexec sleep 60\n");
+        const RVHangingGit git = hangingGit("log", output);
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
         auto command = logCommand();
         command->enqueueCommand();
-        while (!fileExists("printed"))
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        git.waitUntilBegun();
         command->cancel();
         command->waitUntilFinished();
         EXPECT_TRUE(command->isCancelled());

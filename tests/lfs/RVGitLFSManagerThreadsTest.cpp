@@ -1,5 +1,4 @@
 #include <atomic>
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <future>
@@ -22,6 +21,7 @@
 #include "RVGit/lfs/RVGitLFSTransferCommands.h"
 #include "RVGit/remotes/RVGitCloneCommand.h"
 #include "tests/lfs/RVGitLFSManagerTestCase.h"
+#include "tests/support/RVCanceller.h"
 #include "tests/support/RVFullQueue.h"
 #include "tests/support/RVTestRights.h"
 
@@ -46,37 +46,32 @@ TEST_F(RVGitLFSManagerThreadsTest, TrackAndUntrackGiveTheFinishedCommand) {
 }
 
 TEST_F(RVGitLFSManagerThreadsTest, AListThatIsCancelledIsNoListAndNoError) {
-    const std::string started = scratchPath("started");
-    const std::string slowGit =
-        writeFile("slow-git",
-                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit;; esac\n"
-                  "case \"$*\" in *ls-files*) echo '0123456789 * a.bin';; *) printf "
-                  "'Listing tracked patterns\\n    *.bin (.gitattributes)\\n';; esac\n: >'" +
-                      started + "'\nexec sleep 60\n",
-                  0755);
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
-    const std::function<bool(RVErrorPlace)> listings[] = {
-        [&](RVErrorPlace e) { return manager_.allTrackedFiles(std::nullopt, e).has_value(); },
-        [&](RVErrorPlace e) {
-            return manager_.allTrackedFilesForRevision("HEAD", std::nullopt, e).has_value();
-        },
-        [&](RVErrorPlace e) { return manager_.allTrackingEntries(std::nullopt, e).has_value(); },
+    const std::string files = "0123456789 * a.bin\n";
+    struct {
+        std::string output;
+        std::function<bool(RVErrorPlace)> list;
+    } const listings[] = {
+        {files,
+         [&](RVErrorPlace e) { return manager_.allTrackedFiles(std::nullopt, e).has_value(); }},
+        {files,
+         [&](RVErrorPlace e) {
+             return manager_.allTrackedFilesForRevision("HEAD", std::nullopt, e).has_value();
+         }},
+        {"Listing tracked patterns\n    *.bin (.gitattributes)\n",
+         [&](RVErrorPlace e) { return manager_.allTrackingEntries(std::nullopt, e).has_value(); }},
     };
-    for (const auto& listing : listings) {
-        std::filesystem::remove(started);
-        std::thread canceller([&] {
-            while (!fileExists(started))
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            manager_.commandQueue().cancelAllOperations();
-        });
+    for (const auto& [output, list] : listings) {
+        const RVHangingGit git = hangingGit("lfs", output);
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
+        const RVCanceller canceller(git.begunPath(),
+                                    [&] { manager_.commandQueue().cancelAllOperations(); });
         std::optional<RVError> error = RVError("before", 1);
-        EXPECT_FALSE(listing(&error));
+        EXPECT_FALSE(list(&error));
         EXPECT_FALSE(error.has_value());
-        canceller.join();
     }
     // Nothing is believed of one that fails, either, whether or not anybody asks why.
     RVFakeGit fake = useFakeGit();
-    fake.setAnswer({.standardOutput = "0123456789 * a.bin\n", .exitCode = 2});
+    fake.setAnswer({.standardOutput = files, .exitCode = 2});
     EXPECT_EQ(manager_.allTrackedFiles(), std::nullopt);
     EXPECT_EQ(manager_.allTrackedFilesForRevision("HEAD"), std::nullopt);
 }

@@ -58,18 +58,12 @@ TEST_F(RVGitLFSSmudgeCommandThreadsTest, CancellingEndsTheWait) {
 
 TEST_F(RVGitLFSSmudgeCommandThreadsTest, ACancelledRunReplacesNoFileByHalfOfIt) {
     IN_PRIVATE_TEMPORARY_DIRECTORY({
-        const std::string path = writeFile(
-            "slow-git/git",
-            "#!/bin/sh\ncase \" $* \" in *' --version '*) echo git version 2.39.5; exit;; esac\n"
-            "printf half; : > \"$BEGUN\"; exec sleep 60\n",
-            0755);
-        setEnvironmentVariable("BEGUN", scratchPath("begun"));
-        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+        const RVHangingGit git = hangingGit("smudge", "half");
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
         writeFile("output", "before");
         const auto command = commandFor(pointerFor("one"), scratchPath("output"));
         command->start();
-        while (!fileExists("begun"))
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        git.waitUntilBegun();
         command->cancel();
         command->waitUntilFinished();
         EXPECT_EQ(command->data(), nullptr);

@@ -1,7 +1,6 @@
 #include "RVGit/remotes/RVGitBranch.h"
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -16,19 +15,15 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 class RVGitBranchThreadsTest : public RVGitRepositoryTestCase {};
 
 TEST_F(RVGitBranchThreadsTest, AListingThatIsCancelledIsNoListAndNoError) {
     makeCommit();
-    const std::string started = scratchPath("started");
-    const std::string slowGit =
-        writeFile("slow-git",
-                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit;; esac\n"
-                  "case \"$*\" in *branch\\ *) : > '" +
-                      started + "'; exec sleep 60;; esac\nexec '" + gitPath() + "' \"$@\"\n",
-                  0755);
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
-    const RVCanceller canceller(started);
+    const RVHangingGit git = hangingGit("branch");
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
+    const RVCanceller canceller(git.begunPath());
     std::optional<RVError> error = RVError("before", 1);
     EXPECT_FALSE(RVGitBranch::allBranchesForRepository(repository(), &error).has_value());
     EXPECT_FALSE(error.has_value());
@@ -36,14 +31,6 @@ TEST_F(RVGitBranchThreadsTest, AListingThatIsCancelledIsNoListAndNoError) {
 
 TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListAndNoError) {
     makeCommit();
-    const std::string started = scratchPath("started");
-    const std::string slowGit =
-        writeFile("slow-git",
-                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit;; esac\n"
-                  "case \"$*\" in *config\\ *) printf 'branch.main.remote\\norigin\\0'; : > '" +
-                      started + "'; exec sleep 60;; esac\nexec '" + gitPath() + "' \"$@\"\n",
-                  0755);
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
     const std::function<bool(RVErrorPlace)> listings[] = {
         [&](RVErrorPlace e) {
             return RVGitBranch::allBranchesForRepository(repository(), e).has_value();
@@ -56,8 +43,9 @@ TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListA
         },
     };
     for (const auto& listing : listings) {
-        std::filesystem::remove(started);
-        const RVCanceller canceller(started);
+        const RVHangingGit git = hangingGit("config", "branch.main.remote\norigin\0"s);
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
+        const RVCanceller canceller(git.begunPath());
         std::optional<RVError> error = RVError("before", 1);
         EXPECT_FALSE(listing(&error));
         EXPECT_FALSE(error.has_value());

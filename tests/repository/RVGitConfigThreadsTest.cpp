@@ -9,19 +9,15 @@
 
 namespace {
 
+using namespace std::string_literals;
+
 class RVGitConfigThreadsTest : public RVGitRepositoryTestCase {};
 
 TEST_F(RVGitConfigThreadsTest, ValuesThatACancelledCommandHasPrintedAreNone) {
     const auto config = RVGitConfig::repositoryConfigForRepository(repository());
-    const std::string started = scratchPath("started");
-    const std::string slowGit =
-        writeFile("slow-git",
-                  "#!/bin/sh\ncase \"$*\" in *--version*) echo git version 2.39.5; exit;; esac\n"
-                  "printf 'branch.main.remote\\norigin\\0branch.main.mer'\n: >'" +
-                      started + "'\nexec sleep 60\n",
-                  0755);
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(slowGit));
-    const RVCanceller canceller(started);
+    const RVHangingGit git = hangingGit("config", "branch.main.remote\norigin\0branch.main.mer"s);
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
+    const RVCanceller canceller(git.begunPath());
     std::optional<RVError> error = RVError("before", 1);
     EXPECT_EQ(config->wholeValuesForConfigKeyByRegularExpression("^branch.*", &error),
               std::nullopt);

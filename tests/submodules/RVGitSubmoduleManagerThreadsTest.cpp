@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,9 +13,13 @@
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
 #include "tests/support/RVCanceller.h"
 
-namespace fs = std::filesystem;
-
 namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::Each;
+using testing::IsEmpty;
+using testing::Not;
 
 class RVGitSubmoduleManagerThreadsTest : public RVGitSubmoduleTestCase {};
 
@@ -40,49 +43,35 @@ TEST_F(RVGitSubmoduleManagerThreadsTest, AnOperationWhoseCommandsAreCancelledTak
         // A list that is cut off would tell of submodules that are missing in the index.
         [&](RVErrorPlace e) { return loader().allSubmodules(e).has_value(); }};
     // Each reads the list by these, and is stopped in the last or the first of them.
-    for (const char* pattern : {"*' diff '*", "*' ls-files '*", "*' submodule status '*"}) {
-        const std::string path = writeFile(
-            "slow-git/git",
-            "#!/bin/sh\ncase \" $* \" in " + std::string(pattern) +
-                ") [ -e \"$BEGUN\" ] || { : > \"$BEGUN\"; exec sleep 60; };; esac\nexec '" +
-                gitPath() + "' \"$@\"\n",
-            0755);
-        setEnvironmentVariable("BEGUN", scratchPath("begun"));
-        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    for (const char* words : {"diff", "ls-files", "submodule status"}) {
         for (const auto& operation : operations) {
-            fs::remove(scratchPath("begun"));
-            const RVCanceller canceller(scratchPath("begun"));
+            const RVHangingGit git = hangingGit(words);
+            RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
+            const RVCanceller canceller(git.begunPath());
             error = RVError("", 1);
-            EXPECT_FALSE(operation(&error)) << pattern;
+            EXPECT_FALSE(operation(&error)) << words;
             EXPECT_EQ(error, std::nullopt);
-            EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "") << pattern;
+            EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "") << words;
         }
     }
 }
 
 TEST_F(RVGitSubmoduleManagerThreadsTest, WhatIsCancelledBeforeItHasLookedChangesNothing) {
     addSubmodule("lib");
-    const std::string path =
-        writeFile("slow-git/git",
-                  "#!/bin/sh\ncase \" $* \" in *' submodule '*) : > \"$CHANGED\";; esac\n"
-                  "case \" $* \" in *' ls-files '*) [ -e \"$BEGUN\" ] || { : > \"$BEGUN\"; exec "
-                  "sleep 60; };; "
-                  "esac\nexec '" +
-                      gitPath() + "' \"$@\"\n",
-                  0755);
-    setEnvironmentVariable("BEGUN", scratchPath("begun"));
-    setEnvironmentVariable("CHANGED", scratchPath("changed"));
-    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    // It is given every call but the one that hangs.
+    const RVRecordingGit recorder = recordingGit();
     const std::function<bool(RVErrorPlace)> operations[] = {
         [&](RVErrorPlace e) { return manager().updateAllSubmodulesWithOptions(0, e); },
         [&](RVErrorPlace e) { return manager().synchronizeAllSubmoduleURLs(e); }};
     for (const auto& operation : operations) {
-        fs::remove(scratchPath("begun"));
-        const RVCanceller canceller(scratchPath("begun"));
+        const RVHangingGit git(scratchPath("hanging-git"), recorder.path(), "ls-files");
+        RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
+        const RVCanceller canceller(git.begunPath());
         error = RVError("", 1);
         EXPECT_FALSE(operation(&error));
         EXPECT_EQ(error, std::nullopt);
-        EXPECT_FALSE(fileExists("changed"));
+        EXPECT_THAT(recorder.argumentLists(),
+                    AllOf(Not(IsEmpty()), Each(Not(Contains("submodule")))));
     }
 }
 

@@ -189,3 +189,8 @@ RVRecordingGit RVGitTestCase::recordingGit(std::string_view name) const {
 RVFakeGit RVGitTestCase::fakeGit(std::string_view name) const {
     return {scratchPath(name), gitPath()};
 }
+
+RVHangingGit RVGitTestCase::hangingGit(std::string_view words, std::string_view output,
+                                       std::string_view name) const {
+    return {scratchPath(name), gitPath(), words, output};
+}

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/support/RVFakeGit.h"
+#include "tests/support/RVHangingGit.h"
 #include "tests/support/RVRecordingGit.h"
 #include "tests/support/RVTestProcess.h"
 
@@ -91,6 +92,8 @@ protected:
 
     [[nodiscard]] RVRecordingGit recordingGit(std::string_view name = "recording-git") const;
     [[nodiscard]] RVFakeGit fakeGit(std::string_view name = "fake-git") const;
+    [[nodiscard]] RVHangingGit hangingGit(std::string_view words, std::string_view output = {},
+                                          std::string_view name = "hanging-git") const;
 
 private:
     struct SavedVariable {

@@ -468,8 +468,9 @@ TEST_F(RVGitStashTest, ALockedIndexFailsAndLeavesAllAsItIs) {
     change();
     writeFile("repository/new", "new");
     const std::string lock = writeFile("repository/.git/index.lock", "");
-    // Older gits pass on the words that stand for a lock.
-    const auto isCodeOfLock = testing::AnyOf(RVGitRVGitGenericError, RVGitIndexLockError);
+    // Older gits pass on the words that stand for a lock: 2.23.4 does, 2.34.8 does not.
+    const auto codeOfLock =
+        isTestedGitAtLeast("2.34") ? RVGitRVGitGenericError : RVGitIndexLockError;
     std::optional<RVError> error;
     for (unsigned options = 0; options < 4; ++options) {
         error = staleError();
@@ -477,7 +478,7 @@ TEST_F(RVGitStashTest, ALockedIndexFailsAndLeavesAllAsItIs) {
             RVGitStash::saveStashFromWorkingTreeInRepository(repository(), "m", options, &error),
             nullptr);
         ASSERT_TRUE(error.has_value());
-        EXPECT_THAT(error->code(), isCodeOfLock);
+        EXPECT_EQ(error->code(), codeOfLock);
         EXPECT_EQ(error->domain(), RVGitErrorDomain);
         EXPECT_EQ(status(), " M file.txt\n?? new");
         EXPECT_EQ(readFile("repository/file.txt"), "changed\n");
@@ -491,7 +492,7 @@ TEST_F(RVGitStashTest, ALockedIndexFailsAndLeavesAllAsItIs) {
         error = staleError();
         EXPECT_FALSE(RVGitStash::applyStashAtIndex(0, repository(), deletingStash, &error));
         ASSERT_TRUE(error.has_value());
-        EXPECT_THAT(error->code(), isCodeOfLock);
+        EXPECT_EQ(error->code(), codeOfLock);
         EXPECT_EQ(status(), "");
         EXPECT_EQ(readFile("repository/file.txt"), "1");
         EXPECT_EQ(revision("stash@{0}"), stash->commitHash());

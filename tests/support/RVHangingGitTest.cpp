@@ -1,0 +1,62 @@
+#include "tests/support/RVHangingGit.h"
+
+#include <gtest/gtest-spi.h>
+#include <signal.h>
+
+#include <optional>
+
+#include "tests/support/RVGitTestCase.h"
+
+namespace {
+
+class RVHangingGitTest : public RVGitTestCase {};
+
+TEST_F(RVHangingGitTest, OneCallHangsAndAllOthersAreTheRealGits) {
+    const std::string output("half\0a", 6);
+    const RVHangingGit git = hangingGit("config user.name", output);
+    EXPECT_EQ(runProgram({git.path(), "--version", "config", "user.name"}).standardOutput,
+              this->git({"--version"}));
+    EXPECT_EQ(runProgram({git.path(), "config", "--get", "user.name"}).standardOutput,
+              std::string(userName) + "\n");
+    EXPECT_FALSE(fileExists(git.begunPath()));
+    EXPECT_EQ(runProgram({"/bin/sh", "-c",
+                          "\"$0\" -c a.b=c config user.name & pid=$!; " + git.waitingCommand() +
+                              "; kill $pid; wait $pid; echo $?",
+                          git.path()})
+                  .standardOutput,
+              output + "143\n");
+    EXPECT_TRUE(git.waitUntilBegun());
+    EXPECT_TRUE(git.ends());
+    EXPECT_EQ(runProgram({git.path(), "config", "user.name"}).standardOutput,
+              std::string(userName) + "\n");
+}
+
+TEST_F(RVHangingGitTest, WithoutWordsTheFirstCallHangs) {
+    const RVHangingGit git = hangingGit("");
+    EXPECT_EQ(runProgram({git.path(), "--version"}).exitCode, 0);
+    EXPECT_EQ(
+        runProgram({"/bin/sh", "-c",
+                    "\"$0\" & pid=$!; " + git.waitingCommand() + "; kill $pid; wait $pid; echo $?",
+                    git.path()})
+            .standardOutput,
+        "143\n");
+}
+
+TEST_F(RVHangingGitTest, ATestInWhichNothingHangsFails) {
+    std::optional<RVHangingGit> git;
+    git.emplace(scratchPath("hanging-git"), gitPath(), "log");
+    EXPECT_EQ(runProgram({git->path(), "show", "logs"}).exitCode, 128);
+    EXPECT_NONFATAL_FAILURE(git.reset(), "git has not been called with \"log\"");
+}
+
+TEST_F(RVHangingGitTest, ATestThatLeavesItHangingFails) {
+    std::optional<RVHangingGit> git;
+    git.emplace(scratchPath("hanging-git"), gitPath(), "log");
+    const auto result = runProgram(
+        {"/bin/sh", "-c", "\"$0\" log >/dev/null 2>&1 & " + git->waitingCommand() + "; echo $!",
+         git->path()});
+    EXPECT_NONFATAL_FAILURE(git.reset(), "still hangs");
+    EXPECT_EQ(kill(std::stoi(result.standardOutput), SIGKILL), 0);
+}
+
+}  // namespace
