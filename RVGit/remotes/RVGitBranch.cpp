@@ -6,6 +6,7 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
@@ -283,7 +284,9 @@ bool RVGitBranch::removeTrackingForBranchWithRefName(
     const auto config = repository->config();
     const std::string section =
         RVGitMakeBranchConfigSection(RVGitMakeShortRefName(refName, RVGitRefTypeBranch));
-    return !config->containsSectionWithName(section) || config->removeSection(section, error);
+    const RVGitCancellationWatch watch;
+    const bool exists = config->containsSectionWithName(section);
+    return !watch.isCancelled(error) && (!exists || config->removeSection(section, error));
 }
 
 bool RVGitBranch::setRebaseOption(bool usesRebase, const std::string& refName,

@@ -111,6 +111,7 @@ public:
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
     /// Kept for compatibility: the whole section goes, with rebase and merge options; and a section
     /// whose name goes on behind this one lets it be looked for where there is none (code 1005).
+    /// False with a cleared place, and nothing is written, if the look for it is cancelled.
     [[nodiscard]] static bool removeTrackingForBranchWithRefName(
         const std::string& refName, const std::shared_ptr<RVGitRepository>& repository,
         RVErrorPlace error = nullptr);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "RVGit/base/RVRegularExpression.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -147,16 +148,21 @@ bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
         failToWrite(error);
         return false;
     }
-    return !containsSectionForSubmoduleWithName(name) ||
-           config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
-                                  Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
-                                  error);
+    const RVGitCancellationWatch watch;
+    const bool exists = containsSectionForSubmoduleWithName(name);
+    return !watch.isCancelled(error) &&
+           (!exists || config_->renameSection(
+                           Helper::submoduleConfigSectionWithSubmoduleName(name),
+                           Helper::submoduleConfigSectionWithSubmoduleName(toNewName), error));
 }
 
 bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const std::string& name,
                                                                           RVErrorPlace error) {
     if (!mayWrite(error))
         return false;
-    return !containsSectionForSubmoduleWithName(name) ||
-           config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error);
+    const RVGitCancellationWatch watch;
+    const bool exists = containsSectionForSubmoduleWithName(name);
+    return !watch.isCancelled(error) &&
+           (!exists ||
+            config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error));
 }

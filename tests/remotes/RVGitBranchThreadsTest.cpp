@@ -13,6 +13,7 @@
 #include "RVGit/remotes/RVGitRemote.h"
 #include "tests/support/RVCanceller.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVHangingGit.h"
 
 namespace {
 
@@ -62,6 +63,20 @@ TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListA
         EXPECT_FALSE(listing(&error));
         EXPECT_FALSE(error.has_value());
     }
+}
+
+TEST_F(RVGitBranchThreadsTest, TrackingOfWhichItWasNotReadWhetherThereIsAnyIsNotGone) {
+    makeCommit();
+    gitInRepository({"config", "branch.main.remote", "origin"});
+    std::optional<RVError> error = RVError("before", 1);
+    {
+        const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' config '*"});
+        EXPECT_FALSE(RVGitBranch::removeTrackingForBranchWithRefName("main", repository(), &error));
+    }
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(gitInRepository({"config", "branch.main.remote"}), "origin");
+    ASSERT_TRUE(RVGitBranch::removeTrackingForBranchWithRefName("main", repository(), &error));
+    EXPECT_NE(runGit({"config", "branch.main.remote"}, repositoryPath()).exitCode, 0);
 }
 
 TEST_F(RVGitBranchThreadsTest, AListingMayBeMadeOnAThreadOfTheQueue) {

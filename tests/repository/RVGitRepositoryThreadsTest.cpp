@@ -13,6 +13,7 @@
 #include "RVGit/worktree/RVGitIgnores.h"
 #include "RVGit/worktree/RVGitIndex.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVHangingGit.h"
 
 namespace {
 
@@ -60,6 +61,48 @@ TEST_F(RVGitRepositoryThreadsTest, ThreadsThatAskForAPartGetTheSameOne) {
     expectOnePart([&] { return repository()->config(); });
     expectOnePart([&] { return repository()->ignores(); });
     expectOnePart([&] { return repository()->index(); });
+}
+
+TEST_F(RVGitRepositoryThreadsTest, WhatIsOpenedWhileAllIsCancelledIsNotTakenForAnotherRepository) {
+    makeCommit();
+    const std::string inner = makeDirectory("repository/inner");
+    const std::string other = makeDirectory("other");
+    gitInRepository({"config", "core.worktree", other});
+    const std::string& gitDirectory = repositoryPath() + "/.git";
+    for (const char* pattern : {"*' --is-bare-repository '*", "*' --git-dir '*",
+                                "*' core.worktree '*", "*' --is-inside-work-tree '*"}) {
+        const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {pattern});
+        const auto opened = RVGitRepository::repositoryWithPath(gitDirectory);
+        EXPECT_FALSE(opened->isValid()) << pattern;
+        EXPECT_EQ(opened->path(), gitDirectory);
+        EXPECT_EQ(opened->gitDirectoryPath(), std::nullopt);
+        EXPECT_EQ(opened->workingTreeDirectoryPath(), std::nullopt);
+    }
+    EXPECT_EQ(RVGitRepository::repositoryWithPath(gitDirectory)->workingTreeDirectoryPath(), other);
+    const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' --git-dir '*"});
+    EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(inner), std::nullopt);
+}
+
+TEST_F(RVGitRepositoryThreadsTest, ARepositoryThatWasNotLookedAtIsNotCalledEmpty) {
+    makeCommit();
+    const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' show-ref '*"});
+    EXPECT_FALSE(repository()->isEmpty());
+}
+
+TEST_F(RVGitRepositoryThreadsTest, AHeadThatWasNotReadIsAbsent) {
+    makeCommit();
+    {
+        const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' show-ref '*"});
+        EXPECT_EQ(repository()->HEADRevision(), std::nullopt);
+    }
+    // What stands in the file where refs are kept in tables.
+    writeFile("repository/.git/HEAD", "ref: refs/heads/.invalid\n");
+    {
+        const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' symbolic-ref '*"});
+        EXPECT_EQ(repository()->HEADRefName(), std::nullopt);
+    }
+    const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' symbolic-ref '*"});
+    EXPECT_FALSE(repository()->isHEADBranchDetached());
 }
 
 }  // namespace

@@ -10,8 +10,10 @@
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
+#include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
 #include "tests/support/RVCanceller.h"
+#include "tests/support/RVHangingGit.h"
 
 namespace fs = std::filesystem;
 
@@ -81,6 +83,23 @@ TEST_F(RVGitSubmoduleManagerThreadsTest, WhatIsCancelledBeforeItHasLookedChanges
         EXPECT_EQ(error, std::nullopt);
         EXPECT_FALSE(fileExists("changed"));
     }
+}
+
+TEST_F(RVGitSubmoduleManagerThreadsTest, ASectionThatWasNotLookedUpIsNotSaidToBeMissing) {
+    addSubmodule("lib");
+    const auto before = filesBelow(repositoryPath());
+    for (const auto& configs :
+         {RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository()),
+          RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository())})
+        for (const bool isRemoval : {false, true}) {
+            const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' config '*"});
+            error = RVError("", 1);
+            EXPECT_FALSE(
+                isRemoval ? configs->removeConfigSectionForSubmoduleWithName("lib", &error)
+                          : configs->renameConfigSectionForSubmoduleWithName("lib", "new", &error));
+            EXPECT_EQ(error, std::nullopt);
+        }
+    EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
 }
 
 }  // namespace
