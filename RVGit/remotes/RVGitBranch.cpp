@@ -232,8 +232,11 @@ std::optional<RVGitBranchTrackingState> RVGitBranch::trackingStateForBranchWithR
 std::shared_ptr<RVGitBranch> RVGitBranch::createBranchWithRefName(
     const std::string& refName, const std::optional<std::string>& revision,
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    // Where it was cancelled, one of that name is an older one.
+    const RVGitCancellationWatch watch;
     if (!RVGitBranchCommand::gitCreateBranchCommandWithRepository(repository, refName, revision)
-             ->run(error))
+             ->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return branchForRefName(refName, repository, error);
 }
@@ -241,9 +244,11 @@ std::shared_ptr<RVGitBranch> RVGitBranch::createBranchWithRefName(
 std::shared_ptr<RVGitBranch> RVGitBranch::createTrackingBranchWithRefName(
     const std::string& refName, const std::optional<std::string>& trackedRefName,
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     if (!RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(repository, refName,
                                                                           trackedRefName)
-             ->run(error))
+             ->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return branchForRefName(refName, repository, error);
 }

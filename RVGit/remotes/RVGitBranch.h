@@ -82,7 +82,8 @@ public:
 
     // Making, renaming and deleting. The codes are those of RVGitBranchCommand.
 
-    /// Without a revision the branch begins at HEAD. It tracks nothing.
+    /// Without a revision the branch begins at HEAD. It tracks nothing. Null with a cleared place,
+    /// be it made or not, where all commands are cancelled; the same below.
     [[nodiscard]] static std::shared_ptr<RVGitBranch> createBranchWithRefName(
         const std::string& refName, const std::optional<std::string>& revision,
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);

@@ -82,7 +82,10 @@ std::shared_ptr<RVGitRepository> RVGitRepository::createRepositoryAtPath(
         fillErrorPlace(error, errorWithPath(RVGitInitRepositoryFileExistsError, path));
         return nullptr;
     }
-    if (!RVGitInitCommand::gitInitCommandWithPath(path, options)->run(error))
+    // Where it was cancelled, what is found at the path may be the repository around it.
+    const RVGitCancellationWatch watch;
+    if (!RVGitInitCommand::gitInitCommandWithPath(path, options)->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return repositoryWithPath(path);
 }

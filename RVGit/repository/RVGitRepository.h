@@ -69,7 +69,8 @@ public:
         const std::string& path);
     /// Runs `git init` with the options of RVGitInitCommand; the result is a new object on the
     /// path. Null with code 1102 for a path that is not absolute, 1100 for one of something that
-    /// is no directory, or the command's error.
+    /// is no directory, or the command's error; null with a cleared place where all commands are
+    /// cancelled.
     [[nodiscard]] static std::shared_ptr<RVGitRepository> createRepositoryAtPath(
         const std::string& path, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);

@@ -79,6 +79,23 @@ TEST_F(RVGitBranchThreadsTest, TrackingOfWhichItWasNotReadWhetherThereIsAnyIsNot
     EXPECT_NE(runGit({"config", "branch.main.remote"}, repositoryPath()).exitCode, 0);
 }
 
+TEST_F(RVGitBranchThreadsTest, AnOlderBranchIsNotTakenForOneWhoseMakingIsCancelled) {
+    const std::string hash = makeCommit();
+    gitInRepository({"branch", "topic"});
+    makeCommit();
+    for (const bool isTracking : {false, true}) {
+        std::optional<RVError> error = RVError("before", 1);
+        const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' branch '*"});
+        EXPECT_EQ(isTracking ? RVGitBranch::createTrackingBranchWithRefName("topic", "main",
+                                                                            repository(), &error)
+                             : RVGitBranch::createBranchWithRefName("topic", std::nullopt,
+                                                                    repository(), &error),
+                  nullptr);
+        EXPECT_EQ(error, std::nullopt);
+    }
+    EXPECT_EQ(gitInRepository({"rev-parse", "topic"}), hash);
+}
+
 TEST_F(RVGitBranchThreadsTest, AListingMayBeMadeOnAThreadOfTheQueue) {
     makeCommit();
     gitInRepository({"branch", "topic"});

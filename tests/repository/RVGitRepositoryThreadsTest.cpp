@@ -83,6 +83,17 @@ TEST_F(RVGitRepositoryThreadsTest, WhatIsOpenedWhileAllIsCancelledIsNotTakenForA
     EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(inner), std::nullopt);
 }
 
+TEST_F(RVGitRepositoryThreadsTest, TheRepositoryAroundOneWhoseMakingIsCancelledIsNotTakenForIt) {
+    const std::string inner = makeDirectory("repository/inner");
+    std::optional<RVError> error = RVError("before", 1);
+    {
+        const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' init '*"});
+        EXPECT_EQ(RVGitRepository::createRepositoryAtPath(inner, std::nullopt, &error), nullptr);
+    }
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(RVGitRepository::createRepositoryAtPath(inner, std::nullopt)->path(), inner);
+}
+
 TEST_F(RVGitRepositoryThreadsTest, ARepositoryThatWasNotLookedAtIsNotCalledEmpty) {
     makeCommit();
     const RVHangingGit git(scratchPath("hanging-git"), gitPath(), {"*' show-ref '*"});
