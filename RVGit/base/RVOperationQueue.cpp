@@ -1,6 +1,7 @@
 #include "RVGit/base/RVOperationQueue.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -41,6 +42,7 @@ struct RVOperationQueue::State {
     std::size_t numberOfWaitsForAll = 0;
     // Threads that hold a slot: workers, and callers that run their own operation.
     std::size_t slotsInUse = 0;
+    std::atomic<std::uint64_t> cancellations = 0;
 
     State(std::string queueName, std::size_t queueLimit)
         : name(std::move(queueName)), limit(std::max<std::size_t>(queueLimit, 1)) {}
@@ -184,6 +186,7 @@ void RVOperationQueue::runBlock(const std::function<void()>& block) {
 
 void RVOperationQueue::cancelAllOperations() {
     std::vector<std::shared_ptr<RVOperation>> operations;
+    ++state_->cancellations;
     {
         std::lock_guard lock(state_->mutex);
         operations.assign(state_->waiting.begin(), state_->waiting.end());
@@ -191,6 +194,10 @@ void RVOperationQueue::cancelAllOperations() {
     }
     for (const auto& operation : operations)
         operation->cancel();
+}
+
+std::uint64_t RVOperationQueue::numberOfCancellations() const {
+    return state_->cancellations;
 }
 
 void RVOperationQueue::waitUntilAllOperationsAreFinished() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -36,6 +37,8 @@ public:
     void runBlock(const std::function<void()>& block);
 
     void cancelAllOperations();
+    /// How often that has been called; it counts from before the first of them is cancelled.
+    [[nodiscard]] std::uint64_t numberOfCancellations() const;
     /// On a thread of the queue, operations that this thread is running are not waited for, nor
     /// others that wait for all themselves, and those that have no slot yet are run there and then.
     /// An operation that waits for all must not be waited for by another one: neither would end.

@@ -37,8 +37,11 @@ bool RVGitCommandQueue::executeCommandOnQueue(const std::shared_ptr<RVGitCommand
 }
 
 void RVGitCommandQueue::cancelAllCommands() {
-    ++cancellations_;
     queue_->cancelAllOperations();
+}
+
+std::uint64_t RVGitCommandQueue::numberOfCancellations() const {
+    return queue_->numberOfCancellations();
 }
 
 void RVGitCommandQueue::waitUntilAllCommandsFinished() {

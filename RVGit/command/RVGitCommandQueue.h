@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -31,14 +30,14 @@ public:
                                       RVOperationQueue& queue, RVErrorPlace error = nullptr);
     /// Those that run and those that wait; commands that are added afterwards run.
     void cancelAllCommands();
-    /// How often all commands have been cancelled. A cancelled command has succeeded with what it
-    /// had printed by then, which may be nothing: an operation that decides by the output of
-    /// several commands what to change sees by a changed number that it is to stop.
-    [[nodiscard]] std::uint64_t numberOfCancellations() const { return cancellations_; }
+    /// How often all commands have been cancelled, here or by queue(). A cancelled command has
+    /// succeeded with what it had printed by then, which may be nothing: an operation that decides
+    /// by the output of several commands what to change sees by a changed number that it is to
+    /// stop.
+    [[nodiscard]] std::uint64_t numberOfCancellations() const;
     void waitUntilAllCommandsFinished();
 
 private:
     RVGitCommandQueue();
     std::unique_ptr<RVOperationQueue> queue_;
-    std::atomic<std::uint64_t> cancellations_ = 0;
 };

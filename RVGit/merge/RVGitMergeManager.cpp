@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "RVGit/base/RVPath.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/history/RVGitMergeBaseCommand.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
@@ -54,13 +55,22 @@ std::shared_ptr<RVGitMergeManager> RVGitMergeManager::mergeManagerWithRepository
 
 // Whatever is under way.
 
+std::optional<RVGitMergeMode> RVGitMergeManager::knownMergeMode(RVErrorPlace error) const {
+    const RVGitCancellationWatch watch;
+    const RVGitMergeMode mode = currentMergeMode();
+    return watch.isCancelled(error) ? std::nullopt : std::optional(mode);
+}
+
 bool RVGitMergeManager::continueCurrentOperation(RVErrorPlace error) {
     return continueCurrentOperationWithCommitMessage(std::nullopt, error);
 }
 
 bool RVGitMergeManager::continueCurrentOperationWithCommitMessage(
     const std::optional<std::string>& commitMessage, RVErrorPlace error) {
-    switch (currentMergeMode()) {
+    const auto mode = knownMergeMode(error);
+    if (!mode)
+        return false;
+    switch (*mode) {
         case RVGitMergeModeMerge:
         case RVGitMergeModeSquash: {
             const auto command =
@@ -83,7 +93,10 @@ bool RVGitMergeManager::continueCurrentOperationWithCommitMessage(
 }
 
 bool RVGitMergeManager::skipCurrentOperation(RVErrorPlace error) {
-    switch (currentMergeMode()) {
+    const auto mode = knownMergeMode(error);
+    if (!mode)
+        return false;
+    switch (*mode) {
         case RVGitMergeModeRebase:
         case RVGitMergeModeEditing:
             return skipRebase(error);
@@ -97,7 +110,10 @@ bool RVGitMergeManager::skipCurrentOperation(RVErrorPlace error) {
 }
 
 bool RVGitMergeManager::abortCurrentOperation(RVErrorPlace error) {
-    switch (currentMergeMode()) {
+    const auto mode = knownMergeMode(error);
+    if (!mode)
+        return false;
+    switch (*mode) {
         case RVGitMergeModeMerge:
         case RVGitMergeModeSquash:
             return abortMerge(error);
@@ -125,8 +141,10 @@ bool RVGitMergeManager::mergeWithRevision(const std::string& revision,
 }
 
 bool RVGitMergeManager::abortMerge(RVErrorPlace error) {
-    return currentMergeMode() == RVGitMergeModeSquash ? abortSquashMerge(error)
-                                                      : abortDefaultMerge(error);
+    const auto mode = knownMergeMode(error);
+    if (!mode)
+        return false;
+    return mode == RVGitMergeModeSquash ? abortSquashMerge(error) : abortDefaultMerge(error);
 }
 
 bool RVGitMergeManager::abortSquashMerge(RVErrorPlace error) {
@@ -295,18 +313,21 @@ void RVGitMergeManager::replaceProposedMessage(std::string_view path,
 }
 
 bool RVGitMergeManager::commitEmptyStep(const std::string& commitMessage, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     const auto command =
         RVGitCommitCommand::gitCommitCommandWithRepository(repository_, mergeCommitMessage());
     command->setAllowsEmpty(true);
     command->setDoesNotVerify(true);
     command->setReEditsRevision(nextSequenceRevision());
+    if (watch.isCancelled(error))
+        return false;
     const auto script = temporaryCommitMessageEditorScript(commitMessage, error);
     if (!script)
         return false;
     command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
     // A commit that was cancelled has not failed, but to go on would throw away what it was to
     // keep.
-    return command->run(error) && !command->isCancelled();
+    return command->run(error) && !command->isCancelled() && !watch.isCancelled(error);
 }
 
 // Ancestry.
@@ -372,10 +393,12 @@ bool RVGitMergeManager::restoreAncestorVersionForUnmergedFile(const std::string&
 
 bool RVGitMergeManager::restoreAncestorVersionForUnmergedFiles(
     const std::vector<std::string>& filePaths, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     const RVContainedFiles files(repository_->path());
     for (const std::string& filePath : filePaths) {
         const auto blob = RVGitBlob::blobForHash(":1:" + filePath, repository_);
-        if (!blob) {
+        // Of one that was not read whole, the file would be cut off.
+        if (!blob || watch.isCancelled()) {
             clearErrorPlace(error);
             return false;
         }
@@ -421,12 +444,14 @@ bool RVGitMergeManager::restoreTheirVersionForUnmergedFiles(
 bool RVGitMergeManager::restoreVersion(const std::vector<std::string>& filePaths,
                                        const std::string& side, RVErrorPlace error) {
     // In one call the side would count for the first batch alone, and HEAD for the others.
+    const RVGitCancellationWatch watch;
     bool exceeded = false;
     const auto batch = RVGitCommand::filePathsForGitCommand(filePaths, &exceeded);
     if (!workingTreeManager_->revertFiles(batch, side, error))
         return false;
     return !exceeded ||
-           restoreVersion(RVGitCommand::remainingFilePathsFromFilePaths(filePaths), side, error);
+           (!watch.isCancelled(error) &&
+            restoreVersion(RVGitCommand::remainingFilePathsFromFilePaths(filePaths), side, error));
 }
 
 bool RVGitMergeManager::restoreUnmergedVersionForFile(const std::string& filePath,
@@ -442,6 +467,7 @@ bool RVGitMergeManager::restoreUnmergedVersionForFiles(const std::vector<std::st
 bool RVGitMergeManager::restoreUnmergedVersionForFiles(
     const std::vector<std::string>& filePaths, const std::optional<std::string>& inDirectory,
     RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     bool exceeded = false;
     const auto command = RVGitCheckoutCommand::gitCheckoutCommandWithRepository(
         repository_, std::nullopt, RVGitCommand::filePathsForGitCommand(filePaths, &exceeded));
@@ -451,6 +477,7 @@ bool RVGitMergeManager::restoreUnmergedVersionForFiles(
     if (!command->run(error))
         return false;
     return !exceeded ||
-           restoreUnmergedVersionForFiles(RVGitCommand::remainingFilePathsFromFilePaths(filePaths),
-                                          inDirectory, error);
+           (!watch.isCancelled(error) &&
+            restoreUnmergedVersionForFiles(RVGitCommand::remainingFilePathsFromFilePaths(filePaths),
+                                           inDirectory, error));
 }

@@ -51,7 +51,9 @@ enum RVGitMergeMode : std::uint64_t {
 /// Operations run git and wait for it. A stop at conflicts is a failure, by code 2000 or 2200, and
 /// currentMergeMode() tells what can be done then; a step of a cherry-pick or revert without
 /// changes is code 1, so ask after that, too. Nothing ever opens an editor. A message that is given
-/// is UTF-8, and so are the commits of that run, whatever encoding is configured for them.
+/// is UTF-8, and so are the commits of that run, whatever encoding is configured for them. Where
+/// all commands are cancelled, an operation that reads before it writes, or has several steps, ends
+/// behind the command under way: false with a cleared place.
 class RVGIT_EXPORT RVGitMergeManager {
 public:
     /// The repository is required.
@@ -385,6 +387,8 @@ public:
         const std::string& revision, const std::string& intoRevision, RVErrorPlace error = nullptr);
 
 private:
+    /// Absent, with a cleared place, if all commands were cancelled while git was asked.
+    [[nodiscard]] std::optional<RVGitMergeMode> knownMergeMode(RVErrorPlace error) const;
     [[nodiscard]] std::optional<std::string> trimmedFile(std::string_view path) const;
     [[nodiscard]] std::optional<std::string> fileOrRef(std::string_view name) const;
     /// The hash of a ref of git's own ("REVERT_HEAD") where refs are no files.

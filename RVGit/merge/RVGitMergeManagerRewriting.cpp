@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "RVGit/base/RVFileManager.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitCommandEnvironment.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/history/RVGitCommit.h"
@@ -62,10 +63,15 @@ bool rangeHolds(const Range& range, const Revisions& revisions, RVErrorPlace err
     return false;
 }
 
-/// Absent, with the error, if the commits could not be loaded or do not hold all of the revisions.
+/// Absent, with the error, if the commits could not be loaded or do not hold all of the revisions;
+/// with a cleared place if their loading was cancelled: commits that are missing in the range would
+/// be dropped.
 std::optional<Range> rangeOfLoadedCommits(const Commits& commits,
                                           const std::optional<RVError>& failure,
+                                          const RVGitCancellationWatch& watch,
                                           const Revisions& revisions, RVErrorPlace error) {
+    if (watch.isCancelled(error))
+        return std::nullopt;
     if (failure) {
         fillErrorPlace(error, *failure);
         return std::nullopt;
@@ -79,18 +85,20 @@ std::optional<Range> rangeOfLoadedCommits(const Commits& commits,
 /// From HEAD down to the oldest of the revisions, which is the last.
 std::optional<Range> rangeIncludingRevisions(RVGitMergeManager& manager, const Revisions& revisions,
                                              RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     std::optional<RVError> failure;
     const auto commits =
         manager.allCommitsForInteractiveRebaseIncludingRevision(revisions.back(), &failure);
-    return rangeOfLoadedCommits(commits, failure, revisions, error);
+    return rangeOfLoadedCommits(commits, failure, watch, revisions, error);
 }
 
 /// The same, or down to the target where that is older.
 std::optional<Range> rangeIncludingTarget(RVGitMergeManager& manager, const Revisions& revisions,
                                           const std::string& targetRevision, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     std::optional<RVError> failure;
     const auto commits = manager.allCommitsForRevisions(revisions, targetRevision, &failure);
-    return rangeOfLoadedCommits(commits, failure, revisions, error);
+    return rangeOfLoadedCommits(commits, failure, watch, revisions, error);
 }
 
 void append(Instructions& list, const std::string& command, const std::string& commitHash) {

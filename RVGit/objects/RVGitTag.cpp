@@ -4,6 +4,7 @@
 
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/objects/RVGitForEachRefTagOutputParser.h"
 #include "RVGit/objects/RVGitTagCommand.h"
@@ -77,7 +78,9 @@ std::shared_ptr<RVGitTag> RVGitTag::createTagWithRefName(
     RVErrorPlace error) {
     auto command =
         RVGitTagCommand::gitCreateTagCommandWithRepository(repository, refName, revision, message);
-    if (!command->run(error))
+    const RVGitCancellationWatch watch;
+    // Where it was cancelled, one of that name is an older one.
+    if (!command->run(error) || watch.isCancelled(error))
         return nullptr;
     return tagForRefName(refName, repository, error);
 }

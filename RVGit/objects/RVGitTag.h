@@ -42,7 +42,8 @@ public:
         RVErrorPlace error = nullptr);
 
     /// Creates a lightweight tag; without a revision, at HEAD. Null with code 1700 if it exists,
-    /// 1701 if the revision cannot be resolved.
+    /// 1701 if the revision cannot be resolved; null with a cleared place, be it made or not, where
+    /// all commands are cancelled.
     [[nodiscard]] static std::shared_ptr<RVGitTag> createTagWithRefName(
         const std::string& refName, const std::optional<std::string>& revision,
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);

@@ -6,6 +6,7 @@
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/history/RVGitLogCommandOptions.h"
@@ -231,8 +232,11 @@ std::optional<RVGitBranchTrackingState> RVGitBranch::trackingStateForBranchWithR
 std::shared_ptr<RVGitBranch> RVGitBranch::createBranchWithRefName(
     const std::string& refName, const std::optional<std::string>& revision,
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    // Where it was cancelled, one of that name is an older one.
+    const RVGitCancellationWatch watch;
     if (!RVGitBranchCommand::gitCreateBranchCommandWithRepository(repository, refName, revision)
-             ->run(error))
+             ->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return branchForRefName(refName, repository, error);
 }
@@ -240,9 +244,11 @@ std::shared_ptr<RVGitBranch> RVGitBranch::createBranchWithRefName(
 std::shared_ptr<RVGitBranch> RVGitBranch::createTrackingBranchWithRefName(
     const std::string& refName, const std::optional<std::string>& trackedRefName,
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     if (!RVGitBranchCommand::gitCreateTrackingBranchCommandWithRepository(repository, refName,
                                                                           trackedRefName)
-             ->run(error))
+             ->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return branchForRefName(refName, repository, error);
 }
@@ -283,7 +289,9 @@ bool RVGitBranch::removeTrackingForBranchWithRefName(
     const auto config = repository->config();
     const std::string section =
         RVGitMakeBranchConfigSection(RVGitMakeShortRefName(refName, RVGitRefTypeBranch));
-    return !config->containsSectionWithName(section) || config->removeSection(section, error);
+    const RVGitCancellationWatch watch;
+    const bool exists = config->containsSectionWithName(section);
+    return !watch.isCancelled(error) && (!exists || config->removeSection(section, error));
 }
 
 bool RVGitBranch::setRebaseOption(bool usesRebase, const std::string& refName,

@@ -82,7 +82,8 @@ public:
 
     // Making, renaming and deleting. The codes are those of RVGitBranchCommand.
 
-    /// Without a revision the branch begins at HEAD. It tracks nothing.
+    /// Without a revision the branch begins at HEAD. It tracks nothing. Null with a cleared place,
+    /// be it made or not, where all commands are cancelled; the same below.
     [[nodiscard]] static std::shared_ptr<RVGitBranch> createBranchWithRefName(
         const std::string& refName, const std::optional<std::string>& revision,
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
@@ -111,6 +112,7 @@ public:
         const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error = nullptr);
     /// Kept for compatibility: the whole section goes, with rebase and merge options; and a section
     /// whose name goes on behind this one lets it be looked for where there is none (code 1005).
+    /// False with a cleared place, and nothing is written, if the look for it is cancelled.
     [[nodiscard]] static bool removeTrackingForBranchWithRefName(
         const std::string& refName, const std::shared_ptr<RVGitRepository>& repository,
         RVErrorPlace error = nullptr);

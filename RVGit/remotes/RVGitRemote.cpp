@@ -5,6 +5,7 @@
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/remotes/RVGitBranchCommand.h"
@@ -210,14 +211,17 @@ std::optional<RVGitRemote::ConfigOptionsByRemote> RVGitRemote::SVNRemoteConfigOp
 std::shared_ptr<RVGitRemote> RVGitRemote::createRemoteWithName(
     const std::string& name, const std::string& URL,
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     if (existsRemoteWithName(name, repository)) {
         fillErrorPlace(error, gitErrorWithCode(RVGitCreateRemoteAlreadyExistsError,
                                                RVGitMakeErrorUserInfo(
                                                    repository, {{RVGitRemoteNameErrorKey, name}})));
         return nullptr;
     }
-    if (!RVGitRemoteCommand::gitCreateRemoteCommandWithRepository(repository, name, URL)
-             ->run(error))
+    if (watch.isCancelled(error) ||
+        !RVGitRemoteCommand::gitCreateRemoteCommandWithRepository(repository, name, URL)
+             ->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return remoteForName(name, repository, error);
 }
@@ -225,8 +229,9 @@ std::shared_ptr<RVGitRemote> RVGitRemote::createRemoteWithName(
 bool RVGitRemote::deleteRemoteWithName(const std::string& name,
                                        const std::shared_ptr<RVGitRepository>& repository,
                                        RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     const auto remotes = allRemotesForRepository(repository, error);
-    if (!remotes)
+    if (!remotes || watch.isCancelled(error))
         return false;
     const auto found =
         RVFindUnicodeName(remotes->begin(), remotes->end(), name,
@@ -239,7 +244,8 @@ bool RVGitRemote::deleteRemoteWithName(const std::string& name,
     if (remote.isSVNRemote())
         return deleteSVNRemote(remote, error);
     if (!RVGitRemoteCommand::gitDeleteRemoteCommandWithRepository(repository, remote.name())
-             ->run(error))
+             ->run(error) ||
+        watch.isCancelled(error))
         return false;
     std::vector<std::string> otherNames;
     for (const auto& other : *remotes)
@@ -251,14 +257,16 @@ bool RVGitRemote::deleteRemoteWithName(const std::string& name,
 bool RVGitRemote::renameRemoteWithName(const std::string& name, const std::string& newName,
                                        const std::shared_ptr<RVGitRepository>& repository,
                                        RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     const auto remote = remoteForName(name, repository, error);
-    if (!remote)
+    if (!remote || watch.isCancelled(error))
         return false;
     if (remote->isSVNRemote())
         return renameSVNRemote(*remote, newName, error);
     if (!RVGitRemoteCommand::gitRenameRemoteCommandWithRepository(repository, remote->name(),
                                                                   newName)
-             ->run(error))
+             ->run(error) ||
+        watch.isCancelled(error))
         return false;
     if (remote->name() == newName || lowercaseString(remote->name()) != lowercaseString(newName))
         return true;

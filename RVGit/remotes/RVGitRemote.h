@@ -35,7 +35,9 @@ inline constexpr char RVGitSVNRemoteUUIDConfigKey[] = "uuid";
 
 /// A remote of a repository, plain or Subversion's: a snapshot that stays on one thread. The static
 /// operations may be called on any; each blocks. A list whose commands were cancelled is absent
-/// with a cleared place.
+/// with a cleared place. So ends an operation that reads before it writes, or has several steps,
+/// where all commands are cancelled meanwhile: false or null with a cleared place, and what it had
+/// written by then stays.
 ///
 /// Three addresses are kept apart: `downstreamURL` is what git fetches from and `upstreamURL` what
 /// it pushes to, rewritten by the configuration's "insteadOf"; `URL` and `pushURL` are what the

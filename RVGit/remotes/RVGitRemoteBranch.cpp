@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "RVGit/base/RVUnicodeSearch.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/remotes/RVGitBranchCommand.h"
 #include "RVGit/remotes/RVGitBranchDates.h"
@@ -41,8 +42,11 @@ RVGitRemoteBranchCommands::RVGitRemoteBranchCommands(
 
 std::optional<RVGitRemoteBranch::List> RVGitRemoteBranchCommands::finish(
     const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) const {
+    const RVGitCancellationWatch watch;
     const RVGitRemoteBranchToRemote toRemote(repository);
-    if (!RVGitParallelReads::finish(*branches, error) || !RVGitParallelReads::finish(*dates, error))
+    // Whose configuration was not read whole would be taken for branches of no remote.
+    if (watch.isCancelled(error) || !RVGitParallelReads::finish(*branches, error) ||
+        !RVGitParallelReads::finish(*dates, error))
         return std::nullopt;
     const RVGitBranchDates dateByName(
         dates->result<RVGitForEachRefRemoteBranchOutputParserResultItem>());

@@ -1,3 +1,4 @@
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -32,9 +33,10 @@ bool RVGitRemote::unsetConfigKeyForRemoteWithName(const std::string& remoteName,
     const auto configKey = configKeyForRemoteWithName(remoteName, repository, key, SVNKey, error);
     if (!configKey)
         return false;
+    const RVGitCancellationWatch watch;
     const auto config = repository->config();
-    return !config->containsConfigKeyWithName(*configKey) ||
-           config->unsetConfigKey(*configKey, error);
+    const bool isSet = config->containsConfigKeyWithName(*configKey);
+    return !watch.isCancelled(error) && (!isSet || config->unsetConfigKey(*configKey, error));
 }
 
 bool RVGitRemote::setURL(const std::string& URL, const std::string& remoteName,

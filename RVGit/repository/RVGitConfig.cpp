@@ -3,6 +3,7 @@
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfigCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -244,12 +245,13 @@ bool RVGitConfig::setInteger(std::int64_t value, const std::string& configKey,
 
 bool RVGitConfig::setValues(const std::vector<std::string>& values, const std::string& configKey,
                             RVErrorPlace error) const {
+    const RVGitCancellationWatch watch;
     std::optional<RVError> failure;
     if (!unsetConfigKey(configKey, &failure) && failure) {
         fillErrorPlace(error, *std::move(failure));
         return false;
     }
-    return addValues(values, configKey, error);
+    return !watch.isCancelled(error) && addValues(values, configKey, error);
 }
 
 bool RVGitConfig::addValue(const std::string& value, const std::string& configKey,
@@ -262,8 +264,9 @@ bool RVGitConfig::addValue(const std::string& value, const std::string& configKe
 
 bool RVGitConfig::addValues(const std::vector<std::string>& values, const std::string& configKey,
                             RVErrorPlace error) const {
+    const RVGitCancellationWatch watch;
     for (const std::string& value : values)
-        if (!addValue(value, configKey, error))
+        if (!addValue(value, configKey, error) || watch.isCancelled(error))
             return false;
     return true;
 }

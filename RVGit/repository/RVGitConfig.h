@@ -139,7 +139,9 @@ public:
                                RVErrorPlace error = nullptr) const;
     [[nodiscard]] bool setInteger(std::int64_t value, const std::string& configKey,
                                   RVErrorPlace error = nullptr) const;
-    /// Unsets the key and adds each value. A failure half-way leaves the key partly written.
+    /// Unsets the key and adds each value. A failure half-way leaves the key partly written; so
+    /// does a cancel of all commands, behind which nothing more is written: false with a cleared
+    /// place. The same of addValues().
     [[nodiscard]] bool setValues(const std::vector<std::string>& values,
                                  const std::string& configKey, RVErrorPlace error = nullptr) const;
     [[nodiscard]] bool addValue(const std::string& value, const std::string& configKey,

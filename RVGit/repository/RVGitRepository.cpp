@@ -11,6 +11,7 @@
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
@@ -81,7 +82,10 @@ std::shared_ptr<RVGitRepository> RVGitRepository::createRepositoryAtPath(
         fillErrorPlace(error, errorWithPath(RVGitInitRepositoryFileExistsError, path));
         return nullptr;
     }
-    if (!RVGitInitCommand::gitInitCommandWithPath(path, options)->run(error))
+    // Where it was cancelled, what is found at the path may be the repository around it.
+    const RVGitCancellationWatch watch;
+    if (!RVGitInitCommand::gitInitCommandWithPath(path, options)->run(error) ||
+        watch.isCancelled(error))
         return nullptr;
     return repositoryWithPath(path);
 }
@@ -147,7 +151,7 @@ bool RVGitRepository::isEmpty() {
     auto command =
         RVGitShowRefCommand::gitShowRefCommandWithRepository(shared_from_this(), std::nullopt);
     command->setShowsHeads(true);
-    return command->run() && command->refs().empty();
+    return command->run() && !command->isCancelled() && command->refs().empty();
 }
 
 bool RVGitRepository::isGitSVNRepository() const {
@@ -164,8 +168,11 @@ std::optional<std::string> RVGitRepository::contentsOfHEADFile() const {
     const bool isLink = !contents && error->code() == ELOOP;
     if (!isStandIn && !isLink)
         return contents;
+    const RVGitCancellationWatch watch;
     if (auto refName = outputOfGitInGitDirectory("symbolic-ref", {"-q", "HEAD"}))
         return "ref: " + *refName;
+    if (watch.isCancelled())
+        return std::nullopt;
     return outputOfGitInGitDirectory("rev-parse", {"-q", "--verify", "HEAD"});
 }
 
@@ -184,7 +191,7 @@ std::optional<std::string> RVGitRepository::outputOfGitInGitDirectory(
                                                                gitDirectoryPath_, std::nullopt);
     command->setGitCommand(gitCommand);
     command->addGitCommandArguments(arguments);
-    if (!command->run())
+    if (!command->run() || command->isCancelled())
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(command->standardOutputString());
 }
@@ -207,7 +214,7 @@ std::optional<std::string> RVGitRepository::HEADRevision() {
         RVGitShowRefCommand::gitShowRefCommandWithRepository(shared_from_this(), std::nullopt);
     command->setShowsHashesOnly(true);
     command->setRefName(HEADRefName());
-    if (!command->run())
+    if (!command->run() || command->isCancelled())
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(command->standardOutputString());
 }

@@ -31,8 +31,8 @@ class RVGIT_EXPORT RVGitRepository : public std::enable_shared_from_this<RVGitRe
 public:
     /// Asks git (up to four child processes) where the repository is that the path lies in. Never
     /// fails once a git is chosen (without one, the precondition "gitBinary" throws): the object is
-    /// valid or not. If not, `path` is the given one. Not to be done on a thread of the command
-    /// queue.
+    /// valid or not. If not, `path` is the given one; so it is where one of the processes was
+    /// cancelled. Not to be done on a thread of the command queue.
     explicit RVGitRepository(const std::string& path);
     /// Takes the paths as they are, without running git. Valid exactly when there is a git
     /// directory. `path` is the working tree as given, or else the git directory as given. Git is
@@ -69,7 +69,8 @@ public:
         const std::string& path);
     /// Runs `git init` with the options of RVGitInitCommand; the result is a new object on the
     /// path. Null with code 1102 for a path that is not absolute, 1100 for one of something that
-    /// is no directory, or the command's error.
+    /// is no directory, or the command's error; null with a cleared place where all commands are
+    /// cancelled.
     [[nodiscard]] static std::shared_ptr<RVGitRepository> createRepositoryAtPath(
         const std::string& path, const std::optional<RVOptions>& options,
         RVErrorPlace error = nullptr);
@@ -159,7 +160,7 @@ public:
     [[nodiscard]] bool isGitWorktreeRepository() const;
     /// The same for ".git/modules/".
     [[nodiscard]] bool isSubmoduleRepository() const;
-    /// Whether there is no branch yet. False also if git fails.
+    /// Whether there is no branch yet. False also if git fails or is cancelled.
     [[nodiscard]] bool isEmpty();
     [[nodiscard]] bool isGitSVNRepository() const;
     /// False also if the HEAD file cannot be read.

@@ -5,6 +5,7 @@
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -14,15 +15,15 @@ namespace {
 // More than any path takes.
 constexpr std::size_t maximumSizeOfLinkFile = std::size_t{64} << 10;
 
-// What git prints in a directory, trimmed; absent if it fails. The bytes are not decoded, since a
-// path in another encoding must stay the one that it is.
+// What git prints in a directory, trimmed; absent if it fails or is cancelled. The bytes are not
+// decoded, since a path in another encoding must stay the one that it is.
 std::optional<std::string> outputOfGit(const std::string& directoryPath, const char* gitCommand,
                                        const std::vector<std::string>& arguments,
                                        RVErrorPlace error = nullptr) {
     auto command = RVGitCommand::gitCommandWithRepositoryPath(directoryPath);
     command->setGitCommand(gitCommand);
     command->addGitCommandArguments(arguments);
-    if (!command->run(error))
+    if (!command->run(error) || command->isCancelled())
         return std::nullopt;
     return stringByTrimmingWhitespaceAndNewline(command->standardOutputData());
 }
@@ -74,7 +75,7 @@ std::optional<std::string> RVGitRepository::reasonForInvalidRepositoryAtPath(
             .message();
     }
     std::optional<RVError> error;
-    if (outputOfGit(directoryPath, "rev-parse", {"--git-dir"}, &error))
+    if (outputOfGit(directoryPath, "rev-parse", {"--git-dir"}, &error) || !error)
         return std::nullopt;
     const auto output = error->userInfo().find(RVGitCommandErrorOutputErrorKey);
     if (output == error->userInfo().end())
@@ -93,11 +94,18 @@ void RVGitRepository::initializeWithPath(const std::string& path) {
     if (!RVFileManager::isDirectoryAtPath(directoryPath))
         return;
 
+    const RVGitCancellationWatch watch;
     std::optional<RVError> error;
     bool isBareRepository = isBareRepositoryAtPath(directoryPath, &error);
-    if (error)
+    if (error || watch.isCancelled())
         return;
-    if (auto root = normalizedRepositoryPath(directoryPath, isBareRepository)) {
+    auto root = normalizedRepositoryPath(directoryPath, isBareRepository);
+    // What git had no time to say would count as not configured, for the life of the object: the
+    // working tree would be another one.
+    if (watch.isCancelled()) {
+        gitDirectoryPath_.reset();
+        workingTreeDirectoryPath_.reset();
+    } else if (root) {
         path_ = *std::move(root);
         valid_ = true;
     }

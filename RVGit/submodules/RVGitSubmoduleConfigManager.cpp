@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "RVGit/base/RVRegularExpression.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -143,9 +144,10 @@ bool RVGitSubmoduleConfigManager::containsSectionForSubmoduleWithName(
 bool RVGitSubmoduleConfigManager::moveKeys(const std::string& name,
                                            const std::optional<std::string>& newName,
                                            RVErrorPlace error) const {
+    const RVGitCancellationWatch watch;
     const auto values =
         config_->wholeValuesForConfigKeyByRegularExpression(patternOfKeys(name), error);
-    if (!values)
+    if (watch.isCancelled(error) || !values)
         return false;
     for (const auto& [key, value] : *values) {
         const std::string word = key.substr(key.rfind('.') + 1);
@@ -156,7 +158,7 @@ bool RVGitSubmoduleConfigManager::moveKeys(const std::string& name,
             !config_->setValues(texts, Helper::submoduleConfigKeyWithSubmoduleName(*newName, word),
                                 error))
             return false;
-        if (!config_->unsetConfigKey(key, error))
+        if (watch.isCancelled(error) || !config_->unsetConfigKey(key, error))
             return false;
     }
     return true;
@@ -183,10 +185,12 @@ bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
     }
     if (isLostOnGit(name))
         return moveKeys(name, toNewName, error);
-    return !containsSectionForSubmoduleWithName(name) ||
-           config_->renameSection(Helper::submoduleConfigSectionWithSubmoduleName(name),
-                                  Helper::submoduleConfigSectionWithSubmoduleName(toNewName),
-                                  error);
+    const RVGitCancellationWatch watch;
+    const bool exists = containsSectionForSubmoduleWithName(name);
+    return !watch.isCancelled(error) &&
+           (!exists || config_->renameSection(
+                           Helper::submoduleConfigSectionWithSubmoduleName(name),
+                           Helper::submoduleConfigSectionWithSubmoduleName(toNewName), error));
 }
 
 bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const std::string& name,
@@ -195,6 +199,9 @@ bool RVGitSubmoduleConfigManager::removeConfigSectionForSubmoduleWithName(const 
         return false;
     if (isLostOnGit(name))
         return moveKeys(name, std::nullopt, error);
-    return !containsSectionForSubmoduleWithName(name) ||
-           config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error);
+    const RVGitCancellationWatch watch;
+    const bool exists = containsSectionForSubmoduleWithName(name);
+    return !watch.isCancelled(error) &&
+           (!exists ||
+            config_->removeSection(Helper::submoduleConfigSectionWithSubmoduleName(name), error));
 }

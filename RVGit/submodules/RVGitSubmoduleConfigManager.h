@@ -59,8 +59,8 @@ public:
     [[nodiscard]] bool unsetRecurseSubmodulesOptionForSubmoduleWithName(
         const std::string& name, RVErrorPlace error = nullptr);
 
-    // Sections. True, and nothing is written, where there is none of the name. Code 1006 for a new
-    // name with a line break.
+    // Sections. True, and nothing is written, where there is none of the name; false with a cleared
+    // place if the look for it is cancelled. Code 1006 for a new name with a line break.
 
     [[nodiscard]] bool renameConfigSectionForSubmoduleWithName(const std::string& name,
                                                                const std::string& toNewName,

@@ -133,6 +133,11 @@ bool RVGitSubmoduleContainment::isGitDirectory(const std::string& path) {
            RVFileManager::isDirectoryAtPath(pathByAppendingComponent(path, "objects"));
 }
 
+bool RVGitSubmoduleContainment::isEmptyPlainDirectory(const std::string& path) {
+    return !RVFileManager::isSymbolicLinkAtPath(path) && RVFileManager::isDirectoryAtPath(path) &&
+           RVFileManager::isEmptyDirectoryAtPath(path);
+}
+
 bool RVGitSubmoduleContainment::somethingIsAt(const std::string& path) {
     struct stat status;
     return ::lstat(path.c_str(), &status) == 0;

@@ -35,6 +35,8 @@ public:
 
     /// Whether the directory at the path looks like a git directory.
     [[nodiscard]] static bool isGitDirectory(const std::string& path);
+    /// Whether a directory is at the path, and no link to one, with nothing in it.
+    [[nodiscard]] static bool isEmptyPlainDirectory(const std::string& path);
     /// True for anything at the path, a dangling link too.
     [[nodiscard]] static bool somethingIsAt(const std::string& path);
     /// Whether a pipe, a device or a socket is there, which git would read or wait for without end.

@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
 #include "RVGit/repository/RVGitRepository.h"
-#include "RVGit/submodules/RVGitCancellationWatch.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 #include "RVGit/submodules/RVGitSubmoduleConfigLoader.h"

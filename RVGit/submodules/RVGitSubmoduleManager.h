@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +13,7 @@
 #include "RVGit/repository/RVGitRepositoryPart.h"
 #include "RVGit/submodules/RVGitSubmoduleCommand.h"
 
+class RVGitIndexEntry;
 class RVGitRepository;
 class RVGitSubmodule;
 
@@ -183,8 +186,14 @@ private:
                                       RVErrorPlace error) const;
     [[nodiscard]] bool synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
                                        RVErrorPlace error) const;
+    /// By path; absent where the index cannot be read, which is git's turn to say.
+    using IndexEntries =
+        std::optional<std::map<std::string, std::shared_ptr<RVGitIndexEntry>, std::less<>>>;
+    [[nodiscard]] IndexEntries submoduleIndexEntries() const;
+    /// Of the paths, or of all that the index has where there are none.
     [[nodiscard]] bool requireContainedPaths(const std::optional<std::vector<std::string>>& paths,
-                                             RVErrorPlace error) const;
+                                             const IndexEntries& entries, RVErrorPlace error) const;
     [[nodiscard]] bool requireReplaceableFiles(const std::optional<std::vector<std::string>>& paths,
-                                               unsigned options, RVErrorPlace error) const;
+                                               const IndexEntries& entries, unsigned options,
+                                               RVErrorPlace error) const;
 };

@@ -10,10 +10,10 @@
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/diff/RVGitDiff.h"
 #include "RVGit/repository/RVGitRepository.h"
-#include "RVGit/submodules/RVGitCancellationWatch.h"
 #include "RVGit/submodules/RVGitSubmoduleConfig.h"
 #include "RVGit/submodules/RVGitSubmoduleContainment.h"
 #include "RVGit/submodules/RVGitSubmoduleHelper.h"
@@ -120,16 +120,18 @@ bool wouldReplaceFiles(const std::string& directory, const std::string& gitDirec
 
 }  // namespace
 
+RVGitSubmoduleManager::IndexEntries RVGitSubmoduleManager::submoduleIndexEntries() const {
+    return RVGitSubmoduleLoader(repository()).submoduleIndexEntriesBySubmodulePath();
+}
+
 bool RVGitSubmoduleManager::requireContainedPaths(
-    const std::optional<std::vector<std::string>>& paths, RVErrorPlace error) const {
+    const std::optional<std::vector<std::string>>& paths, const IndexEntries& entries,
+    RVErrorPlace error) const {
     const Repository repository = this->repository();
     std::vector<std::string> checkedPaths = paths.value_or(std::vector<std::string>());
-    if (!paths)
-        // Where the index cannot be read, it is git's turn to say so.
-        if (const auto entries =
-                RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath())
-            for (const auto& entry : *entries)
-                checkedPaths.push_back(entry.first);
+    if (!paths && entries)
+        for (const auto& entry : *entries)
+            checkedPaths.push_back(entry.first);
     for (const std::string& path : checkedPaths)
         if (!Containment(repository).containsWorkingDirectory(path))
             return fail(RVGitAddSubmodulePathOutsideRepositoryError,
@@ -141,7 +143,7 @@ bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const st
                                                 unsigned options, RVErrorPlace error) {
     const RVGitCancellationWatch watch;
     const Repository repository = this->repository();
-    if (!requireContainedPaths({{atPath}}, error) ||
+    if (!requireContainedPaths({{atPath}}, std::nullopt, error) ||
         !Containment(repository).requirePlainSubmodulesFile(error) || watch.isCancelled(error))
         return false;
     const auto add = [&](unsigned addOptions, RVErrorPlace place) {
@@ -169,8 +171,8 @@ bool RVGitSubmoduleManager::addSubmoduleWithURL(const std::string& URL, const st
 }
 
 bool RVGitSubmoduleManager::requireReplaceableFiles(
-    const std::optional<std::vector<std::string>>& paths, unsigned options,
-    RVErrorPlace error) const {
+    const std::optional<std::vector<std::string>>& paths, const IndexEntries& entries,
+    unsigned options, RVErrorPlace error) const {
     const Repository repository = this->repository();
     const RVGitSubmoduleLoader loader(repository);
     const auto absolutePath = [&](const std::string& path) {
@@ -183,10 +185,9 @@ bool RVGitSubmoduleManager::requireReplaceableFiles(
             return directory == place || directory.starts_with(place + "/");
         });
     };
-    // Where one of these cannot be read, it is git's turn to say so.
-    const auto entries = loader.submoduleIndexEntriesBySubmodulePath();
     if (!entries)
         return true;
+    // Where one of these cannot be read, it is git's turn to say so.
     std::optional<RVGitSubmoduleLoader::Configs> configs;
     std::optional<RVGitSubmoduleLoader::Configs> localConfigs;
     for (const auto& [path, entry] : *entries) {
@@ -197,10 +198,12 @@ bool RVGitSubmoduleManager::requireReplaceableFiles(
         if ((options & RVGitSubmoduleUpdateOptionRecursive) && isPlainDirectory(directory) &&
             RVFileManager::fileExistsAtPath(pathByAppendingComponent(directory, ".gitmodules"))) {
             const auto opened = RVGitRepository::repositoryWithPath(directory);
-            if (opened->isValid() && Containment::isSameFile(opened->path(), directory) &&
-                !RVGitSubmoduleManager(opened).requireReplaceableFiles(std::nullopt, options,
-                                                                       error))
-                return false;
+            if (opened->isValid() && Containment::isSameFile(opened->path(), directory)) {
+                const RVGitSubmoduleManager nested(opened);
+                if (!nested.requireReplaceableFiles(std::nullopt, nested.submoduleIndexEntries(),
+                                                    options, error))
+                    return false;
+            }
         }
         if (!holdsFilesAlone(directory))
             continue;
@@ -236,9 +239,10 @@ bool RVGitSubmoduleManager::updateSubmodules(const std::optional<std::vector<std
     if (paths && paths->empty())
         return true;
     const RVGitCancellationWatch watch;
-    return requireContainedPaths(paths, error) &&
-           ((options & RVGitSubmoduleUpdateOptionForce) ||
-            requireReplaceableFiles(paths, options, error)) &&
+    const bool mayReplaceFiles = options & RVGitSubmoduleUpdateOptionForce;
+    const IndexEntries entries = paths && mayReplaceFiles ? std::nullopt : submoduleIndexEntries();
+    return requireContainedPaths(paths, entries, error) &&
+           (mayReplaceFiles || requireReplaceableFiles(paths, entries, options, error)) &&
            !watch.isCancelled(error) &&
            RVGitSubmoduleCommand::gitSubmoduleUpdateCommandWithRepository(repository(), paths,
                                                                           options)
@@ -256,7 +260,8 @@ bool RVGitSubmoduleManager::initSubmodules(const std::optional<std::vector<std::
 bool RVGitSubmoduleManager::synchronizeURLs(const std::optional<std::vector<std::string>>& paths,
                                             RVErrorPlace error) const {
     const RVGitCancellationWatch watch;
-    return requireContainedPaths(paths, error) && !watch.isCancelled(error) &&
+    return requireContainedPaths(paths, paths ? std::nullopt : submoduleIndexEntries(), error) &&
+           !watch.isCancelled(error) &&
            RVGitSubmoduleCommand::gitSubmoduleSyncCommandWithRepository(repository(), paths)
                ->run(error);
 }

@@ -8,6 +8,7 @@
 #include "RVGit/base/RVPath.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVUnicodeSearch.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
@@ -160,23 +161,32 @@ bool changeMetadata(const Repository& repository, const Change& change, RVErrorP
 std::shared_ptr<RVGitRemote> RVGitRemote::createSVNRemoteWithName(
     const std::string& name, const std::string& URL, const Repository& repository,
     const std::optional<RVOptions>& options, RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     if (existsRemoteWithName(name, repository)) {
         (void)failWithCode(RVGitCreateRemoteAlreadyExistsError, repository, name, error);
         return nullptr;
     }
+    if (watch.isCancelled(error))
+        return nullptr;
     const auto config = repository->config();
-    const auto key = [&](const char* word) { return RVGitMakeSVNRemoteConfigKey(name, word); };
-    if (!config->setValue(URL, key(RVGitSVNRemoteURLConfigKey), error))
+    const auto set = [&](const std::string& value, const char* word) {
+        return config->setValue(value, RVGitMakeSVNRemoteConfigKey(name, word), error) &&
+               !watch.isCancelled(error);
+    };
+    const auto add = [&](const std::string& value, const char* word) {
+        return config->addValue(value, RVGitMakeSVNRemoteConfigKey(name, word), error) &&
+               !watch.isCancelled(error);
+    };
+    if (!set(URL, RVGitSVNRemoteURLConfigKey))
         return nullptr;
     if (!options)
         return remoteForName(name, repository, error);
 
     const std::string prefix = ":" + refPrefix(name);
     if (options->contains(RVGitSVNOptionStandardDirectoryLayout) &&
-        !(config->setValue("trunk" + prefix + "/trunk", key(RVGitSVNRemoteFetchConfigKey), error) &&
-          config->setValue("branches/*" + prefix + "/*", key(RVGitSVNRemoteBranchesConfigKey),
-                           error) &&
-          config->setValue("tags/*" + prefix + "/tags/*", key(RVGitSVNRemoteTagsConfigKey), error)))
+        !(set("trunk" + prefix + "/trunk", RVGitSVNRemoteFetchConfigKey) &&
+          set("branches/*" + prefix + "/*", RVGitSVNRemoteBranchesConfigKey) &&
+          set("tags/*" + prefix + "/tags/*", RVGitSVNRemoteTagsConfigKey)))
         return nullptr;
     Texts trunkDirectories;
     Texts branchDirectories;
@@ -185,30 +195,30 @@ std::shared_ptr<RVGitRemote> RVGitRemote::createSVNRemoteWithName(
     readOption(options, RVGitSVNOptionBranchesDirectories, branchDirectories);
     readOption(options, RVGitSVNOptionTagsDirectories, tagDirectories);
     for (const std::string& path : trunkDirectories)
-        if (!config->addValue(std::string(path).append(prefix).append("/").append(path),
-                              key(RVGitSVNRemoteFetchConfigKey), error))
+        if (!add(std::string(path).append(prefix).append("/").append(path),
+                 RVGitSVNRemoteFetchConfigKey))
             return nullptr;
     for (const std::string& path : branchDirectories)
-        if (!config->addValue(pathWithWildcard(path) + prefix + "/*",
-                              key(RVGitSVNRemoteBranchesConfigKey), error))
+        if (!add(pathWithWildcard(path) + prefix + "/*", RVGitSVNRemoteBranchesConfigKey))
             return nullptr;
     for (const std::string& path : tagDirectories)
-        if (!config->addValue(pathWithWildcard(path) + prefix + "/tags/*",
-                              key(RVGitSVNRemoteTagsConfigKey), error))
+        if (!add(pathWithWildcard(path) + prefix + "/tags/*", RVGitSVNRemoteTagsConfigKey))
             return nullptr;
     return remoteForName(name, repository, error);
 }
 
 bool RVGitRemote::deleteSVNRemote(const RVGitRemote& remote, RVErrorPlace error) {
     const Repository& repository = remote.repository();
+    const RVGitCancellationWatch watch;
     const std::string section = RVGitMakeSVNRemoteConfigSection(remote.name());
-    return repository->config()->removeSection(section, error) &&
+    return repository->config()->removeSection(section, error) && !watch.isCancelled(error) &&
            changeMetadata(
                repository,
                [&](const RVGitConfig& metadata, RVErrorPlace failure) {
                    return metadata.removeSection(section, failure);
                },
-               error);
+               error) &&
+           !watch.isCancelled(error);
 }
 
 bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& newName,
@@ -217,8 +227,9 @@ bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& 
     const std::string& name = remote.name();
     if (!isPlainRelativePath(newName) || !isValidRemoteName(refPrefix(newName)))
         return failWithCode(RVGitRenameRemoteInvalidNameError, repository, newName, error);
+    const RVGitCancellationWatch watch;
     const auto remotes = allRemotesForRepository(repository, error);
-    if (!remotes)
+    if (!remotes || watch.isCancelled(error))
         return false;
     for (const auto& other : *remotes)
         if (isEqualToUnicodeString(other->name(), newName))
@@ -226,14 +237,16 @@ bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& 
 
     const std::string section = RVGitMakeSVNRemoteConfigSection(name);
     const std::string newSection = RVGitMakeSVNRemoteConfigSection(newName);
-    if (!repository->config()->renameSection(section, newSection, error))
+    if (!repository->config()->renameSection(section, newSection, error) ||
+        watch.isCancelled(error))
         return false;
     if (!changeMetadata(
             repository,
             [&](const RVGitConfig& metadata, RVErrorPlace failure) {
                 return metadata.renameSection(section, newSection, failure);
             },
-            error))
+            error) ||
+        watch.isCancelled(error))
         return false;
     for (const char* key : {RVGitSVNRemoteFetchConfigKey, RVGitSVNRemoteBranchesConfigKey,
                             RVGitSVNRemoteTagsConfigKey})
@@ -249,12 +262,15 @@ bool RVGitRemote::updateSVNRefSpecsForConfigKey(const std::string& configKey,
     // The section has the new name already.
     const std::string key = RVGitMakeSVNRemoteConfigKey(newRemoteName, configKey);
     const auto config = repository->config();
+    const RVGitCancellationWatch watch;
     std::optional<RVError> failure;
     const Texts values = config->valuesForConfigKey(key, &failure);
     if (failure) {
         fillErrorPlace(error, *failure);
         return false;
     }
+    if (watch.isCancelled(error))
+        return false;
     const std::string oldPrefix = refPrefix(oldRemoteName);
     const std::string newPrefix = refPrefix(newRemoteName);
     for (const std::string& value : values) {
@@ -268,7 +284,8 @@ bool RVGitRemote::updateSVNRefSpecsForConfigKey(const std::string& configKey,
             return false;
         RVGitSVNRefSpec changed = *refSpec;
         changed.setLocalRefName(newPrefix + refSpec->localRefName()->substr(oldPrefix.size()));
-        if (!config->replaceValue(refSpec->stringValue(), changed.stringValue(), key, error))
+        if (!config->replaceValue(refSpec->stringValue(), changed.stringValue(), key, error) ||
+            watch.isCancelled(error))
             return false;
     }
     return true;

@@ -89,7 +89,14 @@ std::shared_ptr<RVGitStash> RVGitStash::saveStashFromWorkingTreeInRepository(
     const auto command = RVGitStashCommand::gitSaveStashCommandWithRepository(repository, message);
     command->setKeepsIndex((options & RVGitStashSaveOptionKeepsIndex) != 0);
     command->setIncludesUntrackedFiles((options & RVGitStashSaveOptionIncludesUntrackedFiles) != 0);
-    return command->run(error) ? stashAtIndex(0, repository, error) : nullptr;
+    if (!command->run(error))
+        return nullptr;
+    // What is at 0 then is another stash.
+    if (command->isCancelled()) {
+        clearErrorPlace(error);
+        return nullptr;
+    }
+    return stashAtIndex(0, repository, error);
 }
 
 std::optional<std::string> RVGitStash::createStashFromWorkingTreeInRepository(

@@ -6,6 +6,7 @@
 
 #include "RVGit/base/RVString.h"
 #include "RVGit/base/RVURL.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitValues.h"
 #include "RVGit/diff/RVGitApplyCommand.h"
 #include "RVGit/diff/RVGitDiffCommand.h"
@@ -27,12 +28,16 @@ struct BatchResult {
     bool allSucceeded = true;
 };
 
-/// Runs the operation on one batch after the other, until one fails. The list is sliced by the
+/// Runs the operation on one batch after the other, until one fails, or all commands are cancelled:
+/// then none has succeeded, and the place is cleared. A list of one batch is a command as any
+/// other, which is no failure where it is cancelled. The list is sliced by the
 /// maximum number of paths, and a slice with too many bytes is cut further; the operation is told
 /// whether the batch belongs to the first slice. Each batch is cut from a window on the list, so
 /// that no path is copied for every batch before it.
 BatchResult runBatches(const Paths& filePaths,
-                       const std::function<bool(Paths batch, bool isFirst)>& operation) {
+                       const std::function<bool(Paths batch, bool isFirst)>& operation,
+                       RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
     const auto maximum =
         std::max<std::size_t>(RVGitCommand::maximumNumberOfAllowedFilePathArguments(), 1);
     std::size_t position = 0;
@@ -43,9 +48,12 @@ BatchResult runBatches(const Paths& filePaths,
         Paths batch = RVGitCommand::filePathsForGitCommand(
             {begin, begin + static_cast<std::ptrdiff_t>(count)}, nullptr);
         const bool isFirst = position < maximum;
+        const bool isOnly = batch.size() == filePaths.size();
         position += batch.size();
         if (!operation(std::move(batch), isFirst))
             return {.firstSucceeded = !isFirst, .allSucceeded = false};
+        if (!isOnly && watch.isCancelled(error))
+            return {.firstSucceeded = false, .allSucceeded = false};
     }
     return {};
 }
@@ -78,16 +86,18 @@ bool runUnstaging(const Repository& repository, const Paths& filePaths, RVErrorP
 
 bool setAssumeUnchangedFlag(const Repository& repository, const Paths& filePaths, bool isSet,
                             RVErrorPlace error) {
-    return runBatches(filePaths,
-                      [&](Paths batch, bool) {
-                          const auto command =
-                              RVGitUpdateIndexCommand::gitUpdateIndexCommandWithRepository(
-                                  repository, std::move(batch));
-                          command->setIgnoresMissingFiles(true);
-                          command->setSetsAssumeUnchangedBit(isSet);
-                          command->setUnsetsAssumeUnchangedBit(!isSet);
-                          return command->run(error);
-                      })
+    return runBatches(
+               filePaths,
+               [&](Paths batch, bool) {
+                   const auto command =
+                       RVGitUpdateIndexCommand::gitUpdateIndexCommandWithRepository(
+                           repository, std::move(batch));
+                   command->setIgnoresMissingFiles(true);
+                   command->setSetsAssumeUnchangedBit(isSet);
+                   command->setUnsetsAssumeUnchangedBit(!isSet);
+                   return command->run(error);
+               },
+               error)
         .firstSucceeded;
 }
 
@@ -112,7 +122,7 @@ std::optional<RVData> patchByComparing(const Repository& repository, bool isInde
     };
     const bool succeeded = RVArrayIsEmpty(filePaths)
                                ? addPatch({}, true)
-                               : runBatches(*filePaths, addPatch).allSucceeded;
+                               : runBatches(*filePaths, addPatch, error).allSucceeded;
     if (!succeeded)
         return std::nullopt;
     return patch;
@@ -159,7 +169,8 @@ bool RVGitWorkingTreeManager::stageFiles(const std::vector<std::string>& filePat
                    command->setForcesAdd(isFirst && (options & RVGitStageOptionForce));
                    command->setIntentsToAdd(isFirst && (options & RVGitStageOptionIntentToAdd));
                    return command->run(error);
-               })
+               },
+               error)
         .allSucceeded;
 }
 
@@ -171,8 +182,10 @@ bool RVGitWorkingTreeManager::stageAllFiles(RVErrorPlace error) {
 
 bool RVGitWorkingTreeManager::unstageFiles(const std::vector<std::string>& filePaths,
                                            RVErrorPlace error) {
-    return runBatches(filePaths, [&](const Paths& batch,
-                                     bool) { return runUnstaging(repository_, batch, error); })
+    return runBatches(
+               filePaths,
+               [&](const Paths& batch, bool) { return runUnstaging(repository_, batch, error); },
+               error)
         .allSucceeded;
 }
 
@@ -182,10 +195,12 @@ bool RVGitWorkingTreeManager::unstageAllFiles(RVErrorPlace error) {
 
 bool RVGitWorkingTreeManager::untrackFiles(const std::vector<std::string>& filePaths,
                                            RVErrorPlace error) {
-    return runBatches(filePaths,
-                      [&](Paths batch, bool) {
-                          return runRemoval(repository_, std::move(batch), true, error);
-                      })
+    return runBatches(
+               filePaths,
+               [&](Paths batch, bool) {
+                   return runRemoval(repository_, std::move(batch), true, error);
+               },
+               error)
         .allSucceeded;
 }
 
@@ -209,10 +224,12 @@ bool RVGitWorkingTreeManager::unsetAssumeUnchangedFlagForFilePaths(
 
 bool RVGitWorkingTreeManager::removeFiles(const std::vector<std::string>& filePaths,
                                           RVErrorPlace error) {
-    return runBatches(filePaths,
-                      [&](Paths batch, bool) {
-                          return runRemoval(repository_, std::move(batch), false, error);
-                      })
+    return runBatches(
+               filePaths,
+               [&](Paths batch, bool) {
+                   return runRemoval(repository_, std::move(batch), false, error);
+               },
+               error)
         .allSucceeded;
 }
 
@@ -237,13 +254,15 @@ bool RVGitWorkingTreeManager::revertFiles(const std::vector<std::string>& filePa
 
 bool RVGitWorkingTreeManager::revertFiles(const std::vector<std::string>& filePaths,
                                           const std::string& toRevision, RVErrorPlace error) {
-    return runBatches(filePaths,
-                      [&](Paths batch, bool isFirst) {
-                          return RVGitCheckoutCommand::gitCheckoutCommandWithRepository(
-                                     repository_, isFirst ? toRevision : RVGitHEADRevision,
-                                     std::move(batch))
-                              ->run(error);
-                      })
+    return runBatches(
+               filePaths,
+               [&](Paths batch, bool isFirst) {
+                   return RVGitCheckoutCommand::gitCheckoutCommandWithRepository(
+                              repository_, isFirst ? toRevision : RVGitHEADRevision,
+                              std::move(batch))
+                       ->run(error);
+               },
+               error)
         .firstSucceeded;
 }
 

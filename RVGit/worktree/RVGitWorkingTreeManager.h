@@ -46,10 +46,12 @@ enum RVGitMoveOptions : unsigned {
 /// A list of more paths than one command line takes is cut into batches, one process for each, in
 /// order: 4000 paths (RVGitCommand::maximumNumberOfAllowedFilePathArguments()) make a slice, which
 /// is one batch or, if its paths are long, several. A batch that fails ends the operation, and
-/// those before it stay applied. One that is cancelled counts as a success: the next one runs, and
-/// a patch may end anywhere. A list without paths is a success, and nothing runs. Where an
-/// operation differs, it says so; one that is not cut into batches throws
-/// RVGitCommandArgumentsOverflowException for more paths than about 4090.
+/// those before it stay applied. Where all commands are cancelled, the operation ends behind the
+/// batch under way: false, or no patch, with a cleared place. But where one process does it all, a
+/// cancelled one counts as a success, as any command does, and a patch may end anywhere. A list
+/// without paths is a success, and nothing runs. Where an operation differs, it says so; one that
+/// is not cut into batches throws RVGitCommandArgumentsOverflowException for more paths than about
+/// 4090.
 class RVGIT_EXPORT RVGitWorkingTreeManager {
 public:
     /// The repository is required.

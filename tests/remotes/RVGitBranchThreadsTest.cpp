@@ -10,6 +10,7 @@
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
+#include "tests/support/RVCancelledCall.h"
 #include "tests/support/RVCanceller.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
@@ -50,6 +51,37 @@ TEST_F(RVGitBranchThreadsTest, AListingWhoseConfigurationIsNotReadWholeIsNoListA
         EXPECT_FALSE(listing(&error));
         EXPECT_FALSE(error.has_value());
     }
+}
+
+TEST_F(RVGitBranchThreadsTest, TrackingOfWhichItWasNotReadWhetherThereIsAnyIsNotGone) {
+    makeCommit();
+    gitInRepository({"config", "branch.main.remote", "origin"});
+    std::optional<RVError> error = RVError("before", 1);
+    {
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' config '*"});
+        EXPECT_FALSE(RVGitBranch::removeTrackingForBranchWithRefName("main", repository(), &error));
+    }
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(gitInRepository({"config", "branch.main.remote"}), "origin");
+    ASSERT_TRUE(RVGitBranch::removeTrackingForBranchWithRefName("main", repository(), &error));
+    EXPECT_NE(runGit({"config", "branch.main.remote"}, repositoryPath()).exitCode, 0);
+}
+
+TEST_F(RVGitBranchThreadsTest, AnOlderBranchIsNotTakenForOneWhoseMakingIsCancelled) {
+    const std::string hash = makeCommit();
+    gitInRepository({"branch", "topic"});
+    makeCommit();
+    for (const bool isTracking : {false, true}) {
+        std::optional<RVError> error = RVError("before", 1);
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' branch '*"});
+        EXPECT_EQ(isTracking ? RVGitBranch::createTrackingBranchWithRefName("topic", "main",
+                                                                            repository(), &error)
+                             : RVGitBranch::createBranchWithRefName("topic", std::nullopt,
+                                                                    repository(), &error),
+                  nullptr);
+        EXPECT_EQ(error, std::nullopt);
+    }
+    EXPECT_EQ(gitInRepository({"rev-parse", "topic"}), hash);
 }
 
 TEST_F(RVGitBranchThreadsTest, AListingMayBeMadeOnAThreadOfTheQueue) {

@@ -12,6 +12,7 @@
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/worktree/RVGitIgnores.h"
 #include "RVGit/worktree/RVGitIndex.h"
+#include "tests/support/RVCancelledCall.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
 
 namespace {
@@ -60,6 +61,60 @@ TEST_F(RVGitRepositoryThreadsTest, ThreadsThatAskForAPartGetTheSameOne) {
     expectOnePart([&] { return repository()->config(); });
     expectOnePart([&] { return repository()->ignores(); });
     expectOnePart([&] { return repository()->index(); });
+}
+
+TEST_F(RVGitRepositoryThreadsTest, WhatIsOpenedWhileAllIsCancelledIsNotTakenForAnotherRepository) {
+    makeCommit();
+    const std::string inner = makeDirectory("repository/inner");
+    const std::string other = makeDirectory("other");
+    gitInRepository({"config", "core.worktree", other});
+    const std::string& gitDirectory = repositoryPath() + "/.git";
+    for (const char* pattern : {"*' --is-bare-repository '*", "*' --git-dir '*",
+                                "*' core.worktree '*", "*' --is-inside-work-tree '*"}) {
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {pattern});
+        const auto opened = RVGitRepository::repositoryWithPath(gitDirectory);
+        EXPECT_FALSE(opened->isValid()) << pattern;
+        EXPECT_EQ(opened->path(), gitDirectory);
+        EXPECT_EQ(opened->gitDirectoryPath(), std::nullopt);
+        EXPECT_EQ(opened->workingTreeDirectoryPath(), std::nullopt);
+    }
+    EXPECT_EQ(RVGitRepository::repositoryWithPath(gitDirectory)->workingTreeDirectoryPath(), other);
+    const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' --git-dir '*"});
+    EXPECT_EQ(RVGitRepository::reasonForInvalidRepositoryAtPath(inner), std::nullopt);
+}
+
+TEST_F(RVGitRepositoryThreadsTest, TheRepositoryAroundOneWhoseMakingIsCancelledIsNotTakenForIt) {
+    const std::string inner = makeDirectory("repository/inner");
+    std::optional<RVError> error = RVError("before", 1);
+    {
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' init '*"});
+        EXPECT_EQ(RVGitRepository::createRepositoryAtPath(inner, std::nullopt, &error), nullptr);
+    }
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(RVGitRepository::createRepositoryAtPath(inner, std::nullopt)->path(), inner);
+}
+
+TEST_F(RVGitRepositoryThreadsTest, ARepositoryThatWasNotLookedAtIsNotCalledEmpty) {
+    makeCommit();
+    const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' show-ref '*"});
+    EXPECT_FALSE(repository()->isEmpty());
+}
+
+TEST_F(RVGitRepositoryThreadsTest, AHeadThatWasNotReadIsAbsent) {
+    makeCommit();
+    {
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' show-ref '*"});
+        EXPECT_EQ(repository()->HEADRevision(), std::nullopt);
+    }
+    // What stands in the file where refs are kept in tables.
+    writeFile("repository/.git/HEAD", "ref: refs/heads/.invalid\n");
+    {
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(),
+                                        {"*' symbolic-ref '*"});
+        EXPECT_EQ(repository()->HEADRefName(), std::nullopt);
+    }
+    const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' symbolic-ref '*"});
+    EXPECT_FALSE(repository()->isHEADBranchDetached());
 }
 
 }  // namespace

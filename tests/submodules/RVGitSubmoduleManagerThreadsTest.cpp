@@ -9,8 +9,10 @@
 
 #include "RVGit/command/RVGitBinary.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
+#include "RVGit/submodules/RVGitSubmoduleConfigManager.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "tests/submodules/RVGitSubmoduleTestCase.h"
+#include "tests/support/RVCancelledCall.h"
 #include "tests/support/RVCanceller.h"
 
 namespace {
@@ -64,7 +66,8 @@ TEST_F(RVGitSubmoduleManagerThreadsTest, WhatIsCancelledBeforeItHasLookedChanges
         [&](RVErrorPlace e) { return manager().updateAllSubmodulesWithOptions(0, e); },
         [&](RVErrorPlace e) { return manager().synchronizeAllSubmoduleURLs(e); }};
     for (const auto& operation : operations) {
-        const RVHangingGit git(scratchPath("hanging-git"), recorder.path(), "ls-files");
+        const RVHangingGit git(scratchPath("hanging-git"), recorder.path(),
+                               RVHangingGit::Call::withWords("ls-files"));
         RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(git.path()));
         const RVCanceller canceller(git.begunPath());
         error = RVError("", 1);
@@ -73,6 +76,24 @@ TEST_F(RVGitSubmoduleManagerThreadsTest, WhatIsCancelledBeforeItHasLookedChanges
         EXPECT_THAT(recorder.argumentLists(),
                     AllOf(Not(IsEmpty()), Each(Not(Contains("submodule")))));
     }
+}
+
+TEST_F(RVGitSubmoduleManagerThreadsTest, ASectionThatWasNotLookedUpIsNotSaidToBeMissing) {
+    addSubmodule("lib");
+    const auto before = filesBelow(repositoryPath());
+    for (const auto& configs :
+         {RVGitSubmoduleConfigManager::defaultManagerWithRepository(repository()),
+          RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository())})
+        for (const bool isRemoval : {false, true}) {
+            const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(),
+                                            {"*' config '*"});
+            error = RVError("", 1);
+            EXPECT_FALSE(
+                isRemoval ? configs->removeConfigSectionForSubmoduleWithName("lib", &error)
+                          : configs->renameConfigSectionForSubmoduleWithName("lib", "new", &error));
+            EXPECT_EQ(error, std::nullopt);
+        }
+    EXPECT_EQ(differences(before, filesBelow(repositoryPath())), "");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -498,6 +499,19 @@ TEST_F(RVGitSubmoduleUpdatingFullDiskTest, Synchronizing) {
     EXPECT_EQ(remoteAddress(), scratchPath("library"));
     makeRoom();
     synchronizesNow();
+}
+
+TEST_F(RVGitSubmoduleManagerUpdatingTest, UpdatingAllReadsTheIndexOnce) {
+    const RVRecordingGit recorder = useRecordingGit();
+    ASSERT_TRUE(manager().updateAllSubmodulesWithOptions(0));
+    // git submodule itself asks with other options.
+    const auto lists = recorder.argumentLists();
+    EXPECT_EQ(std::ranges::count_if(lists,
+                                    [](const std::vector<std::string>& arguments) {
+                                        return std::ranges::count(arguments, "--no-pager") > 0 &&
+                                               std::ranges::count(arguments, "ls-files") > 0;
+                                    }),
+              1);
 }
 
 }  // namespace

@@ -192,5 +192,8 @@ RVFakeGit RVGitTestCase::fakeGit(std::string_view name) const {
 
 RVHangingGit RVGitTestCase::hangingGit(std::string_view words, std::string_view output,
                                        std::string_view name) const {
-    return {scratchPath(name), gitPath(), words, output};
+    auto call = RVHangingGit::Call::withWords(words);
+    if (!output.empty())
+        call.before = "cat " + quotedForShell(writeFile(std::string(name) + "-output", output));
+    return {scratchPath(name), gitPath(), call};
 }

@@ -15,10 +15,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Whether it comes true within a minute.
+/// Whether it comes true within the time.
 template <typename Condition>
-bool comesTrue(const Condition& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+bool comesTrue(std::chrono::seconds time, const Condition& condition) {
+    const auto end = std::chrono::steady_clock::now() + time;
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= end)
             return false;
@@ -36,43 +36,47 @@ std::string boundedLoop(const std::string& condition) {
 
 }  // namespace
 
+RVHangingGit::Call RVHangingGit::Call::withWords(std::string_view words) {
+    return {words.empty() ? "*" : "*" + quotedForShell(" " + std::string(words) + " ") + "*"};
+}
+
 RVHangingGit::RVHangingGit(std::string_view directory, std::string_view realGitPath,
-                           std::string_view words, std::string_view output)
-    : words_(words),
-      path_(std::string(directory) + "/git"),
-      begunPath_(std::string(directory) + "/begun"),
-      outlivedPath_(std::string(directory) + "/outlived") {
-    fs::remove(begunPath_);
-    fs::remove(outlivedPath_);
-    const std::string outputPath = std::string(directory) + "/output";
-    writeTestFile(outputPath, output);
+                           const Call& call)
+    : pattern_(call.pattern),
+      directory_(directory),
+      path_(directory_ + "/git"),
+      begunPath_(directory_ + "/begun"),
+      outlivedPath_(directory_ + "/outlived") {
+    fs::remove_all(directory_);
     const std::string begun = quotedForShell(begunPath_);
-    // The file is whole once it is there. The shell itself hangs, so that nothing of it is left.
-    const std::string hang = "    if ! [ -e " + begun + " ]; then\n        cat " +
-                             quotedForShell(outputPath) + "\n        echo $$ >" + begun +
-                             ".new\n        mv " + begun + ".new " + begun + "\n        " +
-                             boundedLoop("true") + "\n        : >" + quotedForShell(outlivedPath_) +
-                             "\n        exit 1\n    fi;;\n";
-    const std::string pattern =
-        words_.empty() ? "*" : "*" + quotedForShell(" " + words_ + " ") + "*";
+    // Calls that match take numbers, which are directories. The file "begun" is whole once it is
+    // there. The shell itself hangs, so that nothing of it is left.
     writeTestFile(path_,
-                  "#!/bin/sh\ncase \" $* \" in\n*' --version '*) ;;\n" + pattern + ")\n" + hang +
-                      "esac\nexec " + quotedForShell(realGitPath) + " \"$@\"\n",
+                  "#!/bin/sh\nGIT=" + quotedForShell(realGitPath) +
+                      "\ncase \" $* \" in\n*' --version '*) ;;\n" + pattern_ +
+                      ")\n    number=0\n    while ! mkdir " + quotedForShell(directory_ + "/call") +
+                      "$number 2>/dev/null; do number=$((number + 1)); done\n    if [ $number = " +
+                      std::to_string(call.skipped) + " ]; then\n        " + call.before +
+                      "\n        echo $$ >" + begun + ".new\n        mv " + begun + ".new " +
+                      begun + "\n        " + boundedLoop("true") + "\n        : >" +
+                      quotedForShell(outlivedPath_) +
+                      "\n        exit 1\n    fi;;\nesac\nexec \"$GIT\" \"$@\"\n",
                   0755);
 }
 
 RVHangingGit::~RVHangingGit() {
     if (!fs::exists(begunPath_))
-        ADD_FAILURE() << "git has not been called with \"" << words_ << "\"";
+        ADD_FAILURE() << "git has not been called with " << pattern_;
     else if (fs::exists(outlivedPath_))
-        ADD_FAILURE() << "nobody has ended \"git " << words_ << "\", which hung";
-    else if (!ends())
-        ADD_FAILURE() << "\"git " << words_ << "\" still hangs";
+        ADD_FAILURE() << "nobody has ended git with " << pattern_ << ", which hung";
+    else if (!endsWithin(std::chrono::seconds(5)))
+        ADD_FAILURE() << "git with " << pattern_ << " still hangs";
 }
 
 bool RVHangingGit::waitUntilBegun() const {
-    const bool hasBegun = comesTrue([this] { return fs::exists(begunPath_); });
-    EXPECT_TRUE(hasBegun) << "git is not called with \"" << words_ << "\"";
+    const bool hasBegun =
+        comesTrue(std::chrono::minutes(1), [this] { return fs::exists(begunPath_); });
+    EXPECT_TRUE(hasBegun) << "git is not called with " << pattern_;
     return hasBegun;
 }
 
@@ -81,7 +85,18 @@ std::string RVHangingGit::waitingCommand() const {
 }
 
 bool RVHangingGit::ends() const {
+    return endsWithin(std::chrono::minutes(1));
+}
+
+bool RVHangingGit::endsWithin(std::chrono::seconds time) const {
     pid_t processID = 0;
     std::ifstream(begunPath_) >> processID;
-    return processID > 0 && comesTrue([=] { return kill(processID, 0) != 0; });
+    return processID > 0 && comesTrue(time, [=] { return kill(processID, 0) != 0; });
+}
+
+int RVHangingGit::numberOfCalls() const {
+    int number = 0;
+    while (fs::exists(directory_ + "/call" + std::to_string(number)))
+        ++number;
+    return number;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <string_view>
 
@@ -15,18 +16,27 @@
 /// where it has not been ended within a minute, which ends it.
 class RVHangingGit {
 public:
-    /// Writes the script "git" into the directory, which it makes; what another one has left there
-    /// is forgotten. The first call hangs in which the words follow one another ("submodule
-    /// status"), without words the first of all; never one with the argument "--version". It prints
-    /// the output before that.
-    RVHangingGit(std::string_view directory, std::string_view realGitPath, std::string_view words,
-                 std::string_view output = {});
+    struct Call {
+        /// A pattern of the shell for the arguments, with a blank on either side: "*' config '*".
+        std::string pattern;
+        /// How many calls that match become the real git before; all do behind it.
+        int skipped = 0;
+        /// A command of the shell that runs ahead of hanging; "$GIT" "$@" is what was asked for.
+        std::string before = ":";
+
+        /// In which the words follow one another ("submodule status"), or any without words; never
+        /// one with the argument "--version".
+        [[nodiscard]] static Call withWords(std::string_view words);
+    };
+
+    /// Writes the script "git" into the directory, which it makes anew.
+    RVHangingGit(std::string_view directory, std::string_view realGitPath, const Call& call);
     ~RVHangingGit();
     RVHangingGit(const RVHangingGit&) = delete;
     RVHangingGit& operator=(const RVHangingGit&) = delete;
 
     [[nodiscard]] const std::string& path() const { return path_; }
-    /// Where there is a file once a call hangs and all of its output is written.
+    /// Where there is a file once a call hangs and what it does before is done.
     [[nodiscard]] const std::string& begunPath() const { return begunPath_; }
     /// Returns once a call hangs; fails the test and returns false where none does within a
     /// minute.
@@ -35,9 +45,14 @@ public:
     [[nodiscard]] std::string waitingCommand() const;
     /// Whether the process that has hung ends within a minute.
     [[nodiscard]] bool ends() const;
+    /// How many calls have matched.
+    [[nodiscard]] int numberOfCalls() const;
 
 private:
-    std::string words_;
+    [[nodiscard]] bool endsWithin(std::chrono::seconds time) const;
+
+    std::string pattern_;
+    std::string directory_;
     std::string path_;
     std::string begunPath_;
     std::string outlivedPath_;

@@ -42,16 +42,32 @@ TEST_F(RVHangingGitTest, WithoutWordsTheFirstCallHangs) {
         "143\n");
 }
 
+TEST_F(RVHangingGitTest, ALaterCallHangsBehindWhatItWasAskedFor) {
+    const RVHangingGit git(scratchPath("hanging-git"), gitPath(),
+                           {"*' config user.name '*", 1, "\"$GIT\" \"$@\""});
+    const std::string name = std::string(userName) + "\n";
+    EXPECT_EQ(runProgram({git.path(), "config", "user.name"}).standardOutput, name);
+    EXPECT_FALSE(fileExists(git.begunPath()));
+    EXPECT_EQ(runProgram({"/bin/sh", "-c",
+                          "\"$0\" config user.name & pid=$!; " + git.waitingCommand() +
+                              "; kill $pid; wait $pid; echo $?",
+                          git.path()})
+                  .standardOutput,
+              name + "143\n");
+    EXPECT_EQ(runProgram({git.path(), "config", "user.name"}).standardOutput, name);
+    EXPECT_EQ(git.numberOfCalls(), 3);
+}
+
 TEST_F(RVHangingGitTest, ATestInWhichNothingHangsFails) {
     std::optional<RVHangingGit> git;
-    git.emplace(scratchPath("hanging-git"), gitPath(), "log");
+    git.emplace(scratchPath("hanging-git"), gitPath(), RVHangingGit::Call::withWords("log"));
     EXPECT_EQ(runProgram({git->path(), "show", "logs"}).exitCode, 128);
-    EXPECT_NONFATAL_FAILURE(git.reset(), "git has not been called with \"log\"");
+    EXPECT_NONFATAL_FAILURE(git.reset(), "git has not been called with *' log '*");
 }
 
 TEST_F(RVHangingGitTest, ATestThatLeavesItHangingFails) {
     std::optional<RVHangingGit> git;
-    git.emplace(scratchPath("hanging-git"), gitPath(), "log");
+    git.emplace(scratchPath("hanging-git"), gitPath(), RVHangingGit::Call::withWords("log"));
     const auto result = runProgram(
         {"/bin/sh", "-c", "\"$0\" log >/dev/null 2>&1 & " + git->waitingCommand() + "; echo $!",
          git->path()});

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <atomic>
+#include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <thread>
@@ -10,6 +12,7 @@
 #include "RVGit/worktree/RVGitCommitCommand.h"
 #include "RVGit/worktree/RVGitWorkingTreeEntry.h"
 #include "RVGit/worktree/RVGitWorkingTreeOptions.h"
+#include "tests/support/RVCancelledCall.h"
 #include "tests/worktree/RVGitWorkingTreeManagerTestCase.h"
 
 namespace {
@@ -89,6 +92,70 @@ TEST_F(RVGitWorkingTreeManagerThreadsTest,
               std::to_string(1 + numberOfCommits));
     EXPECT_EQ(gitInRepository({"log", "-1", "--pretty=%s"}), "Number 199");
     EXPECT_EQ(staged("c"), "199");
+}
+
+TEST_F(RVGitWorkingTreeManagerThreadsTest, BehindABatchThatIsCancelledNoneRuns) {
+    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(1);
+    const Paths paths = {"a", "b", "c", "d"};
+    struct Case {
+        const char* pattern;
+        std::function<bool(RVErrorPlace)> operation;
+    };
+    const Case cases[] = {
+        {"*' add '*", [&](RVErrorPlace e) { return manager().stageFiles(paths, e); }},
+        {"*' reset '*", [&](RVErrorPlace e) { return manager().unstageFiles(paths, e); }},
+        {"*' rm '*", [&](RVErrorPlace e) { return manager().untrackFiles(paths, e); }},
+        {"*' rm '*", [&](RVErrorPlace e) { return manager().removeFiles(paths, e); }},
+        {"*' checkout '*", [&](RVErrorPlace e) { return manager().revertFiles(paths, e); }},
+        {"*' update-index '*",
+         [&](RVErrorPlace e) { return manager().setAssumeUnchangedFlagForFilePaths(paths, e); }},
+        {"*' update-index '*",
+         [&](RVErrorPlace e) { return manager().unsetAssumeUnchangedFlagForFilePaths(paths, e); }},
+        {"*' diff '*",
+         [&](RVErrorPlace e) {
+             return manager()
+                 .patchByComparingIndexWithBaseForFilePaths(paths, std::nullopt, e)
+                 .has_value();
+         }},
+        {"*' diff '*",
+         [&](RVErrorPlace e) {
+             return manager()
+                 .patchByComparingWorkingTreeWithIndexForFilePaths(paths, std::nullopt, e)
+                 .has_value();
+         }},
+    };
+    // In each case a batch that ran behind the cancelled one would be counted.
+    for (const auto& [pattern, operation] : cases)
+        for (const int skipped : {0, 1, 3}) {
+            std::optional<RVError> error = RVError("before", 1);
+            const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(),
+                                            {pattern, skipped});
+            EXPECT_FALSE(operation(&error)) << pattern << skipped;
+            EXPECT_EQ(error, std::nullopt) << pattern << skipped;
+            EXPECT_EQ(cancelled.numberOfCalls(), skipped + 1) << pattern << skipped;
+        }
+}
+
+TEST_F(RVGitWorkingTreeManagerThreadsTest, FilesOfBatchesThatDidNotRunKeepTheirChanges) {
+    write("c", "precious\n");
+    RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(1);
+    std::optional<RVError> error = RVError("before", 1);
+    {
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(),
+                                        {"*' checkout '*", 1});
+        EXPECT_FALSE(manager().revertFiles({"a", "b", "c"}, &error));
+    }
+    EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(read("a"), "one\n");
+    EXPECT_EQ(read("b"), "two\n");
+    EXPECT_EQ(read("c"), "precious\n");
+}
+
+TEST_F(RVGitWorkingTreeManagerThreadsTest, AListOfOneBatchIsNoFailureWhereItIsCancelled) {
+    std::optional<RVError> error;
+    const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' checkout '*"});
+    EXPECT_TRUE(manager().revertFiles({"a", "b"}, &error));
+    EXPECT_EQ(error, std::nullopt);
 }
 
 }  // namespace
