@@ -34,6 +34,14 @@ RVChildProcess::Launch shell(const std::string& script) {
     return launch;
 }
 
+// The script, and what a grandchild that is there already does once the child has ended: that it
+// takes time to start a process is nothing that the grace has to bear.
+RVChildProcess::Launch shellLeaving(const std::string& script, const std::string& grandchild) {
+    RVChildProcess::Launch launch = shell("exec 3> >(read -r _; " + grandchild + "); " + script);
+    launch.path = "/bin/bash";
+    return launch;
+}
+
 struct Result {
     int launchError;
     int exitCode;
@@ -274,13 +282,13 @@ TEST(RVChildProcessThreadsTest, ARunThatWasNotCancelledEndsNobodyElse) {
 }
 
 TEST(RVChildProcessThreadsTest, WhatAGrandchildWritesWithinTheGraceIsKept) {
-    EXPECT_EQ(run(shell("(sleep 0.01; printf late) & printf early")).output, "earlylate");
+    EXPECT_EQ(run(shellLeaving("printf early", "printf late")).output, "earlylate");
 }
 
 TEST(RVChildProcessThreadsTest, AHandlerThatTakesLongerThanTheGraceLosesNothing) {
     RVChildProcess process;
     // The second word is written while the handler is still busy with the first.
-    ASSERT_EQ(process.run(shell("(sleep 0.02; printf one; sleep 0.1; printf two) &"),
+    ASSERT_EQ(process.run(shellLeaving(":", "printf one; sleep 0.1; printf two"),
                           [](std::string_view) {
                               std::this_thread::sleep_for(2 * RVChildProcess::outputGrace);
                           }),
@@ -531,7 +539,7 @@ TEST(RVChildProcessThreadsTest, WithoutADescriptorOfTheChildItsExitIsFoundAllThe
                 _exit(2);
             // The end of the outputs is not that of the child, nor the other way round.
             const Result early = run(shell("exec >&- 2>&-; sleep 0.2; exit 7"));
-            const Result late = run(shell("(sleep 0.05; printf late) & printf early; exit 8"));
+            const Result late = run(shellLeaving("printf early; exit 8", "printf late"));
             const Result killed = run(shell("kill -9 $$"));
             RVChildProcess cancelled;
             std::thread canceller([&] {

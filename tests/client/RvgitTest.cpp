@@ -260,7 +260,7 @@ TEST_F(RvgitTest, CtrlCEndsGitAndLeavesNothingBehind) {
         repository);
     EXPECT_EQ(result.standardOutput, "130\n");
     const pid_t pid = std::stoi(readFile(pidFile));
-    for (int attempt = 0; attempt < 100 && kill(pid, 0) == 0; ++attempt)
+    for (int attempt = 0; attempt < 1000 && kill(pid, 0) == 0; ++attempt)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(kill(pid, 0), -1);
 }

@@ -160,8 +160,8 @@ std::vector<pid_t> RVGitTransferTestCase::launchedProcesses() const {
     return processes;
 }
 
-bool RVGitTransferTestCase::launchedProcessesEndWithin(double seconds) const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+bool RVGitTransferTestCase::launchedProcessesEnd() const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!launchedProcesses().empty()) {
         if (std::chrono::steady_clock::now() > end)
             return false;

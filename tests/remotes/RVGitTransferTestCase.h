@@ -67,8 +67,9 @@ protected:
     /// The processes that have the variable RVGIT_TEST_MARK with the value of this test, which
     /// those that the library launches inherit and servers do not.
     [[nodiscard]] std::vector<pid_t> launchedProcesses() const;
-    /// Waits for them to end; false if they have not within so many seconds.
-    [[nodiscard]] bool launchedProcessesEndWithin(double seconds) const;
+    /// Waits for them to end; false if they have not within half a minute, which is long for a busy
+    /// machine, too, and short for what would never end.
+    [[nodiscard]] bool launchedProcessesEnd() const;
 
 private:
     std::string mark_;
