@@ -138,6 +138,9 @@ TEST_F(RVGitMergeInterruptThreadsTest, AfterEachInterruptTheStateIsReadableAndAn
             gitHere({"reset", "-q", "--hard", "before"});
         } else {
             ++underWay;
+            // Where tables are locked, git's abort puts back the files alone, and ends with 0.
+            if (!areTestedRefsInFiles())
+                removeLocks();
             std::optional<RVError> error;
             if (!manager().abortCurrentOperation(&error)) {
                 // A killed git leaves its locks, and the next one says so.

@@ -9,6 +9,7 @@
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -124,6 +125,7 @@ TEST_F(RVGitBranchTest, ListsBranchesWithHashesDatesAndTheHead) {
 }
 
 TEST_F(RVGitBranchTest, RunsThreeCommandsForAListing) {
+    RVGIT_TEST_NEEDS_REF_FILES("git is asked for a HEAD that is in tables");
     makeCommit();
     auto recorder = useRecordingGit();
     recorder.clear();
@@ -238,6 +240,7 @@ TEST_F(RVGitBranchTest, ABareRepositoryHasBranches) {
 }
 
 TEST_F(RVGitBranchTest, ARefToAMissingObjectFailsAsGitFails) {
+    RVGIT_TEST_NEEDS_REF_FILES("a ref is damaged in its file");
     makeCommit();
     writeFile("repository/.git/refs/heads/bad", std::string(40, '1') + "\n");
     EXPECT_THAT(
@@ -248,6 +251,7 @@ TEST_F(RVGitBranchTest, ARefToAMissingObjectFailsAsGitFails) {
 }
 
 TEST_F(RVGitBranchTest, ARefFileOfGarbageIsIgnoredAsGitIgnoresIt) {
+    RVGIT_TEST_NEEDS_REF_FILES("a ref is damaged in its file");
     makeCommit();
     writeFile("repository/.git/refs/heads/bad", "garbage\n");
     EXPECT_THAT(names(), ElementsAre("*refs/heads/main"));
@@ -582,6 +586,7 @@ TEST_F(RVGitBranchTest, AnUnknownNameIsNoError) {
 }
 
 TEST_F(RVGitBranchTest, ALookUpListsOnce) {
+    RVGIT_TEST_NEEDS_REF_FILES("git is asked for a HEAD that is in tables");
     makeCommit();
     auto recorder = useRecordingGit();
     recorder.clear();

@@ -36,6 +36,8 @@ protected:
         git({"push", servedPath(), "main"}, source);
     }
 
+    static constexpr std::size_t numberOfHeldBytes = 400'000;
+
     /// How many transfers are cancelled: RVGIT_TEST_ROUNDS, or else a few.
     static int numberOfRounds() {
         const char* rounds = std::getenv("RVGIT_TEST_ROUNDS");
@@ -198,9 +200,13 @@ TEST_F(RVGitTransferCancelThreadsTest, PushesOverHTTPS) {
     cancelPushes(Protocol::HTTPS);
 }
 
+// What a handler ends could be whole before it is heard: nothing of these comes to its end.
+
 TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatCancelsEndsTheTransfer) {
+    const RVTestCuttingServer holding(sshServer().port(), numberOfHeldBytes,
+                                      RVTestCuttingServer::Afterwards::Holds);
     const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(
-        url(Protocol::SSH), scratchPath("new"), std::nullopt);
+        urlThrough(Protocol::SSH, holding), scratchPath("new"), std::nullopt);
     int numberOfCalls = 0;
     command->setProgressHandler([&](RVGitCommandProgress&) {
         ++numberOfCalls;
@@ -215,8 +221,10 @@ TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatCancelsEndsTheTransfer) {
 }
 
 TEST_F(RVGitTransferCancelThreadsTest, AHandlerThatThrowsEndsTheTransferAndIsHeard) {
+    const RVTestCuttingServer holding(webServer().httpsPort(), numberOfHeldBytes,
+                                      RVTestCuttingServer::Afterwards::Holds);
     const auto command = RVGitCloneCommand::gitCloneCommandWithRemoteURL(
-        url(Protocol::HTTPS), scratchPath("new"), std::nullopt);
+        urlThrough(Protocol::HTTPS, holding), scratchPath("new"), std::nullopt);
     command->setProgressHandler(
         [](RVGitCommandProgress&) { throw std::runtime_error("the handler's"); });
     EXPECT_THROW((void)command->run(), std::runtime_error);

@@ -170,12 +170,6 @@ TEST_F(RVGitTransferFailureTest, AConnectionThatIsClosedInTheMiddleOfThePack) {
         noise += static_cast<char>(value >> 24);
     commitFile(source, "noise", noise, "Noise");
     git({"push", servedPath(), "main"}, source);
-    const auto cutURL = [&](Protocol protocol, int port, const RVTestCuttingServer& cutting) {
-        std::string address = url(protocol);
-        const std::string number = ":" + std::to_string(port) + "/";
-        return address.replace(address.find(number), number.size(),
-                               ":" + std::to_string(cutting.port()) + "/");
-    };
     (void)webServer();
     (void)sshServer();
     const struct {
@@ -190,11 +184,7 @@ TEST_F(RVGitTransferFailureTest, AConnectionThatIsClosedInTheMiddleOfThePack) {
     };
     for (const auto& row : rows) {
         const RVTestCuttingServer cutting(row.port, 200'000);
-        if (row.protocol == Protocol::SSH)
-            setEnvironmentVariable("GIT_SSH_COMMAND", sshServer().sshCommand() +
-                                                          " -o StrictHostKeyChecking=no"
-                                                          " -o LogLevel=ERROR");
-        const auto failure = failureOfClone(cutURL(row.protocol, row.port, cutting));
+        const auto failure = failureOfClone(urlThrough(row.protocol, cutting));
         EXPECT_EQ(failure.code, row.code) << testing::PrintToString(row.protocol) << "\n"
                                           << failure.text;
         EXPECT_GT(cutting.numberOfConnections(), 0);
@@ -202,8 +192,7 @@ TEST_F(RVGitTransferFailureTest, AConnectionThatIsClosedInTheMiddleOfThePack) {
     // A fetch leaves the repository as it was.
     makeCommit();
     const RVTestCuttingServer cutting(gitDaemon().port(), 200'000);
-    gitInRepository(
-        {"remote", "add", "origin", cutURL(Protocol::Git, gitDaemon().port(), cutting)});
+    gitInRepository({"remote", "add", "origin", urlThrough(Protocol::Git, cutting)});
     const std::string before = refsIn(repositoryPath());
     EXPECT_NE(codeOf(*fetch()), 0);
     EXPECT_EQ(refsIn(repositoryPath()), before);

@@ -66,6 +66,17 @@ std::string RVGitTransferTestCase::url(Protocol protocol, const std::string& nam
     return {};
 }
 
+std::string RVGitTransferTestCase::urlThrough(Protocol protocol,
+                                              const RVTestCuttingServer& server) {
+    std::string address = url(protocol);
+    const std::size_t port = address.find(':', address.find("://") + 3) + 1;
+    if (protocol == Protocol::SSH)
+        setEnvironmentVariable(
+            "GIT_SSH_COMMAND",
+            sshServer().sshCommand() + " -o StrictHostKeyChecking=no -o LogLevel=ERROR");
+    return address.replace(port, address.find('/', port) - port, std::to_string(server.port()));
+}
+
 RVTestGitDaemon& RVGitTransferTestCase::gitDaemon() {
     if (!gitDaemon_)
         gitDaemon_ =

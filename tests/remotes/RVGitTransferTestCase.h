@@ -34,6 +34,8 @@ protected:
     std::string serveRepository(const std::string& name = "a.git");
     /// The address of it, once the server runs.
     [[nodiscard]] std::string url(Protocol protocol, const std::string& name = "a.git");
+    /// That address by way of a server that passes on what is said to the other's port.
+    [[nodiscard]] std::string urlThrough(Protocol protocol, const RVTestCuttingServer& server);
 
     [[nodiscard]] RVTestGitDaemon& gitDaemon();
     /// GIT_SSH_COMMAND is set so that its key is taken.

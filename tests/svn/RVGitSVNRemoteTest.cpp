@@ -9,6 +9,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/svn/RVGitSVNOptions.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 // The Subversion side of remotes, without a server.
 
@@ -186,6 +187,7 @@ TEST_F(RVGitSVNRemoteTest, ValuesAreTakenFromASection) {
 }
 
 TEST_F(RVGitSVNRemoteTest, RenamingMovesRefsMetadataAndRefSpecs) {
+    RVGIT_TEST_NEEDS_REF_FILES("the directory of the refs is what a rename moves");
     ASSERT_TRUE(create("svn", standardLayout()));
     gitInRepository({"config", "--add", "svn-remote.svn.fetch", "x:refs/remotes/else/x"});
     addFetched("svn");
@@ -253,6 +255,7 @@ TEST_F(RVGitSVNRemoteTest, ALinkInThePlaceOfTheRefsIsNotMovedAndNothingBehindItE
 }
 
 TEST_F(RVGitSVNRemoteTest, RefsInTheWayOfARenameAreKept) {
+    RVGIT_TEST_NEEDS_REF_FILES("the directory of the refs is what a rename moves");
     ASSERT_TRUE(create("svn", standardLayout()));
     addFetched("svn");
     gitInRepository({"update-ref", "refs/remotes/other/mine", makeCommit()});
