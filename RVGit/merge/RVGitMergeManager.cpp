@@ -6,6 +6,7 @@
 #include "RVGit/base/RVPath.h"
 #include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
+#include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/history/RVGitMergeBaseCommand.h"
 #include "RVGit/merge/RVGitCherryPickCommand.h"
 #include "RVGit/merge/RVGitEditorScript.h"
@@ -209,8 +210,20 @@ bool RVGitMergeManager::skipRebase(RVErrorPlace error) {
 }
 
 bool RVGitMergeManager::abortRebase(RVErrorPlace error) {
-    return runWithFlag<RVGitRebaseCommand>(repository_, &RVGitRebaseCommand::setAbortsRebase,
-                                           error);
+    const auto command = std::make_shared<RVGitRebaseCommand>(repository_, std::nullopt);
+    command->setAbortsRebase(true);
+    const auto branch = originalRefName();
+    if (!command->run(error))
+        return false;
+    // Git ends with 0, too, where it finds the tables of refs locked and so leaves HEAD alone.
+    if (command->standardErrorString().find("error: update_ref failed") == std::string::npos ||
+        repository_->HEADRefName() == branch)
+        return true;
+    fillErrorPlace(error, gitErrorWithCode(RVGitRVGitGenericError,
+                                           RVGitMakeErrorUserInfo(
+                                               repository_, {{RVGitCommandErrorOutputErrorKey,
+                                                              command->standardErrorString()}})));
+    return false;
 }
 
 // Cherry-pick.

@@ -83,7 +83,7 @@ public:
     /// currentMergeMode() does not count.
     [[nodiscard]] bool usesRebaseApplyBackend() const;
 
-    /// When the operation began, or the sequence: seconds since 1970; 0 if none is under way.
+    /// When it began, in seconds since 1970; 0 for none, or where a ref in a table alone marks it.
     [[nodiscard]] double mergeTimestamp() const;
     /// The commit that the operation builds upon, in a rebase the new base; HEAD's revision if it
     /// is not known, with one process. Empty if HEAD is detached or unborn then.
@@ -175,7 +175,7 @@ public:
     [[nodiscard]] bool continueEmptyRebaseWithCommitMessage(const std::string& commitMessage,
                                                             RVErrorPlace error = nullptr);
     [[nodiscard]] bool skipRebase(RVErrorPlace error = nullptr);
-    /// The branch is again what it was.
+    /// The branch is again what it was. Fails where HEAD does not go back, whatever git ends with.
     [[nodiscard]] bool abortRebase(RVErrorPlace error = nullptr);
 
     // Cherry-pick. `options` are RVGitCherryPickOption...

@@ -1,3 +1,4 @@
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVGitTestCase.h"
 
 namespace {
@@ -75,6 +76,7 @@ TEST_F(RvgitBranchTest, ADetachedHeadWithoutABranchIsNoFailure) {
 }
 
 TEST_F(RvgitBranchTest, WhereNothingCanBeListedTheClientSaysSo) {
+    RVGIT_TEST_NEEDS_REF_FILES("HEAD is damaged in its file");
     commit();
     git({"checkout", "-q", "--detach"}, repository());
     git({"branch", "-q", "-D", "main"}, repository());

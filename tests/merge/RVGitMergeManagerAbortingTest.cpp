@@ -3,17 +3,23 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
+#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
+#include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/merge/RVGitMergeCommand.h"
 #include "tests/merge/RVGitMergeManagerTestCase.h"
 #include "tests/support/RVErrorMatchers.h"
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
 namespace {
 
+using testing::HasSubstr;
 using testing::Not;
 
 /// After an abort all is as it was.
@@ -68,6 +74,45 @@ TEST_F(RVGitMergeManagerAbortingTest, AbortedRebase) {
         "topic", [this] { stopRebase(); }, &RVGitMergeManager::abortRebase);
     expectAbortRestores(
         "topic", [this] { stopRebaseByApplying(); }, &RVGitMergeManager::abortRebase);
+}
+
+// Git then says why, restores the files, forgets the rebase, and ends with 0.
+TEST_F(RVGitMergeManagerAbortingTest, AnAbortOfARebaseThatLeavesHeadDetachedIsAFailure) {
+    RVGIT_TEST_NEEDS_GIT("2.45", "it keeps refs in files alone");
+    const std::string tables = scratchPath("tables");
+    git({"init", "-q", "--ref-format=reftable", "-b", "main", tables});
+    commitFile(tables, "file", "base\n", "Base");
+    git({"checkout", "-q", "-b", "topic"}, tables);
+    commitFile(tables, "file", "theirs\n", "Theirs");
+    git({"checkout", "-q", "main"}, tables);
+    commitFile(tables, "file", "ours\n", "Ours");
+    git({"checkout", "-q", "topic"}, tables);
+    EXPECT_NE(runGit({"rebase", "main"}, tables).exitCode, 0);
+    const std::string lock = writeFile("tables/.git/reftable/tables.list.lock", "");
+    const auto manager =
+        RVGitMergeManager::mergeManagerWithRepository(RVGitRepository::repositoryWithPath(tables));
+    std::optional<RVError> error;
+    EXPECT_FALSE(manager->abortCurrentOperation(&error));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), RVGitRVGitGenericError);
+    EXPECT_THAT(error->userInfoString(RVGitCommandErrorOutputErrorKey),
+                testing::Optional(HasSubstr("cannot lock references")));
+    std::filesystem::remove(lock);
+    EXPECT_NE(runGit({"symbolic-ref", "-q", "HEAD"}, tables).exitCode, 0);
+}
+
+TEST_F(RVGitMergeManagerAbortingTest, WhatGitSaysOfAnAbortCountsByWhereHeadIs) {
+    stopRebase();
+    RVFakeGit fake = fakeGit();
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(fake.path()));
+    fake.setAnswer("rebase", {.standardError = "error: update_ref failed for ref 'refs/heads/topic'"
+                                               ": cannot lock references\n"});
+    fake.passOtherCallsOn();
+    EXPECT_THAT([&](RVErrorPlace error) { return manager().abortRebase(error); },
+                failsWith(RVGitRVGitGenericError));
+    // A lock of the branch alone, to which HEAD has gone back.
+    gitHere({"symbolic-ref", "HEAD", "refs/heads/topic"});
+    EXPECT_TRUE(manager().abortRebase());
 }
 
 TEST_F(RVGitMergeManagerAbortingTest, AbortedRebaseAtEachKindOfStop) {

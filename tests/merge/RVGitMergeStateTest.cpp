@@ -560,6 +560,7 @@ TEST_F(RVGitHostileMergeStateTest, AnInvalidAndABareRepositoryHaveNothingUnderWa
 }
 
 TEST_F(RVGitHostileMergeStateTest, ReadersRunNoProcess) {
+    RVGIT_TEST_NEEDS_REF_FILES("git is asked for what is in tables");
     makeCommit();
     put("ORIG_HEAD", "1a2b\n");
     const auto recorder = useRecordingGit();

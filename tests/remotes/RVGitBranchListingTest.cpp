@@ -16,6 +16,7 @@
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/remotes/RVGitBranchTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -50,6 +51,7 @@ TEST_F(RVGitBranchListingTest, ListsBranchesWithHashesDatesAndTheHead) {
 }
 
 TEST_F(RVGitBranchListingTest, RunsThreeCommandsForAListing) {
+    RVGIT_TEST_NEEDS_REF_FILES("git is asked for a HEAD that is in tables");
     makeCommit();
     auto recorder = useRecordingGit();
     recorder.clear();
@@ -164,6 +166,7 @@ TEST_F(RVGitBranchListingTest, ABareRepositoryHasBranches) {
 }
 
 TEST_F(RVGitBranchListingTest, ARefToAMissingObjectFailsAsGitFails) {
+    RVGIT_TEST_NEEDS_REF_FILES("a ref is damaged in its file");
     makeCommit();
     writeFile("repository/.git/refs/heads/bad", std::string(40, '1') + "\n");
     EXPECT_THAT(
@@ -174,6 +177,7 @@ TEST_F(RVGitBranchListingTest, ARefToAMissingObjectFailsAsGitFails) {
 }
 
 TEST_F(RVGitBranchListingTest, ARefFileOfGarbageIsIgnoredAsGitIgnoresIt) {
+    RVGIT_TEST_NEEDS_REF_FILES("a ref is damaged in its file");
     makeCommit();
     writeFile("repository/.git/refs/heads/bad", "garbage\n");
     EXPECT_THAT(names(), ElementsAre("*refs/heads/main"));

@@ -6,6 +6,7 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "tests/support/RVDamagedOutput.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 namespace {
 
@@ -159,6 +160,7 @@ TEST_F(RVGitBranchTrackingStateTest, OneBranchIsFoundByItsName) {
 }
 
 TEST_F(RVGitBranchTrackingStateTest, AFailureIsReported) {
+    RVGIT_TEST_NEEDS_REF_FILES("a ref is damaged in its file");
     makeCommit();
     writeFile("repository/.git/refs/heads/bad", std::string(40, '1') + "\n");
     auto fake = useFakeGit();

@@ -11,6 +11,7 @@
 #include "RVGit/repository/RVGitShowRefCommand.h"
 #include "RVGit/worktree/RVGitStash.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
 
 using std::nullopt;
 using testing::ElementsAre;
@@ -320,6 +321,7 @@ TEST_F(RVGitRefTest, AnUnbornBranchBesideOthersComesLast) {
 }
 
 TEST_F(RVGitRefTest, HeadThatNamesNoBranchAndNoCommitGivesNothingOnlyToWhoAsksForErrors) {
+    RVGIT_TEST_NEEDS_REF_FILES("HEAD is damaged in its file");
     std::string hash = makeCommit();
     writeFile(repositoryPath() + "/.git/HEAD", someHash + "\n");
     EXPECT_THAT(allRefs(), ElementsAre("refs/heads/main " + hash));
@@ -460,6 +462,7 @@ TEST_F(RVGitRefTest, ADetachedHeadWithoutAnyBranchLeavesTheListWhole) {
 }
 
 TEST_F(RVGitRefTest, AHeadThatNamesNothingGivesNoListIfAPlaceIsGiven) {
+    RVGIT_TEST_NEEDS_REF_FILES("HEAD is damaged in its file");
     makeCommit();
     gitInRepository({"tag", "v1"});
     gitInRepository({"checkout", "-q", "--detach"});

@@ -57,7 +57,7 @@ TEST_F(RVGitRepositoryOpeningTest, AWorkingTreeIsFoundFromAnywhereInIt) {
 TEST_F(RVGitRepositoryOpeningTest, TheGitDirectoryIsAPathOfTheWorkingTree) {
     const std::string tree = repositoryPath();
     expectPaths(tree + "/.git", tree, tree + "/.git", tree);
-    expectPaths(tree + "/.git/refs/heads", tree, tree + "/.git", tree);
+    expectPaths(tree + "/.git/objects/pack", tree, tree + "/.git", tree);
 }
 
 TEST_F(RVGitRepositoryOpeningTest, PathsAreStandardized) {
@@ -72,7 +72,7 @@ TEST_F(RVGitRepositoryOpeningTest, PathsAreStandardized) {
 TEST_F(RVGitRepositoryOpeningTest, ABareRepositoryHasNoWorkingTree) {
     const std::string bare = initBareRepository();
     expectPaths(bare, bare, bare, std::nullopt);
-    expectPaths(bare + "/refs/heads", bare, bare, std::nullopt);
+    expectPaths(bare + "/objects/pack", bare, bare, std::nullopt);
 }
 
 TEST_F(RVGitRepositoryOpeningTest, ARepositoryMadeBareByItsConfigurationIsItsGitDirectory) {

@@ -1,3 +1,4 @@
+#include "tests/support/RVGitRequirement.h"
 #include "tests/support/RVRepositorySnapshot.h"
 
 #include <gmock/gmock.h>
@@ -37,6 +38,7 @@ TEST_F(RVRepositorySnapshotTest, NothingChangesByLooking) {
 }
 
 TEST_F(RVRepositorySnapshotTest, EachKindOfChangeIsSeen) {
+    RVGIT_TEST_NEEDS_REF_FILES("HEAD and the reflogs are looked for in their files");
     const std::string two = gitLine({"rev-parse", "HEAD"}, path_);
     EXPECT_THAT(differencesAfter([&] {
                     git({"checkout", "-q", "-b", "topic"}, path_);
@@ -82,6 +84,7 @@ TEST_F(RVRepositorySnapshotTest, ALongFileIsComparedToItsEnd) {
 }
 
 TEST_F(RVRepositorySnapshotTest, ALinkedWorktreeAndABareRepositoryHaveTheirOwn) {
+    RVGIT_TEST_NEEDS_REF_FILES("HEAD and the reflogs are looked for in their files");
     git({"worktree", "add", scratchPath("linked"), "-b", "linked"}, path_);
     const RVRepositorySnapshot linked(scratchPath("linked"));
     EXPECT_EQ(linked.head, "ref: refs/heads/linked\n");
