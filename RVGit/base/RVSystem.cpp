@@ -1,10 +1,12 @@
 #include "RVGit/base/RVSystem.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 #ifdef RVGIT_PORTABLE
@@ -29,6 +31,17 @@ int RVSystem::moveAboveStandardStreams(RVDescriptor& descriptor) {
     return 0;
 }
 
+namespace {
+
+int renameAfterALook(const char* path, const char* newPath) {
+    struct stat status;
+    if (lstat(newPath, &status) == 0)
+        return EEXIST;
+    return rename(path, newPath) == 0 ? 0 : errno;
+}
+
+}  // namespace
+
 #ifndef RVGIT_PORTABLE
 
 const int RVSystem::openDirectoryFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
@@ -49,6 +62,13 @@ void RVSystem::enlargePipe(const RVDescriptor& pipe, int capacity) {
 
 RVDescriptor RVSystem::exitWatchOfChild(pid_t pid) {
     return RVDescriptor(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
+}
+
+int RVSystem::renameWithoutReplacing(const char* path, const char* newPath) {
+    if (renameat2(AT_FDCWD, path, AT_FDCWD, newPath, RENAME_NOREPLACE) == 0)
+        return 0;
+    // Not every file system knows the flag.
+    return errno == EINVAL || errno == ENOSYS ? renameAfterALook(path, newPath) : errno;
 }
 
 int RVSystem::Waker::open() {
@@ -188,6 +208,10 @@ void RVSystem::enlargePipe(const RVDescriptor&, int) {}
 
 RVDescriptor RVSystem::exitWatchOfChild(pid_t) {
     return RVDescriptor();
+}
+
+int RVSystem::renameWithoutReplacing(const char* path, const char* newPath) {
+    return renameAfterALook(path, newPath);
 }
 
 int RVSystem::Waker::open() {

@@ -58,6 +58,10 @@ public:
     /// characters, "XXXXXX", filled in. Not open, with errno set, on failure.
     [[nodiscard]] static RVDescriptor openUniqueFile(std::string& pathTemplate);
 
+    /// Renames what is at the path unless something is at the new one: that is EEXIST, also where
+    /// it has just come, on file systems that can tell. 0, or errno's value.
+    [[nodiscard]] static int renameWithoutReplacing(const char* path, const char* newPath);
+
     /// How a directory is opened that is only to be passed through.
     static const int openDirectoryFlags;
 };

@@ -1,7 +1,5 @@
 // The part of RVGitSubmoduleManager that moves and renames submodules.
 
-#include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +9,7 @@
 
 #include "RVGit/base/RVFileManager.h"
 #include "RVGit/base/RVPath.h"
+#include "RVGit/base/RVSystem.h"
 #include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/repository/RVGitConfig.h"
@@ -35,17 +34,9 @@ using Helper = RVGitSubmoduleHelper;
 
 // Nothing is ever replaced.
 bool moveItem(const std::string& path, const std::string& newPath, RVErrorPlace error) {
-    int result = ::renameat2(AT_FDCWD, path.c_str(), AT_FDCWD, newPath.c_str(), RENAME_NOREPLACE);
-    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-        // Not every file system knows the flag.
-        if (RVGitSubmoduleContainment::somethingIsAt(newPath))
-            errno = EEXIST;
-        else
-            result = ::rename(path.c_str(), newPath.c_str());
-    }
-    if (result == 0)
+    const int errorNumber = RVSystem::renameWithoutReplacing(path.c_str(), newPath.c_str());
+    if (errorNumber == 0)
         return true;
-    const int errorNumber = errno;
     fillErrorPlace(error, posixError(errorNumber, errorNumber == EEXIST ? newPath : path));
     return false;
 }

@@ -39,9 +39,11 @@ bool isSectionUnstaged(const std::string& name, const RVGitSubmoduleLoader& load
     const std::string file = ".gitmodules";
     if (!repository->index()->indexEntryForFilePath(file))
         return true;
+    const std::string escapedName = stringByReplacingOccurrences(
+        stringByReplacingOccurrences(name, "\\", "\\\\"), "\"", "\\\"");
     const auto diffs = loader.loadDiffsForFilePaths({file});
     return diffs && !diffs->empty() &&
-           diffs->front()->rawDiff().value_or("").find("\n+[submodule \"" + name + "\"]") !=
+           diffs->front()->rawDiff().value_or("").find("\n+[submodule \"" + escapedName + "\"]") !=
                std::string::npos;
 }
 

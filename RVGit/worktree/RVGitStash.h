@@ -62,8 +62,8 @@ public:
     /// there is no commit yet, and the generic code 1, with everything left as it is, while the
     /// index has conflicts or files that are only intended to be added. Null with a cleared place
     /// if it was cancelled, be it saved or not, and if it was saved, but another process has
-    /// emptied the list since. Git does not see what was
-    /// edited in a file that is assumed unchanged: that edit is in no stash and is lost here.
+    /// emptied the list since. Git does not see what was edited in a file that is assumed
+    /// unchanged: that edit is in no stash and is lost here.
     [[nodiscard]] static std::shared_ptr<RVGitStash> saveStashFromWorkingTreeInRepository(
         const std::shared_ptr<RVGitRepository>& repository,
         const std::optional<std::string>& message, unsigned options, RVErrorPlace error = nullptr);

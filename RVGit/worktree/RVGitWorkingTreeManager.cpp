@@ -30,10 +30,10 @@ struct BatchResult {
 
 /// Runs the operation on one batch after the other, until one fails, or all commands are cancelled:
 /// then none has succeeded, and the place is cleared. A list of one batch is a command as any
-/// other, which is no failure where it is cancelled. The list is sliced by the
-/// maximum number of paths, and a slice with too many bytes is cut further; the operation is told
-/// whether the batch belongs to the first slice. Each batch is cut from a window on the list, so
-/// that no path is copied for every batch before it.
+/// other, which is no failure where it is cancelled. The list is sliced by the maximum number of
+/// paths, and a slice with too many bytes is cut further; the operation is told whether the batch
+/// belongs to the first slice. Each batch is cut from a window on the list, so that no path is
+/// copied for every batch before it.
 BatchResult runBatches(const Paths& filePaths,
                        const std::function<bool(Paths batch, bool isFirst)>& operation,
                        RVErrorPlace error) {

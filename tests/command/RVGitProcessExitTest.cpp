@@ -49,7 +49,7 @@ TEST_F(RVGitProcessExitTest, ThePortableLibraryCallsNothingThatOnlyLinuxHas) {
     ASSERT_EQ(symbols.exitCode, 0) << symbols.standardError;
     EXPECT_THAT(symbols.standardOutput, testing::HasSubstr(" fork"));
     for (const char* name : {"pidfd", "eventfd", "posix_spawn", "closefrom", "pipe2", "mkostemp",
-                             "prctl", "getrandom", "memfd", "splice", "inotify"})
+                             "prctl", "getrandom", "memfd", "splice", "inotify", "renameat2"})
         EXPECT_THAT(symbols.standardOutput, testing::Not(testing::HasSubstr(name)));
 }
 #endif

@@ -243,6 +243,17 @@ TEST_F(RVGitSubmoduleManagerUpdatingTest, AddingWhereTheGitDirectoryIsInTheWay) 
     addsNow();
 }
 
+TEST_F(RVGitSubmoduleManagerUpdatingTest, ASectionThatIsNotStagedIsStagedByTheSameCall) {
+    for (const std::string path : {"new", "q\"q\\q"}) {
+        EXPECT_TRUE(succeeded(add(path)));
+        gitInRepository({"reset", "-q", "HEAD", "--", ".gitmodules"});
+        EXPECT_TRUE(succeeded(add(path)));
+        EXPECT_EQ(gitInRepository({"diff", "--name-only"}), "");
+        EXPECT_TRUE(failedWith(add(path), RVGitAddSubmodulePathAlreadyExistsError));
+        gitInRepository({"commit", "-q", "-m", "Add"});
+    }
+}
+
 TEST_F(RVGitSubmoduleManagerUpdatingTest, OneThatIsHalfAddedIsNotTakenForAnother) {
     lock(".gitmodules");
     EXPECT_FALSE(add());
