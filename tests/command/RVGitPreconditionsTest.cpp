@@ -194,7 +194,7 @@ std::vector<Row> rowsOfHistoryAndDiffs() {
                             std::vector<std::shared_ptr<RVGitAnnotatedLine>>())},
         {"history/RVGitBlame.cpp", "repository",
          [](const Repository&) { (void)RVGitBlame::blameForFilePath("file", "HEAD", nullptr); }},
-        {"history/RVGitCommit.cpp", "repository",
+        {"history/RVGitCommitQueries.cpp", "repository",
          [](const Repository&) {
              (void)RVGitCommit::allCommitsForRevisions({"HEAD"}, {}, nullptr, std::nullopt);
          }},
