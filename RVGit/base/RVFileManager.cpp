@@ -234,7 +234,7 @@ bool RVFileManager::removeItemAtPath(const std::string& path, RVErrorPlace error
 
 std::string RVFileManager::temporaryDirectory() {
     const char* directory = std::getenv("TMPDIR");
-    std::string path(directory && *directory ? directory : "/tmp");
+    std::string path = absolutePath(directory && *directory ? directory : "/tmp");
     while (path.size() > 1 && path.back() == '/')
         path.pop_back();
     return path;

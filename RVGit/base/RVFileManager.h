@@ -49,7 +49,8 @@ public:
     [[nodiscard]] static bool removeItemAtPath(const std::string& path,
                                                RVErrorPlace error = nullptr);
 
-    /// The directory for temporary files: TMPDIR or /tmp, without a trailing slash.
+    /// The directory for temporary files: TMPDIR or /tmp, without a trailing slash. Absolute, since
+    /// children run elsewhere.
     [[nodiscard]] static std::string temporaryDirectory();
     /// A path in the temporary directory that nothing has been made at.
     [[nodiscard]] static std::string temporaryFilePath();

@@ -277,6 +277,9 @@ TEST_F(RVFileManagerTest, TemporaryDirectoryIsThatOfTheEnvironment) {
     setEnvironmentVariable("TMPDIR", "/");
     EXPECT_EQ(RVFileManager::temporaryDirectory(), "/");
     EXPECT_THAT(RVFileManager::temporaryFilePath(), StartsWith("/rvgit-"));
+    setEnvironmentVariable("TMPDIR", "below/it/");
+    EXPECT_EQ(RVFileManager::temporaryDirectory(),
+              std::filesystem::current_path().string() + "/below/it");
     setEnvironmentVariable("TMPDIR", "");
     EXPECT_EQ(RVFileManager::temporaryDirectory(), "/tmp");
     setEnvironmentVariable("TMPDIR", std::nullopt);
