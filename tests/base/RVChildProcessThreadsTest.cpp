@@ -21,6 +21,9 @@
 #include <stdexcept>
 #include <thread>
 
+#include "tests/support/RVTestFiles.h"
+#include "tests/support/RVTestProcess.h"
+
 namespace {
 
 using std::chrono::milliseconds;
@@ -38,9 +41,10 @@ RVChildProcess::Launch shell(const std::string& script) {
 // to be launched within the grace.
 RVChildProcess::Launch childOutlivedBy(const std::string& script) {
     RVChildProcess::Launch launch;
-    launch.path = "/usr/bin/perl";
+    launch.path = findTestProgram("perl");
     launch.arguments = {"-e", R"(
-        sub pause { select undef, undef, undef, 0.005 }
+        my $end = time + 60;
+        sub pause { select undef, undef, undef, 0.005; exit if time > $end }
         my $parent = $$;
         if (fork) {
             syswrite STDOUT, "early";
@@ -519,7 +523,7 @@ TEST(RVChildProcessThreadsTest, HandlersReceiveTheBytesAsTheyArrive) {
     RVChildProcess process;
     const std::string directory = makeTemporaryDirectory();
     RVChildProcess::Launch launch =
-        shell("printf one; while [ ! -e seen ]; do sleep 0.01; done; printf two");
+        shell("printf one; " + waitingLoopForShell("[ ! -e seen ]") + "; printf two");
     launch.workingDirectory = directory;
     std::vector<std::string> chunks;
     ASSERT_EQ(process.run(launch,

@@ -7,6 +7,7 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -243,7 +244,10 @@ TEST_F(RvgitArgumentsTest, AContentThatCannotBeWrittenIsAFailure) {
     EXPECT_THAT(missing.standardError, HasSubstr("No such file or directory"));
     const auto link = inShell("ln -s file link; \"$0\" lfs pointer link");
     EXPECT_EQ(link.exitCode, 1);
-    EXPECT_THAT(link.standardError, HasSubstr("It is no plain file"));
+    EXPECT_THAT(link.standardError, AllOf(HasSubstr("link"), HasSubstr("It is no plain file")));
+    const auto directory = rvgit({"lfs", "pointer", "."});
+    EXPECT_EQ(directory.exitCode, 1);
+    EXPECT_THAT(directory.standardError, HasSubstr("Is a directory"));
 }
 
 TEST_F(RvgitArgumentsTest, GitEndsWithATerminalThatIsClosed) {

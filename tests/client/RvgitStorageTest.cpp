@@ -117,7 +117,9 @@ TEST_F(RvgitStorageTest, SubversionIsClonedAndCommittedTo) {
     EXPECT_EQ(git({"for-each-ref", "--format=%(refname)", "refs/remotes"}, "work/both"),
               "refs/remotes/svn/tags/v1\nrefs/remotes/svn/trunk\n");
     EXPECT_EQ(readFile("work/both/new"), "two\n");
-    EXPECT_EQ(rvgit({"svn", "clone", "--trunk", "a", "--trunk", "b", url}, "work").exitCode, 1);
+    const auto notEmpty = rvgit({"svn", "clone", "--trunk", "a", "--trunk", "b", url}, "work");
+    EXPECT_EQ(notEmpty.exitCode, 1);
+    EXPECT_THAT(notEmpty.standardError, HasSubstr("not empty"));
     for (const char* path : {"trunk/new", "branches/topic/new", "tags/v1/new"})
         EXPECT_EQ(runProgram({"svn", "cat", url + "/" + path}).standardOutput, "two\n") << path;
 

@@ -16,6 +16,7 @@
 #include "RVGit/command/RVGitCommandQueue.h"
 #include "RVGit/command/RVGitError.h"
 #include "tests/command/RVGitCommandTestCase.h"
+#include "tests/support/RVTestFiles.h"
 
 namespace {
 
@@ -276,7 +277,7 @@ TEST_F(RVGitCommandThreadsTest, ProgressIsReadFromBothStreams) {
     // Each line waits until the one before is seen, since there is no order between two streams.
     const std::string seenPrefix = scratchPath("seen");
     const auto untilSeen = [&](int count) {
-        return "while [ ! -e '" + seenPrefix + std::to_string(count) + "' ]; do sleep 0.01; done; ";
+        return waitingLoopForShell("[ ! -e '" + seenPrefix + std::to_string(count) + "' ]") + "; ";
     };
     auto command = scripted("printf 'Compressing objects:  40%% (2/5)\\r' >&2; " + untilSeen(1) +
                             "printf 'Receiving objects: 100%% (5/5), done.\\n'; " + untilSeen(2) +

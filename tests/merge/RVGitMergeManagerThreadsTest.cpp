@@ -69,26 +69,23 @@ TEST_F(RVGitMergeManagerThreadsTest, AVersionThatWasNotReadWholeIsNotWritten) {
 TEST_F(RVGitMergeManagerThreadsTest, BehindABatchOfConflictsThatIsCancelledNoneRuns) {
     checkOut("main");
     stopGit({"merge", "topic"});
-    const RVRepositorySnapshot before(path());
     const std::size_t maximum = RVGitCommand::maximumNumberOfAllowedFilePathArguments();
     RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(1);
     const std::vector<std::string> paths = {"file", "file", "file"};
-    const std::string directory = scratchPath("hanging-git");
     const std::function<bool(RVErrorPlace)> operations[] = {
         [&](RVErrorPlace e) { return manager().restoreOurVersionForUnmergedFiles(paths, e); },
         [&](RVErrorPlace e) { return manager().restoreTheirVersionForUnmergedFiles(paths, e); },
         [&](RVErrorPlace e) { return manager().restoreUnmergedVersionForFiles(paths, e); }};
     for (const auto& operation : operations) {
+        const RVRepositorySnapshot before(path());
         std::optional<RVError> error = RVError("before", 1);
-        {
-            const RVCancelledCall cancelled(directory, gitPath(), {"*' checkout '*"});
-            EXPECT_FALSE(operation(&error));
-        }
+        const RVCancelledCall cancelled(scratchPath("hanging-git"), gitPath(), {"*' checkout '*"});
+        EXPECT_FALSE(operation(&error));
         EXPECT_EQ(error, std::nullopt);
-        EXPECT_FALSE(fileExists(directory + "/1"));
+        EXPECT_EQ(cancelled.numberOfCalls(), 1);
+        EXPECT_EQ(RVRepositorySnapshot(path()).differencesFrom(before), "");
     }
     RVGitCommand::setMaximumNumberOfAllowedFilePathArguments(maximum);
-    EXPECT_EQ(RVRepositorySnapshot(path()).differencesFrom(before), "");
 }
 
 TEST_F(RVGitMergeManagerThreadsTest, ARangeThatWasNotReadWholeIsNotRewritten) {

@@ -92,8 +92,7 @@ protected:
         ASSERT_TRUE(fileExists("running"));
     }
     [[nodiscard]] std::string waitsForRelease() const {
-        return "until test -e " + quotedForShell(scratchPath("released")) +
-               "; do sleep 0.05; done; ";
+        return waitingLoopForShell("! test -e " + quotedForShell(scratchPath("released"))) + "; ";
     }
     void releaseTool() const { writeFile("released", ""); }
 

@@ -139,7 +139,6 @@ TEST_F(RVGitBranchTest, AnUnknownNameIsNoError) {
 
 TEST_F(RVGitBranchTest, ALookUpListsOnce) {
     RVGIT_TEST_NEEDS_REF_FILES("git is asked for a HEAD that is in tables");
-    RVGIT_TEST_NEEDS_REF_FILES("git is asked for a HEAD that is in tables");
     makeCommit();
     auto recorder = useRecordingGit();
     recorder.clear();

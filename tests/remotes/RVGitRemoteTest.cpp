@@ -416,7 +416,7 @@ TEST_F(RVGitRemoteTest, RenamesByTheCaseOfLettersAlone) {
 }
 
 TEST_F(RVGitRemoteTest, WhereGitLeavesTheDirectoryUnderItsOldNameItIsMoved) {
-    RVGIT_TEST_NEEDS_REF_FILES("their directories are at stake");
+    RVGIT_TEST_NEEDS_REF_FILES("the directories of refs are looked at");
     addRemote("a/origin");
     makeRef("refs/remotes/a/origin/main");
     auto fake = useFakeGit();
@@ -430,7 +430,7 @@ TEST_F(RVGitRemoteTest, WhereGitLeavesTheDirectoryUnderItsOldNameItIsMoved) {
 }
 
 TEST_F(RVGitRemoteTest, AFailedMoveLeavesTheErrorPlaceAndTheRefs) {
-    RVGIT_TEST_NEEDS_REF_FILES("their directories are at stake");
+    RVGIT_TEST_NEEDS_REF_FILES("the directories of refs are looked at");
     addRemote("a/origin");
     makeRef("refs/remotes/a/origin/main");
     writeFile("repository/.git/refs/remotes/A", "in the way");
@@ -444,7 +444,7 @@ TEST_F(RVGitRemoteTest, AFailedMoveLeavesTheErrorPlaceAndTheRefs) {
 }
 
 TEST_F(RVGitRemoteTest, AMoveGoesThroughNoLink) {
-    RVGIT_TEST_NEEDS_REF_FILES("their directories are at stake");
+    RVGIT_TEST_NEEDS_REF_FILES("the directories of refs are looked at");
     addRemote("a/origin");
     makeRef("refs/remotes/a/origin/main");
     makeDirectory("outside");
@@ -459,7 +459,7 @@ TEST_F(RVGitRemoteTest, AMoveGoesThroughNoLink) {
 }
 
 TEST_F(RVGitRemoteTest, ADirectoryThatCannotBeListedIsNotTakenForRemoved) {
-    RVGIT_TEST_NEEDS_REF_FILES("their directories are at stake");
+    RVGIT_TEST_NEEDS_REF_FILES("the directories of refs are looked at");
     makeRef("refs/remotes/a/b/c");
     RVGitRemoteRefDirectory directory(*repository(), "a");
     const std::string path = scratchPath("repository/.git/refs/remotes/a");

@@ -202,6 +202,8 @@ TEST_F(RVGitTransferFailureTest, AServerThatSaysNothingIsEndedByCancel) {
         command->cancel();
         EXPECT_TRUE(launchedProcessesEnd()) << scheme;
         command->waitUntilFinished();
+        // It was asked to end, and did.
+        EXPECT_EQ(command->exitCode(), 128 + SIGTERM) << scheme;
         EXPECT_FALSE(command->error()) << scheme;
         EXPECT_FALSE(fileExists("new")) << scheme;
     }

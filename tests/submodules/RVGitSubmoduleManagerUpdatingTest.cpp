@@ -287,6 +287,19 @@ TEST_F(RVGitSubmoduleManagerUpdatingTest, CloningWhereADirectoryOrAFileIsInTheWa
     updatesNow();
 }
 
+TEST_F(RVGitSubmoduleManagerUpdatingTest, UpdatingAllReadsTheIndexOnce) {
+    const RVRecordingGit recorder = useRecordingGit();
+    ASSERT_TRUE(manager().updateAllSubmodulesWithOptions(0));
+    // git submodule itself asks with other options.
+    const auto lists = recorder.argumentLists();
+    EXPECT_EQ(std::ranges::count_if(lists,
+                                    [](const std::vector<std::string>& arguments) {
+                                        return std::ranges::count(arguments, "--no-pager") > 0 &&
+                                               std::ranges::count(arguments, "ls-files") > 0;
+                                    }),
+              1);
+}
+
 TEST_F(RVGitSubmoduleManagerUpdatingTest, FilesInTheWayOfACheckoutAreNotReplaced) {
     deinit();
     const auto refuses = [&](unsigned options = RVGitSubmoduleUpdateOptionInitialize) {
@@ -312,7 +325,9 @@ TEST_F(RVGitSubmoduleManagerUpdatingTest, FilesInTheWayOfACheckoutAreNotReplaced
     fs::remove_all(pathInRepository("lib/lib.c"));
     writeFile("repository/lib/lib.c", "int one;\n");
     writeFile("repository/lib/mine", "mine\n");
-    writeFile("repository/.git/modules/name/info/exclude", "mine\n");
+    // Older gits call a submodule dirty that has an untracked file.
+    if (!isTestedGitAtLeast("2.31"))
+        writeFile("repository/.git/modules/name/info/exclude", "mine\n");
     updatesNow();
     EXPECT_EQ(readFile("repository/lib/mine"), "mine\n");
 
@@ -510,19 +525,6 @@ TEST_F(RVGitSubmoduleUpdatingFullDiskTest, Synchronizing) {
     EXPECT_EQ(remoteAddress(), scratchPath("library"));
     makeRoom();
     synchronizesNow();
-}
-
-TEST_F(RVGitSubmoduleManagerUpdatingTest, UpdatingAllReadsTheIndexOnce) {
-    const RVRecordingGit recorder = useRecordingGit();
-    ASSERT_TRUE(manager().updateAllSubmodulesWithOptions(0));
-    // git submodule itself asks with other options.
-    const auto lists = recorder.argumentLists();
-    EXPECT_EQ(std::ranges::count_if(lists,
-                                    [](const std::vector<std::string>& arguments) {
-                                        return std::ranges::count(arguments, "--no-pager") > 0 &&
-                                               std::ranges::count(arguments, "ls-files") > 0;
-                                    }),
-              1);
 }
 
 }  // namespace

@@ -27,13 +27,6 @@ bool comesTrue(std::chrono::seconds time, const Condition& condition) {
     return true;
 }
 
-/// The shell's command that goes round while the condition holds, for a minute at most. What
-/// is left when the shell is killed keeps none of its pipes open.
-std::string boundedLoop(const std::string& condition) {
-    return "turns=0; while [ $turns -lt 3000 ] && " + condition +
-           "; do sleep 0.02 </dev/null >/dev/null 2>&1; turns=$((turns + 1)); done";
-}
-
 }  // namespace
 
 RVHangingGit::Call RVHangingGit::Call::withWords(std::string_view words) {
@@ -58,7 +51,7 @@ RVHangingGit::RVHangingGit(std::string_view directory, std::string_view realGitP
                       "$number 2>/dev/null; do number=$((number + 1)); done\n    if [ $number = " +
                       std::to_string(call.skipped) + " ]; then\n        " + call.before +
                       "\n        echo $$ >" + begun + ".new\n        mv " + begun + ".new " +
-                      begun + "\n        " + boundedLoop("true") + "\n        : >" +
+                      begun + "\n        " + waitingLoopForShell("true") + "\n        : >" +
                       quotedForShell(outlivedPath_) +
                       "\n        exit 1\n    fi;;\nesac\nexec \"$GIT\" \"$@\"\n",
                   0755);
@@ -69,8 +62,10 @@ RVHangingGit::~RVHangingGit() {
         ADD_FAILURE() << "git has not been called with " << pattern_;
     else if (fs::exists(outlivedPath_))
         ADD_FAILURE() << "nobody has ended git with " << pattern_ << ", which hung";
-    else if (!endsWithin(std::chrono::seconds(5)))
+    else if (!endsWithin(std::chrono::seconds(5))) {
         ADD_FAILURE() << "git with " << pattern_ << " still hangs";
+        kill(processID(), SIGKILL);
+    }
 }
 
 bool RVHangingGit::waitUntilBegun() const {
@@ -81,17 +76,22 @@ bool RVHangingGit::waitUntilBegun() const {
 }
 
 std::string RVHangingGit::waitingCommand() const {
-    return boundedLoop("! [ -e " + quotedForShell(begunPath_) + " ]");
+    return waitingLoopForShell("! [ -e " + quotedForShell(begunPath_) + " ]");
 }
 
 bool RVHangingGit::ends() const {
     return endsWithin(std::chrono::minutes(1));
 }
 
-bool RVHangingGit::endsWithin(std::chrono::seconds time) const {
+pid_t RVHangingGit::processID() const {
     pid_t processID = 0;
     std::ifstream(begunPath_) >> processID;
-    return processID > 0 && comesTrue(time, [=] { return kill(processID, 0) != 0; });
+    return processID;
+}
+
+bool RVHangingGit::endsWithin(std::chrono::seconds time) const {
+    const pid_t hanging = processID();
+    return hanging > 0 && comesTrue(time, [=] { return kill(hanging, 0) != 0; });
 }
 
 int RVHangingGit::numberOfCalls() const {

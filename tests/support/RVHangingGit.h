@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <string>
 #include <string_view>
@@ -49,6 +51,8 @@ public:
     [[nodiscard]] int numberOfCalls() const;
 
 private:
+    /// Of the call that hangs; 0 before.
+    [[nodiscard]] pid_t processID() const;
     [[nodiscard]] bool endsWithin(std::chrono::seconds time) const;
 
     std::string pattern_;

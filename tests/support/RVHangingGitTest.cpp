@@ -3,7 +3,9 @@
 #include <gtest/gtest-spi.h>
 #include <signal.h>
 
+#include <chrono>
 #include <optional>
+#include <thread>
 
 #include "tests/support/RVGitTestCase.h"
 
@@ -72,7 +74,10 @@ TEST_F(RVHangingGitTest, ATestThatLeavesItHangingFails) {
         {"/bin/sh", "-c", "\"$0\" log >/dev/null 2>&1 & " + git->waitingCommand() + "; echo $!",
          git->path()});
     EXPECT_NONFATAL_FAILURE(git.reset(), "still hangs");
-    EXPECT_EQ(kill(std::stoi(result.standardOutput), SIGKILL), 0);
+    const pid_t hanging = std::stoi(result.standardOutput);
+    for (int count = 0; count < 3000 && kill(hanging, 0) == 0; ++count)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_NE(kill(hanging, 0), 0);
 }
 
 }  // namespace

@@ -62,3 +62,8 @@ std::string quotedForShell(std::string_view text) {
     }
     return quoted + "'";
 }
+
+std::string waitingLoopForShell(std::string_view condition) {
+    return "turns=0; while [ $turns -lt 3000 ] && " + std::string(condition) +
+           "; do sleep 0.02 </dev/null >/dev/null 2>&1; turns=$((turns + 1)); done";
+}

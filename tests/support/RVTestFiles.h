@@ -13,3 +13,6 @@ void writeTestFile(const std::string& path, std::string_view contents, unsigned 
 void removeTestTree(const std::string& path);
 /// The text as one word of a shell script.
 [[nodiscard]] std::string quotedForShell(std::string_view text);
+/// A command of the shell that waits while the other one succeeds ("test -e file"), for a minute at
+/// most: nothing of it is left then, and it keeps none of the shell's pipes open.
+[[nodiscard]] std::string waitingLoopForShell(std::string_view condition);

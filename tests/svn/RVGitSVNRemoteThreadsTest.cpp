@@ -38,6 +38,9 @@ protected:
     [[nodiscard]] std::string config() const {
         return runGit({"config", "--get-regexp", "^svn-remote"}, repositoryPath()).standardOutput;
     }
+    [[nodiscard]] std::string refs() const {
+        return gitInRepository({"for-each-ref", "--format=%(refname)", "refs/remotes"});
+    }
 };
 
 TEST_F(RVGitSVNRemoteThreadsTest, OfARemoteWhoseMakingIsCancelledNothingMoreIsWritten) {
@@ -76,9 +79,9 @@ TEST_F(RVGitSVNRemoteThreadsTest, ARenamingThatIsCancelledGoesNoFurther) {
     };
     expectCancelled({"*' --rename-section '*"}, renaming, before);
     EXPECT_EQ(readFile("repository/.git/svn/.metadata"), metadata);
-    EXPECT_TRUE(fileExists("repository/.git/refs/remotes/svn/trunk"));
+    EXPECT_EQ(refs(), "refs/remotes/svn/trunk");
     ASSERT_TRUE(RVGitRemote::renameRemoteWithName("svn", "new", repository()));
-    EXPECT_TRUE(fileExists("repository/.git/refs/remotes/new/trunk"));
+    EXPECT_EQ(refs(), "refs/remotes/new/trunk");
 }
 
 TEST_F(RVGitSVNRemoteThreadsTest, RefSpecsThatWereNotReadAreNotSaidToBeUpdated) {
@@ -90,7 +93,7 @@ TEST_F(RVGitSVNRemoteThreadsTest, RefSpecsThatWereNotReadAreNotSaidToBeUpdated) 
                                                           place);
     };
     expectCancelled({"*' --get-all '*"}, updating, before);
-    EXPECT_TRUE(fileExists("repository/.git/refs/remotes/svn/trunk"));
+    EXPECT_EQ(refs(), "refs/remotes/svn/trunk");
     ASSERT_TRUE(updating(nullptr));
     EXPECT_EQ(gitInRepository({"config", "svn-remote.new.fetch"}), "trunk:refs/remotes/new/trunk");
 }
