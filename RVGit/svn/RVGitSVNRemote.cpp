@@ -10,6 +10,7 @@
 #include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
+#include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -63,16 +64,20 @@ bool moveRefDirectory(const std::optional<std::string>& root, const std::string&
 
 using Refs = std::map<std::string, std::string, std::less<>>;
 
-// The hashes of a remote's refs, by their names.
+// The hashes of a remote's refs, by their names. One that is damaged is left out, where `git
+// show-ref` would fail, be it this remote's or not.
 std::optional<Refs> refsOfRemote(const std::string& name, const Repository& repository,
                                  RVErrorPlace error) {
-    const auto command = RVGitShowRefCommand::gitShowRefCommandWithRepository(repository, {});
+    const std::string prefix = refPrefix(name);
+    const auto command = RVGitForEachRefCommand::gitForEachRefCommandWithRepository(repository);
+    command->setPattern(prefix);
+    command->setFormat("%(objectname) %(refname)");
+    command->setOutputParserClass<RVGitRefOutputParser>();
     const RVGitCancellationWatch watch;
     if (!command->run(error) || watch.isCancelled(error))
         return std::nullopt;
-    const std::string prefix = refPrefix(name);
     Refs refs;
-    for (const auto& ref : command->refs())
+    for (const auto& ref : dynamic_cast<RVGitRefOutputParser&>(*command->outputParser()).refs())
         if (ref.commitHash &&
             (ref.fullRefName == prefix || ref.fullRefName.starts_with(prefix + "/")))
             refs.emplace(ref.fullRefName, *ref.commitHash);
