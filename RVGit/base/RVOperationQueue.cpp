@@ -186,9 +186,11 @@ void RVOperationQueue::runBlock(const std::function<void()>& block) {
 
 void RVOperationQueue::cancelAllOperations() {
     std::vector<std::shared_ptr<RVOperation>> operations;
-    ++state_->cancellations;
     {
         std::lock_guard lock(state_->mutex);
+        // Not before: who reads the number and then adds an operation that is cancelled here would
+        // have read the new one.
+        ++state_->cancellations;
         operations.assign(state_->waiting.begin(), state_->waiting.end());
         operations.insert(operations.end(), state_->running.begin(), state_->running.end());
     }

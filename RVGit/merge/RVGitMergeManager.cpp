@@ -33,6 +33,25 @@ bool runWithFlag(const std::shared_ptr<RVGitRepository>& repository, void (Comma
     return command->run(error);
 }
 
+/// Runs the operation on as many of the paths as one command takes, then on the next, until it
+/// fails or all commands are cancelled, with a cleared place then. A list that one command takes is
+/// no failure where it is cancelled.
+template <typename BatchOperation>
+bool runBatches(std::vector<std::string> filePaths, const BatchOperation& operation,
+                RVErrorPlace error) {
+    const RVGitCancellationWatch watch;
+    bool isOnly = true;
+    for (bool exceeded = true; exceeded;
+         filePaths = RVGitCommand::remainingFilePathsFromFilePaths(filePaths)) {
+        if (!operation(RVGitCommand::filePathsForGitCommand(filePaths, &exceeded)))
+            return false;
+        isOnly = isOnly && !exceeded;
+        if (!isOnly && watch.isCancelled(error))
+            return false;
+    }
+    return true;
+}
+
 bool failWithoutOperation(const std::shared_ptr<RVGitRepository>& repository, RVErrorPlace error) {
     fillErrorPlace(error,
                    gitErrorWithCode(RVGitRVGitGenericError, RVGitMakeErrorUserInfo(repository)));
@@ -340,7 +359,7 @@ bool RVGitMergeManager::commitEmptyStep(const std::string& commitMessage, RVErro
     command->setValueForEnvironmentVariable(editorCommandForScriptPath(*script), "GIT_EDITOR");
     // A commit that was cancelled has not failed, but to go on would throw away what it was to
     // keep.
-    return command->run(error) && !command->isCancelled() && !watch.isCancelled(error);
+    return command->run(error) && !watch.isCancelled(error);
 }
 
 // Ancestry.
@@ -457,14 +476,12 @@ bool RVGitMergeManager::restoreTheirVersionForUnmergedFiles(
 bool RVGitMergeManager::restoreVersion(const std::vector<std::string>& filePaths,
                                        const std::string& side, RVErrorPlace error) {
     // In one call the side would count for the first batch alone, and HEAD for the others.
-    const RVGitCancellationWatch watch;
-    bool exceeded = false;
-    const auto batch = RVGitCommand::filePathsForGitCommand(filePaths, &exceeded);
-    if (!workingTreeManager_->revertFiles(batch, side, error))
-        return false;
-    return !exceeded ||
-           (!watch.isCancelled(error) &&
-            restoreVersion(RVGitCommand::remainingFilePathsFromFilePaths(filePaths), side, error));
+    return runBatches(
+        filePaths,
+        [&](const std::vector<std::string>& batch) {
+            return workingTreeManager_->revertFiles(batch, side, error);
+        },
+        error);
 }
 
 bool RVGitMergeManager::restoreUnmergedVersionForFile(const std::string& filePath,
@@ -480,17 +497,15 @@ bool RVGitMergeManager::restoreUnmergedVersionForFiles(const std::vector<std::st
 bool RVGitMergeManager::restoreUnmergedVersionForFiles(
     const std::vector<std::string>& filePaths, const std::optional<std::string>& inDirectory,
     RVErrorPlace error) {
-    const RVGitCancellationWatch watch;
-    bool exceeded = false;
-    const auto command = RVGitCheckoutCommand::gitCheckoutCommandWithRepository(
-        repository_, std::nullopt, RVGitCommand::filePathsForGitCommand(filePaths, &exceeded));
-    command->addGitCommandOption("--merge");
-    if (inDirectory)
-        command->addGitOption("--work-tree=" + *inDirectory);
-    if (!command->run(error))
-        return false;
-    return !exceeded ||
-           (!watch.isCancelled(error) &&
-            restoreUnmergedVersionForFiles(RVGitCommand::remainingFilePathsFromFilePaths(filePaths),
-                                           inDirectory, error));
+    return runBatches(
+        filePaths,
+        [&](std::vector<std::string> batch) {
+            const auto command = RVGitCheckoutCommand::gitCheckoutCommandWithRepository(
+                repository_, std::nullopt, std::move(batch));
+            command->addGitCommandOption("--merge");
+            if (inDirectory)
+                command->addGitOption("--work-tree=" + *inDirectory);
+            return command->run(error);
+        },
+        error);
 }

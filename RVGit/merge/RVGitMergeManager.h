@@ -83,7 +83,8 @@ public:
     /// currentMergeMode() does not count.
     [[nodiscard]] bool usesRebaseApplyBackend() const;
 
-    /// When it began, in seconds since 1970; 0 for none, or where a ref in a table alone marks it.
+    /// When the operation began, in seconds since 1970; 0 if none is under way, or where a ref in a
+    /// table alone marks it.
     [[nodiscard]] double mergeTimestamp() const;
     /// The commit that the operation builds upon, in a rebase the new base; HEAD's revision if it
     /// is not known, with one process. Empty if HEAD is detached or unborn then.

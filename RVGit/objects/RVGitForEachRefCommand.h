@@ -43,7 +43,8 @@ public:
     /// The refs to list: "refs/tags". Absent: all.
     [[nodiscard]] const std::optional<std::string>& pattern() const { return pattern_; }
     void setPattern(std::optional<std::string> pattern) { pattern_ = std::move(pattern); }
-    /// Needs the class of the parser that reads it. The records are to end in "%00".
+    /// Needs the class of the parser that reads it. The records are to end in "%00", unless that
+    /// parser reads lines.
     [[nodiscard]] const std::optional<std::string>& format() const { return format_; }
     void setFormat(std::optional<std::string> format) { format_ = std::move(format); }
     [[nodiscard]] const OutputParserClass& outputParserClass() const { return outputParserClass_; }

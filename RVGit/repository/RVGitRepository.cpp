@@ -87,7 +87,8 @@ std::shared_ptr<RVGitRepository> RVGitRepository::createRepositoryAtPath(
     if (!RVGitInitCommand::gitInitCommandWithPath(path, options)->run(error) ||
         watch.isCancelled(error))
         return nullptr;
-    return repositoryWithPath(path);
+    auto repository = repositoryWithPath(path);
+    return watch.isCancelled(error) ? nullptr : repository;
 }
 
 std::optional<RVURL> RVGitRepository::fileURL() const {

@@ -31,8 +31,8 @@ class RVGIT_EXPORT RVGitRepository : public std::enable_shared_from_this<RVGitRe
 public:
     /// Asks git (up to four child processes) where the repository is that the path lies in. Never
     /// fails once a git is chosen (without one, the precondition "gitBinary" throws): the object is
-    /// valid or not. If not, `path` is the given one; so it is where one of the processes was
-    /// cancelled. Not to be done on a thread of the command queue.
+    /// valid or not, and not valid where all commands are cancelled meanwhile. If it is not, `path`
+    /// is the given one. Not to be done on a thread of the command queue.
     explicit RVGitRepository(const std::string& path);
     /// Takes the paths as they are, without running git. Valid exactly when there is a git
     /// directory. `path` is the working tree as given, or else the git directory as given. Git is

@@ -26,8 +26,8 @@ struct RVGitRefOutputParserResultItem {
     std::optional<RVDate> createdDate;
 };
 
-/// Reads lines of a hash and a ref name, as "git show-ref" and "git ls-remote" print them. A line
-/// of another form fails with code 11.
+/// Reads lines of a hash and a ref name, as "git show-ref" and "git ls-remote" print them, and "git
+/// for-each-ref" where it is told to. A line of another form fails with code 11.
 class RVGIT_EXPORT RVGitRefOutputParser
     : public RVGitItemOutputParser<RVGitRefOutputParserResultItem> {
 public:

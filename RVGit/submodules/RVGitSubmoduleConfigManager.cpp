@@ -184,7 +184,7 @@ bool RVGitSubmoduleConfigManager::renameConfigSectionForSubmoduleWithName(
         return false;
     }
     if (isLostOnGit(name))
-        return moveKeys(name, toNewName, error);
+        return name == toNewName || moveKeys(name, toNewName, error);
     const RVGitCancellationWatch watch;
     const bool exists = containsSectionForSubmoduleWithName(name);
     return !watch.isCancelled(error) &&

@@ -59,7 +59,8 @@ private:
         // The value is the old one, or the new one where an earlier call failed behind it.
         for (const fs::path& base : {old, now}) {
             const fs::path workingTree = (base / *value).lexically_normal();
-            if (!refersTo(workingTree, old) && !refersTo(workingTree, now))
+            if (!namesGitDirectory(workingTree.string(), old.string()) &&
+                !namesGitDirectory(workingTree.string(), now.string()))
                 continue;
             if (!containment_.containsWorkingDirectory(
                     workingTree.lexically_relative(top_).string()))
@@ -72,22 +73,22 @@ private:
         return true;
     }
 
-    /// Whether the ".git" file of a working tree names the git directory.
-    [[nodiscard]] static bool refersTo(const fs::path& workingTree, const fs::path& gitDirectory) {
-        const std::string file = (workingTree / ".git").string();
-        if (RVFileManager::isDirectoryAtPath(file))
-            return false;
-        const auto link = RVGitRepository::bareRepositoryWithGitDirectoryPath(file)
-                              ->gitDirectoryPathFromGitDirectoryFileLink();
-        return link && (workingTree / *link).lexically_normal() == gitDirectory.lexically_normal();
-    }
-
     RVGitSubmoduleContainment containment_;
     fs::path top_;
     RVErrorPlace error_;
 };
 
 }  // namespace
+
+bool rvgit::namesGitDirectory(const std::string& workingTree, const std::string& gitDirectory) {
+    const std::string file = pathByAppendingComponent(workingTree, ".git");
+    if (RVFileManager::isDirectoryAtPath(file))
+        return false;
+    const auto link = RVGitRepository::bareRepositoryWithGitDirectoryPath(file)
+                          ->gitDirectoryPathFromGitDirectoryFileLink();
+    return link && (fs::path(workingTree) / *link).lexically_normal() ==
+                       fs::path(gitDirectory).lexically_normal();
+}
 
 bool rvgit::relinkNestedSubmodules(const std::string& oldGitDirectory,
                                    const std::string& newGitDirectory,

@@ -45,6 +45,9 @@ Work workInSubmodule(const Repository& submodule, RVGitUntrackedFilesMode untrac
 // Whether the git directory of the repository, or of a submodule in it at any depth, would go with
 // the working tree.
 bool embedsGitDirectory(const std::string& directory, const Repository& repository) {
+    // Of a link, the link alone goes.
+    if (RVFileManager::isSymbolicLinkAtPath(directory))
+        return false;
     const std::string gitDirectory = pathByAppendingComponent(directory, ".git");
     // One that is damaged, too.
     if (RVFileManager::isDirectoryAtPath(gitDirectory) &&
@@ -159,7 +162,7 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
         if (!workingTreeManager->untrackFiles(pathspecs, error))
             return false;
     } else {
-        if (!removesGitDirectory && !RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) &&
+        if (!removesGitDirectory &&
             embedsGitDirectory(places.workingDirectory, places.ownRepository) &&
             !absorbGitDirectories(submodule->path(), error))
             return false;

@@ -72,18 +72,6 @@ std::string configFileInGitDirectory(const std::string& gitDirectory) {
     return pathByAppendingComponent(gitDirectory, "config");
 }
 
-// Whether the ".git" file of a working directory names the git directory, which need not be there
-// any more. Both paths have their links resolved.
-bool namesGitDirectory(const std::filesystem::path& workingDirectory,
-                       const std::filesystem::path& gitDirectory) {
-    const std::string file = (workingDirectory / ".git").string();
-    if (RVFileManager::isDirectoryAtPath(file))
-        return false;
-    const auto link = RVGitRepository::bareRepositoryWithGitDirectoryPath(file)
-                          ->gitDirectoryPathFromGitDirectoryFileLink();
-    return link && (workingDirectory / *link).lexically_normal() == gitDirectory.lexically_normal();
-}
-
 // Has the git directory and the working tree refer to each other, as far as they did when it was
 // still in the old one.
 bool setLinks(const std::string& oldGitDirectory, const std::string& gitDirectory,
@@ -104,7 +92,7 @@ bool setLinks(const std::string& oldGitDirectory, const std::string& gitDirector
                                     pathByAppendingComponent(places.workingDirectory, ".git"))
                               : places.workingDirectoryIsContained &&
                                     !RVFileManager::isSymbolicLinkAtPath(places.workingDirectory) &&
-                                    namesGitDirectory(workingTree, oldGitDirectory);
+                                    namesGitDirectory(workingTree.string(), oldGitDirectory);
     return !isLinked ||
            RVGitRepository::updateGitDirectoryFileForRepositoryAtPath(
                places.workingDirectory,

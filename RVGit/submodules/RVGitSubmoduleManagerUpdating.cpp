@@ -19,6 +19,7 @@
 #include "RVGit/submodules/RVGitSubmoduleHelper.h"
 #include "RVGit/submodules/RVGitSubmoduleLoader.h"
 #include "RVGit/submodules/RVGitSubmoduleManager.h"
+#include "RVGit/submodules/RVGitSubmodulePlaces.h"
 #include "RVGit/worktree/RVGitIndex.h"
 #include "RVGit/worktree/RVGitIndexEntry.h"
 
@@ -199,8 +200,7 @@ bool RVGitSubmoduleManager::requireReplaceableFiles(
         // Through a link git does not go.
         if ((options & RVGitSubmoduleUpdateOptionRecursive) && isPlainDirectory(directory) &&
             RVFileManager::fileExistsAtPath(pathByAppendingComponent(directory, ".gitmodules"))) {
-            const auto opened = RVGitRepository::repositoryWithPath(directory);
-            if (opened->isValid() && Containment::isSameFile(opened->path(), directory)) {
+            if (const auto opened = repositoryInDirectory(directory)) {
                 const RVGitSubmoduleManager nested(opened);
                 if (!nested.requireReplaceableFiles(std::nullopt, nested.submoduleIndexEntries(),
                                                     options, error))

@@ -10,10 +10,12 @@
 using Containment = RVGitSubmoduleContainment;
 using Helper = RVGitSubmoduleHelper;
 
-std::shared_ptr<RVGitRepository> rvgit::repositoryInDirectory(const std::string& directory) {
+std::shared_ptr<RVGitRepository> rvgit::repositoryInDirectory(
+    const std::string& directory, std::shared_ptr<RVGitRepository> opened) {
     if (!Containment::somethingIsAt(pathByAppendingComponent(directory, ".git")))
         return nullptr;
-    auto opened = RVGitRepository::repositoryWithPath(directory);
+    if (!opened)
+        opened = RVGitRepository::repositoryWithPath(directory);
     return opened->isValid() && Containment::isSameFile(opened->path(), directory) ? opened
                                                                                    : nullptr;
 }
@@ -29,13 +31,13 @@ RVGitSubmodulePlaces rvgit::placesOfSubmodule(RVGitSubmodule& submodule,
     places.workingDirectoryIsContained =
         containment.containsWorkingDirectory(places.workingDirectory) &&
         !submodule.path().starts_with('/');
+    const auto opened = submodule.isValid() ? submodule.submoduleRepository() : nullptr;
     if (places.workingDirectoryIsContained &&
         !RVFileManager::isSymbolicLinkAtPath(places.workingDirectory))
-        places.ownRepository = repositoryInDirectory(places.workingDirectory);
+        places.ownRepository = repositoryInDirectory(places.workingDirectory, opened);
 
     const std::string foundGitDirectory =
         Helper::absoluteGitDirectoryPathForSubmodule(submodule, repository);
-    const auto opened = submodule.isValid() ? submodule.submoduleRepository() : nullptr;
     places.hasRepository =
         opened && opened->isValid() &&
         !Containment::isSameFile(foundGitDirectory, repository->gitDirectoryPath().value_or(""));

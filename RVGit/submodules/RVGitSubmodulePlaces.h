@@ -33,6 +33,8 @@ inline namespace RVGIT_EXPORT rvgit {
     RVGitSubmodule& submodule, const std::shared_ptr<RVGitRepository>& repository);
 
 /// The repository in a directory, and not the one that the directory is in; null without one.
-[[nodiscard]] std::shared_ptr<RVGitRepository> repositoryInDirectory(const std::string& directory);
+/// `opened` is what a caller has opened the directory as, who spares git the question.
+[[nodiscard]] std::shared_ptr<RVGitRepository> repositoryInDirectory(
+    const std::string& directory, std::shared_ptr<RVGitRepository> opened = nullptr);
 
 }  // namespace rvgit

@@ -10,6 +10,7 @@
 #include "RVGit/base/RVUnicodeSearch.h"
 #include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/command/RVGitError.h"
+#include "RVGit/objects/RVGitForEachRefCommand.h"
 #include "RVGit/remotes/RVGitRemote.h"
 #include "RVGit/repository/RVGitConfig.h"
 #include "RVGit/repository/RVGitRepository.h"
@@ -63,19 +64,20 @@ bool moveRefDirectory(const std::optional<std::string>& root, const std::string&
 
 using Refs = std::map<std::string, std::string, std::less<>>;
 
-// The hashes of a remote's refs, by their names.
+// The hashes of a remote's refs, by their names. One that is damaged is left out, where `git
+// show-ref` would fail, be it this remote's or not.
 std::optional<Refs> refsOfRemote(const std::string& name, const Repository& repository,
                                  RVErrorPlace error) {
-    const auto command = RVGitShowRefCommand::gitShowRefCommandWithRepository(repository, {});
-    if (!command->run(error))
-        return std::nullopt;
-    if (command->isCancelled()) {
-        clearErrorPlace(error);
-        return std::nullopt;
-    }
     const std::string prefix = refPrefix(name);
+    const auto command = RVGitForEachRefCommand::gitForEachRefCommandWithRepository(repository);
+    command->setPattern(prefix);
+    command->setFormat("%(objectname) %(refname)");
+    command->setOutputParserClass<RVGitRefOutputParser>();
+    const RVGitCancellationWatch watch;
+    if (!command->run(error) || watch.isCancelled(error))
+        return std::nullopt;
     Refs refs;
-    for (const auto& ref : command->refs())
+    for (const auto& ref : dynamic_cast<RVGitRefOutputParser&>(*command->outputParser()).refs())
         if (ref.commitHash &&
             (ref.fullRefName == prefix || ref.fullRefName.starts_with(prefix + "/")))
             refs.emplace(ref.fullRefName, *ref.commitHash);
@@ -107,17 +109,46 @@ bool moveOtherRefs(const Refs& refs, const std::string& oldName, const std::stri
     return command->run(error) && command->exitCode() == 0;
 }
 
+// Whether git may keep refs of the remote elsewhere than in its directory: in one file for many, in
+// a table, in the git directory that linked working trees share, or as one ref of the remote's
+// name.
+bool mayKeepRefsElsewhere(const std::string& gitDirectory, const std::string& name) {
+    const auto typeOf = [&](const std::string& relativePath) {
+        std::error_code isUnknown;
+        return fs::symlink_status(pathByAppendingComponent(gitDirectory, relativePath), isUnknown)
+            .type();
+    };
+    for (const char* other : {"packed-refs", "reftable", "commondir"})
+        if (typeOf(other) != fs::file_type::not_found)
+            return true;
+    const fs::file_type type = typeOf(refPrefix(name));
+    return type != fs::file_type::directory && type != fs::file_type::not_found;
+}
+
+// At any depth; true where that cannot be found out.
+bool holdsFiles(const std::string& directory) {
+    std::error_code failure;
+    fs::recursive_directory_iterator entry(directory, failure);
+    for (; !failure && entry != fs::recursive_directory_iterator(); entry.increment(failure))
+        if (entry->symlink_status(failure).type() != fs::file_type::directory)
+            return true;
+    return static_cast<bool>(failure);
+}
+
 // Both names are plain. True where there is nothing to move.
 bool moveRefs(const Repository& repository, const std::string& oldName, const std::string& newName,
               RVErrorPlace error) {
+    const std::string gitDirectory = repository->gitDirectoryPath().value_or("");
+    if (!mayKeepRefsElsewhere(gitDirectory, oldName))
+        return moveRefDirectory(gitDirectory, oldName, newName, error);
     const auto refs = refsOfRemote(oldName, repository, error);
     if (!refs)
         return false;
-    // Behind the first key, all that can be left is an empty directory of refs that git has
-    // deleted.
+    // Behind the first key, empty directories may be left of refs that git has deleted.
     if (refs->empty())
-        return isDirectoryBelow(repository->gitDirectoryPath().value_or(""), refPrefix(newName)) ||
-               moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error);
+        return (isDirectoryBelow(gitDirectory, refPrefix(newName)) &&
+                !holdsFiles(pathByAppendingComponent(gitDirectory, refPrefix(oldName)))) ||
+               moveRefDirectory(gitDirectory, oldName, newName, error);
     const auto others = refsOfRemote(newName, repository, error);
     if (!others)
         return false;
@@ -125,7 +156,7 @@ bool moveRefs(const Repository& repository, const std::string& oldName, const st
         fillErrorPlace(error, posixError(EEXIST, others->begin()->first));
         return false;
     }
-    return moveRefDirectory(repository->gitDirectoryPath(), oldName, newName, error) &&
+    return moveRefDirectory(gitDirectory, oldName, newName, error) &&
            moveOtherRefs(*refs, oldName, newName, repository, error);
 }
 

@@ -6,6 +6,7 @@
 #include "RVGit/base/RVRegularExpression.h"
 #include "RVGit/base/RVString.h"
 #include "RVGit/command/RVGitBinary.h"
+#include "RVGit/command/RVGitCancellationWatch.h"
 #include "RVGit/history/RVGitCommit.h"
 #include "RVGit/worktree/RVGitStashCommand.h"
 
@@ -89,13 +90,10 @@ std::shared_ptr<RVGitStash> RVGitStash::saveStashFromWorkingTreeInRepository(
     const auto command = RVGitStashCommand::gitSaveStashCommandWithRepository(repository, message);
     command->setKeepsIndex((options & RVGitStashSaveOptionKeepsIndex) != 0);
     command->setIncludesUntrackedFiles((options & RVGitStashSaveOptionIncludesUntrackedFiles) != 0);
-    if (!command->run(error))
+    // Where it was cancelled, what is at 0 may be another stash.
+    const RVGitCancellationWatch watch;
+    if (!command->run(error) || watch.isCancelled(error))
         return nullptr;
-    // What is at 0 then is another stash.
-    if (command->isCancelled()) {
-        clearErrorPlace(error);
-        return nullptr;
-    }
     return stashAtIndex(0, repository, error);
 }
 

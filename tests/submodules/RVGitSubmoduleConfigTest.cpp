@@ -315,6 +315,7 @@ TEST_F(RVGitSubmoduleConfigTest, ASectionThatGitDoesNotFindByItsNameMovesKeyByKe
     writeSubmodulesFile(
         "[submodule \"a]\"]\n\tpath = p q\n\turl = u\n\tx = 1\n\tx = 2\n"
         "[submodule \"a].b\"]\n\tpath = b\n");
+    EXPECT_TRUE(manager->renameConfigSectionForSubmoduleWithName("a]", "a]", &error));
     EXPECT_TRUE(manager->renameConfigSectionForSubmoduleWithName("a]", "c", &error));
     EXPECT_EQ(gitInRepository({"config", "-f", ".gitmodules", "--list"}),
               "submodule.a].b.path=b\nsubmodule.c.path=p q\nsubmodule.c.url=u\n"

@@ -9,12 +9,17 @@
 #include "RVGit/repository/RVGitRepository.h"
 #include "RVGit/svn/RVGitSVNOptions.h"
 #include "tests/support/RVGitRepositoryTestCase.h"
+#include "tests/support/RVGitRequirement.h"
+#include "tests/support/RVRecordingGit.h"
 
 // The Subversion side of remotes, without a server.
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
 using testing::Optional;
 
 class RVGitSVNRemoteTest : public RVGitRepositoryTestCase {
@@ -228,6 +233,29 @@ TEST_F(RVGitSVNRemoteTest, RefsThatGitHasPackedMoveAlong) {
     ASSERT_TRUE(rename("other", "a/b", &error)) << error->localizedFailureReason().value_or("");
     EXPECT_EQ(gitInRepository({"for-each-ref", "--format=%(refname)", "refs/remotes"}),
               "refs/remotes/a/b/tags/1.0\nrefs/remotes/a/b/trunk\nrefs/remotes/svn2/trunk");
+}
+
+TEST_F(RVGitSVNRemoteTest, GitIsNotAskedForRefsThatAreAllInTheDirectory) {
+    RVGIT_TEST_NEEDS_REF_FILES("git is asked for those in tables");
+    ASSERT_TRUE(create("svn", standardLayout()));
+    addFetched("svn");
+    const RVRecordingGit recorder = useRecordingGit();
+    ASSERT_TRUE(rename("svn", "other"));
+    for (const Texts& arguments : recorder.argumentLists())
+        EXPECT_THAT(arguments, Not(Contains(HasSubstr("%(objectname) %(refname)"))));
+    EXPECT_TRUE(fileExists("repository/.git/refs/remotes/other/trunk"));
+}
+
+TEST_F(RVGitSVNRemoteTest, FilesThatGitTakesForNoRefsAreNotLeftBehindUnsaid) {
+    RVGIT_TEST_NEEDS_REF_FILES("there are no files otherwise");
+    ASSERT_TRUE(create("svn", standardLayout()));
+    makeCommit();
+    gitInRepository({"pack-refs", "--all"});
+    writeFile("repository/.git/refs/remotes/svn/trunk", "damaged\n");
+    makeDirectory("repository/.git/refs/remotes/other");
+    EXPECT_THAT([&](RVErrorPlace error) { return rename("svn", "other", error); },
+                failsWith(EEXIST));
+    EXPECT_TRUE(fileExists("repository/.git/refs/remotes/svn/trunk"));
 }
 
 TEST_F(RVGitSVNRemoteTest, APackedRefInTheWayOfARenameIsKept) {
