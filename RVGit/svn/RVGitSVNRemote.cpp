@@ -262,6 +262,17 @@ bool RVGitRemote::renameSVNRemote(const RVGitRemote& remote, const std::string& 
     const auto remotes = allRemotesForRepository(repository, error);
     if (!remotes || watch.isCancelled(error))
         return false;
+    // Nothing moves into itself, and by then the sections would have the new name.
+    if (newName.starts_with(name + "/")) {
+        const auto refs = refsOfRemote(name, repository, error);
+        if (!refs)
+            return false;
+        if (!refs->empty() ||
+            isDirectoryBelow(repository->gitDirectoryPath().value_or(""), refPrefix(name))) {
+            fillErrorPlace(error, posixError(EINVAL, refPrefix(newName)));
+            return false;
+        }
+    }
     for (const auto& other : *remotes)
         if (isEqualToUnicodeString(other->name(), newName))
             return failWithCode(RVGitRenameRemoteAlreadyExistsError, repository, newName, error);

@@ -269,6 +269,19 @@ TEST_F(RVGitSVNRemoteTest, APackedRefInTheWayOfARenameIsKept) {
     EXPECT_EQ(gitInRepository({"for-each-ref"}), before);
 }
 
+TEST_F(RVGitSVNRemoteTest, ANameBelowItsOwnIsRefusedBeforeAnythingIsWritten) {
+    ASSERT_TRUE(create("svn", standardLayout()));
+    addFetched("svn");
+    for (const bool isPacked : {false, true}) {
+        if (isPacked)
+            gitInRepository({"pack-refs", "--all"});
+        const std::string before = readFile("repository/.git/config");
+        EXPECT_THAT([&](RVErrorPlace error) { return rename("svn", "svn/x", error); },
+                    failsWith(EINVAL));
+        EXPECT_EQ(readFile("repository/.git/config"), before);
+    }
+}
+
 TEST_F(RVGitSVNRemoteTest, ARemoteThatWasNeverFetchedFromIsRenamed) {
     ASSERT_TRUE(create("svn", standardLayout()));
     EXPECT_TRUE(rename("svn", "a/b"));
