@@ -43,7 +43,7 @@ Work workInSubmodule(const Repository& submodule, RVGitUntrackedFilesMode untrac
 }
 
 // Whether the git directory of the repository, or of a submodule in it at any depth, would go with
-// the working tree.
+// the working tree. True, too, where the index that names these cannot be read.
 bool embedsGitDirectory(const std::string& directory, const Repository& repository) {
     // Of a link, the link alone goes.
     if (RVFileManager::isSymbolicLinkAtPath(directory))
@@ -57,10 +57,19 @@ bool embedsGitDirectory(const std::string& directory, const Repository& reposito
     if (!repository)
         return false;
     const auto entries = RVGitSubmoduleLoader(repository).submoduleIndexEntriesBySubmodulePath();
-    return entries && std::any_of(entries->begin(), entries->end(), [&](const auto& entry) {
-               const std::string place = pathByAppendingComponent(directory, entry.first);
-               return embedsGitDirectory(place, repositoryInDirectory(place));
-           });
+    return !entries || std::any_of(entries->begin(), entries->end(), [&](const auto& entry) {
+        const std::string place = pathByAppendingComponent(directory, entry.first);
+        return embedsGitDirectory(place, repositoryInDirectory(place));
+    });
+}
+
+// Moves such git directories to where git keeps them.
+bool absorbGitDirectories(const std::string& path, const Repository& repository,
+                          RVErrorPlace error) {
+    const auto command = std::make_shared<RVGitSubmoduleCommand>(repository);
+    command->setGitSubCommand("absorbgitdirs");
+    command->setFilePaths({{path}});
+    return command->run(error);
 }
 
 }  // namespace
@@ -164,7 +173,7 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
     } else {
         if (!removesGitDirectory &&
             embedsGitDirectory(places.workingDirectory, places.ownRepository) &&
-            !absorbGitDirectories(submodule->path(), error))
+            !absorbGitDirectories(submodule->path(), repository, error))
             return false;
         if (watch.isCancelled(error))
             return false;
@@ -186,14 +195,6 @@ bool RVGitSubmoduleManager::removeSubmoduleAtPath(const std::string& path, unsig
            RVGitSubmoduleConfigManager::localConfigManagerWithRepository(repository)
                ->removeConfigSectionForSubmoduleWithName(submodule->name(), error) &&
            !watch.isCancelled(error);
-}
-
-bool RVGitSubmoduleManager::absorbGitDirectories(const std::string& path,
-                                                 RVErrorPlace error) const {
-    const auto command = std::make_shared<RVGitSubmoduleCommand>(repository());
-    command->setGitSubCommand("absorbgitdirs");
-    command->setFilePaths({{path}});
-    return command->run(error);
 }
 
 bool RVGitSubmoduleManager::submoduleContainsUncommittedWork(const std::string& atPath,

@@ -175,9 +175,6 @@ private:
                                   const std::string& destination, RVErrorPlace error) const;
     [[nodiscard]] std::shared_ptr<RVGitSubmodule> submoduleForPath(const std::string& path,
                                                                    RVErrorPlace error) const;
-    /// Moves git directories that are in the working tree of the submodule, or in it further down,
-    /// to where git keeps them.
-    [[nodiscard]] bool absorbGitDirectories(const std::string& path, RVErrorPlace error) const;
     [[nodiscard]] bool renameSubmodule(const std::string& name, const std::string& newName,
                                        bool keepsLinks, RVErrorPlace error) const;
     [[nodiscard]] bool updateSubmodules(const std::optional<std::vector<std::string>>& paths,

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "RVGit/command/RVGitBinary.h"
 #include "RVGit/command/RVGitErrorCodes.h"
 #include "RVGit/command/RVGitErrorKeys.h"
 #include "RVGit/submodules/RVGitSubmodule.h"
@@ -180,6 +181,24 @@ TEST_F(RVGitSubmoduleManagerRemovingTest, AGitDirectoryInTheWorkingTreeIsKeptWit
     EXPECT_TRUE(succeeded(manager().removeSubmoduleAtPath(
         "nomapping", RVGitSubmoduleRemoveOptionRemoveGitDirectory, &error)));
     EXPECT_FALSE(existsInRepository("nomapping"));
+}
+
+TEST_F(RVGitSubmoduleManagerRemovingTest, WhatCannotBeListedOfItIsNotTakenForNothing) {
+    addSubmodule("outer");
+    git({"clone", "-q", scratchPath("library"), pathInRepository("outer/in")});
+    git({"submodule", "--quiet", "add", scratchPath("library"), "in"}, pathInRepository("outer"));
+    gitAt("outer", {"commit", "-q", "-m", "Nest"});
+    gitInRepository({"commit", "-q", "-a", "-m", "Nest"});
+    const std::string path = writeFile("failing/git",
+                                       "#!/bin/sh\ncase \" $* \" in *'/outer '*' ls-files '*) "
+                                       "exit 128;; esac\nexec '" +
+                                           gitPath() + "' \"$@\"\n",
+                                       0755);
+    RVGitBinary::setDefaultGitBinary(RVGitBinary::gitBinaryWithPath(path));
+    EXPECT_TRUE(succeeded(
+        manager().removeSubmoduleAtPath("outer", RVGitSubmoduleRemoveOptionForce, &error)));
+    EXPECT_FALSE(existsInRepository("outer"));
+    EXPECT_TRUE(existsInRepository(".git/modules/outer/modules/in/HEAD"));
 }
 
 TEST_F(RVGitSubmoduleManagerRemovingTest, ADamagedGitDirectoryInTheWorkingTreeIsKeptWithoutBit4) {
